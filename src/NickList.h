@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+/// Entries of a channel's user list.
+///
+/// An entry is one token of a name list as the server sent it: at most one recognised prefix
+/// character that tells the user's rank, and the nick.
+namespace NickList {
+
+/// True if `character` is one of the prefixes "~&@%+".
+bool isPrefix(QChar character);
+
+/// `entry` without its first character if that is a prefix; otherwise `entry` unchanged.
+/// Only one prefix is ever taken off: "+@nick" gives "@nick".
+QString stripPrefix(const QString &entry);
+
+/// Rank of an entry, 1 for "~" to 5 for "+", and 6 for an empty or unprefixed one.
+int rank(const QString &entry);
+
+/// Index of the first entry whose nick equals `nick` exactly, or -1.
+qsizetype indexOfNick(const QStringList &entries, const QString &nick);
+
+/// Orders by rank and, within one rank, by nick without regard to case. Not stable.
+void sortByRank(QStringList &entries);
+
+/// Orders by the whole entry, prefix included, without regard to case. Not stable.
+///
+/// It knows no rank: "%", "&", "+" and "@" come before letters and "~" after them. The list of a
+/// channel takes this order whenever somebody joins, until the next name list.
+void sortPlain(QStringList &entries);
+
+} // namespace NickList

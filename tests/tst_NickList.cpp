@@ -1,0 +1,74 @@
+#include "NickList.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class TestNickList final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void stripsOnePrefixAndRanks_data();
+    void stripsOnePrefixAndRanks();
+    void findsANickBehindItsPrefix();
+    void sortsByRankThenByNick();
+    void sortsPlainByWholeEntry();
+};
+
+void TestNickList::stripsOnePrefixAndRanks_data()
+{
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<QString>("nick");
+    QTest::addColumn<int>("rank");
+
+    QTest::newRow("owner") << u"~alice"_s << u"alice"_s << 1;
+    QTest::newRow("admin") << u"&alice"_s << u"alice"_s << 2;
+    QTest::newRow("operator") << u"@alice"_s << u"alice"_s << 3;
+    QTest::newRow("half-operator") << u"%alice"_s << u"alice"_s << 4;
+    QTest::newRow("voice") << u"+alice"_s << u"alice"_s << 5;
+    QTest::newRow("plain") << u"alice"_s << u"alice"_s << 6;
+    QTest::newRow("empty") << u""_s << u""_s << 6;
+    QTest::newRow("prefix alone") << u"@"_s << u""_s << 3;
+    QTest::newRow("two prefixes") << u"+@alice"_s << u"@alice"_s << 5;
+    QTest::newRow("other sign") << u"!alice"_s << u"!alice"_s << 6;
+    QTest::newRow("prefix later on") << u"al@ice"_s << u"al@ice"_s << 6;
+}
+
+void TestNickList::stripsOnePrefixAndRanks()
+{
+    QFETCH(const QString, entry);
+    QTEST(NickList::stripPrefix(entry), "nick");
+    QTEST(NickList::rank(entry), "rank");
+}
+
+void TestNickList::findsANickBehindItsPrefix()
+{
+    const QStringList entries{u"@alice"_s, u"bob"_s, u"+bob"_s};
+    QCOMPARE(NickList::indexOfNick(entries, u"alice"_s), 0);
+    QCOMPARE(NickList::indexOfNick(entries, u"bob"_s), 1);
+    QCOMPARE(NickList::indexOfNick(entries, u"Alice"_s), -1);
+    QCOMPARE(NickList::indexOfNick(entries, u"@alice"_s), -1);
+    QCOMPARE(NickList::indexOfNick({}, u"alice"_s), -1);
+}
+
+void TestNickList::sortsByRankThenByNick()
+{
+    QStringList entries{u"bob"_s,    u"+dora"_s, u"@zoe"_s,  u"~owner"_s,
+                        u"&admin"_s, u"%half"_s, u"@Anna"_s, u"Carl"_s};
+    NickList::sortByRank(entries);
+    QCOMPARE(entries, (QStringList{u"~owner"_s, u"&admin"_s, u"@Anna"_s, u"@zoe"_s, u"%half"_s,
+                                   u"+dora"_s, u"bob"_s, u"Carl"_s}));
+}
+
+void TestNickList::sortsPlainByWholeEntry()
+{
+    QStringList entries{u"~owner"_s, u"bob"_s,  u"@op"_s,  u"+voice"_s,
+                        u"%half"_s,  u"&adm"_s, u"Alice"_s};
+    NickList::sortPlain(entries);
+    QCOMPARE(entries, (QStringList{u"%half"_s, u"&adm"_s, u"+voice"_s, u"@op"_s, u"Alice"_s,
+                                   u"bob"_s, u"~owner"_s}));
+}
+
+QTEST_GUILESS_MAIN(TestNickList)
+#include "tst_NickList.moc"
