@@ -1,0 +1,187 @@
+#include "ChatTable.h"
+
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextEdit>
+#include <QTextTable>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int TimeWidth = 85;
+constexpr int NickWidth = 120;
+constexpr QRgb Grey = qRgb(136, 136, 136);
+constexpr QRgb PaleGrey = qRgb(170, 170, 170);
+
+constexpr std::array<QRgb, 16> NickColors{
+        qRgb(0x9e, 0x9e, 0x9e), qRgb(0x42, 0x42, 0x42), qRgb(0x15, 0x65, 0xc0),
+        qRgb(0x2e, 0x7d, 0x32), qRgb(0xc6, 0x28, 0x28), qRgb(0xad, 0x14, 0x57),
+        qRgb(0x6a, 0x1b, 0x9a), qRgb(0xe6, 0x51, 0x00), qRgb(0xf9, 0xa8, 0x25),
+        qRgb(0x55, 0x8b, 0x2f), qRgb(0x00, 0x89, 0x7b), qRgb(0x00, 0xb0, 0xff),
+        qRgb(0x29, 0x79, 0xff), qRgb(0xd5, 0x00, 0xf9), qRgb(0x78, 0x90, 0x9c),
+        qRgb(0xbc, 0xaa, 0xa4)};
+
+// The characters at which a cursor starts a new block. A server can send all of them but the pair
+// of carriage return and line feed.
+bool startsBlock(QChar character)
+{
+    switch (character.unicode()) {
+    case '\n':
+    case '\r':
+    case QChar::ParagraphSeparator:
+    case 0xfdd0:
+    case 0xfdd1:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// What stands for such a character within a block: a break that looks the same for those that end
+// a line, the replacement character for the two that mark frames inside of documents.
+QChar withinBlock(QChar character)
+{
+    if (!startsBlock(character))
+        return character;
+    const bool isFrameMark = character.unicode() == 0xfdd0 || character.unicode() == 0xfdd1;
+    return isFrameMark ? QChar::ReplacementCharacter : QChar::LineSeparator;
+}
+
+QString withinBlock(const QString &text)
+{
+    QString result = text;
+    std::transform(text.begin(), text.end(), result.begin(),
+                   [](QChar character) { return withinBlock(character); });
+    return result;
+}
+
+QTextCharFormat timeFormat()
+{
+    QTextCharFormat format;
+    format.setForeground(QColor(Grey));
+    return format;
+}
+
+// The rule between nicks and text is the nick cell's right border.
+QTextTableCellFormat nickCellFormat()
+{
+    QTextTableCellFormat format;
+    format.setRightBorder(1.0);
+    format.setRightBorderStyle(QTextFrameFormat::BorderStyle_Solid);
+    format.setRightBorderBrush(QColor(Grey));
+    return format;
+}
+
+QTextCharFormat nickFormat(const QString &displayNick, bool ownAway)
+{
+    QTextCharFormat format;
+    format.setFontWeight(QFont::Bold);
+    if (displayNick.isEmpty())
+        return format;
+    format.setForeground(ownAway ? QColor(PaleGrey) : ChatTable::nickColor(displayNick));
+    if (ownAway)
+        format.setFontItalic(true);
+    return format;
+}
+
+void align(QTextCursor &cursor, Qt::Alignment alignment)
+{
+    QTextBlockFormat format;
+    format.setAlignment(alignment);
+    cursor.setBlockFormat(format);
+}
+
+void fillTime(QTextCursor &cursor, const ChatRow &row)
+{
+    align(cursor, Qt::AlignLeft);
+    cursor.insertText(withinBlock(row.time), timeFormat());
+}
+
+void fillNick(QTextCursor &cursor, const ChatRow &row)
+{
+    cursor.setBlockCharFormat(nickCellFormat());
+    align(cursor, Qt::AlignRight);
+    const QString displayNick = ChatTable::elidedNick(row.nick);
+    cursor.insertText(withinBlock(displayNick) + u"  "_s, nickFormat(displayNick, row.ownAway));
+}
+
+void fillText(QTextCursor &cursor, const ChatRow &row)
+{
+    align(cursor, Qt::AlignLeft);
+    const QTextCharFormat base = row.dimmed ? timeFormat() : QTextCharFormat();
+    cursor.insertText(withinBlock(row.text), base);
+}
+
+} // namespace
+
+QTextTable *ChatTable::create(QTextEdit &view, int columns)
+{
+    view.setReadOnly(false);
+    QTextCursor cursor = view.textCursor();
+    cursor.movePosition(QTextCursor::End);
+
+    QTextTableFormat format;
+    format.setBorder(0);
+    format.setCellPadding(2);
+    format.setCellSpacing(0);
+    format.setWidth(QTextLength(QTextLength::PercentageLength, 100));
+    QList<QTextLength> widths{QTextLength(QTextLength::FixedLength, TimeWidth)};
+    if (columns == 3)
+        widths << QTextLength(QTextLength::FixedLength, NickWidth);
+    widths << QTextLength(QTextLength::VariableLength, 0);
+    format.setColumnWidthConstraints(widths);
+
+    QTextTable *table = cursor.insertTable(1, columns, format);
+    view.setReadOnly(true);
+    return table;
+}
+
+void ChatTable::appendRow(QTextTable &table, const ChatRow &row)
+{
+    appendRows(table, {row});
+}
+
+void ChatTable::appendRows(QTextTable &table, const QList<ChatRow> &rows)
+{
+    if (rows.isEmpty())
+        return;
+    QTextCursor cursor(table.document());
+    cursor.beginEditBlock();
+    table.appendRows(static_cast<int>(rows.size()));
+    // An empty cell takes one position, so the new cells are the table's last positions. Filled
+    // from the end, the cells not yet filled keep theirs. Asking the table for its cells instead
+    // would make it count all of them.
+    int position = table.lastPosition();
+    const bool hasNicks = table.columns() == 3;
+    for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
+        cursor.setPosition(position--);
+        fillText(cursor, *row);
+        if (hasNicks) {
+            cursor.setPosition(position--);
+            fillNick(cursor, *row);
+        }
+        cursor.setPosition(position--);
+        fillTime(cursor, *row);
+    }
+    cursor.endEditBlock();
+}
+
+QString ChatTable::elidedNick(const QString &nick)
+{
+    return nick.size() > 16 ? QString(nick.left(15) + u'…') : nick;
+}
+
+QColor ChatTable::nickColor(const QString &displayNick)
+{
+    if (displayNick.isEmpty())
+        return QColor(102, 102, 102);
+    quint32 hash = 0;
+    for (const QChar unit : displayNick)
+        hash = hash * 31 + unit.unicode();
+    return QColor(NickColors.at(hash % NickColors.size()));
+}

@@ -1,0 +1,6 @@
+#include "ChatView.h"
+
+ChatView::ChatView(QWidget *parent)
+    : QTextBrowser(parent)
+{
+}

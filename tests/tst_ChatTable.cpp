@@ -1,0 +1,401 @@
+#include "ChatTable.h"
+
+#include <QTest>
+#include <QTextBlock>
+#include <QTextBrowser>
+#include <QTextTable>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QColor Grey(136, 136, 136, 255);
+
+QString cellText(const QTextTable &table, int row, int column)
+{
+    const QTextTableCell cell = table.cellAt(row, column);
+    QTextCursor cursor = cell.firstCursorPosition();
+    cursor.setPosition(cell.lastPosition(), QTextCursor::KeepAnchor);
+    return cursor.selectedText();
+}
+
+QTextBlock cellBlock(const QTextTable &table, int row, int column)
+{
+    return table.cellAt(row, column).firstCursorPosition().block();
+}
+
+// Format of a cell's first run of text.
+QTextCharFormat textFormat(const QTextTable &table, int row, int column)
+{
+    return cellBlock(table, row, column).begin().fragment().charFormat();
+}
+
+QMap<int, QVariant> propertiesOf(const QTextFormat &format)
+{
+    QMap<int, QVariant> properties = format.properties();
+    properties.remove(QTextFormat::ObjectIndex);
+    return properties;
+}
+
+// Everything that a document holds, in words: each block's formats and its runs with theirs.
+QString describe(const QTextDocument &document)
+{
+    QString description;
+    QDebug out(&description);
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        out << block.position() << block.blockFormat().properties()
+            << propertiesOf(block.charFormat());
+        for (auto run = block.begin(); !run.atEnd(); ++run)
+            out << run.fragment().text() << propertiesOf(run.fragment().charFormat());
+        out << Qt::endl;
+    }
+    return description;
+}
+
+const QList<ChatRow> SampleRows{
+        {.time = u"[10:00]"_s, .nick = u"alice"_s, .text = u" hello there"_s},
+        {.time = u"[10:01]"_s, .nick = {}, .text = u" a line of the system"_s},
+        {.time = u"[10:02]"_s, .nick = u"bob"_s, .text = u" joined #chan"_s, .dimmed = true},
+        {.time = u"[10:03]"_s,
+         .nick = u"me"_s,
+         .text = u"[Away: x] y"_s,
+         .dimmed = true,
+         .ownAway = true},
+        {.time = {}, .nick = u"carol"_s, .text = {}},
+};
+
+} // namespace
+
+class TestChatTable final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void makesATableOfThreeColumns();
+    void makesATableOfTwoColumns();
+    void leavesTheViewReadOnly();
+    void keepsTheFirstRowEmpty();
+    void fillsTheTimeCell();
+    void fillsTheNickCell();
+    void drawsTheRuleBesideEveryNick();
+    void leavesANickCellWithoutColorIfNobodySpoke();
+    void showsTheAwayUserPaleAndItalic();
+    void fillsTheTextCell();
+    void dimsTheText();
+    void showsNoNickInTwoColumns();
+    void elidesLongNicks_data();
+    void elidesLongNicks();
+    void colorsNicksByWhatIsShown_data();
+    void colorsNicksByWhatIsShown();
+    void colorsAnElidedNickByItsShownForm();
+    void keepsOneBlockPerCell_data();
+    void keepsOneBlockPerCell();
+    void leavesOtherCharactersAlone();
+    void appendsManyAsIfOneByOne();
+    void appendsNothing();
+    void writesWhatTheTablesOwnCellsWouldTake();
+
+private:
+    QTextBrowser view;
+    QTextTable *table = nullptr;
+
+private slots:
+    void init();
+    void cleanup();
+};
+
+void TestChatTable::init()
+{
+    table = ChatTable::create(view, 3);
+    QVERIFY(table != nullptr);
+}
+
+void TestChatTable::cleanup()
+{
+    view.setDocument(new QTextDocument(&view));
+}
+
+void TestChatTable::makesATableOfThreeColumns()
+{
+    QCOMPARE(table->rows(), 1);
+    QCOMPARE(table->columns(), 3);
+    const QTextTableFormat format = table->format();
+    QCOMPARE(format.border(), 0.0);
+    QCOMPARE(format.cellPadding(), 2.0);
+    QCOMPARE(format.cellSpacing(), 0.0);
+    QCOMPARE(format.width(), QTextLength(QTextLength::PercentageLength, 100));
+    QCOMPARE(format.headerRowCount(), 0);
+    QVERIFY(!format.hasProperty(QTextFormat::BackgroundBrush));
+    QCOMPARE(format.columnWidthConstraints(),
+             (QList<QTextLength>{QTextLength(QTextLength::FixedLength, 85),
+                                 QTextLength(QTextLength::FixedLength, 120),
+                                 QTextLength(QTextLength::VariableLength, 0)}));
+}
+
+void TestChatTable::makesATableOfTwoColumns()
+{
+    QTextBrowser other;
+    const QTextTable *narrow = ChatTable::create(other, 2);
+    QCOMPARE(narrow->columns(), 2);
+    QCOMPARE(narrow->format().columnWidthConstraints(),
+             (QList<QTextLength>{QTextLength(QTextLength::FixedLength, 85),
+                                 QTextLength(QTextLength::VariableLength, 0)}));
+}
+
+void TestChatTable::leavesTheViewReadOnly()
+{
+    QVERIFY(view.isReadOnly());
+    ChatTable::appendRows(*table, SampleRows);
+    QVERIFY(view.isReadOnly());
+}
+
+void TestChatTable::keepsTheFirstRowEmpty()
+{
+    ChatTable::appendRow(*table, SampleRows.first());
+    QCOMPARE(table->rows(), 2);
+    for (int column = 0; column < 3; ++column)
+        QCOMPARE(cellText(*table, 0, column), QString());
+    QCOMPARE(cellText(*table, 1, 0), u"[10:00]"_s);
+    QVERIFY(!table->cellAt(0, 1).format().hasProperty(QTextFormat::TableCellRightBorder));
+}
+
+void TestChatTable::fillsTheTimeCell()
+{
+    ChatTable::appendRow(*table, {.time = u"10:20:30 "_s, .nick = u"bob"_s, .text = u"x"_s});
+    QCOMPARE(cellText(*table, 1, 0), u"10:20:30 "_s);
+    QCOMPARE(cellBlock(*table, 1, 0).blockFormat().alignment(), Qt::AlignLeft);
+    QCOMPARE(textFormat(*table, 1, 0).foreground().color(), Grey);
+    QVERIFY(!table->cellAt(1, 0).format().hasProperty(QTextFormat::TableCellRightBorder));
+}
+
+void TestChatTable::fillsTheNickCell()
+{
+    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s});
+    QCOMPARE(cellText(*table, 1, 1), u"bob  "_s);
+    QCOMPARE(cellBlock(*table, 1, 1).blockFormat().alignment(), Qt::AlignRight);
+    const QTextCharFormat format = textFormat(*table, 1, 1);
+    QCOMPARE(format.fontWeight(), 700);
+    QCOMPARE(format.foreground().color(), QColor(0xad, 0x14, 0x57));
+    QVERIFY(!format.fontItalic());
+}
+
+void TestChatTable::drawsTheRuleBesideEveryNick()
+{
+    ChatTable::appendRows(*table, SampleRows);
+    for (int row = 1; row < table->rows(); ++row) {
+        const QTextTableCellFormat format = table->cellAt(row, 1).format().toTableCellFormat();
+        QCOMPARE(format.rightBorder(), 1.0);
+        QCOMPARE(format.rightBorderStyle(), QTextFrameFormat::BorderStyle_Solid);
+        QCOMPARE(format.rightBorderBrush(), QBrush(Grey));
+        for (const int column : {0, 2}) {
+            QVERIFY(!table->cellAt(row, column)
+                             .format()
+                             .hasProperty(QTextFormat::TableCellRightBorder));
+        }
+    }
+}
+
+void TestChatTable::leavesANickCellWithoutColorIfNobodySpoke()
+{
+    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = {}, .text = u"x"_s, .ownAway = true});
+    QCOMPARE(cellText(*table, 1, 1), u"  "_s);
+    const QTextCharFormat format = textFormat(*table, 1, 1);
+    QCOMPARE(format.fontWeight(), 700);
+    QVERIFY(!format.hasProperty(QTextFormat::ForegroundBrush));
+    QVERIFY(!format.fontItalic());
+}
+
+void TestChatTable::showsTheAwayUserPaleAndItalic()
+{
+    ChatTable::appendRow(*table,
+                         {.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s, .ownAway = true});
+    const QTextCharFormat format = textFormat(*table, 1, 1);
+    QCOMPARE(format.foreground().color(), QColor(u"#AAAAAA"_s));
+    QVERIFY(format.fontItalic());
+    QCOMPARE(format.fontWeight(), 700);
+}
+
+void TestChatTable::fillsTheTextCell()
+{
+    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"bob"_s, .text = u" some \x02text"_s});
+    QCOMPARE(cellText(*table, 1, 2), u" some \x02text"_s);
+    QCOMPARE(cellBlock(*table, 1, 2).blockFormat().alignment(), Qt::AlignLeft);
+    QVERIFY(propertiesOf(textFormat(*table, 1, 2)).isEmpty());
+}
+
+void TestChatTable::dimsTheText()
+{
+    ChatTable::appendRow(
+            *table, {.time = u"t"_s, .nick = u"bob"_s, .text = u" joined #chan"_s, .dimmed = true});
+    QCOMPARE(textFormat(*table, 1, 2).foreground().color(), Grey);
+    QCOMPARE(textFormat(*table, 1, 1).foreground().color(), QColor(0xad, 0x14, 0x57));
+}
+
+void TestChatTable::showsNoNickInTwoColumns()
+{
+    QTextBrowser other;
+    QTextTable *narrow = ChatTable::create(other, 2);
+    ChatTable::appendRow(*narrow, {.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s});
+    QCOMPARE(cellText(*narrow, 1, 0), u"t"_s);
+    QCOMPARE(cellText(*narrow, 1, 1), u"x"_s);
+    QCOMPARE(cellBlock(*narrow, 1, 1).blockFormat().alignment(), Qt::AlignLeft);
+    QVERIFY(!narrow->cellAt(1, 1).format().hasProperty(QTextFormat::TableCellRightBorder));
+    QVERIFY(!other.toPlainText().contains(u"bob"_s));
+}
+
+void TestChatTable::elidesLongNicks_data()
+{
+    QTest::addColumn<QString>("nick");
+    QTest::addColumn<QString>("shown");
+
+    QTest::newRow("empty") << u""_s << u""_s;
+    QTest::newRow("16 units") << u"abcdefghijklmnop"_s << u"abcdefghijklmnop"_s;
+    QTest::newRow("17 units") << u"abcdefghijklmnopq"_s << u"abcdefghijklmno\u2026"_s;
+    QTest::newRow("30 units") << u"abcdefghijklmnopqrstuvwxyz1234"_s << u"abcdefghijklmno\u2026"_s;
+}
+
+void TestChatTable::elidesLongNicks()
+{
+    QFETCH(const QString, nick);
+    QFETCH(const QString, shown);
+    QCOMPARE(ChatTable::elidedNick(nick), shown);
+    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = nick, .text = u"x"_s});
+    QCOMPARE(cellText(*table, 1, 1), QString(shown + u"  "_s));
+}
+
+void TestChatTable::colorsNicksByWhatIsShown_data()
+{
+    QTest::addColumn<QString>("nick");
+    QTest::addColumn<QColor>("color");
+
+    // A nick of one character is its own hash, so these sixteen walk through the palette.
+    QTest::newRow("0") << u"0"_s << QColor(u"#9e9e9e"_s);
+    QTest::newRow("1") << u"1"_s << QColor(u"#424242"_s);
+    QTest::newRow("2") << u"2"_s << QColor(u"#1565c0"_s);
+    QTest::newRow("3") << u"3"_s << QColor(u"#2e7d32"_s);
+    QTest::newRow("4") << u"4"_s << QColor(u"#c62828"_s);
+    QTest::newRow("5") << u"5"_s << QColor(u"#ad1457"_s);
+    QTest::newRow("6") << u"6"_s << QColor(u"#6a1b9a"_s);
+    QTest::newRow("7") << u"7"_s << QColor(u"#e65100"_s);
+    QTest::newRow("8") << u"8"_s << QColor(u"#f9a825"_s);
+    QTest::newRow("9") << u"9"_s << QColor(u"#558b2f"_s);
+    QTest::newRow("z") << u"z"_s << QColor(u"#00897b"_s);
+    QTest::newRow("brace") << u"{"_s << QColor(u"#00b0ff"_s);
+    QTest::newRow("bar") << u"|"_s << QColor(u"#2979ff"_s);
+    QTest::newRow("brace closed") << u"}"_s << QColor(u"#d500f9"_s);
+    QTest::newRow("tilde") << u"~"_s << QColor(u"#78909c"_s);
+    QTest::newRow("underscore") << u"_"_s << QColor(u"#bcaaa4"_s);
+    QTest::newRow("alice") << u"alice"_s << QColor(u"#9e9e9e"_s);
+    QTest::newRow("bob") << u"bob"_s << QColor(u"#ad1457"_s);
+    QTest::newRow("Bob") << u"Bob"_s << QColor(u"#ad1457"_s);
+    QTest::newRow("carol") << u"carol"_s << QColor(u"#424242"_s);
+    QTest::newRow("nobody") << u""_s << QColor(102, 102, 102, 255);
+}
+
+void TestChatTable::colorsNicksByWhatIsShown()
+{
+    QFETCH(const QString, nick);
+    QTEST(ChatTable::nickColor(nick), "color");
+}
+
+void TestChatTable::colorsAnElidedNickByItsShownForm()
+{
+    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"abcdefghijklmnopqr"_s, .text = u"x"_s});
+    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"abcdefghijklmno123"_s, .text = u"x"_s});
+    QCOMPARE(textFormat(*table, 1, 1).foreground().color(),
+             ChatTable::nickColor(u"abcdefghijklmno\u2026"_s));
+    QCOMPARE(textFormat(*table, 1, 1), textFormat(*table, 2, 1));
+}
+
+void TestChatTable::keepsOneBlockPerCell_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("shown");
+
+    QTest::newRow("carriage return") << u"a\rb"_s << u"a\u2028b"_s;
+    QTest::newRow("line feed") << u"a\nb"_s << u"a\u2028b"_s;
+    QTest::newRow("paragraph") << u"a\u2029b"_s << u"a\u2028b"_s;
+    QTest::newRow("beginning of frame") << u"a\xfdd0"
+                                           u"b"_s
+                                        << u"a\ufffdb"_s;
+    QTest::newRow("end of frame") << u"a\xfdd1"
+                                     u"b"_s
+                                  << u"a\ufffdb"_s;
+    QTest::newRow("several") << u"\r\ra\xfdd0\n"_s << u"\u2028\u2028a\ufffd\u2028"_s;
+}
+
+void TestChatTable::keepsOneBlockPerCell()
+{
+    QFETCH(const QString, text);
+    QFETCH(const QString, shown);
+    const int before = view.document()->blockCount();
+    ChatTable::appendRow(*table, {.time = text, .nick = text, .text = text});
+    QCOMPARE(view.document()->blockCount(), before + 3);
+    QCOMPARE(table->rows(), 2);
+    QCOMPARE(cellBlock(*table, 1, 0).text(), shown);
+    QCOMPARE(cellBlock(*table, 1, 1).text(), QString(shown + u"  "_s));
+    QCOMPARE(cellBlock(*table, 1, 2).text(), shown);
+}
+
+void TestChatTable::leavesOtherCharactersAlone()
+{
+    const QString text = u"a\tb\u00a0c\v\f\x1b\u0085\u2028\ufeff\xd83d\xde00"_s;
+    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"bob"_s, .text = text});
+    QCOMPARE(cellBlock(*table, 1, 2).text(), text);
+}
+
+void TestChatTable::appendsManyAsIfOneByOne()
+{
+    QTextBrowser other;
+    QTextTable *single = ChatTable::create(other, 3);
+    for (const ChatRow &row : SampleRows)
+        ChatTable::appendRow(*single, row);
+    ChatTable::appendRows(*table, SampleRows);
+    QCOMPARE(table->rows(), SampleRows.size() + 1);
+    QCOMPARE(describe(*view.document()), describe(*other.document()));
+    QCOMPARE(view.toPlainText(), other.toPlainText());
+    QCOMPARE(view.toHtml(), other.toHtml());
+}
+
+void TestChatTable::appendsNothing()
+{
+    ChatTable::appendRows(*table, {});
+    QCOMPARE(table->rows(), 1);
+}
+
+void TestChatTable::writesWhatTheTablesOwnCellsWouldTake()
+{
+    QTextBrowser other;
+    QTextTable *plain = ChatTable::create(other, 3);
+    plain->appendRows(1);
+    QTextTableCellFormat rule;
+    rule.setRightBorder(1.0);
+    rule.setRightBorderStyle(QTextFrameFormat::BorderStyle_Solid);
+    rule.setRightBorderBrush(Grey);
+    plain->cellAt(1, 1).setFormat(rule);
+    QTextBlockFormat left;
+    left.setAlignment(Qt::AlignLeft);
+    QTextBlockFormat right;
+    right.setAlignment(Qt::AlignRight);
+    QTextCharFormat grey;
+    grey.setForeground(Grey);
+    QTextCharFormat bold;
+    bold.setFontWeight(700);
+    bold.setForeground(QColor(0xad, 0x14, 0x57));
+    const auto fill = [plain](int column, const QTextBlockFormat &block,
+                              const QTextCharFormat &format, const QString &text) {
+        QTextCursor cursor = plain->cellAt(1, column).firstCursorPosition();
+        cursor.setBlockFormat(block);
+        cursor.insertText(text, format);
+    };
+    fill(0, left, grey, u"[10:00]"_s);
+    fill(1, right, bold, u"bob  "_s);
+    fill(2, left, {}, u" hello"_s);
+
+    ChatTable::appendRow(*table, {.time = u"[10:00]"_s, .nick = u"bob"_s, .text = u" hello"_s});
+    QCOMPARE(describe(*view.document()), describe(*other.document()));
+    QCOMPARE(view.toHtml(), other.toHtml());
+}
+
+QTEST_MAIN(TestChatTable)
+#include "tst_ChatTable.moc"
