@@ -1,0 +1,386 @@
+#include "IRCConnection.h"
+
+#include "IRCParser.h"
+#include "SleepInhibitor.h"
+
+#include <QDateTime>
+#include <QScopedValueRollback>
+#include <QSslSocket>
+#include <QTcpSocket>
+#include <QTimer>
+
+#include <limits>
+#include <utility>
+
+#ifdef Q_OS_WIN
+#include <winsock2.h>
+#include <ws2tcpip.h>
+#else
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#endif
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int KeepAliveInterval = 10000; // All in ms.
+constexpr qint64 SilenceBeforePing = 60000;
+constexpr qint64 PatienceForPong = 45000;
+
+constexpr qsizetype LongestAlternative = 30;
+
+#ifdef TCP_KEEPIDLE
+constexpr int IdleTimeOption = TCP_KEEPIDLE;
+#else
+constexpr int IdleTimeOption = TCP_KEEPALIVE; // macOS's name for it.
+#endif
+
+void setOption(qintptr descriptor, int level, int option, int value)
+{
+#ifdef Q_OS_WIN
+    const auto handle = static_cast<SOCKET>(descriptor);
+#else
+    const auto handle = static_cast<int>(descriptor);
+#endif
+    // Windows takes a pointer to char where others take one to void. A system that refuses an
+    // option goes without it.
+    setsockopt(handle, level, option, reinterpret_cast<const char *>(&value), sizeof value);
+}
+
+} // namespace
+
+IRCConnection::IRCConnection(QObject *parent)
+    : QObject(parent)
+    , keepAliveTimer(new QTimer(this))
+{
+    connect(keepAliveTimer, &QTimer::timeout, this, &IRCConnection::checkKeepAlive);
+    // Before anybody else's: whoever learns of the user's new nick through nickChanged finds
+    // currentNick up to date.
+    connect(this, &IRCConnection::nickChanged, this, &IRCConnection::followOwnNick);
+}
+
+IRCConnection::~IRCConnection()
+{
+    // The owner may be half gone by now, so what the closing socket still has to tell stays here.
+    blockSignals(true);
+    readFinishedHandler = nullptr;
+    disconnectFromServer();
+}
+
+void IRCConnection::connectToServer(const QString &newHost, quint16 newPort, const QString &newNick,
+                                    const QString &newRealName, bool withSsl)
+{
+    host = newHost;
+    port = newPort;
+    realName = newRealName;
+    useSsl = withSsl;
+    spareFlag = false;
+    registrationDone = false;
+
+    generateNickAlternatives(newNick, config.altNickname);
+    nick = nickAlternatives.first();
+
+    // Its connections stay: the end of the session that it carried is told like any other.
+    if (socket != nullptr)
+        socket->deleteLater();
+
+    if (useSsl) {
+        auto *secure = new QSslSocket(this);
+        socket = secure;
+        secure->connectToHostEncrypted(host, port, QIODevice::ReadWrite,
+                                       QAbstractSocket::AnyIPProtocol);
+    } else {
+        socket = new QTcpSocket(this);
+        socket->connectToHost(host, port, QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
+    }
+    socket->setSocketOption(QAbstractSocket::KeepAliveOption, 1);
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+
+    connect(socket, &QAbstractSocket::connected, this, &IRCConnection::onConnected);
+    connect(socket, &QAbstractSocket::disconnected, this, &IRCConnection::onDisconnected);
+    connect(socket, &QAbstractSocket::readyRead, this, &IRCConnection::onReadyRead);
+    connect(socket, &QAbstractSocket::errorOccurred, this, &IRCConnection::onError);
+}
+
+void IRCConnection::disconnectFromServer()
+{
+    if (isConnected()) {
+        socket->write("QUIT :Velmora leaving\r\n"_ba);
+        socket->flush();
+        socket->disconnectFromHost();
+    }
+    keepAliveTimer->stop();
+    enableSleep();
+}
+
+bool IRCConnection::isConnected() const
+{
+    return socket != nullptr && socket->state() == QAbstractSocket::ConnectedState;
+}
+
+bool IRCConnection::isRegistered() const
+{
+    return registrationDone;
+}
+
+void IRCConnection::setRegistered(bool isDone)
+{
+    registrationDone = isDone;
+}
+
+QString IRCConnection::currentNick() const
+{
+    return nick;
+}
+
+QString IRCConnection::getHost() const
+{
+    return host;
+}
+
+ServerConfig IRCConnection::serverConfig() const
+{
+    return config;
+}
+
+void IRCConnection::setServerConfig(const ServerConfig &newConfig)
+{
+    config = newConfig;
+}
+
+void IRCConnection::sendRaw(const QString &line)
+{
+    if (!isConnected()) {
+        emit errorOccurred(u"Socket is not connected"_s);
+        return;
+    }
+    if (socket->write(line.toUtf8() + "\r\n"_ba) == -1)
+        emit errorOccurred(socket->errorString());
+    else
+        lastActivity.start();
+}
+
+void IRCConnection::joinChannel(const QString &channel)
+{
+    sendRaw(u"JOIN "_s + channel);
+}
+
+void IRCConnection::partChannel(const QString &channel)
+{
+    sendRaw(u"PART "_s + channel + u" :Leaving"_s);
+}
+
+void IRCConnection::sendPrivmsg(const QString &target, const QString &text)
+{
+    sendRaw(u"PRIVMSG "_s + target + u" :"_s + text);
+}
+
+void IRCConnection::changeNick(const QString &newNick)
+{
+    sendRaw(u"NICK "_s + newNick);
+}
+
+void IRCConnection::sendWhois(const QString &whose)
+{
+    sendRaw(u"WHOIS "_s + whose);
+}
+
+void IRCConnection::sendWatch(const QString &whom, bool add)
+{
+    if (isConnected())
+        sendRaw(u"WATCH %1%2"_s.arg(add ? u"+"_s : u"-"_s, whom));
+}
+
+void IRCConnection::resetListCounters()
+{
+    totalListChannels = 0;
+    totalListUsers = 0;
+    listServerName.clear();
+}
+
+void IRCConnection::addListChannel(int userCount)
+{
+    ++totalListChannels;
+    // What a server claims may be more than fits.
+    const qint64 sum = qint64(totalListUsers) + userCount;
+    totalListUsers = static_cast<int>(qBound(qint64(std::numeric_limits<int>::min()), sum,
+                                             qint64(std::numeric_limits<int>::max())));
+}
+
+void IRCConnection::setListServerName(const QString &name)
+{
+    listServerName = name;
+}
+
+QString IRCConnection::getListServerName() const
+{
+    return listServerName;
+}
+
+int IRCConnection::getTotalListChannels() const
+{
+    return totalListChannels;
+}
+
+int IRCConnection::getTotalListUsers() const
+{
+    return totalListUsers;
+}
+
+bool IRCConnection::isReading() const
+{
+    return reading;
+}
+
+void IRCConnection::setReadFinishedHandler(std::function<void()> handler)
+{
+    readFinishedHandler = std::move(handler);
+}
+
+void IRCConnection::onConnected()
+{
+    configureSocketKeepAlive();
+    lastActivity.start();
+    awaitingPong = false;
+    keepAliveTimer->start(KeepAliveInterval);
+    disableSleep();
+    sendRaw(u"NICK "_s + nick);
+    sendRaw(u"USER "_s + nick + u" 0 * :"_s + realName);
+    emit connected();
+}
+
+void IRCConnection::onDisconnected()
+{
+    keepAliveTimer->stop();
+    enableSleep();
+    emit disconnected();
+}
+
+void IRCConnection::onReadyRead()
+{
+    lastActivity.start();
+    awaitingPong = false;
+    // A replaced socket may have called while the new one is closed, and Qt warns of such reads.
+    if (socket->isOpen())
+        buffer += QString::fromUtf8(socket->readAll());
+    if (cutLines() && readFinishedHandler)
+        readFinishedHandler();
+}
+
+// True if at least one line end was found. A slot may run an event loop of its own and so lead back
+// here; the members tell the inner call where the outer one stands, and the other way round.
+bool IRCConnection::cutLines()
+{
+    const QScopedValueRollback guard(reading, true);
+    bool found = false;
+    for (;;) {
+        const qsizetype lineEnd = buffer.indexOf("\r\n"_L1, searchStart);
+        if (lineEnd < 0)
+            break;
+        found = true;
+        const QString line = buffer.mid(lineStart, lineEnd - lineStart);
+        lineStart = lineEnd + 2;
+        searchStart = lineStart;
+        if (line.isEmpty())
+            continue;
+        emit rawMessageReceived(line);
+        IRCParser::parseLine(line, this);
+    }
+    buffer.remove(0, lineStart);
+    lineStart = 0;
+    // A CR at the very end may be the first half of a line end.
+    searchStart = qMax(buffer.size() - 1, qsizetype(0));
+    return found;
+}
+
+void IRCConnection::onError(QAbstractSocket::SocketError /*error*/)
+{
+    emit errorOccurred(socket->errorString());
+}
+
+void IRCConnection::followOwnNick(const QString &oldNick, const QString &newNick)
+{
+    if (oldNick != nick)
+        return;
+    nick = newNick;
+    emit ownNickChanged(newNick);
+}
+
+void IRCConnection::checkKeepAlive()
+{
+    if (!isConnected())
+        return;
+    if (awaitingPong && pingSentAt.elapsed() > PatienceForPong) {
+        emit errorOccurred(u"Ping timeout: no response to PING for 45s"_s);
+        socket->disconnectFromHost();
+        return;
+    }
+    if (!awaitingPong && lastActivity.elapsed() > SilenceBeforePing) {
+        sendRaw(u"PING :"_s + QDateTime::currentDateTime().toString(Qt::ISODate));
+        pingSentAt.start();
+        awaitingPong = true;
+    }
+}
+
+void IRCConnection::tryNextNick()
+{
+    ++nickIndex;
+    if (nickIndex >= nickAlternatives.size()) {
+        emit errorOccurred(u"All nicknames are in use. Please choose a different nick."_s);
+        return;
+    }
+    const QString oldNick = nick;
+    const QString entry = nickAlternatives.at(nickIndex);
+    // New before anybody hears of it, so this is no change of the user's own nick: the server has
+    // agreed to nothing yet.
+    nick = entry;
+    sendRaw(u"NICK "_s + entry);
+    emit nickChanged(oldNick, entry);
+}
+
+void IRCConnection::generateNickAlternatives(const QString &wanted, const QString &altNickname)
+{
+    nickAlternatives.clear();
+    nickIndex = 0;
+    nickAlternatives.append(wanted);
+    if (!altNickname.isEmpty() && altNickname != wanted)
+        nickAlternatives.append(altNickname);
+    for (int i = 0; i < 100; ++i) {
+        QString suffix = i < 10 ? u"_"_s : u"__"_s;
+        if (i > 0)
+            suffix += QString::number(i);
+        const QString candidate = wanted.left(LongestAlternative - suffix.size()) + suffix;
+        if (!nickAlternatives.contains(candidate))
+            nickAlternatives.append(candidate);
+    }
+}
+
+void IRCConnection::configureSocketKeepAlive()
+{
+    if (socket == nullptr)
+        return;
+    const qintptr descriptor = socket->socketDescriptor();
+    if (descriptor < 0)
+        return;
+    // Times in seconds: the first probe after a minute of silence, dead after five in vain.
+    setOption(descriptor, SOL_SOCKET, SO_KEEPALIVE, 1);
+    setOption(descriptor, IPPROTO_TCP, IdleTimeOption, 60);
+    setOption(descriptor, IPPROTO_TCP, TCP_KEEPINTVL, 10);
+    setOption(descriptor, IPPROTO_TCP, TCP_KEEPCNT, 5);
+}
+
+void IRCConnection::disableSleep()
+{
+    if (sleepAssertion == 0)
+        sleepAssertion = SleepInhibitor::take(u"Maintaining IRC connection"_s);
+}
+
+void IRCConnection::enableSleep()
+{
+    if (sleepAssertion == 0)
+        return;
+    SleepInhibitor::release(sleepAssertion);
+    sleepAssertion = 0;
+}

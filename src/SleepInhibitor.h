@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+/// Keeps an idle machine awake; each platform has a source of its own.
+namespace SleepInhibitor {
+
+/// Stops the machine from idling to sleep, and gives the number by which to let it sleep again.
+///
+/// `reason` is a short text that the system may show to the user. 0 means that nothing is held,
+/// since the platform has no such service; no failure is ever reported.
+[[nodiscard]] quint32 take(const QString &reason);
+
+/// Lets the machine sleep again, as far as the taking that gave `assertion` stood against it.
+void release(quint32 assertion);
+
+} // namespace SleepInhibitor

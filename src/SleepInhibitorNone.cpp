@@ -1,0 +1,12 @@
+#include "SleepInhibitor.h"
+
+namespace SleepInhibitor {
+
+quint32 take(const QString & /*reason*/)
+{
+    return 0;
+}
+
+void release(quint32 /*assertion*/) {}
+
+} // namespace SleepInhibitor

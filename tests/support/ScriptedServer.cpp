@@ -1,0 +1,170 @@
+#include "ScriptedServer.h"
+
+#include <QHostAddress>
+#include <QSslServer>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+ScriptedServer::ScriptedServer(QObject *parent)
+    : QObject(parent)
+    , server(std::make_unique<QTcpServer>())
+{
+    listen();
+}
+
+ScriptedServer::ScriptedServer(const QSslConfiguration &tls, QObject *parent)
+    : QObject(parent)
+{
+    auto secure = std::make_unique<QSslServer>();
+    secure->setSslConfiguration(tls);
+    server = std::move(secure);
+    listen();
+}
+
+ScriptedServer::~ScriptedServer()
+{
+    for (Client &client : clients) {
+        if (client.socket != nullptr)
+            client.socket->disconnect(this);
+    }
+}
+
+void ScriptedServer::listen()
+{
+    // A TLS server has taken a client in only when the handshake is over, and tells it by this
+    // signal alone.
+    connect(server.get(), &QTcpServer::pendingConnectionAvailable, this, [this] {
+        while (QTcpSocket *socket = server->nextPendingConnection())
+            admit(socket);
+    });
+    if (server->listen(QHostAddress::LocalHost))
+        usedPort = server->serverPort();
+}
+
+quint16 ScriptedServer::port() const
+{
+    return usedPort;
+}
+
+void ScriptedServer::stopListening()
+{
+    server->close();
+}
+
+bool ScriptedServer::listenAgain()
+{
+    return server->listen(QHostAddress::LocalHost, usedPort);
+}
+
+int ScriptedServer::clientCount() const
+{
+    return static_cast<int>(clients.size());
+}
+
+bool ScriptedServer::isThere(int client) const
+{
+    return socketOf(client) != nullptr;
+}
+
+QByteArray ScriptedServer::received(int client) const
+{
+    const Client *found = find(client);
+    return found != nullptr ? found->received : QByteArray();
+}
+
+QStringList ScriptedServer::lines(int client) const
+{
+    const Client *found = find(client);
+    return found != nullptr ? found->lines : QStringList();
+}
+
+void ScriptedServer::send(const QString &line, int client)
+{
+    sendBytes(line.toUtf8() + "\r\n"_ba, client);
+}
+
+void ScriptedServer::sendBytes(const QByteArray &bytes, int client)
+{
+    if (QTcpSocket *socket = socketOf(client)) {
+        socket->write(bytes);
+        socket->flush();
+    }
+}
+
+void ScriptedServer::close(int client)
+{
+    if (QTcpSocket *socket = socketOf(client))
+        socket->disconnectFromHost();
+}
+
+void ScriptedServer::cut(int client)
+{
+    if (QTcpSocket *socket = socketOf(client))
+        socket->abort();
+}
+
+bool ScriptedServer::waitForClient(int count) const
+{
+    return QTest::qWaitFor([this, count] { return clientCount() >= count; }, Patience);
+}
+
+bool ScriptedServer::waitForLine(const QString &line, int client, int times) const
+{
+    return QTest::qWaitFor([&] { return lines(client).count(line) >= times; }, Patience);
+}
+
+bool ScriptedServer::waitForEnd(int client) const
+{
+    return QTest::qWaitFor([this, client] { return !isThere(client); }, Patience);
+}
+
+void ScriptedServer::admit(QTcpSocket *socket)
+{
+    const int number = clientCount();
+    clients.emplace_back().socket = socket;
+    connect(socket, &QTcpSocket::readyRead, this, [this, number] { read(number); });
+    connect(socket, &QTcpSocket::disconnected, this, [this, number] {
+        if (QTcpSocket *gone =
+                    std::exchange(clients.at(static_cast<size_t>(number)).socket, nullptr))
+            gone->deleteLater();
+        emit clientLeft(number);
+    });
+    emit clientArrived(number);
+    // A client that speaks first may have done so before anybody listened.
+    if (socket->bytesAvailable() > 0)
+        read(number);
+}
+
+void ScriptedServer::read(int number)
+{
+    const auto index = static_cast<size_t>(number);
+    clients.at(index).received += clients.at(index).socket->readAll();
+    // A receiver of the signal may take in another client, which moves the records.
+    for (;;) {
+        Client &client = clients.at(index);
+        const qsizetype end = client.received.indexOf("\r\n", client.lineStart);
+        if (end < 0)
+            return;
+        const QString line =
+                QString::fromUtf8(client.received.mid(client.lineStart, end - client.lineStart));
+        client.lineStart = end + 2;
+        client.lines.append(line);
+        emit lineReceived(number, line);
+    }
+}
+
+const ScriptedServer::Client *ScriptedServer::find(int number) const
+{
+    if (clients.empty())
+        return nullptr;
+    return number == Latest ? &clients.back() : &clients.at(static_cast<size_t>(number));
+}
+
+QTcpSocket *ScriptedServer::socketOf(int number) const
+{
+    const Client *client = find(number);
+    return client != nullptr ? client->socket : nullptr;
+}
