@@ -1,0 +1,315 @@
+#include "IrcText.h"
+
+#include <QList>
+#include <QRegularExpression>
+#include <QTextCharFormat>
+#include <QTextCursor>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::array<QColor, 16> Colours{
+        QColor(0xFF, 0xFF, 0xFF), QColor(0x00, 0x00, 0x00), QColor(0x00, 0x00, 0x80),
+        QColor(0x00, 0x80, 0x00), QColor(0xFF, 0x00, 0x00), QColor(0x80, 0x00, 0x00),
+        QColor(0x80, 0x00, 0x80), QColor(0xFF, 0xA5, 0x00), QColor(0xFF, 0xFF, 0x00),
+        QColor(0x00, 0xFF, 0x00), QColor(0x00, 0x80, 0x80), QColor(0x00, 0xFF, 0xFF),
+        QColor(0x00, 0x00, 0xFF), QColor(0xFF, 0x00, 0xFF), QColor(0x80, 0x80, 0x80),
+        QColor(0xC0, 0xC0, 0xC0)};
+
+struct Link
+{
+    int start = 0;
+    int end = 0;
+    QString target;
+    QString display;
+};
+
+/// A kind of link: its pattern, and a sign that every match holds. Most lines hold no link, and to
+/// look for a sign costs a fraction of what a pattern costs.
+struct LinkKind
+{
+    QString sign;
+    QRegularExpression pattern;
+
+    /// All matches in `text`, each with itself as target.
+    [[nodiscard]] QList<Link> linksIn(const QString &text) const;
+};
+
+/// Chat rows and topics keep a set of their own, compiled at the first use.
+struct LinkKinds
+{
+    const LinkKind url{u"://"_s, QRegularExpression(uR"(https?://\S+)"_s)};
+    const LinkKind address{
+            u"@"_s, QRegularExpression(uR"(\b[A-Za-z0-9._%+-]+@[A-Za-z0-9.-]+\.[A-Za-z]{2,}\b)"_s)};
+};
+
+QList<Link> LinkKind::linksIn(const QString &text) const
+{
+    QList<Link> links;
+    if (!text.contains(sign))
+        return links;
+    for (const QRegularExpressionMatch &match : pattern.globalMatch(text)) {
+        const QString matched = match.captured();
+        links.append({static_cast<int>(match.capturedStart()),
+                      static_cast<int>(match.capturedEnd()), matched, matched});
+    }
+    return links;
+}
+
+void sortByStart(QList<Link> &links)
+{
+    std::sort(links.begin(), links.end(),
+              [](const Link &left, const Link &right) { return left.start < right.start; });
+}
+
+/// The links of a chat row in their order: a mail address that overlaps a URL is none.
+QList<Link> rowLinks(const QString &text)
+{
+    static const LinkKinds kinds;
+    const QList<Link> urls = kinds.url.linksIn(text);
+    QList<Link> links = urls;
+    for (Link &address : kinds.address.linksIn(text)) {
+        const bool overlaps = std::any_of(urls.cbegin(), urls.cend(), [&address](const Link &url) {
+            return address.start < url.end && address.end > url.start;
+        });
+        if (overlaps)
+            continue;
+        address.target.prepend("mailto:"_L1);
+        links.append(address);
+    }
+    sortByStart(links);
+    return links;
+}
+
+/// The pass over a topic that turns formatting codes into tags.
+///
+/// There is no stack of open tags: a code writes its tag where it stands, even if the tags then
+/// overlap, and the label's own reader makes the best of them.
+class CodePass final
+{
+public:
+    explicit CodePass(const QString &input)
+        : topic(input)
+    {
+        html.reserve(2 * topic.size());
+    }
+
+    /// The whole topic as HTML. To be called once.
+    QString run();
+
+private:
+    void take(QChar character);
+    void toggle(bool &open, QLatin1StringView openTag, QLatin1StringView closeTag);
+    void takeColourCode();
+    [[nodiscard]] bool atDigit() const;
+    int takeNumber();
+    void closeColour();
+    void applyColours(int newForeground, int newBackground);
+
+    const QString topic;
+    QString html;
+    qsizetype position = 0;
+    bool bold = false;
+    bool italic = false;
+    bool underline = false;
+    int foreground = -1;
+    int background = -1;
+};
+
+QString CodePass::run()
+{
+    while (position < topic.size())
+        take(topic.at(position++));
+    closeColour();
+    if (underline)
+        html += "</u>"_L1;
+    if (italic)
+        html += "</i>"_L1;
+    if (bold)
+        html += "</b>"_L1;
+    return html;
+}
+
+void CodePass::take(QChar character)
+{
+    switch (character.unicode()) {
+    case 0x02:
+        toggle(bold, "<b>"_L1, "</b>"_L1);
+        break;
+    case 0x1D:
+        toggle(italic, "<i>"_L1, "</i>"_L1);
+        break;
+    case 0x1F:
+        toggle(underline, "<u>"_L1, "</u>"_L1);
+        break;
+    case 0x03:
+        takeColourCode();
+        break;
+    case u'<':
+        html += "&lt;"_L1;
+        break;
+    case u'>':
+        html += "&gt;"_L1;
+        break;
+    case u'&':
+        html += "&amp;"_L1;
+        break;
+    case u'"':
+        html += "&quot;"_L1;
+        break;
+    default:
+        html += character;
+    }
+}
+
+void CodePass::toggle(bool &open, QLatin1StringView openTag, QLatin1StringView closeTag)
+{
+    html += open ? closeTag : openTag;
+    open = !open;
+}
+
+void CodePass::takeColourCode()
+{
+    int newForeground = -1;
+    int newBackground = -1;
+    if (atDigit()) {
+        newForeground = takeNumber();
+        // A comma behind a number belongs to the code even if no second number follows.
+        if (position < topic.size() && topic.at(position) == u',') {
+            ++position;
+            if (atDigit())
+                newBackground = takeNumber();
+        }
+    }
+    applyColours(newForeground, newBackground);
+}
+
+bool CodePass::atDigit() const
+{
+    return position < topic.size() && topic.at(position).isDigit();
+}
+
+int CodePass::takeNumber()
+{
+    // Numbers may have any length. Bounded at every digit, the endless ones cannot overflow and
+    // still end where the whole number, bounded once, would: at 15.
+    int number = 0;
+    while (atDigit())
+        number = qBound(0, number * 10 + topic.at(position++).digitValue(), 15);
+    return number;
+}
+
+void CodePass::closeColour()
+{
+    if (foreground < 0)
+        return;
+    html += "</span>"_L1;
+    foreground = -1;
+    background = -1;
+}
+
+const QColor &colourAt(int index)
+{
+    return Colours.at(static_cast<std::size_t>(index));
+}
+
+/// Black or white as an index, whichever can be read on `colour`.
+int legibleOn(const QColor &colour)
+{
+    const auto luminance =
+            static_cast<int>(colour.red() * 0.299 + colour.green() * 0.587 + colour.blue() * 0.114);
+    return luminance >= 128 ? 1 : 0;
+}
+
+void CodePass::applyColours(int newForeground, int newBackground)
+{
+    closeColour();
+    // Without a number the code only closes; and a second number never comes without a first.
+    if (newForeground < 0)
+        return;
+
+    foreground =
+            newForeground == newBackground ? legibleOn(colourAt(newBackground)) : newForeground;
+    background = newBackground;
+    html += "<span style=\"color:"_L1 % colourAt(foreground).name() % u';';
+    if (background >= 0)
+        html += "background-color:"_L1 % colourAt(background).name() % u';';
+    html += "\">"_L1;
+}
+
+/// True if `position` lies between "<" and ">", as far as the text from `from` on tells.
+bool insideTag(QStringView html, qsizetype from, qsizetype position)
+{
+    while (--position >= from) {
+        if (html.at(position) == u'<')
+            return true;
+        if (html.at(position) == u'>')
+            return false;
+    }
+    return false;
+}
+
+/// The pass over a topic's HTML that makes anchors of links.
+QString withAnchors(const QString &html)
+{
+    static const LinkKinds kinds;
+    QList<Link> links = kinds.url.linksIn(html) + kinds.address.linksIn(html);
+    sortByStart(links);
+
+    QString linked;
+    qsizetype copied = 0;
+    for (const Link &link : links) {
+        // Directly behind a tag a link stays plain text.
+        if (insideTag(html, copied, link.start)
+            || (link.start > 0 && html.at(link.start - 1) == u'>'))
+            continue;
+        // An address inside the URL just written starts before `copied`. The length is negative
+        // then, which means the rest of the text to mid(): the rest is written here and, since
+        // `copied` goes back, once more behind the address.
+        linked += html.mid(copied, link.start - copied);
+        // The display text is escaped a second time: an ampersand of a URL shows as "&amp;".
+        linked +=
+                "<a href=\""_L1 % link.target % "\">"_L1 % link.display.toHtmlEscaped() % "</a>"_L1;
+        copied = link.end;
+    }
+    return linked + html.mid(copied);
+}
+
+} // namespace
+
+namespace IrcText {
+
+const std::array<QColor, 16> &colors()
+{
+    return Colours;
+}
+
+void insertWithLinks(QTextCursor &cursor, const QString &text, const QTextCharFormat &base)
+{
+    QTextCharFormat linkFormat = base;
+    linkFormat.setAnchor(true);
+    linkFormat.setForeground(QColor(0x00, 0x7A, 0xFF));
+    linkFormat.setUnderlineStyle(QTextCharFormat::SingleUnderline);
+
+    int position = 0;
+    for (const Link &link : rowLinks(text)) {
+        if (link.start > position)
+            cursor.insertText(text.mid(position, link.start - position), base);
+        QTextCharFormat format = linkFormat;
+        format.setAnchorHref(link.target);
+        cursor.insertText(link.display, format);
+        position = link.end;
+    }
+    if (position < text.size())
+        cursor.insertText(text.mid(position), base);
+}
+
+QString toHtml(const QString &topic)
+{
+    return withAnchors(CodePass(topic).run());
+}
+
+} // namespace IrcText
