@@ -1,0 +1,122 @@
+#pragma once
+
+#include "ServerConfig.h"
+
+#include <QDialog>
+#include <QMap>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+class QBoxLayout;
+class QCheckBox;
+class QFormLayout;
+class QLineEdit;
+class QListWidget;
+class QListWidgetItem;
+class QPoint;
+class QPushButton;
+
+/// The window in which the user says where to connect and as whom.
+///
+/// It shows the list of known servers (the built-in ones, the user's own and the last one connected
+/// to) over the fields of the one that is selected. When the user connects, it completes one
+/// ServerConfig out of the stored record and the fields, stores it if the server is a listed one,
+/// and accepts; the caller then takes the choice through the accessors. The dialog is made for one
+/// showing: it reads the store when it is constructed.
+///
+/// The operations on the list show message boxes, forms and menus, each in a nested event loop. The
+/// dialog may be destroyed meanwhile.
+class ConnectDialog final : public QDialog
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ConnectDialog)
+
+public:
+    explicit ConnectDialog(QWidget *parent);
+    ~ConnectDialog() override;
+
+    /// The servers that come with the program, as "host:port", in no particular order.
+    [[nodiscard]] static QStringList defaultServers();
+
+    /// Dresses the dialog in the theme `name`: "dark", "glass", or anything else for light.
+    void setCurrentTheme(const QString &name);
+
+    /// Host, without blanks at its ends.
+    [[nodiscard]] QString server() const;
+
+    /// Port; 0 if the field holds no number.
+    [[nodiscard]] int port() const;
+
+    // Once the user has connected, these tell the choice, with the field standing in for what the
+    // chosen record leaves empty. Before that the record is a default one.
+    [[nodiscard]] QString nickname() const;
+    [[nodiscard]] QString realName() const;
+    [[nodiscard]] QStringList favoriteChannels() const;
+    [[nodiscard]] QString altNickname() const;
+    [[nodiscard]] QString authMethod() const;
+    [[nodiscard]] QString password() const;
+    [[nodiscard]] QString encoding() const;
+    [[nodiscard]] bool useSsl() const;
+    [[nodiscard]] ServerConfig activeServerConfig() const;
+
+private slots:
+    void onConnectClicked();
+    void loadSettings();
+    void saveSettings();
+    void onServerListSelectionChanged();
+    void addServer();
+    void editServer();
+    void deleteServer();
+    void showServerContextMenu(const QPoint &pos);
+
+private:
+    // Window
+    void buildForm();
+    void buildFields(QFormLayout *form);
+    [[nodiscard]] QWidget *buildListButtons();
+    [[nodiscard]] QBoxLayout *buildDialogButtons();
+    void makeConnections();
+    void applyTheme();
+    void showError(const QString &text);
+
+    // Connecting
+    void storeFieldsOfSelectedServer();
+    void completeActiveConfig();
+
+    // Identity and records of servers
+    [[nodiscard]] QString serverId(const QString &host, int port) const;
+    [[nodiscard]] QString cleanAddress(const QString &text) const;
+    [[nodiscard]] ServerConfig loadServerConfig(const QString &id) const;
+    void saveServerConfig(const QString &id, const ServerConfig &config);
+    void removeServerConfig(const QString &id);
+
+    // The list
+    [[nodiscard]] bool isDefaultServer(const QString &id) const;
+    void loadDeletedDefaults();
+    void saveDeletedDefaults();
+    void loadFavorites();
+    void saveFavorites();
+    void saveServerList();
+    void reorderServerList();
+    void updateServerDisplayName(const QString &id);
+    void updateChannelsFromCurrentServer();
+
+    QSet<QString> favoriteServers; ///< Server ids.
+    QSet<QString> deletedDefaults; ///< Ids of built-in servers that the user deleted.
+    QLineEdit *serverEdit = nullptr;
+    QLineEdit *portEdit = nullptr;
+    QLineEdit *nicknameEdit = nullptr;
+    QLineEdit *realNameEdit = nullptr;
+    QLineEdit *channelsEdit = nullptr;
+    QCheckBox *sslCheck = nullptr;
+    QListWidget *serverList = nullptr;
+    QPushButton *addButton = nullptr;
+    QPushButton *editButton = nullptr;
+    QPushButton *deleteButton = nullptr;
+    QString currentTheme = QStringLiteral("light");
+    QMap<QString, ServerConfig> serverConfigs; ///< By server id.
+    ServerConfig activeConfig;                 ///< What the dialog hands on.
+    QString selectedServerId; ///< Of the row that filled the fields; empty once they are typed
+                              ///< over.
+};

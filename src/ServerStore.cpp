@@ -1,0 +1,110 @@
+#include "ServerStore.h"
+
+#include <QRegularExpression>
+#include <QSettings>
+
+using namespace Qt::StringLiterals;
+
+namespace ServerStore {
+
+QString serverId(const QString &host, int port)
+{
+    return host + u'_' + QString::number(port);
+}
+
+QString groupName(const QString &id)
+{
+    return u"servers/"_s + id;
+}
+
+QString cleanAddress(const QString &text)
+{
+    return text.startsWith(FavoriteMark) ? text.mid(FavoriteMark.size()) : text;
+}
+
+std::optional<HostPort> splitAddress(const QString &address)
+{
+    const QStringList parts = address.split(u':');
+    if (parts.size() != 2)
+        return std::nullopt;
+    return HostPort{parts.at(0), parts.at(1).toInt()};
+}
+
+std::optional<QString> idOfAddress(const QString &address)
+{
+    const std::optional<HostPort> parts = splitAddress(address);
+    if (!parts)
+        return std::nullopt;
+    return serverId(parts->host, parts->port);
+}
+
+std::optional<QString> addressOfId(const QString &id)
+{
+    const QStringList parts = id.split(u'_');
+    if (parts.size() != 2)
+        return std::nullopt;
+    return QString(parts.at(0) + u':' + parts.at(1));
+}
+
+QStringList parseChannels(const QString &text)
+{
+    static const QRegularExpression separators(u"[,\\s]+"_s);
+    QStringList channels = text.trimmed().split(separators, Qt::SkipEmptyParts);
+    for (QString &channel : channels) {
+        if (!channel.startsWith(u'#'))
+            channel.prepend(u'#');
+    }
+    return channels;
+}
+
+ServerConfig loadConfig(const QString &id, const ServerConfig &defaults)
+{
+    QSettings settings;
+    settings.beginGroup(groupName(id));
+    ServerConfig config = defaults;
+    config.nickname = settings.value(u"nickname"_s, defaults.nickname).toString();
+    config.altNickname = settings.value(u"altnick"_s, defaults.altNickname).toString();
+    config.realName = settings.value(u"realname"_s, defaults.realName).toString();
+    config.authMethod = settings.value(u"authmethod"_s, defaults.authMethod).toString();
+    config.password = settings.value(u"password"_s, defaults.password).toString();
+    config.autojoin = settings.value(u"autojoin"_s, defaults.autojoin).toStringList();
+    config.encoding = settings.value(u"encoding"_s, defaults.encoding).toString();
+    config.useSsl = settings.value(u"ssl"_s, defaults.useSsl).toBool();
+    settings.endGroup();
+    return config;
+}
+
+QStringList loadAutojoin(const QString &id)
+{
+    QSettings settings;
+    settings.beginGroup(groupName(id));
+    const QStringList autojoin = settings.value(u"autojoin"_s).toStringList();
+    settings.endGroup();
+    return autojoin;
+}
+
+void saveConfig(const QString &id, const ServerConfig &config, OddIdAddress oddIdAddress)
+{
+    QSettings settings;
+    settings.beginGroup(groupName(id));
+    settings.setValue(u"nickname"_s, config.nickname);
+    settings.setValue(u"altnick"_s, config.altNickname);
+    settings.setValue(u"realname"_s, config.realName);
+    settings.setValue(u"authmethod"_s, config.authMethod);
+    settings.setValue(u"password"_s, config.password);
+    settings.setValue(u"autojoin"_s, config.autojoin);
+    settings.setValue(u"encoding"_s, config.encoding);
+    settings.setValue(u"ssl"_s, config.useSsl);
+    if (const std::optional<QString> address = addressOfId(id))
+        settings.setValue(u"address"_s, *address);
+    else if (oddIdAddress == OddIdAddress::SameAsId)
+        settings.setValue(u"address"_s, id);
+    settings.endGroup();
+}
+
+void removeGroup(const QString &id)
+{
+    QSettings().remove(groupName(id));
+}
+
+} // namespace ServerStore

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "ServerConfig.h"
+
+#include <QString>
+#include <QStringList>
+#include <QStringView>
+
+#include <optional>
+
+/// How servers are named, and how one server's record lies in the settings store.
+///
+/// A server is known by its host and port alone, in two forms: the id "host_port" names its group
+/// in the store, the address "host:port" is what users see. Each form is made and taken apart by
+/// its one separating character, so a host that holds "_" or ":" itself does not convert cleanly;
+/// every function says what it does then.
+///
+/// The functions use the application's `QSettings`, made anew at each call. Passwords are stored in
+/// plain text. Errors of the store are not looked at: what cannot be read is taken as missing.
+namespace ServerStore {
+
+/// Stands in front of a favourite's address in a list: a star and a blank.
+inline constexpr QStringView FavoriteMark = u"\u2605 ";
+
+/// A host and the port behind it; the port is 0 if it was no number.
+struct HostPort
+{
+    QString host;
+    int port = 0;
+};
+
+/// What `saveConfig` writes as the address of a server whose id does not convert into one.
+enum class OddIdAddress {
+    SameAsId, ///< The id as it is, so that the server keeps a row in the list.
+    Keep,     ///< Nothing: what is stored, if anything, stays.
+};
+
+/// `host`, "_" and `port` in decimal.
+[[nodiscard]] QString serverId(const QString &host, int port);
+
+/// Name of the group in which the store keeps the server `id`.
+[[nodiscard]] QString groupName(const QString &id);
+
+/// `text` without its favourite mark, if it starts with one.
+[[nodiscard]] QString cleanAddress(const QString &text);
+
+/// The two parts of "host:port"; nothing unless there is exactly one ":".
+[[nodiscard]] std::optional<HostPort> splitAddress(const QString &address);
+
+/// The id of the server at `address`; nothing unless there is exactly one ":".
+[[nodiscard]] std::optional<QString> idOfAddress(const QString &address);
+
+/// The address of the server `id`; nothing unless there is exactly one "_".
+[[nodiscard]] std::optional<QString> addressOfId(const QString &id);
+
+/// The channels of a list that a user typed, parted by commas and white space in any mix.
+///
+/// Each gets a leading "#" unless it has one; "&local" too becomes "#&local", since "#" is the only
+/// channel sign that the client knows.
+[[nodiscard]] QStringList parseChannels(const QString &text);
+
+/// The stored record of the server `id`. What the store does not hold is taken from `defaults`.
+[[nodiscard]] ServerConfig loadConfig(const QString &id, const ServerConfig &defaults = {});
+
+/// The stored channels to join of the server `id`; empty if there are none.
+[[nodiscard]] QStringList loadAutojoin(const QString &id);
+
+/// Stores the record of the server `id` and its address.
+void saveConfig(const QString &id, const ServerConfig &config, OddIdAddress oddIdAddress);
+
+/// Forgets the record and the address of the server `id`.
+void removeGroup(const QString &id);
+
+} // namespace ServerStore
