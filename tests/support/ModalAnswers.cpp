@@ -1,0 +1,85 @@
+#include "ModalAnswers.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QEvent>
+#include <QMenu>
+#include <QMessageBox>
+
+using namespace Qt::StringLiterals;
+
+ModalAnswers::ModalAnswers()
+{
+    qApp->installEventFilter(this);
+}
+
+void ModalAnswers::queueForBox(const std::function<void(QMessageBox *)> &answer)
+{
+    queueFor(answer);
+}
+
+void ModalAnswers::queueForDialog(const std::function<void(QDialog *)> &answer)
+{
+    queueFor(answer);
+}
+
+void ModalAnswers::queueForMenu(const std::function<void(QMenu *)> &answer)
+{
+    queueFor(answer);
+}
+
+QStringList ModalAnswers::problems() const
+{
+    QStringList all = noted;
+    if (!answers.isEmpty())
+        all.append(u"%1 answers were not asked for"_s.arg(answers.size()));
+    return all;
+}
+
+bool ModalAnswers::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::Show && watched->isWidgetType()) {
+        auto *widget = qobject_cast<QWidget *>(watched);
+        if (widget->isWindow() && (widget->isModal() || qobject_cast<QMenu *>(widget) != nullptr)) {
+            // The nested event loop starts after the window is shown; the answer waits for it.
+            const QPointer<QWidget> shown = widget;
+            QMetaObject::invokeMethod(
+                    this, [this, shown]() { answer(shown); }, Qt::QueuedConnection);
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+template <typename Wanted>
+void ModalAnswers::queueFor(const std::function<void(Wanted *)> &answer)
+{
+    answers.enqueue([this, answer](QWidget *shown) {
+        if (auto *wanted = qobject_cast<Wanted *>(shown))
+            answer(wanted);
+        else
+            note(u"not what the answer is for"_s, shown);
+    });
+}
+
+void ModalAnswers::answer(QWidget *shown)
+{
+    if (shown == nullptr || !shown->isVisible())
+        return;
+    const QPointer<QWidget> guard = shown;
+    if (answers.isEmpty())
+        note(u"no answer was queued"_s, shown);
+    else
+        answers.dequeue()(shown);
+    if (guard != nullptr && guard->isVisible()) {
+        note(u"still up after its answer"_s, guard);
+        guard->close();
+    }
+}
+
+void ModalAnswers::note(const QString &what, const QWidget *shown)
+{
+    const auto *box = qobject_cast<const QMessageBox *>(shown);
+    const QString text = box != nullptr ? box->text() : shown->windowTitle();
+    noted.append(u"%1: %2 \"%3\""_s.arg(what, QString::fromLatin1(shown->metaObject()->className()),
+                                        text));
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QQueue>
+#include <QStringList>
+#include <QWidget>
+
+#include <functional>
+
+class QDialog;
+class QMenu;
+class QMessageBox;
+
+/// Answers modal dialogs and menus, which block their caller in an event loop of their own.
+///
+/// Queue one answer for each dialog or menu before the call that shows it; they are used in order.
+/// An answer runs inside the nested event loop, looks at what is shown and ends it. One that is
+/// still up afterwards is closed, and so is one that no answer was queued for, so that a test
+/// fails and does not hang; both are noted in `problems`. Works while the object lives.
+class ModalAnswers final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ModalAnswers)
+
+public:
+    ModalAnswers();
+
+    void queueForBox(const std::function<void(QMessageBox *)> &answer);
+    void queueForDialog(const std::function<void(QDialog *)> &answer);
+    void queueForMenu(const std::function<void(QMenu *)> &answer);
+
+    /// What was not as it should be up to now: a dialog without an answer, an answer that found
+    /// something else or did not end it, an answer that nothing came for. Empty if all went well.
+    [[nodiscard]] QStringList problems() const;
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    using Answer = std::function<void(QWidget *)>;
+
+    template <typename Wanted>
+    void queueFor(const std::function<void(Wanted *)> &answer);
+    void answer(QWidget *shown);
+    void note(const QString &what, const QWidget *shown);
+
+    QQueue<Answer> answers;
+    QStringList noted;
+};
