@@ -294,6 +294,9 @@ void insertWithLinks(QTextCursor &cursor, const QString &text, const QTextCharFo
     linkFormat.setForeground(QColor(0x00, 0x7A, 0xFF));
     linkFormat.setUnderlineStyle(QTextCharFormat::SingleUnderline);
 
+    // As one edit: after each edit the document looks through all of its pieces, which makes
+    // seconds of a line that is nothing but links.
+    cursor.beginEditBlock();
     int position = 0;
     for (const Link &link : rowLinks(text)) {
         if (link.start > position)
@@ -305,6 +308,7 @@ void insertWithLinks(QTextCursor &cursor, const QString &text, const QTextCharFo
     }
     if (position < text.size())
         cursor.insertText(text.mid(position), base);
+    cursor.endEditBlock();
 }
 
 QString toHtml(const QString &topic)
