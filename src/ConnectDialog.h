@@ -13,9 +13,9 @@ class QCheckBox;
 class QFormLayout;
 class QLineEdit;
 class QListWidget;
-class QListWidgetItem;
 class QPoint;
 class QPushButton;
+class QSettings;
 
 /// The window in which the user says where to connect and as whom.
 ///
@@ -53,12 +53,12 @@ public:
     [[nodiscard]] QString nickname() const;
     [[nodiscard]] QString realName() const;
     [[nodiscard]] QStringList favoriteChannels() const;
-    [[nodiscard]] QString altNickname() const;
-    [[nodiscard]] QString authMethod() const;
-    [[nodiscard]] QString password() const;
-    [[nodiscard]] QString encoding() const;
-    [[nodiscard]] bool useSsl() const;
-    [[nodiscard]] ServerConfig activeServerConfig() const;
+    [[nodiscard]] QString altNickname() const { return activeConfig.altNickname; }
+    [[nodiscard]] QString authMethod() const { return activeConfig.authMethod; }
+    [[nodiscard]] QString password() const { return activeConfig.password; }
+    [[nodiscard]] QString encoding() const { return activeConfig.encoding; }
+    [[nodiscard]] bool useSsl() const { return activeConfig.useSsl; }
+    [[nodiscard]] ServerConfig activeServerConfig() const { return activeConfig; }
 
 private slots:
     void onConnectClicked();
@@ -78,7 +78,6 @@ private:
     [[nodiscard]] QBoxLayout *buildDialogButtons();
     void makeConnections();
     void applyTheme();
-    void showError(const QString &text);
 
     // Connecting
     void storeFieldsOfSelectedServer();
@@ -97,10 +96,14 @@ private:
     void saveDeletedDefaults();
     void loadFavorites();
     void saveFavorites();
+    void showServers(const QSet<QString> &ids, const QSettings &settings);
+    void selectFirstServer(const QStringList &history);
     void saveServerList();
     void reorderServerList();
     void updateServerDisplayName(const QString &id);
     void updateChannelsFromCurrentServer();
+    [[nodiscard]] QString rowText(const QString &address) const;
+    void toggleFavorite(const QString &id);
 
     QSet<QString> favoriteServers; ///< Server ids.
     QSet<QString> deletedDefaults; ///< Ids of built-in servers that the user deleted.

@@ -5,6 +5,20 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+QString addressKey(const QString &id)
+{
+    return ServerStore::groupName(id) + u"/address"_s;
+}
+
+QString guessAddress(QString id)
+{
+    return id.replace(u'_', u':');
+}
+
+} // namespace
+
 namespace ServerStore {
 
 QString serverId(const QString &host, int port)
@@ -105,6 +119,50 @@ void saveConfig(const QString &id, const ServerConfig &config, OddIdAddress oddI
 void removeGroup(const QString &id)
 {
     QSettings().remove(groupName(id));
+}
+
+QSet<QString> loadIds(const QString &key)
+{
+    const QStringList ids = QSettings().value(key).toStringList();
+    return {ids.cbegin(), ids.cend()};
+}
+
+void saveIds(const QString &key, const QSet<QString> &ids)
+{
+    QSettings().setValue(key, QStringList(ids.cbegin(), ids.cend()));
+}
+
+void seedAddress(QSettings &settings, const QString &id, const QString &address)
+{
+    if (!settings.contains(addressKey(id)))
+        settings.setValue(addressKey(id), address);
+}
+
+QString storedAddress(const QSettings &settings, const QString &id)
+{
+    const QString address = settings.value(addressKey(id)).toString();
+    return address.isEmpty() ? guessAddress(id) : address;
+}
+
+QSet<QString> listServers(const QStringList &defaultAddresses, const QSet<QString> &deletedDefaults)
+{
+    QSettings settings;
+    QSet<QString> ids;
+    for (const QString &address : defaultAddresses) {
+        const std::optional<QString> id = idOfAddress(address);
+        if (!id || deletedDefaults.contains(*id))
+            continue;
+        ids.insert(*id);
+        seedAddress(settings, *id, address);
+    }
+    const QStringList customIds = settings.value(u"servers/customList"_s).toStringList();
+    for (const QString &id : customIds) {
+        if (ids.contains(id))
+            continue;
+        ids.insert(id);
+        seedAddress(settings, id, guessAddress(id));
+    }
+    return ids;
 }
 
 } // namespace ServerStore

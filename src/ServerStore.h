@@ -2,11 +2,14 @@
 
 #include "ServerConfig.h"
 
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QStringView>
 
 #include <optional>
+
+class QSettings;
 
 /// How servers are named, and how one server's record lies in the settings store.
 ///
@@ -15,8 +18,9 @@
 /// its one separating character, so a host that holds "_" or ":" itself does not convert cleanly;
 /// every function says what it does then.
 ///
-/// The functions use the application's `QSettings`, made anew at each call. Passwords are stored in
-/// plain text. Errors of the store are not looked at: what cannot be read is taken as missing.
+/// The functions use the application's `QSettings`, made anew at each call that is not given one.
+/// Passwords are stored in plain text. Errors of the store are not looked at: what cannot be read
+/// is taken as missing.
 namespace ServerStore {
 
 /// Stands in front of a favourite's address in a list: a star and a blank.
@@ -70,5 +74,21 @@ void saveConfig(const QString &id, const ServerConfig &config, OddIdAddress oddI
 
 /// Forgets the record and the address of the server `id`.
 void removeGroup(const QString &id);
+
+/// A stored set of server ids, such as the favourites.
+[[nodiscard]] QSet<QString> loadIds(const QString &key);
+void saveIds(const QString &key, const QSet<QString> &ids);
+
+/// Stores `address` as that of the server `id`, unless one is stored already.
+void seedAddress(QSettings &settings, const QString &id, const QString &address);
+
+/// The stored address of the server `id`. Without one it is guessed from the id, by turning every
+/// "_" into ":"; the guess is no address for a host that holds a "_" itself.
+[[nodiscard]] QString storedAddress(const QSettings &settings, const QString &id);
+
+/// The ids of all listed servers: those at `defaultAddresses`, without the ones in
+/// `deletedDefaults`, and those that the user added. Each has an address in the store afterwards.
+[[nodiscard]] QSet<QString> listServers(const QStringList &defaultAddresses,
+                                        const QSet<QString> &deletedDefaults);
 
 } // namespace ServerStore
