@@ -267,6 +267,9 @@ void IRCConnection::onReadyRead()
         buffer += QString::fromUtf8(socket->readAll());
     if (cutLines() && readFinishedHandler)
         readFinishedHandler();
+    // A socket does not call for what arrives while a slot of its call runs an event loop.
+    if (socket->isOpen() && socket->bytesAvailable() > 0)
+        QMetaObject::invokeMethod(this, &IRCConnection::onReadyRead, Qt::QueuedConnection);
 }
 
 // True if at least one line end was found. A slot may run an event loop of its own and so lead back
