@@ -253,8 +253,11 @@ void IRCConnection::onConnected()
 
 void IRCConnection::onDisconnected()
 {
-    keepAliveTimer->stop();
-    enableSleep();
+    // A replaced socket may go when its successor is up already, which keeps what is its own.
+    if (!isConnected()) {
+        keepAliveTimer->stop();
+        enableSleep();
+    }
     emit disconnected();
 }
 

@@ -1,0 +1,727 @@
+#include "IRCConnection.h"
+#include "TemporaryStore.h"
+#include "TestSession.h"
+#include "TlsAuthority.h"
+
+#include <QEventLoop>
+#include <QMetaMethod>
+#include <QRegularExpression>
+#include <QSettings>
+#include <QTcpServer>
+#include <QTest>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Operation = std::function<void(IRCConnection &)>;
+
+// "name(type argument, ...)" of each method of one kind, in the order of declaration.
+QStringList methodsOf(QMetaMethod::MethodType kind)
+{
+    QStringList methods;
+    const QMetaObject &meta = IRCConnection::staticMetaObject;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        const QMetaMethod method = meta.method(i);
+        if (method.methodType() != kind)
+            continue;
+        QStringList arguments;
+        for (int k = 0; k < method.parameterCount(); ++k) {
+            arguments.append(QString::fromLatin1(method.parameterTypes().at(k) + ' '
+                                                 + method.parameterNames().at(k)));
+        }
+        methods.append(QString::fromLatin1(method.name()) + u'(' + arguments.join(u", "_s) + u')');
+    }
+    return methods;
+}
+
+} // namespace
+
+class TestIRCConnection final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+
+    void declaresItsSignalsInOrder();
+    void declaresItsSlotsInOrder();
+    void beginsIdle();
+
+    void registersWithTwoLines();
+    void registersWithAnEmptyRealName();
+    void neverSaysThePassword();
+    void sendsEachCommand_data();
+    void sendsEachCommand();
+    void reportsTextThatCannotGoOut_data();
+    void reportsTextThatCannotGoOut();
+    void watchesOnlyWhenConnected();
+    void keepsTheServerRecord();
+    void readsTheOtherNickWhenItConnects();
+    void followsTheOwnNickFirst();
+
+    void leavesWithQuit();
+    void leavesInSilenceWithoutASocket();
+    void doesNotStopAnAttempt();
+    void tellsWhenTheServerCloses();
+    void tellsWhenTheLinkBreaks();
+    void tellsWhenNobodyListens();
+    void tellsWhenTheHostIsUnknown();
+
+    void dropsTheOldSessionForANewOne_data();
+    void dropsTheOldSessionForANewOne();
+    void tellsTheOldSessionsEndFirst();
+    void forgetsRegistrationWithTheNextAttempt();
+    void dialsAgainFromItsOwnSignals();
+    void saysQuitWhenDestroyedAndNothingElse_data();
+    void saysQuitWhenDestroyedAndNothingElse();
+    void mayGoAtAnyTime_data();
+    void mayGoAtAnyTime();
+
+    void registersOverTls();
+    void refusesACertificate_data();
+    void refusesACertificate();
+    void endsWithAServerThatKnowsNoTls();
+
+private:
+    std::unique_ptr<TemporaryStore> store;
+    std::unique_ptr<TlsAuthority> authority;
+};
+
+void TestIRCConnection::initTestCase()
+{
+    store = std::make_unique<TemporaryStore>();
+    authority = std::make_unique<TlsAuthority>();
+    QVERIFY(!authority->issue(u"localhost"_s).localCertificate().isNull());
+}
+
+void TestIRCConnection::init()
+{
+    QTest::failOnWarning(QRegularExpression(u"."_s));
+    store->clear();
+}
+
+void TestIRCConnection::declaresItsSignalsInOrder()
+{
+    QCOMPARE(methodsOf(QMetaMethod::Signal),
+             (QStringList{
+                     u"connected()"_s,
+                     u"registered()"_s,
+                     u"disconnected()"_s,
+                     u"errorOccurred(QString error)"_s,
+                     u"rawMessageReceived(QString message)"_s,
+                     u"serverMessage(QString message)"_s,
+                     u"privmsgReceived(QString from, QString target, QString text)"_s,
+                     u"joinReceived(QString nick, QString channel)"_s,
+                     u"partReceived(QString nick, QString channel, QString reason)"_s,
+                     u"nickChanged(QString oldNick, QString newNick)"_s,
+                     u"namesList(QString channel, QStringList names)"_s,
+                     u"namesListFinished(QString channel)"_s,
+                     u"topicReceived(QString channel, QString topic)"_s,
+                     u"quitReceived(QString nick, QString reason)"_s,
+                     u"kickReceived(QString channel, QString kickedNick, QString kickerNick, "
+                     u"QString reason)"_s,
+                     u"listStartReceived()"_s,
+                     u"listChannelReceived(QString channel, QString userCount, QString topic)"_s,
+                     u"listEndReceived()"_s,
+                     u"listInfoReceived(QString serverName, int totalChannels, int totalUsers)"_s,
+                     u"whoisUserReceived(QString nick, QString user, QString host, QString real)"_s,
+                     u"whoisServerReceived(QString nick, QString server, QString serverInfo)"_s,
+                     u"whoisOperatorReceived(QString nick)"_s,
+                     u"whoisIdleReceived(QString nick, int idle, QString signon)"_s,
+                     u"whoisChannelsReceived(QString nick, QString channels)"_s,
+                     u"whoisEndReceived(QString targetTab, QString nick)"_s,
+                     u"whoisAwayReceived(QString nick, QString msg)"_s,
+                     u"watchStatus(QString nick, bool online)"_s,
+                     u"ownNickChanged(QString newNick)"_s,
+             }));
+}
+
+void TestIRCConnection::declaresItsSlotsInOrder()
+{
+    QCOMPARE(
+            methodsOf(QMetaMethod::Slot),
+            (QStringList{u"onConnected()"_s, u"onDisconnected()"_s, u"onReadyRead()"_s,
+                         u"onError(QAbstractSocket::SocketError error)"_s, u"checkKeepAlive()"_s}));
+}
+
+void TestIRCConnection::beginsIdle()
+{
+    const IRCConnection connection;
+    QVERIFY(!connection.isConnected());
+    QVERIFY(!connection.isRegistered());
+    QVERIFY(!connection.isReading());
+    QCOMPARE(connection.currentNick(), QString());
+    QCOMPARE(connection.getHost(), QString());
+    QCOMPARE(connection.getListServerName(), QString());
+    QCOMPARE(connection.getTotalListChannels(), 0);
+    QCOMPARE(connection.getTotalListUsers(), 0);
+    QCOMPARE(connection.serverConfig().nickname, QString());
+}
+
+void TestIRCConnection::registersWithTwoLines()
+{
+    TestSession session;
+    session.dial(u"alice"_s);
+    QCOMPARE(session.connection.currentNick(), u"alice"_s);
+    QCOMPARE(session.connection.getHost(), u"localhost"_s);
+    QVERIFY(!session.connection.isConnected());
+
+    QVERIFY(session.log.waitFor(u"connected()"_s));
+    QVERIFY(session.connection.isConnected());
+    QVERIFY(!session.connection.isRegistered());
+    QVERIFY(session.server.waitForLine(u"USER alice 0 * :Real Name"_s));
+
+    session.server.send(u":irc.test 001 alice :Welcome"_s);
+    QVERIFY(session.log.waitFor(u"registered()"_s));
+    QVERIFY(session.connection.isRegistered());
+    QCOMPARE(session.log.entries(),
+             (QStringList{u"connected()"_s,
+                          uR"(rawMessageReceived(":irc.test 001 alice :Welcome"))"_s,
+                          uR"(serverMessage("Connected and registered."))"_s, u"registered()"_s}));
+    QVERIFY(session.sent().isEmpty());
+    QVERIFY(session.server.received().startsWith(
+            "NICK alice\r\nUSER alice 0 * :Real Name\r\nMARK 1\r\n"));
+}
+
+void TestIRCConnection::registersWithAnEmptyRealName()
+{
+    TestSession session;
+    session.connection.connectToServer(u"127.0.0.1"_s, session.server.port(), u"alice"_s, QString(),
+                                       false);
+    QVERIFY(session.server.waitForClient());
+    QVERIFY(session.server.waitForLine(u"USER alice 0 * :"_s));
+}
+
+void TestIRCConnection::neverSaysThePassword()
+{
+    TestSession session;
+    for (const QString &method : {u"NickServ (/nickserv IDENTIFY)"_s, u"Server password"_s,
+                                  u"SASL (username + password)"_s}) {
+        ServerConfig config;
+        config.authMethod = method;
+        config.password = u"secret"_s;
+        session.connection.setServerConfig(config);
+        QVERIFY(session.open(u"alice"_s));
+        session.server.send(u":irc.test 001 alice :Welcome"_s);
+        QVERIFY(session.log.waitFor(u"registered()"_s));
+        QVERIFY(session.sent().isEmpty());
+        QCOMPARE(session.server.lines().mid(0, 2),
+                 (QStringList{u"NICK alice"_s, u"USER alice 0 * :Real Name"_s}));
+    }
+}
+
+void TestIRCConnection::sendsEachCommand_data()
+{
+    QTest::addColumn<Operation>("operation");
+    QTest::addColumn<QByteArray>("bytes");
+
+    const auto row = [](const char *name, const Operation &operation, const QByteArray &bytes) {
+        QTest::newRow(name) << operation << bytes;
+    };
+    row(
+            "raw", [](IRCConnection &c) { c.sendRaw(u"MODE #x +o bob"_s); }, "MODE #x +o bob\r\n");
+    row(
+            "raw of nothing", [](IRCConnection &c) { c.sendRaw(QString()); }, "\r\n");
+    row(
+            "raw of two lines", [](IRCConnection &c) { c.sendRaw(u"A\r\nB\nC"_s); },
+            "A\r\nB\nC\r\n");
+    row(
+            "raw with a zero", [](IRCConnection &c) { c.sendRaw(u"a\0b"_s); },
+            QByteArray("a\0b\r\n", 5));
+    row(
+            "raw that is long", [](IRCConnection &c) { c.sendRaw(QString(5000, u'x')); },
+            QByteArray(5000, 'x') + "\r\n");
+    row(
+            "join", [](IRCConnection &c) { c.joinChannel(u"#x key"_s); }, "JOIN #x key\r\n");
+    row(
+            "part", [](IRCConnection &c) { c.partChannel(u"#x"_s); }, "PART #x :Leaving\r\n");
+    row(
+            "message", [](IRCConnection &c) { c.sendPrivmsg(u"#x"_s, u"hi there"_s); },
+            "PRIVMSG #x :hi there\r\n");
+    row(
+            "message of many scripts",
+            [](IRCConnection &c) { c.sendPrivmsg(u"bob"_s, u"ß你🙂"_s); },
+            "PRIVMSG bob :\xC3\x9F\xE4\xBD\xA0\xF0\x9F\x99\x82\r\n");
+    row(
+            "nick", [](IRCConnection &c) { c.changeNick(u"bob"_s); }, "NICK bob\r\n");
+    row(
+            "whois", [](IRCConnection &c) { c.sendWhois(u"bob"_s); }, "WHOIS bob\r\n");
+    row(
+            "watch", [](IRCConnection &c) { c.sendWatch(u"bob"_s, true); }, "WATCH +bob\r\n");
+    row(
+            "watch no more", [](IRCConnection &c) { c.sendWatch(u"bob"_s, false); },
+            "WATCH -bob\r\n");
+    row(
+            "watch with a placeholder", [](IRCConnection &c) { c.sendWatch(u"%1%2"_s, true); },
+            "WATCH +%1%2\r\n");
+}
+
+void TestIRCConnection::sendsEachCommand()
+{
+    QFETCH(const Operation, operation);
+    QFETCH(const QByteArray, bytes);
+    // The encoding in the record changes nothing on the wire.
+    TestSession session;
+    ServerConfig config;
+    config.encoding = u"ISO-8859-1 (Western)"_s;
+    session.connection.setServerConfig(config);
+    QVERIFY(session.open());
+
+    const qsizetype before = session.server.received().size();
+    operation(session.connection);
+    session.connection.sendRaw(u"END"_s);
+    QVERIFY(session.server.waitForLine(u"END"_s));
+    QCOMPARE(session.server.received().mid(before), bytes + "END\r\n");
+    QVERIFY(session.log.entries().isEmpty());
+    QCOMPARE(session.connection.currentNick(), u"me"_s);
+}
+
+void TestIRCConnection::reportsTextThatCannotGoOut_data()
+{
+    QTest::addColumn<Operation>("operation");
+    const auto row = [](const char *name, const Operation &operation) {
+        QTest::newRow(name) << operation;
+    };
+    row("raw", [](IRCConnection &c) { c.sendRaw(u"x"_s); });
+    row("join", [](IRCConnection &c) { c.joinChannel(u"#x"_s); });
+    row("part", [](IRCConnection &c) { c.partChannel(u"#x"_s); });
+    row("message", [](IRCConnection &c) { c.sendPrivmsg(u"#x"_s, u"hi"_s); });
+    row("nick", [](IRCConnection &c) { c.changeNick(u"bob"_s); });
+    row("whois", [](IRCConnection &c) { c.sendWhois(u"bob"_s); });
+}
+
+void TestIRCConnection::reportsTextThatCannotGoOut()
+{
+    QFETCH(const Operation, operation);
+    const QStringList complaint{uR"(errorOccurred("Socket is not connected"))"_s};
+    TestSession session;
+    operation(session.connection);
+    QCOMPARE(session.log.entries(), complaint);
+
+    session.log.clear();
+    session.dial();
+    operation(session.connection);
+    QCOMPARE(session.log.entries(), complaint);
+
+    QVERIFY(session.log.waitFor(u"connected()"_s));
+    session.server.cut();
+    QVERIFY(session.log.waitFor(u"disconnected()"_s));
+    session.log.clear();
+    operation(session.connection);
+    QCOMPARE(session.log.entries(), complaint);
+}
+
+void TestIRCConnection::watchesOnlyWhenConnected()
+{
+    TestSession session;
+    session.connection.sendWatch(u"bob"_s, true);
+    session.dial();
+    session.connection.sendWatch(u"bob"_s, false);
+    QVERIFY(session.log.entries().isEmpty());
+    QVERIFY(session.log.waitFor(u"connected()"_s));
+    QVERIFY(session.sent().isEmpty());
+}
+
+void TestIRCConnection::keepsTheServerRecord()
+{
+    IRCConnection connection;
+    ServerConfig config;
+    config.nickname = u"alice"_s;
+    config.autojoin = QStringList{u"#a"_s, u"#b"_s};
+    config.useSsl = true;
+    connection.setServerConfig(config);
+    config.autojoin.append(u"#c"_s);
+
+    ServerConfig copy = connection.serverConfig();
+    QCOMPARE(copy.nickname, u"alice"_s);
+    QCOMPARE(copy.autojoin, (QStringList{u"#a"_s, u"#b"_s}));
+    QVERIFY(copy.useSsl);
+    copy.nickname = u"bob"_s;
+    QCOMPARE(connection.serverConfig().nickname, u"alice"_s);
+}
+
+void TestIRCConnection::readsTheOtherNickWhenItConnects()
+{
+    TestSession session;
+    ServerConfig config;
+    config.nickname = u"ignored"_s;
+    config.realName = u"ignored"_s;
+    config.altNickname = u"other"_s;
+    session.connection.setServerConfig(config);
+    QVERIFY(session.open(u"alice"_s));
+    config.altNickname = u"late"_s;
+    session.connection.setServerConfig(config);
+    session.server.send(u":s 433 * alice :in use"_s);
+    QVERIFY(session.settle());
+    QCOMPARE(session.sent(), QStringList{u"NICK other"_s});
+}
+
+void TestIRCConnection::followsTheOwnNickFirst()
+{
+    TestSession session;
+    QVERIFY(session.open(u"alice"_s));
+    QStringList seen;
+    connect(&session.connection, &IRCConnection::nickChanged, this,
+            [&] { seen.append(session.connection.currentNick()); });
+    session.server.send(u":bob!b@c NICK robert"_s);
+    session.server.send(u":alice!b@c NICK :alicia"_s);
+    session.server.send(u":alice!b@c NICK :impostor"_s);
+    QVERIFY(session.settle());
+    QCOMPARE(seen, (QStringList{u"alice"_s, u"alicia"_s, u"alicia"_s}));
+    QCOMPARE(session.log.parsed(),
+             (QStringList{uR"(nickChanged("bob", "robert"))"_s, uR"(ownNickChanged("alicia"))"_s,
+                          uR"(nickChanged("alice", "alicia"))"_s,
+                          uR"(nickChanged("alice", "impostor"))"_s}));
+}
+
+void TestIRCConnection::leavesWithQuit()
+{
+    TestSession session;
+    QVERIFY(session.open());
+    session.server.send(u":s 001 me :Welcome"_s);
+    QVERIFY(session.settle());
+    session.log.clear();
+
+    session.connection.disconnectFromServer();
+    QVERIFY(session.log.waitFor(u"disconnected()"_s));
+    QVERIFY(session.server.waitForEnd());
+    QVERIFY(session.server.received().endsWith("\r\nQUIT :Velmora leaving\r\n"));
+    QVERIFY(!session.connection.isConnected());
+    QVERIFY(session.connection.isRegistered());
+
+    session.connection.disconnectFromServer();
+    QCOMPARE(session.log.entries(), QStringList{u"disconnected()"_s});
+}
+
+void TestIRCConnection::leavesInSilenceWithoutASocket()
+{
+    TestSession session;
+    session.connection.disconnectFromServer();
+    QVERIFY(session.log.entries().isEmpty());
+}
+
+void TestIRCConnection::doesNotStopAnAttempt()
+{
+    TestSession session;
+    session.dial();
+    session.connection.disconnectFromServer();
+    QVERIFY(session.log.waitFor(u"connected()"_s));
+    QVERIFY(session.sent().isEmpty());
+    QCOMPARE(session.server.lines().mid(0, 2),
+             (QStringList{u"NICK me"_s, u"USER me 0 * :Real Name"_s}));
+}
+
+void TestIRCConnection::tellsWhenTheServerCloses()
+{
+    TestSession session;
+    QVERIFY(session.open());
+    session.server.sendBytes("ERROR :Closing link\r\n");
+    session.server.close();
+    QVERIFY(session.log.waitFor(u"disconnected()"_s));
+    QCOMPARE(session.log.entries(),
+             (QStringList{uR"(rawMessageReceived("ERROR :Closing link"))"_s,
+                          uR"(errorOccurred("The remote host closed the connection"))"_s,
+                          u"disconnected()"_s}));
+}
+
+void TestIRCConnection::tellsWhenTheLinkBreaks()
+{
+    TestSession session;
+    QVERIFY(session.open());
+    session.connection.sendRaw(u"unread"_s);
+    session.server.cut();
+    QVERIFY(session.log.waitFor(u"disconnected()"_s));
+    QCOMPARE(session.log.entries().size(), 2);
+    QVERIFY(session.log.entries().constFirst().startsWith(u"errorOccurred("_s));
+    QVERIFY(!session.connection.isConnected());
+}
+
+void TestIRCConnection::tellsWhenNobodyListens()
+{
+    TestSession session;
+    session.server.stopListening();
+    session.dial();
+    QVERIFY(session.log.waitFor(uR"(errorOccurred("Connection refused"))"_s));
+    QCOMPARE(session.log.entries().size(), 1);
+    QVERIFY(!session.connection.isConnected());
+
+    QVERIFY(session.server.listenAgain());
+    QVERIFY(session.open());
+    QVERIFY(session.connection.isConnected());
+}
+
+void TestIRCConnection::tellsWhenTheHostIsUnknown()
+{
+    TestSession session;
+    session.connection.connectToServer(QString(), session.server.port(), u"me"_s, QString(), false);
+    QVERIFY(session.log.waitFor(uR"(errorOccurred("Host not found"))"_s));
+    QCOMPARE(session.log.entries().size(), 1);
+}
+
+void TestIRCConnection::dropsTheOldSessionForANewOne_data()
+{
+    QTest::addColumn<bool>("fromTls");
+    QTest::addColumn<bool>("toTls");
+    QTest::newRow("plain to plain") << false << false;
+    QTest::newRow("plain to tls") << false << true;
+    QTest::newRow("tls to plain") << true << false;
+    QTest::newRow("tls to tls") << true << true;
+}
+
+void TestIRCConnection::dropsTheOldSessionForANewOne()
+{
+    QFETCH(const bool, fromTls);
+    QFETCH(const bool, toTls);
+    const TlsAuthority trusted;
+    trusted.makeTrusted();
+    ScriptedServer plain;
+    ScriptedServer secure(trusted.issue(u"localhost"_s));
+    ScriptedServer &first = fromTls ? secure : plain;
+    ScriptedServer &second = toTls ? secure : plain;
+
+    IRCConnection connection;
+    SessionLog log(connection);
+    connection.connectToServer(u"localhost"_s, first.port(), u"me"_s, u"Real"_s, fromTls);
+    QVERIFY(first.waitForClient());
+    QVERIFY(first.waitForLine(u"USER me 0 * :Real"_s));
+    first.send(u":s 001 me :Welcome"_s);
+    QVERIFY(log.waitFor(u"registered()"_s));
+    log.clear();
+    const int old = first.clientCount() - 1;
+    const int clients = second.clientCount();
+
+    connection.connectToServer(u"localhost"_s, second.port(), u"you"_s, u"Real"_s, toTls);
+    QVERIFY(!connection.isRegistered());
+    QVERIFY(log.waitFor(u"connected()"_s));
+    QVERIFY(second.waitForClient(clients + 1));
+    QVERIFY(second.waitForLine(u"USER you 0 * :Real"_s));
+    second.send(u":s 001 you :Welcome"_s);
+    QVERIFY(log.waitFor(u"registered()"_s));
+    QVERIFY(first.waitForEnd(old));
+
+    QCOMPARE(first.lines(old), (QStringList{u"NICK me"_s, u"USER me 0 * :Real"_s}));
+    // Nothing but the old link's end is told of it, and that harms nothing.
+    QCOMPARE(log.parsed().count(u"disconnected()"_s), 1);
+    QCOMPARE(log.parsed().size(), 4);
+    QVERIFY(connection.findChild<QTimer *>()->isActive());
+    QVERIFY(connection.isConnected());
+    QVERIFY(connection.isRegistered());
+    QCOMPARE(connection.currentNick(), u"you"_s);
+}
+
+// In a program's own event loop, unlike in a test's waiting, a replaced socket goes at once.
+void TestIRCConnection::tellsTheOldSessionsEndFirst()
+{
+    TestSession session;
+    QVERIFY(session.open());
+    connect(&session.server, &ScriptedServer::lineReceived, this,
+            [&](int client, const QString &line) {
+                if (line.startsWith(u"USER"_s))
+                    session.server.send(u":s 001 me :Welcome"_s, client);
+            });
+    QEventLoop loop;
+    connect(&session.connection, &IRCConnection::registered, &loop, &QEventLoop::quit);
+    QTimer::singleShot(0, this, [&] { session.dial(); });
+    QTimer::singleShot(ScriptedServer::Patience, &loop, &QEventLoop::quit);
+    loop.exec();
+    QCOMPARE(session.log.parsed(),
+             (QStringList{u"disconnected()"_s, u"connected()"_s,
+                          uR"(serverMessage("Connected and registered."))"_s, u"registered()"_s}));
+}
+
+void TestIRCConnection::forgetsRegistrationWithTheNextAttempt()
+{
+    TestSession session;
+    QVERIFY(session.open());
+    session.server.send(u":s 001 me :Welcome"_s);
+    QVERIFY(session.settle());
+    session.server.close();
+    QVERIFY(session.log.waitFor(u"disconnected()"_s));
+    QVERIFY(session.connection.isRegistered());
+    session.dial();
+    QVERIFY(!session.connection.isRegistered());
+}
+
+// The window may let the user connect again wherever a session event finds it.
+void TestIRCConnection::dialsAgainFromItsOwnSignals()
+{
+    TestSession session;
+    QVERIFY(session.open());
+    const auto dialAgain = [&] {
+        if (session.server.clientCount() < 4)
+            session.dial();
+    };
+    connect(&session.connection, &IRCConnection::disconnected, this, dialAgain);
+    connect(&session.connection, &IRCConnection::errorOccurred, this, dialAgain);
+    connect(&session.connection, &IRCConnection::connected, this,
+            [&] { session.connection.sendRaw(u"HELLO"_s); });
+    session.server.cut();
+    QVERIFY(session.server.waitForClient(2));
+    QVERIFY(session.server.waitForLine(u"HELLO"_s));
+    session.server.close();
+    QVERIFY(session.server.waitForClient(3));
+    QVERIFY(session.server.waitForLine(u"HELLO"_s));
+}
+
+void TestIRCConnection::saysQuitWhenDestroyedAndNothingElse_data()
+{
+    QTest::addColumn<bool>("isSecure");
+    QTest::newRow("plain") << false;
+    QTest::newRow("tls") << true;
+}
+
+void TestIRCConnection::saysQuitWhenDestroyedAndNothingElse()
+{
+    QFETCH(const bool, isSecure);
+    const TlsAuthority trusted;
+    trusted.makeTrusted();
+    std::unique_ptr<ScriptedServer> server =
+            isSecure ? std::make_unique<ScriptedServer>(trusted.issue(u"localhost"_s))
+                     : std::make_unique<ScriptedServer>();
+
+    auto connection = std::make_unique<IRCConnection>();
+    SessionLog log(*connection);
+    int batches = 0;
+    connection->setReadFinishedHandler([&batches] { ++batches; });
+    connection->connectToServer(u"localhost"_s, server->port(), u"me"_s, u"Real"_s, isSecure);
+    QVERIFY(server->waitForClient());
+    QVERIFY(server->waitForLine(u"USER me 0 * :Real"_s));
+    server->send(u":s 001 me :Welcome"_s);
+    QVERIFY(log.waitFor(u"registered()"_s));
+    log.clear();
+    batches = 0;
+
+    // Lines that are there but not read yet go with the session.
+    for (int i = 0; i < 100; ++i)
+        server->send(u":a!b@c PRIVMSG #x :late"_s);
+    connection.reset();
+    QVERIFY(log.entries().isEmpty());
+    QCOMPARE(batches, 0);
+    QVERIFY(server->waitForEnd());
+    QCOMPARE(server->lines().constLast(), u"QUIT :Velmora leaving"_s);
+    QVERIFY(log.entries().isEmpty());
+}
+
+void TestIRCConnection::mayGoAtAnyTime_data()
+{
+    QTest::addColumn<QString>("state");
+    QTest::newRow("idle") << u"idle"_s;
+    QTest::newRow("connecting") << u"connecting"_s;
+    QTest::newRow("connecting again") << u"again"_s;
+    QTest::newRow("disconnected") << u"disconnected"_s;
+    QTest::newRow("leaving") << u"leaving"_s;
+    QTest::newRow("in a handshake") << u"handshake"_s;
+}
+
+void TestIRCConnection::mayGoAtAnyTime()
+{
+    QFETCH(const QString, state);
+    ScriptedServer server;
+    auto connection = std::make_unique<IRCConnection>();
+    SessionLog log(*connection);
+    const auto dial = [&](bool isSecure) {
+        connection->connectToServer(u"localhost"_s, server.port(), u"me"_s, u"Real"_s, isSecure);
+    };
+    if (state == u"connecting"_s || state == u"again"_s)
+        dial(false);
+    if (state == u"again"_s || state == u"disconnected"_s || state == u"leaving"_s) {
+        dial(false);
+        QVERIFY(log.waitFor(u"connected()"_s));
+    }
+    if (state == u"again"_s)
+        dial(true);
+    if (state == u"disconnected"_s) {
+        QVERIFY(server.waitForClient());
+        server.cut();
+        QVERIFY(log.waitFor(u"disconnected()"_s));
+    }
+    if (state == u"leaving"_s)
+        connection->disconnectFromServer();
+    if (state == u"handshake"_s) {
+        dial(true);
+        QVERIFY(log.waitFor(u"connected()"_s));
+    }
+    log.clear();
+    connection.reset();
+    QVERIFY(log.entries().isEmpty());
+}
+
+void TestIRCConnection::registersOverTls()
+{
+    authority->makeTrusted();
+    TestSession session(authority->issue(u"localhost"_s));
+    session.dial();
+    QVERIFY(session.server.waitForClient());
+    QVERIFY(session.server.waitForLine(u"USER me 0 * :Real Name"_s));
+    session.server.send(u":s 001 me :Welcome"_s);
+    QVERIFY(session.log.waitFor(u"registered()"_s));
+    QVERIFY(session.sent().isEmpty());
+    QCOMPARE(session.server.lines().mid(0, 2),
+             (QStringList{u"NICK me"_s, u"USER me 0 * :Real Name"_s}));
+
+    session.log.clear();
+    session.connection.disconnectFromServer();
+    QVERIFY(session.log.waitFor(u"disconnected()"_s));
+    QVERIFY(session.server.waitForEnd());
+    QVERIFY(session.server.received().endsWith("QUIT :Velmora leaving\r\n"));
+    QCOMPARE(session.log.entries(), QStringList{u"disconnected()"_s});
+}
+
+void TestIRCConnection::refusesACertificate_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("complaint");
+    QTest::newRow("self-signed") << u"self-signed"_s
+                                 << u"The certificate is self-signed, and untrusted"_s;
+    QTest::newRow("of another host")
+            << u"other host"_s
+            << u"The host name did not match any of the valid hosts for this certificate"_s;
+    QTest::newRow("of an unknown authority")
+            << u"unknown"_s
+            << u"The issuer certificate of a locally looked up certificate could not be found"_s;
+}
+
+void TestIRCConnection::refusesACertificate()
+{
+    QFETCH(const QString, kind);
+    QFETCH(const QString, complaint);
+    // The preference has no say in it.
+    QSettings().setValue(u"acceptInvalidSsl"_s, true);
+    const TlsAuthority strange;
+    authority->makeTrusted();
+    const QSslConfiguration tls = kind == u"self-signed"_s ? authority->selfSigned(u"localhost"_s)
+                                  : kind == u"other host"_s
+                                          ? authority->issue(u"irc.elsewhere.test"_s)
+                                          : strange.issue(u"localhost"_s);
+    TestSession session(tls);
+    session.dial();
+    QVERIFY(session.log.waitFor(u"disconnected()"_s));
+    QCOMPARE(session.log.entries().size(), 3);
+    QCOMPARE(session.log.entries().at(0), u"connected()"_s);
+    QVERIFY2(session.log.entries().at(1).contains(complaint),
+             qPrintable(session.log.entries().at(1)));
+    QVERIFY(!session.connection.isConnected());
+    QVERIFY(session.server.clientCount() == 0 || session.server.received().isEmpty());
+}
+
+void TestIRCConnection::endsWithAServerThatKnowsNoTls()
+{
+    TestSession session;
+    session.isSecure = true;
+    session.dial();
+    QVERIFY(session.server.waitForClient());
+    session.server.send(u":s NOTICE * :Looking up your hostname"_s);
+    QVERIFY(session.log.waitFor(u"disconnected()"_s));
+    QCOMPARE(session.log.parsed().size(), 3);
+    QVERIFY(session.log.raw().isEmpty());
+    QVERIFY(session.log.entries().at(1).startsWith(u"errorOccurred("_s));
+}
+
+QTEST_GUILESS_MAIN(TestIRCConnection)
+#include "tst_IRCConnection.moc"
