@@ -1,0 +1,109 @@
+# shellcheck shell=bash
+# What the commands of this folder share: messages, packages, the build and the count of tests.
+# Sourced, not run; the caller has set strict mode and stands in the project's folder.
+
+# shellcheck disable=SC2034 # the lists are for the callers
+
+# Compiler, build tools and Qt; the fonts because a bare system has none and would show boxes.
+build_packages=(cmake g++ ninja-build qt6-base-dev qt6-svg-dev
+    ca-certificates fonts-dejavu-core fonts-noto-color-emoji)
+# A screen in memory, with a window manager and something that types.
+screen_packages=(openbox xdotool xvfb)
+# The servers and certificates that the tests make.
+test_packages=(faketime ngircd openssl)
+
+say() {
+    printf '==> %s\n' "$*"
+}
+
+die() {
+    printf 'error: %s\n' "$*" >&2
+    exit 1
+}
+
+# The packages among the arguments that are not installed, one a line.
+missing_packages() {
+    local package
+    for package in "$@"; do
+        if [[ $(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null) != installed ]]; then
+            printf '%s\n' "$package"
+        fi
+    done
+}
+
+# Without apt-get nothing can be installed from here; what was installed by hand may do.
+check_tools() {
+    local tool lacking=()
+    say "This system has no apt-get, so nothing is installed. Under Debian the packages are: $*"
+    for tool in cmake c++ ninja; do
+        command -v "$tool" >/dev/null || lacking+=("$tool")
+    done
+    if ((${#lacking[@]} > 0)); then
+        die "not found: ${lacking[*]}. Install what your system has in place of those packages."
+    fi
+}
+
+# Installs those of the packages that are missing; costs nothing when there are none.
+ensure_packages() {
+    if ! command -v apt-get >/dev/null; then
+        check_tools "$@"
+        return
+    fi
+    local missing as_root=()
+    mapfile -t missing < <(missing_packages "$@")
+    if ((${#missing[@]} == 0)); then
+        return
+    fi
+    if ((EUID != 0)); then
+        command -v sudo >/dev/null ||
+            die "root is needed to install ${missing[*]}, and there is no sudo. As root, call: apt-get install ${missing[*]}"
+        as_root=(sudo)
+    fi
+    say "Installing what is missing: ${missing[*]}"
+    # A lock is waited for: a fresh machine often upgrades itself while it is first used.
+    local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o DPkg::Lock::Timeout=300)
+    "${apt[@]}" update </dev/null || die "apt-get update failed."
+    "${apt[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null ||
+        die "apt-get could not install ${missing[*]}."
+}
+
+# build PRESET FOLDER TARGET [CMAKE OPTION...]: configures where needed and builds.
+build() {
+    local preset=$1 folder=$2 target=$3
+    shift 3
+    if command -v ccache >/dev/null; then
+        export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    fi
+    say "Configuring $folder"
+    cmake --preset "$preset" -B "$folder" "$@" --log-level=NOTICE || die "CMake could not configure $folder."
+    say "Building $folder"
+    cmake --build "$folder" --target "$target" || die "the build in $folder failed; the reason stands above."
+}
+
+# The number of processors that we may use.
+processors() {
+    nproc 2>/dev/null || echo 2
+}
+
+# Reads a log of CTest and prints "N passed, N failed": the sum over the programs that ran. A
+# program that failed without counting a failure, crashed or was stopped for taking too long, say,
+# counts as one failed.
+count_tests() {
+    awk '
+        function close_program() {
+            if (open && (!sound || !totals) && !failures)
+                failed++
+        }
+        /^[0-9]+\/[0-9]+ Testing: / { close_program(); open = 1; sound = totals = failures = 0 }
+        /^Totals: [0-9]+ passed, [0-9]+ failed/ {
+            totals = 1
+            passed += $2
+            failed += $4
+            failures += $4
+        }
+        /^Test Passed\.$/ { sound = 1 }
+        END {
+            close_program()
+            printf "%d passed, %d failed\n", passed, failed
+        }' "$1"
+}
