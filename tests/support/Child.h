@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QProcess>
+
+/// A program that runs for as long as we need it: it is asked to end when the object goes, and it
+/// is ended by the system should we be killed before that.
+class Child final : public QProcess
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(Child)
+
+public:
+    explicit Child(QObject *parent = nullptr);
+    ~Child() override;
+
+    /// Starts the program; false if it could not be started.
+    [[nodiscard]] bool launch(const QString &program, const QStringList &arguments = {});
+
+    /// Asks the program to end and ends it by force when it does not.
+    void stop();
+};

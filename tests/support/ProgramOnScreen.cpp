@@ -1,0 +1,77 @@
+#include "ProgramOnScreen.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Patience = 20000; // In ms. Builds with sanitizers on a busy machine are slow.
+
+const auto MainTitle = u"Velmora"_s;
+const auto DialogTitle = u"Connect to IRC Server"_s;
+
+// The input line lies above the status bar at the lower left.
+constexpr QPoint InputFromBottomLeft{200, -50};
+
+} // namespace
+
+ProgramOnScreen::ProgramOnScreen(const VirtualScreen &screen, const PreparedStore &store)
+    : screen(screen)
+    , store(store)
+{
+}
+
+bool ProgramOnScreen::start(const QStringList &wrapper)
+{
+    QProcessEnvironment environment = screen.environment();
+    environment.insert(u"XDG_CONFIG_HOME"_s, store.configHome());
+    program.setProcessEnvironment(environment);
+    const QStringList command = wrapper + QStringList{QStringLiteral(VELMORA_PROGRAM)};
+    return program.launch(command.first(), command.mid(1)) && waitForActive(DialogTitle);
+}
+
+bool ProgramOnScreen::pressConnect()
+{
+    return screen.press(u"Return"_s) && waitForActive(MainTitle);
+}
+
+bool ProgramOnScreen::openConnectDialog()
+{
+    return screen.press(u"alt+s"_s) && screen.press(u"c"_s) && waitForActive(DialogTitle);
+}
+
+bool ProgramOnScreen::say(const QString &text)
+{
+    const QString window = screen.window(MainTitle);
+    const QPoint input = InputFromBottomLeft + QPoint(0, screen.sizeOf(window).height());
+    return screen.click(window, input) && screen.type(text) && screen.press(u"Return"_s);
+}
+
+bool ProgramOnScreen::close()
+{
+    return screen.press(u"alt+F4"_s) && QTest::qWaitFor([this] { return !isRunning(); }, Patience);
+}
+
+bool ProgramOnScreen::isRunning() const
+{
+    return program.state() != QProcess::NotRunning;
+}
+
+int ProgramOnScreen::exitStatus() const
+{
+    const bool ended = !isRunning() && program.exitStatus() == QProcess::NormalExit;
+    return ended ? program.exitCode() : -1;
+}
+
+QString ProgramOnScreen::errorOutput()
+{
+    errors += QString::fromLocal8Bit(program.readAllStandardError());
+    return errors;
+}
+
+bool ProgramOnScreen::waitForActive(const QString &title) const
+{
+    return QTest::qWaitFor([&] { return !isRunning() || screen.activeTitle() == title; }, Patience)
+            && isRunning();
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Child.h"
+#include "PreparedStore.h"
+#include "VirtualScreen.h"
+
+#include <QStringList>
+
+/// The built program on a screen in memory, driven as a person drives it: by keys and clicks.
+///
+/// Every operation waits, for a bounded time, until the screen shows that it has worked, and is
+/// false if that does not come about.
+class ProgramOnScreen final
+{
+    Q_DISABLE_COPY_MOVE(ProgramOnScreen)
+
+public:
+    /// Both must outlive the object.
+    ProgramOnScreen(const VirtualScreen &screen, const PreparedStore &store);
+
+    /// Starts the program and waits for its connect dialog. `wrapper` is a command that the
+    /// program is an argument of, for a run in surroundings of its own.
+    [[nodiscard]] bool start(const QStringList &wrapper = {});
+
+    /// Accepts the connect dialog, which has the keyboard, by Return.
+    [[nodiscard]] bool pressConnect();
+    /// Opens the connect dialog anew from the menu, by keys.
+    [[nodiscard]] bool openConnectDialog();
+
+    /// Clicks into the input line, types the text and presses Return.
+    [[nodiscard]] bool say(const QString &text);
+
+    /// Closes the window as its title bar does, and waits for the program to end.
+    [[nodiscard]] bool close();
+
+    [[nodiscard]] bool isRunning() const;
+    /// The exit status of a program that has ended by itself, else -1.
+    [[nodiscard]] int exitStatus() const;
+    /// What the program has written to its error output.
+    [[nodiscard]] QString errorOutput();
+
+private:
+    [[nodiscard]] bool waitForActive(const QString &title) const;
+
+    const VirtualScreen &screen;
+    const PreparedStore &store;
+    Child program;
+    QString errors;
+};

@@ -1,0 +1,185 @@
+#include "VirtualScreen.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QTest>
+#include <QtEndian>
+
+#include <array>
+#include <cstdlib>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Patience = 20000; // In ms, for each program to come up or to do its work.
+
+// The file in which Xvfb keeps its picture is an X window dump: a header of 32 bit numbers, most
+// significant byte first, a name, the colour map, and then the rows.
+enum DumpField { HeaderSize = 0, Width = 4, Height = 5, BytesPerLine = 12, Colours = 19 };
+constexpr qsizetype DumpFields = 25;
+constexpr qsizetype BytesPerColour = 12;
+
+QImage readDump(const QByteArray &dump)
+{
+    std::array<quint32, DumpFields> fields{};
+    if (dump.size() < DumpFields * qsizetype(sizeof(quint32)))
+        return {};
+    qFromBigEndian<quint32>(dump.constData(), DumpFields, fields.data());
+    const qsizetype start = fields[HeaderSize] + fields[Colours] * BytesPerColour;
+    if (dump.size() < start + qsizetype(fields[BytesPerLine]) * fields[Height])
+        return {};
+    const auto *pixels = reinterpret_cast<const uchar *>(dump.constData() + start);
+    return QImage(pixels, int(fields[Width]), int(fields[Height]), qsizetype(fields[BytesPerLine]),
+                  QImage::Format_RGB32)
+            .copy();
+}
+
+} // namespace
+
+bool VirtualScreen::start()
+{
+    return startDisplay() && startWindowManager();
+}
+
+QString VirtualScreen::failure() const
+{
+    return reason;
+}
+
+bool VirtualScreen::startDisplay()
+{
+    // The server picks the number and writes it once it can be used.
+    const bool launched = server.launch(
+            u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1400x900x24"_s,
+                        u"-fbdir"_s, folder.path(), u"-nolisten"_s, u"tcp"_s, u"-noreset"_s});
+    if (!launched) {
+        reason = u"Xvfb can't be started: %1"_s.arg(server.errorString());
+        return false;
+    }
+    QByteArray number;
+    const bool ready = QTest::qWaitFor(
+            [&] {
+                number += server.readAllStandardOutput();
+                return number.endsWith('\n') || server.state() == QProcess::NotRunning;
+            },
+            Patience);
+    if (!ready || !number.endsWith('\n')) {
+        reason = u"Xvfb doesn't come up: %1"_s.arg(
+                QString::fromLocal8Bit(server.readAllStandardError()));
+        return false;
+    }
+    display = u':' + QString::fromLatin1(number.trimmed());
+    return true;
+}
+
+bool VirtualScreen::startWindowManager()
+{
+    manager.setProcessEnvironment(environment());
+    if (!manager.launch(u"openbox"_s)) {
+        reason = u"openbox can't be started: %1"_s.arg(manager.errorString());
+        return false;
+    }
+    // It counts its desktops when it is ready to take windows.
+    if (!QTest::qWaitFor([this] { return run({u"get_num_desktops"_s}); }, Patience)) {
+        reason = u"openbox doesn't come up: %1"_s.arg(
+                QString::fromLocal8Bit(manager.readAllStandardError()));
+        return false;
+    }
+    return true;
+}
+
+QProcessEnvironment VirtualScreen::environment() const
+{
+    QProcessEnvironment result = QProcessEnvironment::systemEnvironment();
+    result.insert(u"DISPLAY"_s, display);
+    result.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
+    result.insert(u"HOME"_s, folder.path());
+    result.insert(u"XDG_CONFIG_HOME"_s, folder.filePath(u"config"_s));
+    result.insert(u"XDG_CACHE_HOME"_s, folder.filePath(u"cache"_s));
+    result.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
+    // What runs here must not reach the desktop of the person who started it, and no bus must be
+    // started for it that stays behind.
+    result.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/dev/null"_s);
+    result.remove(u"WAYLAND_DISPLAY"_s);
+    result.remove(u"XAUTHORITY"_s);
+    result.remove(u"SESSION_MANAGER"_s);
+    return result;
+}
+
+QImage VirtualScreen::picture() const
+{
+    QFile file(folder.filePath(u"Xvfb_screen0"_s));
+    return file.open(QIODevice::ReadOnly) ? readDump(file.readAll()) : QImage();
+}
+
+int VirtualScreen::countPoints(QRgb colour, int distance) const
+{
+    const QImage image = picture();
+    int count = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        const auto *row = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+        for (int x = 0; x < image.width(); ++x) {
+            if (std::abs(qRed(row[x]) - qRed(colour)) <= distance
+                && std::abs(qGreen(row[x]) - qGreen(colour)) <= distance
+                && std::abs(qBlue(row[x]) - qBlue(colour)) <= distance)
+                ++count;
+        }
+    }
+    return count;
+}
+
+QString VirtualScreen::window(const QString &title) const
+{
+    QString found;
+    run({u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^%1$"_s.arg(title)}, &found);
+    return found.section(u'\n', 0, 0);
+}
+
+QSize VirtualScreen::sizeOf(const QString &window) const
+{
+    QString text;
+    run({u"getwindowgeometry"_s, u"--shell"_s, window}, &text);
+    QSize size;
+    for (const QString &line : text.split(u'\n')) {
+        if (line.startsWith("WIDTH="_L1))
+            size.setWidth(line.section(u'=', 1).toInt());
+        if (line.startsWith("HEIGHT="_L1))
+            size.setHeight(line.section(u'=', 1).toInt());
+    }
+    return size;
+}
+
+QString VirtualScreen::activeTitle() const
+{
+    QString title;
+    run({u"getactivewindow"_s, u"getwindowname"_s}, &title);
+    return title.trimmed();
+}
+
+bool VirtualScreen::type(const QString &text) const
+{
+    return run({u"type"_s, u"--delay"_s, u"4"_s, u"--"_s, text});
+}
+
+bool VirtualScreen::press(const QString &key) const
+{
+    return run({u"key"_s, u"--"_s, key});
+}
+
+bool VirtualScreen::click(const QString &window, QPoint point) const
+{
+    return run({u"mousemove"_s, u"--window"_s, window, QString::number(point.x()),
+                QString::number(point.y()), u"click"_s, u"1"_s});
+}
+
+bool VirtualScreen::run(const QStringList &arguments, QString *output) const
+{
+    Child tool;
+    tool.setProcessEnvironment(environment());
+    if (!tool.launch(u"xdotool"_s, arguments) || !tool.waitForFinished(Patience))
+        return false;
+    if (output != nullptr)
+        *output = QString::fromLocal8Bit(tool.readAllStandardOutput());
+    return tool.exitStatus() == QProcess::NormalExit && tool.exitCode() == 0;
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Child.h"
+
+#include <QImage>
+#include <QPoint>
+#include <QProcessEnvironment>
+#include <QSize>
+#include <QString>
+#include <QTemporaryDir>
+
+/// A screen in memory (Xvfb) with a window manager (openbox) on a free display, and the keyboard
+/// and the mouse that belong to it (xdotool).
+///
+/// A window is known by the number that X gave it, as text; an empty text is no window.
+class VirtualScreen final
+{
+    Q_DISABLE_COPY_MOVE(VirtualScreen)
+
+public:
+    VirtualScreen() = default;
+
+    /// Starts the display and the window manager. False if one of them does not come up; `failure`
+    /// tells why.
+    [[nodiscard]] bool start();
+    [[nodiscard]] QString failure() const;
+
+    /// What a program needs to show itself here, on top of our own environment.
+    [[nodiscard]] QProcessEnvironment environment() const;
+
+    /// What the screen shows now.
+    [[nodiscard]] QImage picture() const;
+    /// How many points of the screen are no farther than `distance` from the colour, in each of
+    /// red, green and blue.
+    [[nodiscard]] int countPoints(QRgb colour, int distance = 0) const;
+
+    /// The visible window with exactly this title.
+    [[nodiscard]] QString window(const QString &title) const;
+    [[nodiscard]] QSize sizeOf(const QString &window) const;
+    /// The title of the window that has the keyboard.
+    [[nodiscard]] QString activeTitle() const;
+
+    /// Types the text, of ASCII characters, into the window that has the keyboard.
+    bool type(const QString &text) const;
+    /// Presses one key, written as X names it: "Return", "alt+F4".
+    bool press(const QString &key) const;
+    /// Clicks at a point of the window, counted from its top left corner.
+    bool click(const QString &window, QPoint point) const;
+
+private:
+    bool startDisplay();
+    bool startWindowManager();
+    bool run(const QStringList &arguments, QString *output = nullptr) const;
+
+    QTemporaryDir folder; // Holds the picture and stands in for the home of what runs here.
+    QString display;
+    QString reason;
+    Child server;
+    Child manager; // Goes before the server does.
+};
