@@ -1,9 +1,4 @@
-// The demo: a small IRC server with two people who talk, and the program connected to it. Without
-// arguments it shows the program on the display of the person who started it. With --screenshots
-// it drives the program on a screen in memory, looks at what comes of it, and ends by itself.
-
-#include "AttendedDemo.h"
-#include "UnattendedDemo.h"
+#include "Demo.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -14,6 +9,8 @@ int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
+    parser.setApplicationDescription(
+            u"A small IRC server with two people who talk, and Velmora connected to it."_s);
     parser.addHelpOption();
     const QCommandLineOption screenshots(
             u"screenshots"_s, u"Run on a screen in memory and leave pictures in this folder."_s,
@@ -21,7 +18,7 @@ int main(int argc, char *argv[])
     parser.addOption(screenshots);
     parser.process(application);
 
-    if (parser.isSet(screenshots))
-        return UnattendedDemo(parser.value(screenshots)).run();
-    return AttendedDemo().run();
+    Demo::endOnSignals();
+    return parser.isSet(screenshots) ? Demo::runUnattended(parser.value(screenshots))
+                                     : Demo::runAttended();
 }

@@ -11,7 +11,8 @@ void PreparedStore::addServer(const Server &server)
     const QString id = u"%1_%2"_s.arg(server.host, QString::number(server.port));
 
     settings.setValue(u"connection/history"_s,
-                      settings.value(u"connection/history"_s).toStringList() + QStringList{address});
+                      settings.value(u"connection/history"_s).toStringList()
+                              + QStringList{address});
     settings.setValue(u"servers/customList"_s,
                       settings.value(u"servers/customList"_s).toStringList() + QStringList{id});
 

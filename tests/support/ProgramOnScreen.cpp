@@ -16,10 +16,15 @@ constexpr QPoint InputFromBottomLeft{200, -50};
 
 } // namespace
 
-ProgramOnScreen::ProgramOnScreen(const VirtualScreen &screen, const PreparedStore &store)
-    : screen(screen)
-    , store(store)
+ProgramOnScreen::ProgramOnScreen(const VirtualScreen &shownOn, const PreparedStore &readsFrom)
+    : screen(shownOn)
+    , store(readsFrom)
 {
+}
+
+QString ProgramOnScreen::path()
+{
+    return QStringLiteral(VELMORA_PROGRAM);
 }
 
 bool ProgramOnScreen::start(const QStringList &wrapper)
@@ -27,7 +32,7 @@ bool ProgramOnScreen::start(const QStringList &wrapper)
     QProcessEnvironment environment = screen.environment();
     environment.insert(u"XDG_CONFIG_HOME"_s, store.configHome());
     program.setProcessEnvironment(environment);
-    const QStringList command = wrapper + QStringList{QStringLiteral(VELMORA_PROGRAM)};
+    const QStringList command = wrapper + QStringList{path()};
     return program.launch(command.first(), command.mid(1)) && waitForActive(DialogTitle);
 }
 
@@ -73,5 +78,5 @@ QString ProgramOnScreen::errorOutput()
 bool ProgramOnScreen::waitForActive(const QString &title) const
 {
     return QTest::qWaitFor([&] { return !isRunning() || screen.activeTitle() == title; }, Patience)
-            && isRunning();
+           && isRunning();
 }

@@ -16,7 +16,10 @@ class ProgramOnScreen final
 
 public:
     /// Both must outlive the object.
-    ProgramOnScreen(const VirtualScreen &screen, const PreparedStore &store);
+    ProgramOnScreen(const VirtualScreen &shownOn, const PreparedStore &readsFrom);
+
+    /// Where the built program lies.
+    [[nodiscard]] static QString path();
 
     /// Starts the program and waits for its connect dialog. `wrapper` is a command that the
     /// program is an argument of, for a run in surroundings of its own.
