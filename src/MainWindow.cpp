@@ -1,0 +1,1133 @@
+#include "MainWindow.h"
+
+#include "ChannelPage.h"
+#include "Commands.h"
+#include "ConnectDialog.h"
+#include "HighlightTabBar.h"
+#include "IRCConnection.h"
+#include "IrcText.h"
+#include "MyTabWidget.h"
+#include "NickList.h"
+#include "ServerStore.h"
+#include "ThemeManager.h"
+
+#include <QCompleter>
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QSettings>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QTextBrowser>
+#include <QTextTable>
+#include <QTimer>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The two names that no conversation can have.
+const QString ServerTab = u"Server"_s;
+const QString ListTab = u"List"_s;
+
+constexpr int InputPage = 0;
+constexpr int ListSearchPage = 1;
+
+// The session has no getter for its port, so a reconnect dials the standard one.
+constexpr quint16 ReconnectPort = 6667;
+constexpr int ReconnectDelayMs = 1000;
+
+bool isChannelName(const QString &name)
+{
+    return name.startsWith(u'#');
+}
+
+bool isPrivateName(const QString &name)
+{
+    return !isChannelName(name) && name != ServerTab && name != ListTab;
+}
+
+QString asChannelName(const QString &word)
+{
+    return isChannelName(word) ? word : QString(u'#' + word);
+}
+
+bool equalsIgnoringCase(const QString &left, const QString &right)
+{
+    return left.compare(right, Qt::CaseInsensitive) == 0;
+}
+
+QString placeholderFor(const QString &tabName)
+{
+    return tabName == ServerTab ? MainWindow::tr("Type a command...")
+                                : MainWindow::tr("Type a message...");
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent)
+    , connection(new IRCConnection(this))
+{
+    setupUI();
+    currentTheme = u"light"_s;
+    applyTheme(currentTheme);
+    setupMenuBar();
+    createServerTab();
+    whoisTab = ServerTab;
+    connectSession();
+    resize(1280, 720);
+    setWindowTitle(u"Velmora"_s);
+    // The dialog opens over a window that is already on the screen.
+    QTimer::singleShot(0, this, [this] { showConnectDialog(); });
+    updateStatusBar();
+}
+
+void MainWindow::requestCloseTab(int index)
+{
+    closeTab(index);
+}
+
+void MainWindow::resizeEvent(QResizeEvent *event)
+{
+    QMainWindow::resizeEvent(event);
+    adjustSplitterToRatio();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Construction
+
+void MainWindow::setupUI()
+{
+    auto *central = new QWidget(this);
+    auto *layout = new QVBoxLayout(central);
+
+    splitter = new QSplitter(Qt::Horizontal);
+    splitter->setHandleWidth(8);
+    layout->addWidget(splitter);
+
+    tabWidget = new MyTabWidget;
+    tabBar = new HighlightTabBar(tabWidget);
+    tabWidget->setPublicTabBar(tabBar);
+    tabBar->setExpanding(true);
+    tabBar->setTheme(currentTheme);
+    tabWidget->setTabsClosable(false); // Tabs have close buttons of their own, on the left.
+    tabBar->setContextMenuPolicy(Qt::CustomContextMenu);
+    // Qt reads the theme's "max-width: none" as no width at all and would cut every longer name
+    // off; and the bold text of a blinking tab, which no theme sizes, is to fit like the others.
+    tabBar->setStyleSheet(
+            u"QTabBar { font-size: 12px; } QTabBar::tab { max-width: 16777215px; }"_s);
+    splitter->addWidget(tabWidget);
+
+    userList = new QListWidget;
+    userList->setMinimumWidth(100);
+    userList->setContextMenuPolicy(Qt::CustomContextMenu);
+    splitter->addWidget(userList);
+    adjustSplitterToRatio();
+
+    setupInputRow();
+    layout->addWidget(mainStack);
+
+    nickCompleter = new QCompleter(this);
+    nickCompleter->setCaseSensitivity(Qt::CaseInsensitive);
+    nickCompleter->setCompletionMode(QCompleter::PopupCompletion);
+    inputLine->setCompleter(nickCompleter);
+
+    auto *closeShortcut = new QShortcut(QKeySequence::Close, this);
+    connect(closeShortcut, &QShortcut::activated, this, [this] {
+        if (currentTabName != ServerTab && tabWidget->currentIndex() >= 0)
+            closeTab(tabWidget->currentIndex());
+    });
+    connect(tabBar, &QTabBar::tabBarDoubleClicked, this, [this](int index) {
+        if (tabWidget->tabText(index) != ServerTab)
+            closeTab(index);
+    });
+    connect(tabWidget, &QTabWidget::tabCloseRequested, this, &MainWindow::closeTab);
+    connect(tabWidget, &QTabWidget::currentChanged, this, &MainWindow::onTabChanged);
+    connect(tabBar, &QWidget::customContextMenuRequested, this, &MainWindow::onTabContextMenu);
+    connect(splitter, &QSplitter::splitterMoved, this, &MainWindow::onSplitterMoved);
+    connect(inputLine, &QLineEdit::returnPressed, this, &MainWindow::onSendInput);
+
+    setCentralWidget(central);
+    inputLine->setFocus();
+}
+
+void MainWindow::setupInputRow()
+{
+    mainStack = new QStackedWidget;
+    mainStack->setMaximumHeight(40);
+
+    auto *row = new QWidget;
+    auto *rowLayout = new QHBoxLayout(row);
+    rowLayout->setContentsMargins(0, 0, 0, 0);
+    rowLayout->setSpacing(2);
+
+    inputLine = new QLineEdit;
+    inputLine->setPlaceholderText(tr("Type a message..."));
+    inputLine->setMinimumHeight(30);
+    inputLine->setMaximumHeight(36);
+    inputLine->setStyleSheet(u"QLineEdit { padding: 4px 8px; }"_s);
+    rowLayout->addWidget(inputLine);
+
+    emojiButton = new QPushButton(u"\U0001F60A"_s);
+    emojiButton->setFixedSize(36, 30);
+    emojiButton->setToolTip(tr("Insert emoji"));
+    emojiButton->setAccessibleName(emojiButton->toolTip());
+    emojiButton->hide();
+    emojiButton->setCursor(Qt::PointingHandCursor);
+    emojiButton->setStyleSheet(
+            u"QPushButton { background: transparent; border: none; font-size: 18px; "
+            "padding: 0px; margin: 0px; }"
+            "QPushButton:hover { background: rgba(128,128,128,0.2); border-radius: 4px; }"_s);
+    rowLayout->addWidget(emojiButton);
+
+    listSearchEdit = new QLineEdit;
+    listSearchEdit->setPlaceholderText(tr("Search channels..."));
+    listSearchEdit->setMaximumHeight(28);
+
+    mainStack->addWidget(row);
+    mainStack->addWidget(listSearchEdit);
+    mainStack->setCurrentIndex(InputPage);
+}
+
+void MainWindow::setupMenuBar()
+{
+    // Entries whose work is still to come are shown, so that the menus keep their shape, and are
+    // disabled until then.
+    const auto addUnfinished = [](QMenu *menu, const QString &text) {
+        QAction *action = menu->addAction(text);
+        action->setEnabled(false);
+        return action;
+    };
+    // Without a role an entry stays in its menu on macOS.
+    const auto addWithoutRole = [](QAction *action) { action->setMenuRole(QAction::NoRole); };
+
+    QMenu *server = menuBar()->addMenu(tr("&Server"));
+    server->addAction(tr("&Connect..."), this, &MainWindow::onConnectTriggered);
+    server->addAction(tr("&Disconnect"), this, &MainWindow::onDisconnectTriggered);
+    server->addSeparator();
+    server->addAction(tr("&Reconnect"), this, &MainWindow::onReconnectTriggered);
+    server->addSeparator();
+    QAction *quit = server->addAction(tr("&Quit"), qApp, &QCoreApplication::quit);
+    quit->setShortcut(QKeySequence::Quit);
+    addWithoutRole(quit);
+
+    QMenu *user = menuBar()->addMenu(tr("&User"));
+    awayAction = addUnfinished(user, tr("Marked Away..."));
+    changeNickAction = addUnfinished(user, tr("Change Nick..."));
+
+    QMenu *channel = menuBar()->addMenu(tr("&Channel"));
+    addUnfinished(channel, tr("&Join channel..."));
+    addUnfinished(channel, tr("Channel &List"));
+
+    QMenu *settings = menuBar()->addMenu(tr("&Settings"));
+    addWithoutRole(addUnfinished(settings, tr("&Preferences...")));
+
+    QMenu *about = menuBar()->addMenu(tr("About"));
+    addWithoutRole(addUnfinished(about, tr("About Velmora")));
+    addWithoutRole(addUnfinished(about, tr("Help")));
+}
+
+void MainWindow::createServerTab()
+{
+    const TabInfo info = createTabInfo(ServerTab, false);
+    insertTab(ServerTab, info);
+    currentTabName = ServerTab;
+    inputLine->setPlaceholderText(placeholderFor(ServerTab));
+    userList->hide();
+    emojiButton->hide();
+    userListShown = false;
+    adjustSplitterToRatio();
+    addCloseButtonToAllTabs();
+}
+
+void MainWindow::connectSession()
+{
+    connect(connection, &IRCConnection::connected, this, &MainWindow::onConnected);
+    connect(connection, &IRCConnection::registered, this, &MainWindow::onRegistered);
+    connect(connection, &IRCConnection::disconnected, this, &MainWindow::onDisconnected);
+    connect(connection, &IRCConnection::errorOccurred, this, &MainWindow::onError);
+    connect(connection, &IRCConnection::rawMessageReceived, this, &MainWindow::onRawMessage);
+    connect(connection, &IRCConnection::serverMessage, this, &MainWindow::onServerMessage);
+    connect(connection, &IRCConnection::privmsgReceived, this, &MainWindow::onPrivmsg);
+    connect(connection, &IRCConnection::joinReceived, this, &MainWindow::onJoin);
+    connect(connection, &IRCConnection::partReceived, this, &MainWindow::onPart);
+    connect(connection, &IRCConnection::nickChanged, this, &MainWindow::onNick);
+    connect(connection, &IRCConnection::namesList, this, &MainWindow::onNames);
+    connect(connection, &IRCConnection::namesListFinished, this, &MainWindow::onNamesFinished);
+    connect(connection, &IRCConnection::topicReceived, this, &MainWindow::onTopic);
+    connect(connection, &IRCConnection::quitReceived, this, &MainWindow::onQuit);
+    connect(connection, &IRCConnection::kickReceived, this, &MainWindow::onKick);
+    connect(connection, &IRCConnection::ownNickChanged, this, [this] {
+        updateStatusBar();
+        updateOwnUserAppearance();
+        pendingNick.clear();
+    });
+    connection->setReadFinishedHandler([this] { flushPendingRows(); });
+}
+
+// ---------------------------------------------------------------------------------------------
+// Appearance
+
+void MainWindow::applyTheme(const QString &theme)
+{
+    setStyleSheet(QString());
+    statusBar()->setStyleSheet(QString());
+    if (listTree)
+        listTree->setStyleSheet(QString());
+    setAttribute(Qt::WA_TranslucentBackground, false);
+    setAutoFillBackground(true);
+    if (QWidget *central = centralWidget()) {
+        central->setAttribute(Qt::WA_TranslucentBackground, false);
+        central->setAutoFillBackground(true);
+        central->setStyleSheet(QString());
+    }
+    setStyleSheet(ThemeManager::globalStyleSheet(theme));
+    currentTheme = theme;
+    QSettings().setValue(u"theme"_s, theme);
+    tabBar->setTheme(theme);
+    userList->setStyleSheet(u"QListWidget { border: 1px solid %1; }"_s.arg(
+            theme == "dark"_L1 ? "#555"_L1 : "#ccc"_L1));
+    tabWidget->setStyleSheet(ThemeManager::tabWidgetStyleSheet(theme));
+    addCloseButtonToAllTabs();
+    splitter->setStyleSheet(u"QSplitter::handle { background: transparent; }"_s);
+    tabBar->updateGeometry();
+    userList->setVisible(userListShown);
+    updateStatusBar();
+    repaint();
+}
+
+void MainWindow::onToggleTheme() {}
+
+void MainWindow::updateStatusBar()
+{
+    if (connection->isConnected()) {
+        statusBar()->setStyleSheet(u"QStatusBar { background-color: #d4edda; }"_s);
+        statusBar()->showMessage(
+                u"Connected to %1 as %2"_s.arg(connection->getHost(), connection->currentNick()));
+    } else {
+        statusBar()->setStyleSheet(u"QStatusBar { background-color: #f8d7da; }"_s);
+        statusBar()->showMessage(u"Disconnected"_s);
+    }
+}
+
+void MainWindow::updateUserListVisibility(bool visible)
+{
+    userListShown = visible;
+    userList->setVisible(visible);
+    adjustSplitterToRatio();
+}
+
+void MainWindow::adjustSplitterToRatio()
+{
+    if (!splitter || !splitterReady || splitter->width() <= 0)
+        return;
+    const int width = splitter->width();
+    const int listWidth = userListShown ? width / 5 : 0;
+    splitter->setSizes({width - listWidth, listWidth});
+}
+
+void MainWindow::onSplitterMoved(int, int) {}
+
+// ---------------------------------------------------------------------------------------------
+// Session
+
+void MainWindow::showConnectDialog()
+{
+    // The channels of the running session are safe before another server is picked.
+    if (connection->isConnected() && !currentServerId.isEmpty()) {
+        ServerConfig config = connection->serverConfig();
+        config.autojoin = autojoinChannels;
+        connection->setServerConfig(config);
+        saveCurrentServerConfig();
+    }
+    auto *dialog = new ConnectDialog(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setCurrentTheme(currentTheme);
+    connect(dialog, &QDialog::accepted, this, [this, dialog] { acceptConnectDialog(*dialog); });
+    dialog->show();
+}
+
+void MainWindow::acceptConnectDialog(const ConnectDialog &dialog)
+{
+    const ServerConfig config = dialog.activeServerConfig();
+    autojoinChannels = config.autojoin;
+    // The connection takes the alternative nick from the record, so that comes first.
+    connection->setServerConfig(config);
+    connection->connectToServer(dialog.server(), static_cast<quint16>(dialog.port()),
+                                config.nickname, config.realName, config.useSsl);
+    currentServerId = ServerStore::serverId(dialog.server(), dialog.port());
+    saveCurrentServerConfig();
+}
+
+void MainWindow::onConnectTriggered()
+{
+    showConnectDialog();
+}
+
+void MainWindow::onDisconnectTriggered()
+{
+    if (connection->isConnected())
+        saveCurrentServerConfig();
+    connection->disconnectFromServer();
+}
+
+void MainWindow::onReconnectTriggered()
+{
+    if (!connection->isConnected())
+        return;
+    saveCurrentServerConfig();
+    connection->disconnectFromServer();
+    QTimer::singleShot(ReconnectDelayMs, this, [this] {
+        const ServerConfig config = connection->serverConfig();
+        connection->connectToServer(connection->getHost(), ReconnectPort, config.nickname,
+                                    config.realName, config.useSsl);
+    });
+}
+
+void MainWindow::onConnected()
+{
+    appendToServerTab(u"*** Connected to server."_s);
+    updateStatusBar();
+}
+
+void MainWindow::onRegistered()
+{
+    if (!currentServerId.isEmpty()) {
+        const QStringList stored = ServerStore::loadAutojoin(currentServerId);
+        if (!stored.isEmpty()) {
+            autojoinChannels = stored;
+            ServerConfig config = connection->serverConfig();
+            config.autojoin = stored;
+            connection->setServerConfig(config);
+        }
+    }
+    for (const QString &channel : std::as_const(autojoinChannels)) {
+        if (!isChannelName(channel))
+            continue;
+        connection->joinChannel(channel);
+        appendToServerTab(u"*** Autojoining %1"_s.arg(channel));
+    }
+}
+
+void MainWindow::onDisconnected()
+{
+    appendToServerTab(u"*** Disconnected."_s);
+    updateStatusBar();
+    userList->clear();
+    clearAwayState();
+    pendingNick.clear();
+    watchedNicks.clear();
+}
+
+void MainWindow::onError(const QString &error)
+{
+    appendToServerTab(u"*** Error: "_s + error);
+}
+
+void MainWindow::onRawMessage(const QString &msg)
+{
+    const bool hasPrefix = msg.startsWith(u':');
+    // Looked for in the whole line, so a server's notice with an exclamation mark is hidden too.
+    if (hasPrefix && msg.contains(u'!'))
+        return;
+    // A numeric is not shown raw: the parser hands on what it does not handle itself.
+    if (hasPrefix && msg.size() > 4 && msg.at(1) != u' ') {
+        const qsizetype space = msg.indexOf(u' ');
+        if (space >= 0 && space + 4 < msg.size()) {
+            bool isNumeric = false;
+            static_cast<void>(QStringView(msg).sliced(space + 1, 3).toInt(&isNumeric, 10));
+            if (isNumeric)
+                return;
+        }
+    }
+    if (!listReceiving)
+        appendToServerTab(u"<< "_s + msg);
+}
+
+void MainWindow::onServerMessage(const QString &msg)
+{
+    if (!listReceiving)
+        appendToServerTab(msg);
+}
+
+void MainWindow::saveCurrentServerConfig()
+{
+    if (currentServerId.isEmpty()) {
+        qWarning("saveCurrentServerConfig: currentServerId is empty");
+        return;
+    }
+    ServerStore::saveConfig(currentServerId, connection->serverConfig(),
+                            ServerStore::OddIdAddress::Keep);
+}
+
+void MainWindow::loadCurrentServerConfig()
+{
+    if (currentServerId.isEmpty())
+        return;
+    const ServerConfig config =
+            ServerStore::loadConfig(currentServerId, connection->serverConfig());
+    connection->setServerConfig(config);
+    autojoinChannels = config.autojoin;
+}
+
+void MainWindow::setChannelAutojoin(const QString &channel, bool enable)
+{
+    const QString name = asChannelName(channel);
+    if (!enable)
+        autojoinChannels.removeAll(name);
+    else if (!autojoinChannels.contains(name))
+        autojoinChannels.append(name);
+
+    ServerConfig config = connection->serverConfig();
+    config.autojoin = autojoinChannels;
+    connection->setServerConfig(config);
+    saveCurrentServerConfig();
+    appendToServerTab(
+            (enable ? u"*** Added %1 to autojoin list"_s : u"*** Removed %1 from autojoin list"_s)
+                    .arg(name));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Tabs
+
+QWidget *MainWindow::createChannelTab(const QString &, bool isChannel)
+{
+    return ChannelPage::create(isChannel);
+}
+
+MainWindow::TabInfo MainWindow::createTabInfo(const QString &name, bool isChannel)
+{
+    TabInfo info;
+    info.page = createChannelTab(name, isChannel);
+    info.chatView = info.page->findChild<QTextBrowser *>();
+    return info;
+}
+
+void MainWindow::insertTab(const QString &name, const TabInfo &info)
+{
+    tabs.insert(name, info);
+    const int index = tabWidget->addTab(info.page, name);
+    tabWidget->setTabToolTip(index, name);
+}
+
+void MainWindow::openTab(const QString &name)
+{
+    const bool isChannel = isChannelName(name);
+    TabInfo info = createTabInfo(name, isChannel);
+    if (isChannel) {
+        info.topicBar = info.page->findChild<QWidget *>(u"topicBar"_s);
+        info.topicLabel = info.page->findChild<QLabel *>(u"topicLabel"_s);
+        info.editTopicBtn = info.page->findChild<QPushButton *>(u"editTopicBtn"_s);
+        updateTopicLabel(name);
+    } else if (isPrivateName(name)) {
+        info.peerNick = name;
+        if (!watchedNicks.contains(name.toLower())) {
+            connection->sendWatch(name, true);
+            watchedNicks.insert(name.toLower());
+        }
+    }
+    insertTab(name, info);
+    if (currentTabName == ServerTab)
+        tabWidget->setCurrentWidget(info.page);
+    addCloseButtonToAllTabs();
+}
+
+QString MainWindow::findPrivateChatTab(const QString &nick) const
+{
+    for (auto tab = tabs.cbegin(); tab != tabs.cend(); ++tab) {
+        if (!isPrivateName(tab.key()))
+            continue;
+        const QString &candidate = tab->peerNick.isEmpty() ? tab.key() : tab->peerNick;
+        if (equalsIgnoringCase(candidate, nick))
+            return tab.key();
+    }
+    return {};
+}
+
+void MainWindow::addCloseButtonToAllTabs()
+{
+    const int current = tabWidget->currentIndex();
+    for (int index = 0; index < tabWidget->count(); ++index) {
+        if (QWidget *button = tabBar->tabButton(index, QTabBar::LeftSide))
+            button->deleteLater();
+    }
+    for (int index = 0; index < tabWidget->count(); ++index) {
+        auto *button = new QPushButton(u"\u00D7"_s);
+        button->setFixedSize(20, 20);
+        button->setFlat(true);
+        button->setCursor(Qt::ArrowCursor);
+        button->setStyleSheet(
+                u"QPushButton {  background: transparent;  border: none;  "
+                "font-size: 16px;  font-weight: bold;  color: %1;  padding: 0px;}"
+                "QPushButton:hover {  background: rgba(0,0,0,0.1);  "
+                "border-radius: 4px;}"_s.arg(index == current ? "#FFFFFF"_L1 : "#999999"_L1));
+        // The button keeps the index at which it was made, also when tabs before it go.
+        connect(button, &QPushButton::clicked, this, [this, index] { closeTab(index); });
+        tabBar->setTabButton(index, QTabBar::LeftSide, button);
+    }
+}
+
+void MainWindow::onTabChanged(int index)
+{
+    if (index < 0)
+        return;
+    if (!currentTabName.isEmpty())
+        inputDrafts.insert(currentTabName, inputLine->text());
+    const QString name = tabWidget->tabText(index);
+    currentTabName = name;
+    const auto tab = tabs.find(name);
+    if (tab != tabs.end() && tab->highlighted) {
+        tab->highlighted = false;
+        tabBar->unhighlightTab(tabWidget->currentIndex());
+    }
+
+    const bool isChannel = isChannelName(name);
+    updateUserListVisibility(isChannel);
+    emojiButton->setVisible(isChannel || isPrivateName(name));
+    mainStack->setCurrentIndex(name == ListTab ? ListSearchPage : InputPage);
+    inputLine->setPlaceholderText(placeholderFor(name));
+    userList->clear();
+    if (isChannel) {
+        const QStringList entries = channelUsers.value(name);
+        for (const QString &entry : entries)
+            userList->addItem(entry);
+        if (tab != tabs.end() && tab->topicBar) {
+            tab->topicBar->show();
+            updateTopicLabel(name);
+        }
+    }
+    updateOwnUserAppearance();
+    inputLine->setText(inputDrafts.value(currentTabName));
+    addCloseButtonToAllTabs();
+    // The ratio holds only once the layout has settled.
+    QTimer::singleShot(0, this, [this] { adjustSplitterToRatio(); });
+}
+
+void MainWindow::closeTab(int index)
+{
+    // A close button can carry an index that no tab holds any more.
+    if (index < 0 || index >= tabWidget->count())
+        return;
+    const QString name = tabWidget->tabText(index);
+    if (name == ServerTab)
+        return;
+    if (isPrivateName(name) && watchedNicks.contains(name.toLower())) {
+        connection->sendWatch(name, false);
+        watchedNicks.remove(name.toLower());
+    }
+    if (isChannelName(name) && connection->isConnected()) {
+        connection->partChannel(name);
+        appendToServerTab(u"*** You left %1"_s.arg(name));
+    }
+    if (name == ListTab) {
+        listTree = nullptr;
+        listInfoLabel = nullptr;
+    }
+    // The page stays alive, unseen, until the window goes. Another tab may come to the front
+    // within this call, which stores a draft under the closing name.
+    tabWidget->removeTab(index);
+    tabs.remove(name);
+    inputDrafts.remove(name);
+    channelTopics.remove(name);
+    if (currentTabName == name) {
+        currentTabName = ServerTab;
+        updateUserListVisibility(false);
+        emojiButton->hide();
+    }
+}
+
+void MainWindow::onTabContextMenu(const QPoint &pos)
+{
+    const int index = tabBar->tabAt(pos);
+    if (index < 0)
+        return;
+    const QString name = tabWidget->tabText(index);
+    if (name == ServerTab || name == ListTab)
+        return;
+
+    QMenu menu;
+    const QAction *close = menu.addAction(tr("Close"));
+    QAction *autojoin = menu.addAction(tr("Autojoin on connect"));
+    autojoin->setCheckable(true);
+    autojoin->setChecked(autojoinChannels.contains(name));
+    const QAction *chosen = menu.exec(tabBar->mapToGlobal(pos));
+    if (!chosen)
+        return;
+    if (chosen == close)
+        closeTab(index);
+    else
+        setChannelAutojoin(name, !autojoinChannels.contains(name));
+}
+
+void MainWindow::updateTopicLabel(const QString &channel)
+{
+    const TabInfo tab = tabs.value(channel);
+    if (!tab.topicLabel || !tab.topicBar)
+        return;
+    const QString topic = channelTopics.value(channel);
+    if (topic.isEmpty())
+        tab.topicLabel->clear();
+    else
+        tab.topicLabel->setText(IrcText::toHtml(topic));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Lines
+
+void MainWindow::appendMessageToTab(const QString &tabName, const QString &text,
+                                    const QString &sender, bool isStatus)
+{
+    const QString time = QDateTime::currentDateTime().toString(timestampFormat);
+    if (!tabs.contains(tabName))
+        openTab(tabName);
+    if (!ensureTable(tabName))
+        return;
+    ChatRow row = makeRow(tabName, text, sender, isStatus);
+    row.time = time;
+    const TabInfo tab = tabs.value(tabName);
+    PendingRows &pending = pendingRows[tab.chatView];
+    pending.table = tab.table;
+    pending.rows.append(row);
+    // While a read is being cut into lines nobody but our own slots can look at a conversation,
+    // so its rows are written together when it ends: one change of the document instead of many.
+    if (!connection->isReading())
+        flushPendingRows();
+}
+
+bool MainWindow::ensureTable(const QString &tabName)
+{
+    TabInfo &tab = tabs[tabName];
+    if (!tab.chatView) {
+        qWarning("appendMessageToTab: chatView is null for tab %s", qUtf8Printable(tabName));
+        return false;
+    }
+    if (!tab.table)
+        tab.table = ChatTable::create(*tab.chatView, tabName == ServerTab ? 2 : 3);
+    if (!tab.table) {
+        qWarning("appendMessageToTab: could not create table for tab %s", qUtf8Printable(tabName));
+        return false;
+    }
+    return true;
+}
+
+ChatRow MainWindow::makeRow(const QString &tabName, const QString &text, const QString &sender,
+                            bool isStatus) const
+{
+    const bool isOwnAway = isAway && isOwnNick(sender);
+    ChatRow row;
+    row.nick = sender;
+    row.ownAway = isOwnAway;
+    row.dimmed = isStatus || isOwnAway;
+    if (isOwnAway && !isStatus)
+        row.text = u"[Away: %1] %2"_s.arg(awayMessage, text);
+    else
+        row.text = tabName == ServerTab ? text : QString(u' ' + text);
+    return row;
+}
+
+bool MainWindow::isOwnNick(const QString &nick) const
+{
+    return equalsIgnoringCase(nick, connection->currentNick())
+           || (!pendingNick.isEmpty() && equalsIgnoringCase(nick, pendingNick));
+}
+
+void MainWindow::flushPendingRows()
+{
+    const auto rows = std::exchange(pendingRows, {});
+    for (auto conversation = rows.cbegin(); conversation != rows.cend(); ++conversation) {
+        QTextBrowser *view = conversation.key();
+        ChatTable::appendRows(*conversation->table, conversation->rows);
+        // A reader who has scrolled back is brought to the bottom by every line.
+        QTextCursor cursor = view->textCursor();
+        cursor.movePosition(QTextCursor::End);
+        view->setTextCursor(cursor);
+        view->ensureCursorVisible();
+    }
+}
+
+void MainWindow::appendToServerTab(const QString &text)
+{
+    appendMessageToTab(ServerTab, text, QString(), false);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Membership
+
+QString MainWindow::stripModePrefix(const QString &entry) const
+{
+    return NickList::stripPrefix(entry);
+}
+
+void MainWindow::addUserToList(const QString &channel, const QString &entry)
+{
+    if (channel == currentTabName)
+        userList->addItem(entry);
+}
+
+void MainWindow::removeUserFromList(const QString &channel, const QString &entry)
+{
+    if (channel != currentTabName)
+        return;
+    const QList<QListWidgetItem *> items = userList->findItems(entry, Qt::MatchExactly);
+    if (!items.isEmpty())
+        delete items.first();
+}
+
+void MainWindow::clearUserList(const QString &channel)
+{
+    if (channel == currentTabName)
+        userList->clear();
+}
+
+std::optional<QString> MainWindow::takeUser(const QString &channel, const QString &nick)
+{
+    const auto users = channelUsers.find(channel);
+    const qsizetype index = users == channelUsers.end() ? -1 : NickList::indexOfNick(*users, nick);
+    if (index < 0)
+        return std::nullopt;
+    return users->takeAt(index);
+}
+
+void MainWindow::dropUser(const QString &channel, const QString &nick)
+{
+    if (const auto entry = takeUser(channel, nick))
+        removeUserFromList(channel, *entry);
+}
+
+void MainWindow::onPrivmsg(const QString &from, const QString &target, const QString &text)
+{
+    appendMessageToTab(target == connection->currentNick() ? from : target, text, from, false);
+}
+
+void MainWindow::onJoin(const QString &nick, const QString &channel)
+{
+    // For our own first join this line opens the tab.
+    appendMessageToTab(channel, u"joined %1"_s.arg(channel), nick, true);
+    if (nick == connection->currentNick()) {
+        // That line opens the tab; should it ever not, the channel still gets one.
+        if (!tabs.contains(channel)) {
+            const TabInfo info = createTabInfo(channel, true);
+            insertTab(channel, info);
+            tabWidget->setCurrentWidget(info.page);
+        }
+        return;
+    }
+    if (tabs.contains(channel)) {
+        QStringList &users = channelUsers[channel];
+        // Compared with the whole entry: a known "@alice" is no match for a joining "alice".
+        if (!users.contains(nick, Qt::CaseInsensitive)) {
+            users.append(nick);
+            NickList::sortPlain(users);
+            addUserToList(channel, nick);
+        }
+    }
+    const QString privateTab = findPrivateChatTab(nick);
+    if (!privateTab.isEmpty())
+        appendMessageToTab(privateTab, u"is back online"_s, privateTab, true);
+}
+
+void MainWindow::onPart(const QString &nick, const QString &channel, const QString &reason)
+{
+    // The server's echo must not bring back a tab that the user has closed.
+    if (nick == connection->currentNick() && !tabs.contains(channel))
+        return;
+    appendMessageToTab(channel, u"left %1 (%2)"_s.arg(channel, reason), nick, true);
+    dropUser(channel, nick);
+}
+
+void MainWindow::onQuit(const QString &nick, const QString &reason)
+{
+    const QString text = u"quit (%1)"_s.arg(reason);
+    // A closed channel keeps its entries, and a quit from it brings its tab back.
+    const QStringList channels = channelUsers.keys();
+    for (const QString &channel : channels) {
+        const auto entry = takeUser(channel, nick);
+        if (!entry)
+            continue;
+        appendMessageToTab(channel, text, nick, true);
+        removeUserFromList(channel, *entry);
+    }
+    const QString privateTab = findPrivateChatTab(nick);
+    if (!privateTab.isEmpty())
+        appendMessageToTab(privateTab, text, privateTab, true);
+}
+
+void MainWindow::onKick(const QString &channel, const QString &kickedNick,
+                        const QString &kickerNick, const QString &reason)
+{
+    appendMessageToTab(channel, u"was kicked by %1 (%2)"_s.arg(kickerNick, reason), kickedNick,
+                       true);
+    dropUser(channel, kickedNick);
+    if (kickedNick == connection->currentNick()) {
+        if (channel == currentTabName)
+            userList->clear();
+        channelUsers.remove(channel);
+    }
+}
+
+void MainWindow::onNick(const QString &oldNick, const QString &newNick)
+{
+    const QStringList channels = channelUsers.keys();
+    for (const QString &channel : channels)
+        renameUser(channel, oldNick, newNick);
+    renamePrivateTab(oldNick, newNick);
+}
+
+void MainWindow::renameUser(const QString &channel, const QString &oldNick, const QString &newNick)
+{
+    QStringList &users = channelUsers[channel];
+    qsizetype index = users.indexOf(oldNick);
+    if (index < 0)
+        index = NickList::indexOfNick(users, oldNick);
+    if (index < 0)
+        return;
+    const QString oldEntry = users.at(index);
+    const bool hasPrefix = !oldEntry.isEmpty() && oldEntry != oldNick;
+    const QString newEntry = hasPrefix ? QString(oldEntry.front() + newNick) : newNick;
+    users[index] = newEntry;
+    appendMessageToTab(channel, u"is now known as %1"_s.arg(newNick), oldNick, true);
+    // In the visible list the user drops to the bottom until the list is next rebuilt.
+    removeUserFromList(channel, oldEntry);
+    addUserToList(channel, newEntry);
+}
+
+void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick)
+{
+    const auto tab = std::find_if(tabs.cbegin(), tabs.cend(), [&](const TabInfo &info) {
+        return !info.peerNick.isEmpty() && equalsIgnoringCase(info.peerNick, oldNick);
+    });
+    if (tab == tabs.cend())
+        return;
+    const QString oldKey = tab.key();
+    TabInfo info = *tab;
+    const int index = tabWidget->indexOf(info.page);
+    tabs.erase(tab);
+    info.peerNick = newNick;
+    // A conversation that is open under the new name loses its record; its page stays.
+    tabs.insert(newNick, info);
+    if (index >= 0)
+        tabWidget->setTabText(index, newNick);
+    if (equalsIgnoringCase(currentTabName, oldKey))
+        currentTabName = newNick;
+    appendMessageToTab(newNick, u"is now known as %1"_s.arg(newNick), oldNick, true);
+}
+
+void MainWindow::onNames(const QString &channel, const QList<QString> &names)
+{
+    pendingNames[channel].append(names);
+}
+
+void MainWindow::onNamesFinished(const QString &channel)
+{
+    QStringList entries = pendingNames.take(channel);
+    NickList::sortByRank(entries);
+    channelUsers.insert(channel, entries);
+    if (channel != currentTabName)
+        return;
+    userList->clear();
+    userList->addItems(entries);
+    updateOwnUserAppearance();
+}
+
+void MainWindow::onTopic(const QString &channel, const QString &topic)
+{
+    channelTopics.insert(channel, topic);
+    updateTopicLabel(channel);
+}
+
+void MainWindow::updateOwnUserAppearance()
+{
+    if (!userListShown)
+        return;
+    for (int row = 0; row < userList->count(); ++row) {
+        QListWidgetItem *item = userList->item(row);
+        if (!equalsIgnoringCase(stripModePrefix(item->text()), connection->currentNick()))
+            continue;
+        QFont font = item->font();
+        font.setItalic(isAway);
+        item->setFont(font);
+        // Back from away the item keeps a solid brush of the default colour, not the palette's.
+        item->setForeground(QBrush(isAway ? QColor(0xAA, 0xAA, 0xAA) : QColor(), Qt::SolidPattern));
+        return;
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Input
+
+void MainWindow::onSendInput()
+{
+    const QString text = inputLine->text().trimmed();
+    inputLine->clear();
+    inputDrafts.insert(currentTabName, QString());
+    if (text.isEmpty() || !connection->isConnected())
+        return;
+    if (text.startsWith(u'/'))
+        runCommand(Commands::parse(text));
+    else
+        sendPlainText(text);
+}
+
+void MainWindow::sendPlainText(const QString &text)
+{
+    if (currentTabName == ServerTab) {
+        appendToServerTab(u"Cannot send messages to Server tab."_s);
+        return;
+    }
+    connection->sendPrivmsg(currentTabName, text);
+    appendMessageToTab(currentTabName, text, connection->currentNick(), false);
+}
+
+void MainWindow::runCommand(const Commands::Command &command)
+{
+    struct Entry
+    {
+        QLatin1StringView name;
+        qsizetype words; ///< Fewer words, the command's own among them, make it unknown.
+        CommandHandler handler;
+    };
+    static constexpr std::array Table{
+            Entry{"join"_L1, 2, &MainWindow::commandJoin},
+            Entry{"part"_L1, 0, &MainWindow::commandPart},
+            Entry{"nick"_L1, 2, &MainWindow::commandNick},
+            Entry{"msg"_L1, 3, &MainWindow::commandMsg},
+            Entry{"raw"_L1, 2, &MainWindow::commandRaw},
+            Entry{"list"_L1, 0, &MainWindow::commandList},
+            Entry{"away"_L1, 0, &MainWindow::commandAway},
+            Entry{"back"_L1, 0, &MainWindow::commandBack},
+            Entry{"whois"_L1, 2, &MainWindow::commandWhois},
+            Entry{"autojoin"_L1, 2, &MainWindow::commandAutojoin},
+    };
+    for (const Entry &entry : Table) {
+        if (command.name == entry.name && command.words.size() >= entry.words) {
+            (this->*entry.handler)(command);
+            return;
+        }
+    }
+    appendMessageToTab(currentTabName, u"Unknown command: "_s + command.name, QString(), false);
+}
+
+void MainWindow::commandJoin(const Commands::Command &command)
+{
+    connection->joinChannel(asChannelName(command.words.at(1)));
+}
+
+void MainWindow::commandPart(const Commands::Command &)
+{
+    // Always the tab on show, whatever follows the command and whatever the tab is.
+    connection->partChannel(currentTabName);
+}
+
+void MainWindow::commandNick(const Commands::Command &command)
+{
+    const QString &nick = command.words.at(1);
+    if (isAway) {
+        // Unlike "/back", this leaves the conversations without a line.
+        leaveAway();
+        updateOwnUserAppearance();
+        updateStatusBar();
+    }
+    pendingNick = nick;
+    connection->changeNick(nick);
+}
+
+void MainWindow::commandMsg(const Commands::Command &command)
+{
+    const QString &target = command.words.at(1);
+    const QString text = command.section(2);
+    connection->sendPrivmsg(target, text);
+    appendMessageToTab(target, text, connection->currentNick(), false);
+}
+
+void MainWindow::commandRaw(const Commands::Command &command)
+{
+    connection->sendRaw(command.section(1));
+}
+
+void MainWindow::commandList(const Commands::Command &)
+{
+    if (!connection->isRegistered()) {
+        appendToServerTab(u"*** Please wait for registration to complete before using /list."_s);
+        return;
+    }
+    connection->sendRaw(u"LIST"_s);
+}
+
+void MainWindow::commandAway(const Commands::Command &command)
+{
+    const QString message = command.section(1).trimmed();
+    goAway(message.isEmpty() ? u"Away"_s : message);
+}
+
+void MainWindow::commandBack(const Commands::Command &)
+{
+    leaveAway();
+    announceInConversations([] { return u"is back"_s; });
+    updateStatusBar();
+    updateOwnUserAppearance();
+}
+
+void MainWindow::commandWhois(const Commands::Command &command)
+{
+    whoisTab = currentTabName;
+    connection->sendWhois(command.words.at(1));
+}
+
+void MainWindow::commandAutojoin(const Commands::Command &command)
+{
+    const QString channel = asChannelName(command.words.at(1));
+    setChannelAutojoin(channel, !autojoinChannels.contains(channel));
+}
+
+void MainWindow::goAway(const QString &message)
+{
+    isAway = true;
+    awayMessage = message;
+    connection->sendRaw(u"AWAY :"_s + message);
+    awayAction->setText(tr("Unmark Away"));
+    appendToServerTab(u"*** You are marked as away ("_s + message + u")"_s);
+    announceInConversations([this] { return u"is away (%1)"_s.arg(awayMessage); });
+    updateStatusBar();
+    updateOwnUserAppearance();
+}
+
+void MainWindow::leaveAway()
+{
+    connection->sendRaw(u"AWAY"_s);
+    clearAwayState();
+    appendToServerTab(u"*** You are back"_s);
+}
+
+void MainWindow::clearAwayState()
+{
+    isAway = false;
+    awayMessage.clear();
+    awayAction->setText(tr("Marked Away..."));
+}
+
+void MainWindow::announceInConversations(const std::function<QString()> &text)
+{
+    for (auto tab = tabs.cbegin(); tab != tabs.cend(); ++tab) {
+        if (tab.key() == ServerTab || tab.key() == ListTab)
+            continue;
+        // Posted, so that the lines follow those of the command itself and are not written while
+        // `tabs` is walked. Text and nick are those of that moment.
+        QTimer::singleShot(0, this, [this, key = tab.key(), text] {
+            appendMessageToTab(key, text(), connection->currentNick(), true);
+        });
+    }
+}

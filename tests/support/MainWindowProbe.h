@@ -1,0 +1,88 @@
+#pragma once
+
+#include "MainWindow.h"
+
+#include <QStringList>
+
+/// The one door to what a `MainWindow` keeps to itself, for tests.
+///
+/// What a user can see is looked at through the widgets; this is for what only a member tells, and
+/// for calling what later parts of the program, or nobody yet, calls. It holds no state; the window
+/// must outlive it.
+class MainWindowProbe final
+{
+public:
+    explicit MainWindowProbe(MainWindow &probed)
+        : window(probed)
+    {
+    }
+
+    // Members
+    [[nodiscard]] IRCConnection &connection() const { return *window.connection; }
+    [[nodiscard]] MyTabWidget &tabWidget() const { return *window.tabWidget; }
+    [[nodiscard]] HighlightTabBar &tabBar() const { return *window.tabBar; }
+    [[nodiscard]] QSplitter &splitter() const { return *window.splitter; }
+    [[nodiscard]] QListWidget &userList() const { return *window.userList; }
+    [[nodiscard]] QLineEdit &inputLine() const { return *window.inputLine; }
+    [[nodiscard]] QLineEdit &listSearchEdit() const { return *window.listSearchEdit; }
+    [[nodiscard]] QStackedWidget &mainStack() const { return *window.mainStack; }
+    [[nodiscard]] QPushButton &emojiButton() const { return *window.emojiButton; }
+    [[nodiscard]] QCompleter &nickCompleter() const { return *window.nickCompleter; }
+    [[nodiscard]] QAction &awayAction() const { return *window.awayAction; }
+    [[nodiscard]] QMap<QString, MainWindow::TabInfo> &tabs() const { return window.tabs; }
+    [[nodiscard]] QMap<QString, QStringList> &channelUsers() const { return window.channelUsers; }
+    [[nodiscard]] QMap<QString, QStringList> &pendingNames() const { return window.pendingNames; }
+    [[nodiscard]] QMap<QString, QString> &channelTopics() const { return window.channelTopics; }
+    [[nodiscard]] QMap<QString, QString> &inputDrafts() const { return window.inputDrafts; }
+    [[nodiscard]] QStringList &autojoinChannels() const { return window.autojoinChannels; }
+    [[nodiscard]] QSet<QString> &watchedNicks() const { return window.watchedNicks; }
+    [[nodiscard]] QString &currentTabName() const { return window.currentTabName; }
+    [[nodiscard]] QString &currentServerId() const { return window.currentServerId; }
+    [[nodiscard]] QString &currentTheme() const { return window.currentTheme; }
+    [[nodiscard]] QString &timestampFormat() const { return window.timestampFormat; }
+    [[nodiscard]] QString &pendingNick() const { return window.pendingNick; }
+    [[nodiscard]] QString &awayMessage() const { return window.awayMessage; }
+    [[nodiscard]] QString &whoisTab() const { return window.whoisTab; }
+    [[nodiscard]] bool &isAway() const { return window.isAway; }
+    [[nodiscard]] bool &listReceiving() const { return window.listReceiving; }
+    [[nodiscard]] bool &userListShown() const { return window.userListShown; }
+    [[nodiscard]] MainWindow &probedWindow() const { return window; }
+
+    // Operations
+    void appendMessageToTab(const QString &tabName, const QString &text, const QString &sender = {},
+                            bool isStatus = false) const
+    {
+        window.appendMessageToTab(tabName, text, sender, isStatus);
+    }
+    void applyTheme(const QString &theme) const { window.applyTheme(theme); }
+    void closeTab(int index) const { window.closeTab(index); }
+    void clearUserList(const QString &channel) const { window.clearUserList(channel); }
+    void saveCurrentServerConfig() const { window.saveCurrentServerConfig(); }
+    void loadCurrentServerConfig() const { window.loadCurrentServerConfig(); }
+    void setChannelAutojoin(const QString &channel, bool enable) const
+    {
+        window.setChannelAutojoin(channel, enable);
+    }
+    void updateStatusBar() const { window.updateStatusBar(); }
+    void updateOwnUserAppearance() const { window.updateOwnUserAppearance(); }
+    [[nodiscard]] QString findPrivateChatTab(const QString &nick) const
+    {
+        return window.findPrivateChatTab(nick);
+    }
+
+    // What a user sees
+    /// The tabs' texts from left to right.
+    [[nodiscard]] QStringList tabTexts() const;
+    /// The tab's lines, without their times: "nick|text" where there is a nick column, else "text".
+    /// The blank in front of a text and those behind a nick are left off; the empty first row is
+    /// not among them.
+    [[nodiscard]] QStringList lines(const QString &tabName) const;
+    /// The texts of the visible user list from top to bottom.
+    [[nodiscard]] QStringList users() const;
+    void showTab(const QString &tabName) const;
+    /// Types `text` into the input line and presses Return.
+    void typeLine(const QString &text) const;
+
+private:
+    MainWindow &window;
+};
