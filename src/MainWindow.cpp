@@ -912,7 +912,7 @@ void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick
     });
     if (tab == tabs.cend())
         return;
-    const QString oldKey = tab.key();
+    const bool isOnShow = equalsIgnoringCase(currentTabName, tab.key());
     TabInfo info = *tab;
     const int index = tabWidget->indexOf(info.page);
     tabs.erase(tab);
@@ -921,7 +921,7 @@ void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick
     tabs.insert(newNick, info);
     if (index >= 0)
         tabWidget->setTabText(index, newNick);
-    if (equalsIgnoringCase(currentTabName, oldKey))
+    if (isOnShow)
         currentTabName = newNick;
     appendMessageToTab(newNick, u"is now known as %1"_s.arg(newNick), oldNick, true);
 }
@@ -997,8 +997,8 @@ void MainWindow::runCommand(const Commands::Command &command)
     struct Entry
     {
         QLatin1StringView name;
-        qsizetype words; ///< Fewer words, the command's own among them, make it unknown.
-        CommandHandler handler;
+        qsizetype words = 0; ///< Fewer words, the command's own among them, make it unknown.
+        CommandHandler handler = nullptr;
     };
     static constexpr std::array Table{
             Entry{"join"_L1, 2, &MainWindow::commandJoin},
