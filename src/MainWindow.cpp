@@ -907,9 +907,13 @@ void MainWindow::renameUser(const QString &channel, const QString &oldNick, cons
 
 void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick)
 {
-    const auto tab = std::find_if(tabs.cbegin(), tabs.cend(), [&](const TabInfo &info) {
-        return !info.peerNick.isEmpty() && equalsIgnoringCase(info.peerNick, oldNick);
-    });
+    const auto isOfPeer = [&oldNick](const QString &key, const TabInfo &info) {
+        return !isChannelName(key) && !info.peerNick.isEmpty()
+               && equalsIgnoringCase(info.peerNick, oldNick);
+    };
+    auto tab = tabs.cbegin();
+    while (tab != tabs.cend() && !isOfPeer(tab.key(), *tab))
+        ++tab;
     if (tab == tabs.cend())
         return;
     const bool isOnShow = equalsIgnoringCase(currentTabName, tab.key());
