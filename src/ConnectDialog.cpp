@@ -162,7 +162,7 @@ void ConnectDialog::onServerListSelectionChanged()
     const QListWidgetItem *row = serverList->currentItem();
     if (row == nullptr)
         return;
-    const QString address = ServerRows::addressOf(row);
+    const QString address = cleanAddress(row->text());
     const std::optional<ServerStore::HostPort> parts = ServerStore::splitAddress(address);
     if (!parts) {
         serverEdit->setText(address);
@@ -401,9 +401,7 @@ void ConnectDialog::makeConnections()
 
 void ConnectDialog::applyTheme()
 {
-    const bool glass = currentTheme == "glass"_L1;
-    setAttribute(Qt::WA_TranslucentBackground, glass);
-    setAutoFillBackground(!glass);
+    ConnectDialogStyle::setBackground(this, currentTheme);
     setStyleSheet(ConnectDialogStyle::dialogSheet(currentTheme));
 }
 

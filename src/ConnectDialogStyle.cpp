@@ -1,5 +1,6 @@
 #include "ConnectDialogStyle.h"
 
+#include <QDialog>
 #include <QStringView>
 
 #include <initializer_list>
@@ -45,7 +46,9 @@ QString dialogSheet(const QString &theme)
             selection-background-color: <selected>; selection-color: <selectedText>; }
         QListWidget::item:hover { background: <hover>; }
         QListWidget::item:selected { background: <selected>; color: <selectedText>; }
-        QPushButton { border-radius: 6px; padding: 10px 24px; font-size: 14px; font-weight: 500; }
+        QCheckBox { color: <text>; }
+        QPushButton { color: <text>; border-radius: 6px; padding: 10px 24px; font-size: 14px;
+            font-weight: 500; }
         QPushButton#connectButton { background: #007AFF; color: white; border: none; }
         QPushButton#connectButton:hover { background: #0062CC; }
         QPushButton#connectButton:pressed { background: #0051AA; }
@@ -75,6 +78,16 @@ QString dialogSheet(const QString &theme)
                         {u"<cancelHover>", dark ? u"#5F1E1E" : u"#FFE5E5"},
                         {u"<addHover>", dark ? u"#1E3A5F" : u"#E5F0FF"},
                         {u"<deleteHover>", dark ? u"#5F1E1E" : u"#FFE5E5"}});
+}
+
+void setBackground(QDialog *dialog, const QString &theme)
+{
+    const bool glass = theme == "glass"_L1;
+    dialog->setAttribute(Qt::WA_TranslucentBackground, glass);
+    // A translucent window would leave out the sheet's background too, and its texts were hard to
+    // read on what lies behind.
+    dialog->setAttribute(Qt::WA_NoSystemBackground, false);
+    dialog->setAutoFillBackground(!glass);
 }
 
 } // namespace ConnectDialogStyle

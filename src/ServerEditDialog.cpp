@@ -1,5 +1,6 @@
 #include "ServerEditDialog.h"
 
+#include "ConnectDialogStyle.h"
 #include "ServerStore.h"
 #include "ThemeManager.h"
 
@@ -168,9 +169,7 @@ void ServerEditDialog::buildButtons()
 
 void ServerEditDialog::applyTheme()
 {
-    const bool glass = currentTheme == "glass"_L1;
-    setAttribute(Qt::WA_TranslucentBackground, glass);
-    setAutoFillBackground(!glass);
+    ConnectDialogStyle::setBackground(this, currentTheme);
     setStyleSheet(ThemeManager::dialogStyleSheet(currentTheme));
 }
 
