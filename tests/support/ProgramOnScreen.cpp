@@ -13,6 +13,8 @@ const auto DialogTitle = u"Connect to IRC Server"_s;
 
 // The input line lies above the status bar at the lower left.
 constexpr QPoint InputFromBottomLeft{200, -50};
+// The first menu of the menu bar.
+constexpr QPoint ServerMenu{25, 10};
 
 } // namespace
 
@@ -43,7 +45,8 @@ bool ProgramOnScreen::pressConnect()
 
 bool ProgramOnScreen::openConnectDialog()
 {
-    return screen.press(u"alt+s"_s) && screen.press(u"c"_s) && waitForActive(DialogTitle);
+    return screen.click(screen.window(MainTitle), ServerMenu) && screen.press(u"c"_s)
+           && waitForActive(DialogTitle);
 }
 
 bool ProgramOnScreen::say(const QString &text)

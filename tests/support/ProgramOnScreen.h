@@ -27,7 +27,7 @@ public:
 
     /// Accepts the connect dialog, which has the keyboard, by Return.
     [[nodiscard]] bool pressConnect();
-    /// Opens the connect dialog anew from the menu, by keys.
+    /// Opens the connect dialog anew from the menu.
     [[nodiscard]] bool openConnectDialog();
 
     /// Clicks into the input line, types the text and presses Return.

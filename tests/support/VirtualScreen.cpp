@@ -5,8 +5,11 @@
 #include <QTest>
 #include <QtEndian>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <functional>
+#include <numeric>
 
 using namespace Qt::StringLiterals;
 
@@ -33,6 +36,11 @@ QImage readDump(const QByteArray &dump)
     return QImage(pixels, int(fields[Width]), int(fields[Height]), qsizetype(fields[BytesPerLine]),
                   QImage::Format_RGB32)
             .copy();
+}
+
+const QRgb *rowOf(const QImage &image, int y)
+{
+    return reinterpret_cast<const QRgb *>(image.constScanLine(y));
 }
 
 } // namespace
@@ -97,6 +105,7 @@ QProcessEnvironment VirtualScreen::environment() const
     result.insert(u"HOME"_s, folder.path());
     result.insert(u"XDG_CONFIG_HOME"_s, folder.filePath(u"config"_s));
     result.insert(u"XDG_CACHE_HOME"_s, folder.filePath(u"cache"_s));
+    result.insert(u"XDG_RUNTIME_DIR"_s, folder.path());
     result.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
     // What runs here must not reach the desktop of the person who started it, and no bus must be
     // started for it that stays behind.
@@ -115,16 +124,30 @@ QImage VirtualScreen::picture() const
 
 int VirtualScreen::countPoints(QRgb colour, int distance) const
 {
-    const QImage image = picture();
+    const QImage now = picture();
+    const auto isNear = [&](QRgb point) {
+        return std::abs(qRed(point) - qRed(colour)) <= distance
+               && std::abs(qGreen(point) - qGreen(colour)) <= distance
+               && std::abs(qBlue(point) - qBlue(colour)) <= distance;
+    };
     int count = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        const auto *row = reinterpret_cast<const QRgb *>(image.constScanLine(y));
-        for (int x = 0; x < image.width(); ++x) {
-            if (std::abs(qRed(row[x]) - qRed(colour)) <= distance
-                && std::abs(qGreen(row[x]) - qGreen(colour)) <= distance
-                && std::abs(qBlue(row[x]) - qBlue(colour)) <= distance)
-                ++count;
-        }
+    for (int y = 0; y < now.height(); ++y) {
+        const QRgb *row = rowOf(now, y);
+        count += int(std::count_if(row, row + now.width(), isNear));
+    }
+    return count;
+}
+
+int VirtualScreen::countChanges(const QImage &before) const
+{
+    const QImage now = picture();
+    if (now.size() != before.size())
+        return int(now.width() * now.height());
+    int count = 0;
+    for (int y = 0; y < now.height(); ++y) {
+        const QRgb *row = rowOf(now, y);
+        count += std::inner_product(row, row + now.width(), rowOf(before, y), 0, std::plus<>(),
+                                    std::not_equal_to<>());
     }
     return count;
 }

@@ -34,6 +34,9 @@ public:
     /// red, green and blue.
     [[nodiscard]] int countPoints(QRgb colour, int distance = 0) const;
 
+    /// How many points differ between the picture and what the screen shows now.
+    [[nodiscard]] int countChanges(const QImage &before) const;
+
     /// The visible window with exactly this title.
     [[nodiscard]] QString window(const QString &title) const;
     [[nodiscard]] QSize sizeOf(const QString &window) const;

@@ -1,0 +1,94 @@
+#include "LoggingProxy.h"
+
+#include <QHostAddress>
+#include <QTcpSocket>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+LoggingProxy::LoggingProxy(quint16 port, Joins treatment, QObject *parent)
+    : QObject(parent)
+    , serverPort(port)
+    , joins(treatment)
+{
+    connect(&towardsProgram, &ScriptedServer::clientArrived, this, &LoggingProxy::connectOnwards);
+    connect(&towardsProgram, &ScriptedServer::lineReceived, this,
+            [this](int client, const QString &line) {
+                log.append(u">> "_s + line);
+                towardsServer.value(client)->write(line.toUtf8() + "\r\n");
+            });
+    connect(&towardsProgram, &ScriptedServer::clientLeft, this,
+            [this](int client) { towardsServer.value(client)->disconnectFromHost(); });
+}
+
+quint16 LoggingProxy::port() const
+{
+    return towardsProgram.port();
+}
+
+void LoggingProxy::leadTo(quint16 port)
+{
+    serverPort = port;
+}
+
+QByteArray LoggingProxy::bytesFromProgram() const
+{
+    return towardsProgram.received();
+}
+
+QStringList LoggingProxy::lines() const
+{
+    return log;
+}
+
+qsizetype LoggingProxy::countFromProgram(const QString &line) const
+{
+    return log.count(u">> "_s + line);
+}
+
+bool LoggingProxy::waitForProgram(const QString &line, int times) const
+{
+    return QTest::qWaitFor([&] { return countFromProgram(line) >= times; },
+                           ScriptedServer::Patience);
+}
+
+bool LoggingProxy::waitForServer(const QString &text) const
+{
+    return QTest::qWaitFor(
+            [&] {
+                for (const QString &line : log) {
+                    if (line.startsWith("<< "_L1) && line.contains(text))
+                        return true;
+                }
+                return false;
+            },
+            ScriptedServer::Patience);
+}
+
+bool LoggingProxy::waitForEnd(int connections) const
+{
+    return towardsProgram.waitForClient(connections) && towardsProgram.waitForEnd();
+}
+
+void LoggingProxy::connectOnwards(int client)
+{
+    auto *socket = new QTcpSocket(this);
+    towardsServer.insert(client, socket);
+    connect(socket, &QTcpSocket::readyRead, this, [this, client, socket] {
+        while (socket->canReadLine())
+            passToProgram(client, socket->readLine());
+    });
+    connect(socket, &QTcpSocket::disconnected, this,
+            [this, client] { towardsProgram.close(client); });
+    connect(socket, &QTcpSocket::errorOccurred, this,
+            [this, client] { towardsProgram.close(client); });
+    socket->connectToHost(QHostAddress::LocalHost, serverPort);
+}
+
+void LoggingProxy::passToProgram(int client, QByteArray line)
+{
+    if (joins == Joins::Rewritten && line.contains('!'))
+        line.replace(" JOIN :#", " JOIN #");
+    log.append(u"<< "_s + QString::fromUtf8(line).chopped(2));
+    towardsProgram.sendBytes(line, client);
+}

@@ -1,0 +1,50 @@
+#include "PlainClient.h"
+
+#include <QHostAddress>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Patience = 10000; // In ms.
+
+} // namespace
+
+PlainClient::PlainClient()
+{
+    QObject::connect(&socket, &QTcpSocket::readyRead, &socket, [this] { read(); });
+}
+
+bool PlainClient::enter(quint16 port, const QString &nick)
+{
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    send(u"NICK %1"_s.arg(nick));
+    send(u"USER %1 0 * :A plain client"_s.arg(nick));
+    return waitFor(u" 001 "_s);
+}
+
+void PlainClient::send(const QString &line)
+{
+    socket.write(line.toUtf8() + "\r\n");
+}
+
+QStringList PlainClient::lines() const
+{
+    return heard;
+}
+
+bool PlainClient::waitFor(const QString &text) const
+{
+    return QTest::qWaitFor([&] { return !heard.filter(text).isEmpty(); }, Patience);
+}
+
+void PlainClient::read()
+{
+    while (socket.canReadLine()) {
+        const QString line = QString::fromUtf8(socket.readLine()).chopped(2);
+        heard.append(line);
+        if (line.startsWith("PING "_L1))
+            send(u"PONG "_s + line.mid(5));
+    }
+}

@@ -1,0 +1,349 @@
+// The built program in a real window, on a real server, with other people on it. What it does is
+// read off the wire; the screen is looked at for what the wire can't tell.
+
+#include "LoggingProxy.h"
+#include "Ngircd.h"
+#include "PlainClient.h"
+#include "PreparedStore.h"
+#include "ProgramOnScreen.h"
+#include "ScriptedServer.h"
+#include "TlsAuthority.h"
+#include "VirtualScreen.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Patience = 15000; // In ms.
+
+// The status bar, connected and not.
+constexpr QRgb Green = qRgb(0xd4, 0xed, 0xda);
+constexpr QRgb Red = qRgb(0xf8, 0xd7, 0xda);
+constexpr int BarPoints = 5000; // A status bar has more points than this.
+
+constexpr QRgb BobColour = qRgb(0xad, 0x14, 0x57);
+constexpr int NickPoints = 20; // A short nick has more points of its colour than this.
+constexpr int LinePoints = 150; // A new line of text changes more points than this.
+
+/// Everything that one walk needs, made anew for each.
+struct Walk
+{
+    explicit Walk(const VirtualScreen &screen)
+        : program(screen, store)
+    {
+    }
+
+    Ngircd server;
+    std::unique_ptr<LoggingProxy> proxy;
+    PlainClient bob;
+    PreparedStore store;
+    ProgramOnScreen program;
+};
+
+// A command that runs another in a system whose certificates are those of the folder. Programs
+// look for authorities in the system's own places only, so we lay the folder over these, in a mount
+// namespace where nobody else sees it.
+QStringList inASystemWithCertificates(const QString &folder)
+{
+    QStringList command{u"unshare"_s, u"--mount"_s};
+    if (geteuid() != 0)
+        command.append(u"--map-root-user"_s);
+    return command
+           + QStringList{u"sh"_s, u"-c"_s, u"mount --bind \"$0\" /etc/ssl/certs && exec \"$@\""_s,
+                         folder};
+}
+
+// Puts the authority's certificate into the folder in the form in which it is looked for.
+bool install(const TlsAuthority &authority, const QString &folder)
+{
+    return QFile::copy(authority.certificateFile(), folder + u"/authority.pem"_s)
+           && QProcess::execute(u"openssl"_s, {u"rehash"_s, folder}) == 0;
+}
+
+} // namespace
+
+class TestEndToEnd final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void connectsFromTheDialogByKeyboard();
+    void talksBothWays();
+    void runsItsCommands();
+    void refusesAnUnknownCommand();
+    void hearsAPrivateMessage();
+    void takesAnotherNickWhenItsOwnIsInUse();
+    void outlivesTheServerAndConnectsAgain();
+    void takesItsLeaveWhenTheWindowCloses();
+    void livesWithAJoinWhoseChannelIsTrailing();
+    void trustsAnAuthorityOfTheSystem();
+    void refusesACertificateThatVouchesForItself();
+
+private:
+    /// Puts a server before the program's dialog: the proxy before the real one.
+    bool prepare(LoggingProxy::Joins joins, const QString &nick);
+    bool prepareTls(quint16 port);
+    /// Starts the program and lets it connect and join #room.
+    bool enter();
+    bool showsStatus(QRgb colour) const;
+    QStringList sentByProgram() const;
+
+    VirtualScreen screen;
+    std::unique_ptr<Walk> walk;
+};
+
+void TestEndToEnd::initTestCase()
+{
+    QVERIFY2(screen.start(), qPrintable(screen.failure()));
+}
+
+void TestEndToEnd::init()
+{
+    walk = std::make_unique<Walk>(screen);
+}
+
+void TestEndToEnd::cleanup()
+{
+    if (QTest::currentTestFailed()) {
+        const QString file = QDir::current().absoluteFilePath(
+                u"%1.png"_s.arg(QString::fromLatin1(QTest::currentTestFunction())));
+        if (screen.picture().save(file))
+            qInfo("Screenshot: %s", qPrintable(file));
+        if (walk->proxy)
+            qInfo("On the wire:\n%s", qPrintable(walk->proxy->lines().join(u'\n')));
+    }
+    if (walk->program.isRunning()) {
+        QVERIFY(walk->program.close());
+        QCOMPARE(walk->program.exitStatus(), 0);
+    }
+    QCOMPARE(walk->program.errorOutput(), QString());
+    walk.reset();
+}
+
+bool TestEndToEnd::prepare(LoggingProxy::Joins joins, const QString &nick)
+{
+    if (!walk->server.start() || !walk->bob.enter(walk->server.port(), u"bob"_s))
+        return false;
+    walk->bob.send(u"JOIN #room"_s);
+    walk->proxy = std::make_unique<LoggingProxy>(walk->server.port(), joins);
+    walk->store.addServer({.host = u"127.0.0.1"_s,
+                           .port = walk->proxy->port(),
+                           .nickname = nick,
+                           .realName = u"Wanda Walker"_s,
+                           .channels = {u"#room"_s}});
+    return walk->bob.waitFor(u" 366 bob #room "_s);
+}
+
+bool TestEndToEnd::prepareTls(quint16 port)
+{
+    walk->store.addServer({.host = u"localhost"_s,
+                           .port = port,
+                           .nickname = u"wanda"_s,
+                           .realName = u"Wanda Walker"_s,
+                           .channels = {u"#room"_s},
+                           .tls = true});
+    return port != 0;
+}
+
+bool TestEndToEnd::enter()
+{
+    return prepare(LoggingProxy::Joins::Rewritten, u"wanda"_s) && walk->program.start()
+           && walk->program.pressConnect() && walk->proxy->waitForProgram(u"NAMES #room"_s)
+           && walk->proxy->waitForServer(u" 366 wanda #room "_s)
+           && QTest::qWaitFor([this] { return showsStatus(Green); }, Patience);
+}
+
+bool TestEndToEnd::showsStatus(QRgb colour) const
+{
+    return screen.countPoints(colour) > BarPoints;
+}
+
+QStringList TestEndToEnd::sentByProgram() const
+{
+    return walk->proxy->lines().filter(QRegularExpression(u"^>> "_s));
+}
+
+void TestEndToEnd::connectsFromTheDialogByKeyboard()
+{
+    QVERIFY(enter());
+    QVERIFY(walk->bob.waitFor(u" JOIN :#room"_s));
+    QCOMPARE(walk->proxy->bytesFromProgram(), "NICK wanda\r\nUSER wanda 0 * :Wanda Walker\r\n"
+                                              "JOIN #room\r\nNAMES #room\r\n"_ba);
+}
+
+void TestEndToEnd::talksBothWays()
+{
+    QVERIFY(enter());
+    QVERIFY(walk->program.say(u"Good evening, everybody"_s));
+    QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :Good evening, everybody"_s));
+
+    const int before = screen.countPoints(BobColour);
+    walk->bob.send(u"PRIVMSG #room :Good evening, Wanda"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(screen.countPoints(BobColour) > before + NickPoints, Patience);
+}
+
+void TestEndToEnd::runsItsCommands()
+{
+    QVERIFY(enter());
+    ProgramOnScreen &program = walk->program;
+    const LoggingProxy &wire = *walk->proxy;
+    const PlainClient &bob = walk->bob;
+
+    QVERIFY(program.say(u"/join other"_s));
+    QVERIFY(wire.waitForProgram(u"JOIN #other"_s));
+    QVERIFY(wire.waitForProgram(u"NAMES #other"_s));
+
+    QVERIFY(program.say(u"/msg bob between the two of us"_s));
+    QVERIFY(bob.waitFor(u"PRIVMSG bob :between the two of us"_s));
+    QVERIFY(wire.waitForProgram(u"WATCH +bob"_s));
+
+    QVERIFY(program.say(u"/away gone fishing"_s));
+    QVERIFY(wire.waitForProgram(u"AWAY :gone fishing"_s));
+    QVERIFY(wire.waitForServer(u" 306 wanda "_s));
+    walk->bob.send(u"PRIVMSG wanda :are you there?"_s);
+    QVERIFY(bob.waitFor(u" 301 bob wanda :gone fishing"_s));
+
+    QVERIFY(program.say(u"/back"_s));
+    QVERIFY(wire.waitForProgram(u"AWAY"_s));
+    QVERIFY(wire.waitForServer(u" 305 wanda "_s));
+
+    QVERIFY(program.say(u"/nick wendy"_s));
+    QVERIFY(wire.waitForProgram(u"NICK wendy"_s));
+    QVERIFY(bob.waitFor(u" NICK :wendy"_s));
+
+    QVERIFY(program.say(u"/raw NOTICE bob :just so"_s));
+    QVERIFY(bob.waitFor(u":wendy!"_s));
+    QVERIFY(bob.waitFor(u" NOTICE bob :just so"_s));
+
+    QVERIFY(program.say(u"/part"_s));
+    QVERIFY(wire.waitForProgram(u"PART #room :Leaving"_s));
+    QVERIFY(bob.waitFor(u" PART #room :Leaving"_s));
+}
+
+void TestEndToEnd::refusesAnUnknownCommand()
+{
+    QVERIFY(enter());
+    const QImage before = screen.picture();
+    QVERIFY(walk->program.say(u"/frobnicate the server"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(screen.countChanges(before) > LinePoints, Patience);
+    QVERIFY(walk->program.say(u"still here"_s));
+    QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :still here"_s));
+    QCOMPARE(sentByProgram().filter(u"frobnicate"_s, Qt::CaseInsensitive), QStringList());
+}
+
+void TestEndToEnd::hearsAPrivateMessage()
+{
+    QVERIFY(enter());
+    const QImage before = screen.picture();
+    walk->bob.send(u"PRIVMSG wanda :psst"_s);
+    // The conversation opens, and its partner is watched from then on.
+    QVERIFY(walk->proxy->waitForProgram(u"WATCH +bob"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(screen.countChanges(before) > LinePoints, Patience);
+}
+
+void TestEndToEnd::takesAnotherNickWhenItsOwnIsInUse()
+{
+    QVERIFY(prepare(LoggingProxy::Joins::Rewritten, u"bob"_s));
+    QVERIFY(walk->program.start());
+    QVERIFY(walk->program.pressConnect());
+    QVERIFY(walk->proxy->waitForServer(u" 433 "_s));
+    QVERIFY(walk->proxy->waitForProgram(u"NICK bob_"_s));
+    QVERIFY(walk->proxy->waitForServer(u" 001 bob_ "_s));
+    QVERIFY(walk->proxy->waitForProgram(u"NAMES #room"_s));
+    QVERIFY(walk->bob.waitFor(u":bob_!"_s));
+}
+
+void TestEndToEnd::outlivesTheServerAndConnectsAgain()
+{
+    QVERIFY(enter());
+    walk->server.kill();
+    QTRY_VERIFY_WITH_TIMEOUT(showsStatus(Red), Patience);
+    QVERIFY(walk->program.isRunning());
+
+    Ngircd next;
+    QVERIFY(next.start());
+    walk->proxy->leadTo(next.port());
+    QVERIFY(walk->program.openConnectDialog());
+    QVERIFY(walk->program.pressConnect());
+    QVERIFY(walk->proxy->waitForProgram(u"JOIN #room"_s, 2));
+    QTRY_VERIFY_WITH_TIMEOUT(showsStatus(Green), Patience);
+}
+
+void TestEndToEnd::takesItsLeaveWhenTheWindowCloses()
+{
+    QVERIFY(enter());
+    QVERIFY(walk->program.close());
+    QCOMPARE(walk->program.exitStatus(), 0);
+    QVERIFY(walk->proxy->waitForProgram(u"QUIT :Velmora leaving"_s));
+    QVERIFY(walk->proxy->waitForEnd());
+    QCOMPARE(sentByProgram().last(), u">> QUIT :Velmora leaving"_s);
+    QVERIFY(walk->bob.waitFor(u":wanda!"_s));
+    QVERIFY(walk->bob.waitFor(u" QUIT "_s));
+}
+
+void TestEndToEnd::livesWithAJoinWhoseChannelIsTrailing()
+{
+    QVERIFY(prepare(LoggingProxy::Joins::AsTheyAre, u"wanda"_s));
+    QVERIFY(walk->program.start());
+    QVERIFY(walk->program.pressConnect());
+    QVERIFY(walk->proxy->waitForServer(u" JOIN :#room"_s));
+    // The channel is lost on the way, so the names are asked of no channel.
+    QVERIFY(walk->proxy->waitForProgram(u"NAMES "_s));
+
+    // The first line that is spoken opens the channel all the same, and so does our own.
+    const QImage before = screen.picture();
+    walk->bob.send(u"PRIVMSG #room :anybody here?"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(screen.countChanges(before) > LinePoints, Patience);
+    QVERIFY(walk->program.say(u"/msg #room here I am"_s));
+    QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :here I am"_s));
+}
+
+void TestEndToEnd::trustsAnAuthorityOfTheSystem()
+{
+    const TlsAuthority authority;
+    ScriptedServer server(authority.issue(u"localhost"_s));
+    QVERIFY(prepareTls(server.port()));
+
+    const QTemporaryDir certificates;
+    QVERIFY(install(authority, certificates.path()));
+    QVERIFY(walk->program.start(inASystemWithCertificates(certificates.path())));
+    QVERIFY(walk->program.pressConnect());
+    QVERIFY(server.waitForClient());
+    QVERIFY(server.waitForLine(u"NICK wanda"_s));
+    QVERIFY(server.waitForLine(u"USER wanda 0 * :Wanda Walker"_s));
+    server.send(u":irc.test 001 wanda :Welcome"_s);
+    QVERIFY(server.waitForLine(u"JOIN #room"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(showsStatus(Green), Patience);
+}
+
+void TestEndToEnd::refusesACertificateThatVouchesForItself()
+{
+    const TlsAuthority authority;
+    const ScriptedServer server(authority.selfSigned(u"localhost"_s));
+    QVERIFY(prepareTls(server.port()));
+
+    QVERIFY(walk->program.start());
+    QVERIFY(walk->program.pressConnect());
+    const QImage before = screen.picture();
+    QTRY_VERIFY_WITH_TIMEOUT(screen.countChanges(before) > LinePoints, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(showsStatus(Red), Patience);
+    QCOMPARE(server.clientCount(), 0);
+}
+
+QTEST_GUILESS_MAIN(TestEndToEnd)
+
+#include "tst_EndToEnd.moc"
