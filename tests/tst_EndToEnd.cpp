@@ -32,7 +32,7 @@ constexpr QRgb Red = qRgb(0xf8, 0xd7, 0xda);
 constexpr int BarPoints = 5000; // A status bar has more points than this.
 
 constexpr QRgb BobColour = qRgb(0xad, 0x14, 0x57);
-constexpr int NickPoints = 20; // A short nick has more points of its colour than this.
+constexpr int NickPoints = 20;  // A short nick has more points of its colour than this.
 constexpr int LinePoints = 150; // A new line of text changes more points than this.
 
 /// Everything that one walk needs, made anew for each.

@@ -142,7 +142,7 @@ int VirtualScreen::countChanges(const QImage &before) const
 {
     const QImage now = picture();
     if (now.size() != before.size())
-        return int(now.width() * now.height());
+        return now.width() * now.height();
     int count = 0;
     for (int y = 0; y < now.height(); ++y) {
         const QRgb *row = rowOf(now, y);

@@ -1,0 +1,93 @@
+#include <QDir>
+#include <QImage>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cerrno>
+#include <csignal>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Patience = 90000; // In ms; the demo gives itself a minute.
+
+// Whether nothing runs any more of what we started, or what that started in its turn.
+bool nothingIsLeft()
+{
+    while (waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+    return waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
+}
+
+} // namespace
+
+class TestDemo final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+
+    void showsTheConversationAndEndsByItself();
+    void leavesNothingBehindWhenStopped_data();
+    void leavesNothingBehindWhenStopped();
+
+private:
+    QTemporaryDir folder;
+    QProcess demo;
+};
+
+void TestDemo::initTestCase()
+{
+    // Whose parent ends becomes our child, so that we notice what stays behind.
+    QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+}
+
+void TestDemo::init()
+{
+    demo.setProcessChannelMode(QProcess::MergedChannels);
+    demo.start(QStringLiteral(VELMORA_DEMO), {u"--screenshots"_s, folder.path()});
+    QVERIFY(demo.waitForStarted());
+}
+
+void TestDemo::showsTheConversationAndEndsByItself()
+{
+    QVERIFY(demo.waitForFinished(Patience));
+    const QString told = QString::fromLocal8Bit(demo.readAll());
+    QVERIFY2(demo.exitStatus() == QProcess::NormalExit && demo.exitCode() == 0, qPrintable(told));
+    QVERIFY(told.endsWith("The conversation was seen on the wire and on the screen.\n"_L1));
+    for (const auto &name : {u"1-connect-dialog"_s, u"2-conversation"_s, u"3-answer"_s}) {
+        const QString file = folder.filePath(name + u".png");
+        QVERIFY2(told.contains(u"Screenshot: %1\n"_s.arg(file)), qPrintable(told));
+        QVERIFY2(!QImage(file).isNull(), qPrintable(file));
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(nothingIsLeft(), Patience);
+}
+
+void TestDemo::leavesNothingBehindWhenStopped_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("interrupted") << SIGINT;
+    QTest::newRow("terminated") << SIGTERM;
+    QTest::newRow("killed") << SIGKILL;
+}
+
+void TestDemo::leavesNothingBehindWhenStopped()
+{
+    QFETCH(const int, signal);
+    QByteArray told;
+    QTRY_VERIFY_WITH_TIMEOUT((told += demo.readAll()).contains("Watching"), Patience);
+    QCOMPARE(::kill(pid_t(demo.processId()), signal), 0);
+    QVERIFY(demo.waitForFinished(Patience));
+    QVERIFY(demo.exitStatus() == QProcess::CrashExit || demo.exitCode() != 0);
+    QTRY_VERIFY_WITH_TIMEOUT(nothingIsLeft(), Patience);
+}
+
+QTEST_GUILESS_MAIN(TestDemo)
+
+#include "tst_Demo.moc"

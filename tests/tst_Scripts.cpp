@@ -1,0 +1,102 @@
+#include <QProcess>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Patience = 30000; // In ms.
+
+// What a line of bash prints that has the functions of the scripts at hand.
+QString runBash(const QString &command, const QByteArray &input = {})
+{
+    QProcess bash;
+    bash.setWorkingDirectory(QStringLiteral(VELMORA_SOURCE));
+    bash.start(u"bash"_s,
+               {u"-euo"_s, u"pipefail"_s, u"-c"_s, u"source scripts/lib.sh; %1"_s.arg(command)});
+    bash.write(input);
+    bash.closeWriteChannel();
+    if (!bash.waitForFinished(Patience) || bash.exitCode() != 0)
+        return u"failed: "_s + QString::fromLocal8Bit(bash.readAllStandardError());
+    return QString::fromLocal8Bit(bash.readAllStandardOutput());
+}
+
+// One program in a log of CTest.
+QByteArray program(const QByteArray &output, const QByteArray &verdict)
+{
+    return "1/2 Testing: tst_Some\n1/2 Test: tst_Some\nCommand: \"tst_Some\"\nOutput:\n" + output
+           + "<end of output>\nTest time =   0.01 sec\n" + verdict + "\n";
+}
+
+} // namespace
+
+class TestScripts final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void countsTheTestsOfALog_data();
+    void countsTheTestsOfALog();
+    void namesThePackagesThatAreMissing();
+    void refusesUnknownArguments_data();
+    void refusesUnknownArguments();
+};
+
+void TestScripts::countsTheTestsOfALog_data()
+{
+    QTest::addColumn<QByteArray>("log");
+    QTest::addColumn<QString>("count");
+
+    const QByteArray good =
+            program("Totals: 5 passed, 0 failed, 1 skipped, 0 blacklisted, 3ms\n", "Test Passed.");
+    const QByteArray bad =
+            program("Totals: 3 passed, 2 failed, 0 skipped, 0 blacklisted, 3ms\n", "Test Failed.");
+    const QByteArray crashed = program("PASS   : TestSome::initTestCase()\n", "Test Failed.");
+    const QByteArray leaky = program("Totals: 4 passed, 0 failed, 0 skipped, 0 blacklisted, 3ms\n"
+                                     "==1==ERROR: LeakSanitizer: detected memory leaks\n",
+                                     "Test Failed.");
+    const QByteArray silent = program("", "Test Passed.");
+    const QByteArray unstartable = program("", "Unable to start child process");
+
+    QTest::newRow("nothing ran") << QByteArray() << u"0 passed, 0 failed\n"_s;
+    QTest::newRow("one sound program") << good << u"5 passed, 0 failed\n"_s;
+    QTest::newRow("sums over programs") << good + good + bad << u"13 passed, 2 failed\n"_s;
+    QTest::newRow("two classes in a program")
+            << program("Totals: 2 passed, 0 failed\nTotals: 3 passed, 0 failed\n", "Test Passed.")
+            << u"5 passed, 0 failed\n"_s;
+    QTest::newRow("a crash counts as one") << crashed + good << u"5 passed, 1 failed\n"_s;
+    QTest::newRow("a failure after the count") << good + leaky << u"9 passed, 1 failed\n"_s;
+    QTest::newRow("no count at all") << silent << u"0 passed, 1 failed\n"_s;
+    QTest::newRow("did not start") << unstartable << u"0 passed, 1 failed\n"_s;
+}
+
+void TestScripts::countsTheTestsOfALog()
+{
+    QFETCH(const QByteArray, log);
+    QTEST(runBash(u"count_tests /dev/stdin"_s, log), "count");
+}
+
+void TestScripts::namesThePackagesThatAreMissing()
+{
+    const QString command = u"dpkg-query() { [[ ${!#} == here ]] && echo installed; }; "
+                            "missing_packages here there here elsewhere"_s;
+    QCOMPARE(runBash(command), u"there\nelsewhere\n"_s);
+}
+
+void TestScripts::refusesUnknownArguments_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::newRow("run") << u"scripts/run --sing"_s;
+    QTest::newRow("test") << u"scripts/test --sing"_s;
+    QTest::newRow("a preset without a name") << u"scripts/test --preset"_s;
+}
+
+void TestScripts::refusesUnknownArguments()
+{
+    QFETCH(const QString, command);
+    QCOMPARE(runBash(command + u" >/dev/null 2>&1 || echo refused"_s), u"refused\n"_s);
+}
+
+QTEST_GUILESS_MAIN(TestScripts)
+
+#include "tst_Scripts.moc"
