@@ -65,6 +65,11 @@ ensure_packages() {
     "${apt[@]}" update </dev/null || die "apt-get update failed."
     "${apt[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null ||
         die "apt-get could not install ${missing[*]}."
+    # Debian starts this server as soon as it is there; the tests start their own.
+    if [[ " ${missing[*]} " == *' ngircd '* ]]; then
+        "${as_root[@]}" invoke-rc.d ngircd stop || true
+        "${as_root[@]}" update-rc.d ngircd disable || true
+    fi
 }
 
 # build PRESET FOLDER TARGET [CMAKE OPTION...]: configures where needed and builds.
