@@ -1,5 +1,7 @@
 #include "ChatTable.h"
 
+#include "IrcText.h"
+
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -96,6 +98,23 @@ void align(QTextCursor &cursor, Qt::Alignment alignment)
     cursor.setBlockFormat(format);
 }
 
+// Some of the replaced characters end a link and others belong to its target, so links are found in
+// the text as it came.
+void insertAsOneBlock(QTextCursor &cursor, const QString &text, const QTextCharFormat &base)
+{
+    QString raw = text;
+    raw.replace(u"\r\n"_s, u"\n"_s);
+    QTextDocument scratch;
+    QTextCursor writer(&scratch);
+    IrcText::insertWithLinks(writer, raw, base);
+    for (QTextBlock block = scratch.begin(); block.isValid(); block = block.next()) {
+        if (block.position() > 0)
+            cursor.insertText(withinBlock(raw.at(block.position() - 1)), base);
+        for (auto run = block.begin(); !run.atEnd(); ++run)
+            cursor.insertText(run.fragment().text(), run.fragment().charFormat());
+    }
+}
+
 void fillTime(QTextCursor &cursor, const ChatRow &row)
 {
     align(cursor, Qt::AlignLeft);
@@ -114,7 +133,10 @@ void fillText(QTextCursor &cursor, const ChatRow &row)
 {
     align(cursor, Qt::AlignLeft);
     const QTextCharFormat base = row.dimmed ? timeFormat() : QTextCharFormat();
-    cursor.insertText(withinBlock(row.text), base);
+    if (std::none_of(row.text.cbegin(), row.text.cend(), startsBlock))
+        IrcText::insertWithLinks(cursor, row.text, base);
+    else
+        insertAsOneBlock(cursor, row.text, base);
 }
 
 } // namespace

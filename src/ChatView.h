@@ -1,8 +1,19 @@
 #pragma once
 
+#include <QBasicTimer>
 #include <QTextBrowser>
 
-/// The view of one conversation, whose document holds a table made by `ChatTable`.
+class ChatLayout;
+
+/// The view of one conversation, a document that holds a table made by `ChatTable`.
+///
+/// The document gets a `ChatLayout`, so that long conversations stay as quick as short ones. Rows
+/// that nobody has seen yet have an estimated height; the view lays out what comes into sight
+/// before it is painted, and the rest in its idle time. The text in sight stays where it is
+/// meanwhile, and a view that shows the end of the conversation goes on showing it when its size or
+/// font changes.
+///
+/// The document is the view's own from the start and must not be replaced.
 class ChatView final : public QTextBrowser
 {
     Q_OBJECT
@@ -10,4 +21,40 @@ class ChatView final : public QTextBrowser
 
 public:
     explicit ChatView(QWidget *parent = nullptr);
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void showEvent(QShowEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    enum class Edge { Top, Bottom };
+
+    // Where an edge of the viewport lies within the conversation, whatever the heights of the rows.
+    struct Place
+    {
+        Edge edge = Edge::Top;
+        int row = 0;
+        // From the row's top, or from its bottom up, in pixels.
+        int offset = 0;
+    };
+
+    [[nodiscard]] Edge steadyEdge() const;
+    [[nodiscard]] Place place(Edge edge) const;
+    [[nodiscard]] int scrollValue(const Place &place) const;
+    void restore(const Place &place);
+    bool settle(Edge edge);
+    void startMeasuring(Edge edge);
+    void measureLater();
+
+    ChatLayout *layout = nullptr;
+    QBasicTimer idleTimer;
+    QString anchorUnderMouse;
+    // The scroll bar follows heights that have changed: the picture stays as it is.
+    bool isAdjusting = false;
 };

@@ -1,0 +1,154 @@
+#pragma once
+
+#include "CellText.h"
+#include "RowHeights.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QBasicTimer>
+#include <QBrush>
+#include <QCache>
+#include <QDeadlineTimer>
+#include <QPointer>
+#include <QSet>
+#include <QTextBlock>
+#include <QTextOption>
+#include <QTextTable>
+
+#include <memory>
+#include <vector>
+
+/// Layout of a document that holds one conversation, a table made by `ChatTable`.
+///
+/// It looks in every pixel like Qt's own document layout, which lays out the whole table anew at
+/// each change, but the cost of a new row doesn't depend on the number of rows: only rows in sight
+/// are laid out. Others have an estimated height until their turn comes; the view that shows the
+/// document drives that and keeps its scroll position in place, see `ChatView`.
+///
+/// The document holds an empty block, the table with one block per cell, and another empty block,
+/// which take no room, or the single empty block of a new document. Rows are added at the end only.
+class ChatLayout final : public QAbstractTextDocumentLayout
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ChatLayout)
+
+public:
+    explicit ChatLayout(QTextDocument *document);
+    ~ChatLayout() override;
+
+    void draw(QPainter *painter, const PaintContext &context) override;
+    [[nodiscard]] int hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) const override;
+    [[nodiscard]] int pageCount() const override;
+    [[nodiscard]] QSizeF documentSize() const override;
+    [[nodiscard]] QRectF frameBoundingRect(QTextFrame *frame) const override;
+
+    /// Where `block` is. The block's own layout has lines afterwards, as the code of cursors
+    /// expects.
+    ///
+    /// The empty block above the table claims the whole document, since Qt's search for the anchor
+    /// at a point walks the blocks until one contains the point.
+    [[nodiscard]] QRectF blockBoundingRect(const QTextBlock &block) const override;
+
+    /// Lays out new rows at once as far as they fill `height` pixels at the end of the document.
+    /// With 0, as for a document that nobody sees, new rows are estimated only.
+    void setShownHeight(int height);
+
+    /// Lays out the rows between two heights of the document. Returns true if a row's height
+    /// changed.
+    bool measure(int top, int bottom);
+
+    /// Lays out estimated rows, the newest first, until none is left or `deadline` has expired.
+    void measureSome(QDeadlineTimer deadline);
+
+    /// True as long as some row's height is only estimated.
+    [[nodiscard]] bool hasEstimates() const { return estimates > 0; }
+
+    [[nodiscard]] int rowCount() const { return heights.count(); }
+
+    /// The row at a height of the document; the first or the last one if `y` is outside of all.
+    [[nodiscard]] int rowAt(int y) const;
+
+    /// Height of the document at which `row` starts or, for `rowCount()`, the last row ends.
+    [[nodiscard]] int rowTop(int row) const;
+
+protected:
+    void documentChanged(int from, int charsRemoved, int charsAdded) override;
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    struct Cell
+    {
+        QTextBlock block;
+        std::unique_ptr<QTextLayout> layout;
+        TextExtent extent;
+        int border = 0;
+        QBrush borderBrush;
+    };
+    using Cells = std::vector<Cell>;
+
+    // What is known of a row apart from its height. The last cell holds the text and is the only
+    // one whose width depends on the view's.
+    struct Row
+    {
+        TextExtent text;
+        int sideHeight = 0;
+        bool isSideSure = false;
+        bool isExact = false;
+    };
+
+    [[nodiscard]] int margin() const;
+    [[nodiscard]] int columnCount() const { return static_cast<int>(columnWidths.size()); }
+    [[nodiscard]] int columnStart(int column) const;
+    [[nodiscard]] int roomFor(int column, int border) const;
+    [[nodiscard]] int tableWidth() const;
+    [[nodiscard]] QTextBlock blockAt(int row, int column) const;
+    [[nodiscard]] Row &rowData(int row) { return rows[static_cast<std::size_t>(row)]; }
+    [[nodiscard]] int rowOf(const QTextBlock &block) const;
+
+    void takeTable();
+    void updateColumns();
+    void documentReset();
+    void reflow();
+    void addRows(int count);
+    void forget(int from, int to);
+    void estimate(int row);
+    [[nodiscard]] int estimatedHeight(const Row &row) const;
+    [[nodiscard]] bool fits(const Row &row) const;
+    void setHeight(int row, int height, bool isExact);
+
+    [[nodiscard]] Cells layOut(int row) const;
+    void take(int row, const Cells &cells);
+    const Cells &cellsOf(int row);
+    void announceSize();
+
+    void drawRow(QPainter &painter, const PaintContext &context, int row,
+                 const QList<QRect> &areas);
+    [[nodiscard]] int hitTable(const QPointF &point, Qt::HitTestAccuracy accuracy) const;
+    const QTextLayout &lentLayout(const QTextBlock &block, int room) const;
+    void clearLentLayouts();
+
+    QPointer<QTextTable> table;
+    int padding = 0;
+    std::vector<int> columnWidths;
+    // Widest single character of each column, padding included: no column gets narrower.
+    std::vector<int> columnMinima;
+
+    RowHeights heights;
+    std::vector<Row> rows;
+    int estimates = 0;
+    // No row above this one is known to be estimated.
+    int newestEstimate = -1;
+    int shownHeight = 0;
+    QCache<int, Cells> cache;
+    TextEstimator estimator;
+    // Numbers of the blocks whose own layouts were given lines.
+    mutable QSet<int> lentLayouts;
+
+    // What the current layout was made for.
+    int pageWidth = 0;
+    QFont font;
+    QTextOption option;
+    QSizeF announcedSize;
+    bool areColumnsStale = false;
+    // Runs after a paint that found something else than was known.
+    QBasicTimer repairTimer;
+};

@@ -1,0 +1,68 @@
+#include "RowHeights.h"
+
+#include <bit>
+#include <utility>
+
+namespace {
+
+// Number of rows that the sum at `index`, counted from 1, covers.
+std::size_t span(std::size_t index)
+{
+    return std::size_t{1} << std::countr_zero(index);
+}
+
+} // namespace
+
+int RowHeights::top(int row) const
+{
+    int result = 0;
+    for (auto index = static_cast<std::size_t>(row); index > 0; index -= span(index))
+        result += sums[index - 1];
+    return result;
+}
+
+int RowHeights::rowAbove(double y) const
+{
+    if (heights.empty())
+        return 0;
+    std::size_t row = 0;
+    double rest = y;
+    for (std::size_t step = std::bit_floor(heights.size()); step > 0; step /= 2) {
+        if (row + step <= sums.size() && sums[row + step - 1] < rest) {
+            row += step;
+            rest -= sums[row - 1];
+        }
+    }
+    // Below the last row there is only the last row.
+    return static_cast<int>(row < heights.size() ? row : heights.size() - 1);
+}
+
+void RowHeights::append(int height)
+{
+    heights.push_back(height);
+    const std::size_t index = heights.size();
+    int sum = height;
+    for (std::size_t part = 1; part < span(index); part *= 2)
+        sum += sums[index - part - 1];
+    sums.push_back(sum);
+}
+
+void RowHeights::set(int row, int height)
+{
+    int &known = heights[static_cast<std::size_t>(row)];
+    const int change = height - known;
+    known = height;
+    for (auto index = static_cast<std::size_t>(row) + 1; index <= sums.size(); index += span(index))
+        sums[index - 1] += change;
+}
+
+void RowHeights::assign(std::vector<int> newHeights)
+{
+    heights = std::move(newHeights);
+    sums = heights;
+    for (std::size_t index = 1; index <= sums.size(); ++index) {
+        const std::size_t next = index + span(index);
+        if (next <= sums.size())
+            sums[next - 1] += sums[index - 1];
+    }
+}
