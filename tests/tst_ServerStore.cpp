@@ -1,0 +1,403 @@
+#include "ServerStore.h"
+#include "TemporaryStore.h"
+
+#include <QFile>
+#include <QSettings>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class TestServerStore final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void makesIdsOfHostAndPort();
+    void takesAddressesApart_data();
+    void takesAddressesApart();
+    void turnsIdsIntoAddresses_data();
+    void turnsIdsIntoAddresses();
+    void takesTheFavoriteMarkOff_data();
+    void takesTheFavoriteMarkOff();
+    void parsesChannels_data();
+    void parsesChannels();
+    void defaultsOfARecord();
+    void copiesTheSpareFlagWithTheRecord();
+    void loadsTheDefaultRecordForAnUnknownServer();
+    void loadsMissingKeysFromTheGivenRecord();
+    void writesEachFieldUnderItsKey();
+    void readsBackWhatItWrote();
+    void storesThePasswordAsItWasTyped();
+    void writesTheIdAsAddressOfAnOddId_data();
+    void writesTheIdAsAddressOfAnOddId();
+    void keepsTheAddressOfAnOddId();
+    void readsWhatHandsWroteAsFarAsItGoes();
+    void readsTheChannelsAlone();
+    void removesOneGroupOnly();
+    void keepsSetsOfIds();
+    void seedsOnlyMissingAddresses();
+    void guessesAMissingAddress();
+    void listsDefaultsAndTheUsersOwn();
+
+private:
+    TemporaryStore store;
+};
+
+void TestServerStore::init()
+{
+    store.clear();
+}
+
+void TestServerStore::makesIdsOfHostAndPort()
+{
+    QCOMPARE(ServerStore::serverId(u"irc.example.org"_s, 6667), u"irc.example.org_6667"_s);
+    QCOMPARE(ServerStore::serverId(QString(), 0), u"_0"_s);
+    QCOMPARE(ServerStore::groupName(u"irc.example.org_6667"_s), u"servers/irc.example.org_6667"_s);
+}
+
+void TestServerStore::takesAddressesApart_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<bool>("valid");
+    QTest::addColumn<QString>("host");
+    QTest::addColumn<int>("port");
+    QTest::addColumn<QString>("id");
+
+    QTest::newRow("plain") << u"a.org:6697"_s << true << u"a.org"_s << 6697 << u"a.org_6697"_s;
+    QTest::newRow("no host") << u":6667"_s << true << u""_s << 6667 << u"_6667"_s;
+    QTest::newRow("no port") << u"a.org:"_s << true << u"a.org"_s << 0 << u"a.org_0"_s;
+    QTest::newRow("port of letters") << u"a.org:irc"_s << true << u"a.org"_s << 0 << u"a.org_0"_s;
+    QTest::newRow("zeros") << u"a.org:0667"_s << true << u"a.org"_s << 667 << u"a.org_667"_s;
+    QTest::newRow("no colon") << u"a.org"_s << false << QString() << 0 << QString();
+    QTest::newRow("empty") << QString() << false << QString() << 0 << QString();
+    QTest::newRow("IPv6") << u"::1:6667"_s << false << QString() << 0 << QString();
+}
+
+void TestServerStore::takesAddressesApart()
+{
+    QFETCH(const QString, address);
+    QFETCH(const bool, valid);
+    const std::optional<ServerStore::HostPort> parts = ServerStore::splitAddress(address);
+    const std::optional<QString> id = ServerStore::idOfAddress(address);
+    QCOMPARE(parts.has_value(), valid);
+    QCOMPARE(id.has_value(), valid);
+    if (!valid)
+        return;
+    QTEST(parts->host, "host");
+    QTEST(parts->port, "port");
+    QTEST(*id, "id");
+}
+
+void TestServerStore::turnsIdsIntoAddresses_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QString>("address"); // Null for none.
+
+    QTest::newRow("plain") << u"a.org_6667"_s << u"a.org:6667"_s;
+    QTest::newRow("no host") << u"_6667"_s << u":6667"_s;
+    QTest::newRow("host with underscore") << u"my_host_6667"_s << QString();
+    QTest::newRow("no underscore") << u"a.org"_s << QString();
+    QTest::newRow("IPv6") << u"::1_6667"_s << u"::1:6667"_s;
+}
+
+void TestServerStore::turnsIdsIntoAddresses()
+{
+    QFETCH(const QString, id);
+    QTEST(ServerStore::addressOfId(id).value_or(QString()), "address");
+}
+
+void TestServerStore::takesTheFavoriteMarkOff_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("address");
+
+    QTest::newRow("favourite") << u"\u2605 a.org:6667"_s << u"a.org:6667"_s;
+    QTest::newRow("plain") << u"a.org:6667"_s << u"a.org:6667"_s;
+    QTest::newRow("star without blank") << u"\u2605a.org:6667"_s << u"\u2605a.org:6667"_s;
+    QTest::newRow("mark at the end") << u"a.org:6667\u2605 "_s << u"a.org:6667\u2605 "_s;
+    QTest::newRow("two marks") << u"\u2605 \u2605 a"_s << u"\u2605 a"_s;
+    QTest::newRow("empty") << u""_s << u""_s;
+}
+
+void TestServerStore::takesTheFavoriteMarkOff()
+{
+    QFETCH(const QString, text);
+    QTEST(ServerStore::cleanAddress(text), "address");
+}
+
+void TestServerStore::parsesChannels_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("channels");
+
+    QTest::newRow("empty") << QString() << QStringList{};
+    QTest::newRow("blanks") << u"  \t "_s << QStringList{};
+    QTest::newRow("separators alone") << u" , ,, "_s << QStringList{};
+    QTest::newRow("one") << u"#linux"_s << QStringList{u"#linux"_s};
+    QTest::newRow("without sign") << u"linux"_s << QStringList{u"#linux"_s};
+    QTest::newRow("any mix") << u" #a,b ,, c\t#d\n e,"_s
+                             << QStringList{u"#a"_s, u"#b"_s, u"#c"_s, u"#d"_s, u"#e"_s};
+    QTest::newRow("twice") << u"a #a"_s << QStringList{u"#a"_s, u"#a"_s};
+    QTest::newRow("two signs") << u"##c++"_s << QStringList{u"##c++"_s};
+    QTest::newRow("other sign") << u"&local"_s << QStringList{u"#&local"_s};
+}
+
+void TestServerStore::parsesChannels()
+{
+    QFETCH(const QString, text);
+    QTEST(ServerStore::parseChannels(text), "channels");
+}
+
+void TestServerStore::defaultsOfARecord()
+{
+    const ServerConfig config;
+    QCOMPARE(config.nickname, QString());
+    QCOMPARE(config.altNickname, QString());
+    QCOMPARE(config.realName, QString());
+    QCOMPARE(config.authMethod, u"NickServ (/nickserv IDENTIFY)"_s);
+    QCOMPARE(config.password, QString());
+    QCOMPARE(config.autojoin, QStringList());
+    QCOMPARE(config.encoding, u"UTF-8 (Unicode)"_s);
+    QCOMPARE(config.useSsl, false);
+    QCOMPARE(config.spareFlag, false);
+}
+
+void TestServerStore::copiesTheSpareFlagWithTheRecord()
+{
+    ServerConfig config;
+    config.spareFlag = true;
+    const ServerConfig copy = config;
+    QVERIFY(copy.spareFlag);
+    ServerConfig assigned;
+    assigned = copy;
+    QVERIFY(assigned.spareFlag);
+
+    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::OddIdAddress::SameAsId);
+    QCOMPARE(QSettings().allKeys().filter(u"spare"_s, Qt::CaseInsensitive), QStringList());
+    QVERIFY(!ServerStore::loadConfig(u"a.org_6667"_s).spareFlag);
+}
+
+void TestServerStore::loadsTheDefaultRecordForAnUnknownServer()
+{
+    const ServerConfig config = ServerStore::loadConfig(u"nowhere.org_6667"_s);
+    QCOMPARE(config.nickname, QString());
+    QCOMPARE(config.altNickname, QString());
+    QCOMPARE(config.realName, QString());
+    QCOMPARE(config.authMethod, u"NickServ (/nickserv IDENTIFY)"_s);
+    QCOMPARE(config.password, QString());
+    QCOMPARE(config.autojoin, QStringList());
+    QCOMPARE(config.encoding, u"UTF-8 (Unicode)"_s);
+    QCOMPARE(config.useSsl, false);
+    QCOMPARE(QSettings().allKeys(), QStringList());
+}
+
+void TestServerStore::loadsMissingKeysFromTheGivenRecord()
+{
+    QSettings().setValue(u"servers/a.org_6667/nickname"_s, u"stored"_s);
+    QSettings().setValue(u"servers/a.org_6667/ssl"_s, false);
+    ServerConfig defaults;
+    defaults.nickname = u"given"_s;
+    defaults.altNickname = u"alt"_s;
+    defaults.realName = u"Real"_s;
+    defaults.authMethod = u"None"_s;
+    defaults.password = u"secret"_s;
+    defaults.autojoin = {u"#a"_s};
+    defaults.encoding = u"KOI8-R"_s;
+    defaults.useSsl = true;
+    const ServerConfig config = ServerStore::loadConfig(u"a.org_6667"_s, defaults);
+    QCOMPARE(config.nickname, u"stored"_s);
+    QCOMPARE(config.altNickname, u"alt"_s);
+    QCOMPARE(config.realName, u"Real"_s);
+    QCOMPARE(config.authMethod, u"None"_s);
+    QCOMPARE(config.password, u"secret"_s);
+    QCOMPARE(config.autojoin, QStringList{u"#a"_s});
+    QCOMPARE(config.encoding, u"KOI8-R"_s);
+    QCOMPARE(config.useSsl, false);
+}
+
+void TestServerStore::writesEachFieldUnderItsKey()
+{
+    ServerConfig config;
+    config.nickname = u"nick"_s;
+    config.altNickname = u"alt"_s;
+    config.realName = u"Real Name"_s;
+    config.authMethod = u"SASL PLAIN"_s;
+    config.password = u"secret"_s;
+    config.autojoin = {u"#a"_s, u"#b"_s};
+    config.encoding = u"GBK (Chinese)"_s;
+    config.useSsl = true;
+    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::OddIdAddress::SameAsId);
+
+    QSettings settings;
+    settings.beginGroup(u"servers/a.org_6667"_s);
+    QCOMPARE(settings.allKeys(),
+             (QStringList{u"address"_s, u"altnick"_s, u"authmethod"_s, u"autojoin"_s, u"encoding"_s,
+                          u"nickname"_s, u"password"_s, u"realname"_s, u"ssl"_s}));
+    QCOMPARE(settings.value(u"nickname"_s), QVariant(u"nick"_s));
+    QCOMPARE(settings.value(u"altnick"_s), QVariant(u"alt"_s));
+    QCOMPARE(settings.value(u"realname"_s), QVariant(u"Real Name"_s));
+    QCOMPARE(settings.value(u"authmethod"_s), QVariant(u"SASL PLAIN"_s));
+    QCOMPARE(settings.value(u"password"_s), QVariant(u"secret"_s));
+    QCOMPARE(settings.value(u"autojoin"_s), QVariant(QStringList{u"#a"_s, u"#b"_s}));
+    QCOMPARE(settings.value(u"encoding"_s), QVariant(u"GBK (Chinese)"_s));
+    QCOMPARE(settings.value(u"ssl"_s).toBool(), true);
+    QCOMPARE(settings.value(u"address"_s), QVariant(u"a.org:6667"_s));
+}
+
+void TestServerStore::readsBackWhatItWrote()
+{
+    ServerConfig config;
+    config.nickname = u"[n]ick|^"_s;
+    config.altNickname = u"alt\\nick"_s;
+    config.realName = u"Größe, \"quoted\"; = %1 @Invalid()"_s;
+    config.authMethod = u"SASL EXTERNAL"_s;
+    config.password = u"  a; b=\"c\", \\d %20 é "_s;
+    config.autojoin = {u"#a"_s, u"##b,c"_s, u"#ünï"_s};
+    config.encoding = u"KOI8-U"_s;
+    config.useSsl = true;
+    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::OddIdAddress::SameAsId);
+    const ServerConfig read = ServerStore::loadConfig(u"a.org_6667"_s);
+    QCOMPARE(read.nickname, config.nickname);
+    QCOMPARE(read.altNickname, config.altNickname);
+    QCOMPARE(read.realName, config.realName);
+    QCOMPARE(read.authMethod, config.authMethod);
+    QCOMPARE(read.password, config.password);
+    QCOMPARE(read.autojoin, config.autojoin);
+    QCOMPARE(read.encoding, config.encoding);
+    QCOMPARE(read.useSsl, config.useSsl);
+
+    ServerStore::saveConfig(u"a.org_6667"_s, ServerConfig(), ServerStore::OddIdAddress::SameAsId);
+    QCOMPARE(ServerStore::loadConfig(u"a.org_6667"_s).autojoin, QStringList());
+}
+
+void TestServerStore::storesThePasswordAsItWasTyped()
+{
+    ServerConfig config;
+    config.password = u"Open sesame 7"_s;
+    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::OddIdAddress::SameAsId);
+    QCOMPARE(ServerStore::loadConfig(u"a.org_6667"_s).password, u"Open sesame 7"_s);
+
+    QFile file(store.fileName());
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll().contains("password=Open sesame 7\n"));
+}
+
+void TestServerStore::writesTheIdAsAddressOfAnOddId_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::newRow("host with underscore") << u"my_host.org_6667"_s;
+    QTest::newRow("no underscore") << u"myhost"_s;
+}
+
+void TestServerStore::writesTheIdAsAddressOfAnOddId()
+{
+    QFETCH(const QString, id);
+    ServerStore::saveConfig(id, ServerConfig(), ServerStore::OddIdAddress::SameAsId);
+    QCOMPARE(QSettings().value(u"servers/%1/address"_s.arg(id)), QVariant(id));
+}
+
+void TestServerStore::keepsTheAddressOfAnOddId()
+{
+    const QString key = u"servers/my_host.org_6667/address"_s;
+    ServerStore::saveConfig(u"my_host.org_6667"_s, ServerConfig(), ServerStore::OddIdAddress::Keep);
+    QVERIFY(!QSettings().contains(key));
+    QVERIFY(QSettings().contains(u"servers/my_host.org_6667/nickname"_s));
+
+    QSettings().setValue(key, u"kept"_s);
+    ServerStore::saveConfig(u"my_host.org_6667"_s, ServerConfig(), ServerStore::OddIdAddress::Keep);
+    QCOMPARE(QSettings().value(key), QVariant(u"kept"_s));
+
+    ServerStore::saveConfig(u"a.org_6667"_s, ServerConfig(), ServerStore::OddIdAddress::Keep);
+    QCOMPARE(QSettings().value(u"servers/a.org_6667/address"_s), QVariant(u"a.org:6667"_s));
+}
+
+void TestServerStore::readsWhatHandsWroteAsFarAsItGoes()
+{
+    QSettings settings;
+    settings.beginGroup(u"servers/a.org_6667"_s);
+    settings.setValue(u"nickname"_s, 17);
+    settings.setValue(u"realname"_s, QStringList{u"a"_s, u"b"_s});
+    settings.setValue(u"authmethod"_s, u"Carrier pigeon"_s);
+    settings.setValue(u"autojoin"_s, u"#only"_s);
+    settings.setValue(u"encoding"_s, QVariant());
+    settings.setValue(u"ssl"_s, u"perhaps"_s);
+    settings.endGroup();
+    const ServerConfig config = ServerStore::loadConfig(u"a.org_6667"_s);
+    QCOMPARE(config.nickname, u"17"_s);
+    QCOMPARE(config.realName, QString());
+    QCOMPARE(config.authMethod, u"Carrier pigeon"_s);
+    QCOMPARE(config.autojoin, QStringList{u"#only"_s});
+    QCOMPARE(config.encoding, QString());
+    QCOMPARE(config.useSsl, true);
+}
+
+void TestServerStore::readsTheChannelsAlone()
+{
+    QCOMPARE(ServerStore::loadAutojoin(u"a.org_6667"_s), QStringList());
+    QSettings().setValue(u"servers/a.org_6667/autojoin"_s, QStringList{u"#a"_s, u"b"_s});
+    QCOMPARE(ServerStore::loadAutojoin(u"a.org_6667"_s), (QStringList{u"#a"_s, u"b"_s}));
+    QCOMPARE(ServerStore::loadAutojoin(u"a.org_6668"_s), QStringList());
+}
+
+void TestServerStore::removesOneGroupOnly()
+{
+    for (const QString &id : {u"a.org_666"_s, u"a.org_6667"_s, u"a.org_66"_s})
+        ServerStore::saveConfig(id, ServerConfig(), ServerStore::OddIdAddress::SameAsId);
+    QSettings().setValue(u"servers/favorites"_s, QStringList{u"a.org_666"_s});
+    ServerStore::removeGroup(u"a.org_666"_s);
+    QSettings settings;
+    settings.beginGroup(u"servers"_s);
+    QCOMPARE(settings.childGroups(), (QStringList{u"a.org_66"_s, u"a.org_6667"_s}));
+    QCOMPARE(settings.childKeys(), QStringList{u"favorites"_s});
+}
+
+void TestServerStore::keepsSetsOfIds()
+{
+    QCOMPARE(ServerStore::loadIds(u"servers/favorites"_s), QSet<QString>());
+    const QSet<QString> ids{u"a_1"_s, u"b_2"_s};
+    ServerStore::saveIds(u"servers/favorites"_s, ids);
+    QCOMPARE(ServerStore::loadIds(u"servers/favorites"_s), ids);
+    ServerStore::saveIds(u"servers/favorites"_s, {});
+    QCOMPARE(ServerStore::loadIds(u"servers/favorites"_s), QSet<QString>());
+}
+
+void TestServerStore::seedsOnlyMissingAddresses()
+{
+    QSettings settings;
+    ServerStore::seedAddress(settings, u"a.org_6667"_s, u"a.org:6667"_s);
+    ServerStore::seedAddress(settings, u"a.org_6667"_s, u"other:1"_s);
+    QCOMPARE(settings.value(u"servers/a.org_6667/address"_s), QVariant(u"a.org:6667"_s));
+}
+
+void TestServerStore::guessesAMissingAddress()
+{
+    QSettings settings;
+    QCOMPARE(ServerStore::storedAddress(settings, u"my_host_6667"_s), u"my:host:6667"_s);
+    settings.setValue(u"servers/my_host_6667/address"_s, u""_s);
+    QCOMPARE(ServerStore::storedAddress(settings, u"my_host_6667"_s), u"my:host:6667"_s);
+    settings.setValue(u"servers/my_host_6667/address"_s, u"my_host:6667"_s);
+    QCOMPARE(ServerStore::storedAddress(settings, u"my_host_6667"_s), u"my_host:6667"_s);
+}
+
+void TestServerStore::listsDefaultsAndTheUsersOwn()
+{
+    QSettings().setValue(u"servers/customList"_s,
+                         QStringList{u"own.org_1"_s, u"b.org_6667"_s, u"my_own_2"_s, u"c_3"_s});
+    QSettings().setValue(u"servers/c_3/address"_s, u"kept"_s);
+    const QStringList defaults{u"a.org:6667"_s, u"b.org:6667"_s, u"gone.org:6667"_s, u"odd"_s};
+    QCOMPARE(ServerStore::listServers(defaults, {u"gone.org_6667"_s}),
+             (QSet<QString>{u"a.org_6667"_s, u"b.org_6667"_s, u"own.org_1"_s, u"my_own_2"_s,
+                            u"c_3"_s}));
+    QSettings settings;
+    settings.beginGroup(u"servers"_s);
+    QCOMPARE(settings.childGroups(), (QStringList{u"a.org_6667"_s, u"b.org_6667"_s, u"c_3"_s,
+                                                  u"my_own_2"_s, u"own.org_1"_s}));
+    QCOMPARE(settings.value(u"a.org_6667/address"_s), QVariant(u"a.org:6667"_s));
+    QCOMPARE(settings.value(u"own.org_1/address"_s), QVariant(u"own.org:1"_s));
+    QCOMPARE(settings.value(u"my_own_2/address"_s), QVariant(u"my:own:2"_s));
+    QCOMPARE(settings.value(u"c_3/address"_s), QVariant(u"kept"_s));
+}
+
+QTEST_GUILESS_MAIN(TestServerStore)
+#include "tst_ServerStore.moc"
