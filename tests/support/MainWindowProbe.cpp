@@ -1,12 +1,16 @@
 #include "MainWindowProbe.h"
 
+#include "HighlightTabBar.h"
 #include "MyTabWidget.h"
 
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPushButton>
 #include <QTest>
 #include <QTextBrowser>
 #include <QTextTable>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -19,6 +23,23 @@ QString cellText(const QTextTable &table, int row, int column)
 }
 
 } // namespace
+
+QVariantMap MainWindowProbe::preferences() const
+{
+    return {{u"chatBgImage"_s, window.chatBgImage},
+            {u"chatBgColor"_s, window.chatBgColor},
+            {u"timestampFormat"_s, window.timestampFormat},
+            {u"chatFont"_s, window.chatFont},
+            {u"emojiSize"_s, window.emojiSize},
+            {u"autoReconnect"_s, window.autoReconnect},
+            {u"reconnectDelay"_s, window.reconnectDelay},
+            {u"reconnectAttempts"_s, window.reconnectAttempts},
+            {u"pingInterval"_s, window.pingInterval},
+            {u"pingTimeout"_s, window.pingTimeout},
+            {u"acceptInvalidSsl"_s, window.acceptInvalidSsl},
+            {u"logPath"_s, window.logPath},
+            {u"logEnabled"_s, window.logEnabled}};
+}
 
 QStringList MainWindowProbe::tabTexts() const
 {
@@ -60,6 +81,11 @@ QStringList MainWindowProbe::users() const
 void MainWindowProbe::showTab(const QString &tabName) const
 {
     window.tabWidget->setCurrentWidget(window.tabs.value(tabName).page);
+}
+
+QPushButton *MainWindowProbe::closeButton(int index) const
+{
+    return qobject_cast<QPushButton *>(window.tabBar->tabButton(index, QTabBar::LeftSide));
 }
 
 void MainWindowProbe::typeLine(const QString &text) const

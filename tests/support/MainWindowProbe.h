@@ -3,6 +3,7 @@
 #include "MainWindow.h"
 
 #include <QStringList>
+#include <QVariant>
 
 /// The one door to what a `MainWindow` keeps to itself, for tests.
 ///
@@ -29,6 +30,13 @@ public:
     [[nodiscard]] QPushButton &emojiButton() const { return *window.emojiButton; }
     [[nodiscard]] QCompleter &nickCompleter() const { return *window.nickCompleter; }
     [[nodiscard]] QAction &awayAction() const { return *window.awayAction; }
+    [[nodiscard]] QAction &changeNickAction() const { return *window.changeNickAction; }
+    [[nodiscard]] QTreeWidget *&listTree() const { return window.listTree; }
+    [[nodiscard]] QLabel *&listInfoLabel() const { return window.listInfoLabel; }
+    [[nodiscard]] QMap<QString, MainWindow::WhoInfo> &whoisResults() const
+    {
+        return window.whoisResults;
+    }
     [[nodiscard]] QMap<QString, MainWindow::TabInfo> &tabs() const { return window.tabs; }
     [[nodiscard]] QMap<QString, QStringList> &channelUsers() const { return window.channelUsers; }
     [[nodiscard]] QMap<QString, QStringList> &pendingNames() const { return window.pendingNames; }
@@ -46,6 +54,9 @@ public:
     [[nodiscard]] bool &isAway() const { return window.isAway; }
     [[nodiscard]] bool &listReceiving() const { return window.listReceiving; }
     [[nodiscard]] bool &userListShown() const { return window.userListShown; }
+    [[nodiscard]] bool &splitterReady() const { return window.splitterReady; }
+    /// The members that preferences are kept in, by their names.
+    [[nodiscard]] QVariantMap preferences() const;
     [[nodiscard]] MainWindow &probedWindow() const { return window; }
 
     // Operations
@@ -80,6 +91,8 @@ public:
     /// The texts of the visible user list from top to bottom.
     [[nodiscard]] QStringList users() const;
     void showTab(const QString &tabName) const;
+    /// The button in the tab at `index` that closes a tab; null if there is none.
+    [[nodiscard]] QPushButton *closeButton(int index) const;
     /// Types `text` into the input line and presses Return.
     void typeLine(const QString &text) const;
 

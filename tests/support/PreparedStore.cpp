@@ -24,6 +24,11 @@ void PreparedStore::addServer(const Server &server)
     settings.setValue(u"address"_s, address);
 }
 
+void PreparedStore::setValue(const QString &key, const QVariant &value)
+{
+    QSettings(fileName(), QSettings::IniFormat).setValue(key, value);
+}
+
 QString PreparedStore::configHome() const
 {
     return folder.path();

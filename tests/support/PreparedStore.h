@@ -28,6 +28,8 @@ public:
     /// its fields filled in.
     void addServer(const Server &server);
 
+    void setValue(const QString &key, const QVariant &value);
+
     [[nodiscard]] QString configHome() const;
     /// What the store holds now under this key; the program may be running.
     [[nodiscard]] QVariant value(const QString &key) const;

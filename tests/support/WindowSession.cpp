@@ -88,3 +88,8 @@ QStringList WindowSession::takeSent()
     linesTaken = all.size();
     return sent;
 }
+
+void WindowSession::destroyWindow()
+{
+    ownedWindow.reset();
+}

@@ -4,6 +4,8 @@
 #include "MainWindowProbe.h"
 #include "ScriptedServer.h"
 
+#include <memory>
+
 /// A window on the screen and a scripted server for it to talk to.
 ///
 /// Make a `TemporaryStore` first. The connect dialog that opens at the start is closed, so that it
@@ -31,11 +33,16 @@ public:
     /// it has arrived: wait for its last line first.
     [[nodiscard]] QStringList takeSent();
 
+    /// Lets the window go as the end of the program does; the server stays. Neither the window nor
+    /// its probe is to be touched afterwards.
+    void destroyWindow();
+
     ScriptedServer server;
-    MainWindow window;
+    MainWindow &window = *new MainWindow;
     MainWindowProbe probe{window};
 
 private:
+    std::unique_ptr<MainWindow> ownedWindow{&window};
     QStringList heard;
     qsizetype linesTaken = 0;
 };

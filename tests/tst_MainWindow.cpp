@@ -1,0 +1,861 @@
+#include "Child.h"
+#include "ConnectDialog.h"
+#include "HighlightTabBar.h"
+#include "IRCConnection.h"
+#include "MyTabWidget.h"
+#include "PreparedStore.h"
+#include "ProgramOnScreen.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QApplication>
+#include <QCompleter>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMetaMethod>
+#include <QPushButton>
+#include <QSettings>
+#include <QShortcut>
+#include <QSignalSpy>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QTest>
+#include <QTextBrowser>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <functional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString signatureOf(const QMetaMethod &method)
+{
+    QStringList arguments;
+    const QList<QByteArray> types = method.parameterTypes();
+    const QList<QByteArray> names = method.parameterNames();
+    for (qsizetype i = 0; i < types.size(); ++i)
+        arguments.append(QString::fromLatin1(types.at(i) + ' ' + names.at(i)));
+    return QString::fromLatin1(method.name()) + u'(' + arguments.join(u", "_s) + u')';
+}
+
+// The entries of a menu as the table of a manual would list them.
+QStringList entriesOf(const QMenu &menu)
+{
+    QStringList entries;
+    const QList<QAction *> actions = menu.actions();
+    for (const QAction *action : actions)
+        entries.append(action->isSeparator() ? u"-"_s : action->text());
+    return entries;
+}
+
+QAction *entry(const MainWindow &window, const QString &text)
+{
+    const QList<QAction *> actions = window.findChildren<QAction *>();
+    for (QAction *action : actions) {
+        if (action->text() == text)
+            return action;
+    }
+    return nullptr;
+}
+
+// The share of the splitter that the user list has got, in per cent.
+int shareOfUserList(const MainWindowProbe &probe)
+{
+    const QList<int> sizes = probe.splitter().sizes();
+    return qRound(100.0 * sizes.at(1) / (sizes.at(0) + sizes.at(1)));
+}
+
+// Shortcuts work in the active window only, and without a window manager the closing connect dialog
+// hands this to nobody.
+bool activate(MainWindow &window)
+{
+    window.activateWindow();
+    return QTest::qWaitForWindowActive(&window);
+}
+
+// Runs the event loop until something ends it; -1 if nothing does.
+int runEventLoop()
+{
+    QTimer::singleShot(ScriptedServer::Patience, qApp, [] { QCoreApplication::exit(-1); });
+    return QApplication::exec();
+}
+
+// Makes a session event happen as if the server had caused it.
+using Event = std::function<void(IRCConnection &)>;
+
+} // namespace
+
+Q_DECLARE_METATYPE(Event)
+
+class TestMainWindow final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void startsWithPreferencesAtTheirDefaults();
+    void startsWithoutConversationState();
+    void startsWithTheServerTab();
+    void startsDisconnected();
+    void startsAtItsSizeWithItsTitle();
+    void storesTheLightTheme();
+    void opensTheConnectDialogOnceTheLoopRuns();
+    void makesItsConnectionAChildOfItsOwn();
+
+    void splitsTabsFromUserList();
+    void takesItsOwnTabBar();
+    void keepsUserListReadyForItsMenu();
+    void stacksInputRowAndSearch();
+    void laysOutTheInputRow();
+    void completesNicksInAPopup();
+    void closesTabsByTheStandardKey();
+
+    void showsItsMenus_data();
+    void showsItsMenus();
+    void leavesOnlyEntriesWithoutARoleInPlace_data();
+    void leavesOnlyEntriesWithoutARoleInPlace();
+    void quitsByTheStandardKey();
+    void enablesWhatIsThere_data();
+    void enablesWhatIsThere();
+    void keepsTheActionsOfTheUserMenu();
+
+    void declaresItsSlotsInOrder();
+    void handlesSessionEvents_data();
+    void handlesSessionEvents();
+    void followsTheOwnNick();
+    void connectsItsWidgets();
+
+    void keepsTheRatioWhenResized();
+    void forgetsADraggedRatioWhenResized();
+    void forgetsADraggedRatioWhenTheTabChanges();
+    void leavesTheServerTabToItsShortcut();
+    void closesTheShownTabByItsShortcut();
+    void trustsTheShownTabsNameInItsShortcut();
+    void closesATabByDoubleClick();
+    void leavesTheServerTabByDoubleClick();
+
+    void endsTheLoopWhenClosed();
+    void endsTheLoopByItsQuitEntry();
+    void saysQuitWhenItGoes();
+    void storesNothingWhenItGoes();
+    void goesWithTabsAndALiveSession();
+    void goesWithAConnectDialogUp();
+    void goesWhileTheServerTalks();
+    void closesWithinARead();
+
+    void setsTheProgramUp_data();
+    void setsTheProgramUp();
+
+private:
+    TemporaryStore store;
+};
+
+void TestMainWindow::init()
+{
+    store.clear();
+}
+
+void TestMainWindow::startsWithPreferencesAtTheirDefaults()
+{
+    MainWindow window;
+    const QVariantMap preferences = MainWindowProbe(window).preferences();
+    QCOMPARE(preferences.value(u"chatBgImage"_s).toString(), QString());
+    QVERIFY(!preferences.value(u"chatBgColor"_s).value<QColor>().isValid());
+    QCOMPARE(preferences.value(u"timestampFormat"_s).toString(), u"[HH:mm:ss]"_s);
+    const auto font = preferences.value(u"chatFont"_s).value<QFont>();
+    QCOMPARE(font.family(), u"Monaco"_s);
+    QCOMPARE(font.pointSize(), 12);
+    QCOMPARE(font.weight(), QFont::Normal);
+    QVERIFY(!font.italic());
+    QCOMPARE(preferences.value(u"emojiSize"_s).toInt(), 20);
+    QCOMPARE(preferences.value(u"autoReconnect"_s).toBool(), true);
+    QCOMPARE(preferences.value(u"reconnectDelay"_s).toInt(), 10);
+    QCOMPARE(preferences.value(u"reconnectAttempts"_s).toInt(), 0);
+    QCOMPARE(preferences.value(u"pingInterval"_s).toInt(), 60);
+    QCOMPARE(preferences.value(u"pingTimeout"_s).toInt(), 45);
+    QCOMPARE(preferences.value(u"acceptInvalidSsl"_s).toBool(), false);
+    QCOMPARE(preferences.value(u"logPath"_s).toString(), QString());
+    QCOMPARE(preferences.value(u"logEnabled"_s).toBool(), false);
+}
+
+void TestMainWindow::startsWithoutConversationState()
+{
+    MainWindow window;
+    const MainWindowProbe probe(window);
+    QVERIFY(probe.channelUsers().isEmpty());
+    QVERIFY(probe.autojoinChannels().isEmpty());
+    QVERIFY(probe.pendingNames().isEmpty());
+    QVERIFY(probe.channelTopics().isEmpty());
+    QVERIFY(probe.watchedNicks().isEmpty());
+    QVERIFY(probe.inputDrafts().isEmpty());
+    QVERIFY(probe.whoisResults().isEmpty());
+    QCOMPARE(probe.whoisTab(), u"Server"_s);
+    QCOMPARE(probe.listTree(), nullptr);
+    QCOMPARE(probe.listInfoLabel(), nullptr);
+    QCOMPARE(probe.isAway(), false);
+    QCOMPARE(probe.awayMessage(), QString());
+    QCOMPARE(probe.pendingNick(), QString());
+    QCOMPARE(probe.listReceiving(), false);
+    QCOMPARE(probe.currentServerId(), QString());
+    QCOMPARE(probe.userListShown(), false);
+    QCOMPARE(probe.splitterReady(), true);
+    QCOMPARE(probe.currentTheme(), u"light"_s);
+}
+
+void TestMainWindow::startsWithTheServerTab()
+{
+    const WindowSession session;
+    const MainWindowProbe &probe = session.probe;
+    QCOMPARE(probe.tabTexts(), QStringList{u"Server"_s});
+    QCOMPARE(probe.tabs().keys(), QStringList{u"Server"_s});
+    QCOMPARE(probe.currentTabName(), u"Server"_s);
+    QCOMPARE(probe.tabWidget().tabToolTip(0), u"Server"_s);
+
+    const MainWindow::TabInfo tab = probe.tabs().value(u"Server"_s);
+    QCOMPARE(tab.page, probe.tabWidget().widget(0));
+    QCOMPARE(tab.chatView, tab.page->findChild<QTextBrowser *>());
+    QVERIFY(tab.chatView != nullptr);
+    QCOMPARE(tab.table, nullptr);
+    QCOMPARE(tab.peerNick, QString());
+    QCOMPARE(tab.topicBar, nullptr);
+    QCOMPARE(tab.topicLabel, nullptr);
+    QCOMPARE(tab.editTopicBtn, nullptr);
+    QCOMPARE(tab.highlighted, false);
+
+    QCOMPARE(probe.inputLine().placeholderText(), u"Type a command..."_s);
+    QVERIFY(!probe.userList().isVisible());
+    QVERIFY(!probe.emojiButton().isVisible());
+    QCOMPARE(probe.splitter().sizes().at(1), 0);
+    QVERIFY(probe.closeButton(0) != nullptr);
+}
+
+void TestMainWindow::startsDisconnected()
+{
+    MainWindow window;
+    QCOMPARE(window.statusBar()->currentMessage(), u"Disconnected"_s);
+    QCOMPARE(window.statusBar()->styleSheet(), u"QStatusBar { background-color: #f8d7da; }"_s);
+    QVERIFY(!MainWindowProbe(window).connection().isConnected());
+}
+
+void TestMainWindow::startsAtItsSizeWithItsTitle()
+{
+    MainWindow window;
+    QCOMPARE(window.size(), QSize(1280, 720));
+    QCOMPARE(window.windowTitle(), u"Velmora"_s);
+}
+
+void TestMainWindow::storesTheLightTheme()
+{
+    QSettings().setValue(u"theme"_s, u"dark"_s);
+    MainWindow window;
+    QCOMPARE(QSettings().value(u"theme"_s).toString(), u"light"_s);
+    QCOMPARE(MainWindowProbe(window).currentTheme(), u"light"_s);
+}
+
+void TestMainWindow::opensTheConnectDialogOnceTheLoopRuns()
+{
+    MainWindow window;
+    window.show();
+    QCOMPARE(window.findChild<ConnectDialog *>(), nullptr);
+    QTRY_VERIFY(window.findChild<ConnectDialog *>() != nullptr);
+    const auto *dialog = window.findChild<ConnectDialog *>();
+    QVERIFY(dialog->isVisible());
+    QVERIFY(!dialog->isModal());
+    QVERIFY(window.isVisible());
+}
+
+void TestMainWindow::makesItsConnectionAChildOfItsOwn()
+{
+    MainWindow window;
+    const QList<IRCConnection *> connections = window.findChildren<IRCConnection *>();
+    QCOMPARE(connections, QList<IRCConnection *>{&MainWindowProbe(window).connection()});
+    QCOMPARE(connections.first()->parent(), &window);
+}
+
+void TestMainWindow::splitsTabsFromUserList()
+{
+    MainWindow window;
+    const MainWindowProbe probe(window);
+    const QWidget *central = window.centralWidget();
+    QVERIFY(central != nullptr);
+    const auto *layout = qobject_cast<QVBoxLayout *>(central->layout());
+    QVERIFY(layout != nullptr);
+    QCOMPARE(layout->contentsMargins(), QVBoxLayout(new QWidget(&window)).contentsMargins());
+    QCOMPARE(layout->count(), 2);
+    QCOMPARE(layout->itemAt(0)->widget(), &probe.splitter());
+    QCOMPARE(layout->itemAt(1)->widget(), &probe.mainStack());
+
+    QCOMPARE(probe.splitter().orientation(), Qt::Horizontal);
+    QCOMPARE(probe.splitter().handleWidth(), 8);
+    QCOMPARE(probe.splitter().count(), 2);
+    QCOMPARE(probe.splitter().widget(0), &probe.tabWidget());
+    QCOMPARE(probe.splitter().widget(1), &probe.userList());
+}
+
+void TestMainWindow::takesItsOwnTabBar()
+{
+    MainWindow window;
+    const MainWindowProbe probe(window);
+    QCOMPARE(probe.tabWidget().tabBar(), &probe.tabBar());
+    QVERIFY(probe.tabBar().expanding());
+    QVERIFY(!probe.tabWidget().tabsClosable());
+    QCOMPARE(probe.tabBar().contextMenuPolicy(), Qt::CustomContextMenu);
+}
+
+void TestMainWindow::keepsUserListReadyForItsMenu()
+{
+    MainWindow window;
+    const MainWindowProbe probe(window);
+    QCOMPARE(probe.userList().minimumWidth(), 100);
+    QCOMPARE(probe.userList().contextMenuPolicy(), Qt::CustomContextMenu);
+    QVERIFY(!probe.userList().isSortingEnabled());
+}
+
+void TestMainWindow::stacksInputRowAndSearch()
+{
+    MainWindow window;
+    const MainWindowProbe probe(window);
+    QCOMPARE(probe.mainStack().maximumHeight(), 40);
+    QCOMPARE(probe.mainStack().count(), 2);
+    QCOMPARE(probe.mainStack().currentIndex(), 0);
+    QCOMPARE(probe.mainStack().widget(1), &probe.listSearchEdit());
+    QCOMPARE(probe.listSearchEdit().placeholderText(), u"Search channels..."_s);
+    QCOMPARE(probe.listSearchEdit().maximumHeight(), 28);
+}
+
+void TestMainWindow::laysOutTheInputRow()
+{
+    MainWindow window;
+    const MainWindowProbe probe(window);
+    const auto *layout = qobject_cast<QHBoxLayout *>(probe.mainStack().widget(0)->layout());
+    QVERIFY(layout != nullptr);
+    QCOMPARE(layout->contentsMargins(), QMargins());
+    QCOMPARE(layout->spacing(), 2);
+    QCOMPARE(layout->count(), 2);
+
+    const QLineEdit &input = probe.inputLine();
+    QCOMPARE(layout->itemAt(0)->widget(), &input);
+    QCOMPARE(input.minimumHeight(), 30);
+    QCOMPARE(input.maximumHeight(), 36);
+    QCOMPARE(input.styleSheet(), u"QLineEdit { padding: 4px 8px; }"_s);
+
+    const QPushButton &emoji = probe.emojiButton();
+    QCOMPARE(layout->itemAt(1)->widget(), &emoji);
+    QCOMPARE(emoji.text(), u"\U0001F60A"_s);
+    QCOMPARE(emoji.minimumSize(), QSize(36, 30));
+    QCOMPARE(emoji.maximumSize(), QSize(36, 30));
+    QCOMPARE(emoji.toolTip(), u"Insert emoji"_s);
+    QVERIFY(emoji.isHidden());
+    QCOMPARE(emoji.cursor().shape(), Qt::PointingHandCursor);
+    QCOMPARE(emoji.styleSheet(),
+             u"QPushButton { background: transparent; border: none; font-size: 18px; padding: 0px; "
+             "margin: 0px; }QPushButton:hover { background: rgba(128,128,128,0.2); "
+             "border-radius: 4px; }"_s);
+}
+
+void TestMainWindow::completesNicksInAPopup()
+{
+    MainWindow window;
+    const MainWindowProbe probe(window);
+    const QCompleter &completer = probe.nickCompleter();
+    QCOMPARE(probe.inputLine().completer(), &completer);
+    QCOMPARE(completer.parent(), &window);
+    QCOMPARE(completer.caseSensitivity(), Qt::CaseInsensitive);
+    QCOMPARE(completer.completionMode(), QCompleter::PopupCompletion);
+}
+
+void TestMainWindow::closesTabsByTheStandardKey()
+{
+    MainWindow window;
+    const auto *shortcut = window.findChild<QShortcut *>();
+    QVERIFY(shortcut != nullptr);
+    QCOMPARE(shortcut->keys(), QKeySequence::keyBindings(QKeySequence::Close));
+    QCOMPARE(shortcut->context(), Qt::WindowShortcut);
+}
+
+void TestMainWindow::showsItsMenus_data()
+{
+    QTest::addColumn<int>("position");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QStringList>("entries");
+
+    QTest::newRow("server") << 0 << u"&Server"_s
+                            << QStringList{u"&Connect..."_s, u"&Disconnect"_s, u"-"_s,
+                                           u"&Reconnect"_s,  u"-"_s,           u"&Quit"_s};
+    QTest::newRow("user") << 1 << u"&User"_s
+                          << QStringList{u"Marked Away..."_s, u"Change Nick..."_s};
+    QTest::newRow("channel") << 2 << u"&Channel"_s
+                             << QStringList{u"&Join channel..."_s, u"Channel &List"_s};
+    QTest::newRow("settings") << 3 << u"&Settings"_s << QStringList{u"&Preferences..."_s};
+    QTest::newRow("about") << 4 << u"About"_s << QStringList{u"About Velmora"_s, u"Help"_s};
+}
+
+void TestMainWindow::showsItsMenus()
+{
+    QFETCH(const int, position);
+    MainWindow window;
+    const QList<QAction *> menus = window.menuBar()->actions();
+    QCOMPARE(menus.size(), 5);
+    QTEST(menus.at(position)->text(), "title");
+    QTEST(entriesOf(*menus.at(position)->menu()), "entries");
+}
+
+void TestMainWindow::leavesOnlyEntriesWithoutARoleInPlace_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("hasNoRole");
+
+    QTest::newRow("connect") << u"&Connect..."_s << false;
+    QTest::newRow("disconnect") << u"&Disconnect"_s << false;
+    QTest::newRow("reconnect") << u"&Reconnect"_s << false;
+    QTest::newRow("quit") << u"&Quit"_s << true;
+    QTest::newRow("away") << u"Marked Away..."_s << false;
+    QTest::newRow("nick") << u"Change Nick..."_s << false;
+    QTest::newRow("join") << u"&Join channel..."_s << false;
+    QTest::newRow("list") << u"Channel &List"_s << false;
+    QTest::newRow("preferences") << u"&Preferences..."_s << true;
+    QTest::newRow("about") << u"About Velmora"_s << true;
+    QTest::newRow("help") << u"Help"_s << true;
+}
+
+void TestMainWindow::leavesOnlyEntriesWithoutARoleInPlace()
+{
+    QFETCH(const QString, text);
+    QFETCH(const bool, hasNoRole);
+    MainWindow window;
+    const QAction *action = entry(window, text);
+    QVERIFY(action != nullptr);
+    QCOMPARE(action->menuRole(), hasNoRole ? QAction::NoRole : QAction::TextHeuristicRole);
+}
+
+void TestMainWindow::quitsByTheStandardKey()
+{
+    MainWindow window;
+    QCOMPARE(entry(window, u"&Quit"_s)->shortcut(), QKeySequence(QKeySequence::Quit));
+}
+
+void TestMainWindow::enablesWhatIsThere_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("enabled");
+
+    QTest::newRow("connect") << u"&Connect..."_s << true;
+    QTest::newRow("disconnect") << u"&Disconnect"_s << true;
+    QTest::newRow("reconnect") << u"&Reconnect"_s << true;
+    QTest::newRow("quit") << u"&Quit"_s << true;
+    // What these lead to is still to come.
+    QTest::newRow("away") << u"Marked Away..."_s << false;
+    QTest::newRow("nick") << u"Change Nick..."_s << false;
+    QTest::newRow("join") << u"&Join channel..."_s << false;
+    QTest::newRow("list") << u"Channel &List"_s << false;
+    QTest::newRow("preferences") << u"&Preferences..."_s << false;
+    QTest::newRow("about") << u"About Velmora"_s << false;
+    QTest::newRow("help") << u"Help"_s << false;
+}
+
+void TestMainWindow::enablesWhatIsThere()
+{
+    QFETCH(const QString, text);
+    MainWindow window;
+    QTEST(entry(window, text)->isEnabled(), "enabled");
+}
+
+void TestMainWindow::keepsTheActionsOfTheUserMenu()
+{
+    MainWindow window;
+    const MainWindowProbe probe(window);
+    QCOMPARE(&probe.awayAction(), entry(window, u"Marked Away..."_s));
+    QCOMPARE(&probe.changeNickAction(), entry(window, u"Change Nick..."_s));
+}
+
+void TestMainWindow::declaresItsSlotsInOrder()
+{
+    const QMetaObject &meta = MainWindow::staticMetaObject;
+    QStringList slotNames;
+    for (int index = meta.methodOffset(); index < meta.methodCount(); ++index) {
+        const QMetaMethod method = meta.method(index);
+        QCOMPARE(method.methodType(), QMetaMethod::Slot);
+        QCOMPARE(method.access(), QMetaMethod::Private);
+        slotNames.append(signatureOf(method));
+    }
+    const QStringList expected{
+            u"onConnectTriggered()"_s,
+            u"onDisconnectTriggered()"_s,
+            u"onSendInput()"_s,
+            u"onConnected()"_s,
+            u"onRegistered()"_s,
+            u"onDisconnected()"_s,
+            u"onError(QString error)"_s,
+            u"onRawMessage(QString msg)"_s,
+            u"onServerMessage(QString msg)"_s,
+            u"onPrivmsg(QString from, QString target, QString text)"_s,
+            u"onJoin(QString nick, QString channel)"_s,
+            u"onPart(QString nick, QString channel, QString reason)"_s,
+            u"onNick(QString oldNick, QString newNick)"_s,
+            u"onNames(QString channel, QStringList names)"_s,
+            u"onNamesFinished(QString channel)"_s,
+            u"onTopic(QString channel, QString topic)"_s,
+            u"onQuit(QString nick, QString reason)"_s,
+            u"onKick(QString channel, QString kickedNick, QString kickerNick, QString reason)"_s,
+            u"onTabChanged(int index)"_s,
+            u"closeTab(int index)"_s,
+            u"onSplitterMoved(int pos, int index)"_s,
+            u"onTabContextMenu(QPoint pos)"_s,
+            u"onReconnectTriggered()"_s,
+            u"onToggleTheme()"_s,
+    };
+    QCOMPARE(slotNames, expected);
+}
+
+void TestMainWindow::handlesSessionEvents_data()
+{
+    QTest::addColumn<Event>("event");
+    QTest::addColumn<QString>("tab");
+    QTest::addColumn<QString>("line");
+
+    const auto row = [](const char *name, const Event &event, const QString &tab,
+                        const QString &line) { QTest::newRow(name) << event << tab << line; };
+    row(
+            "connected", [](IRCConnection &connection) { emit connection.connected(); },
+            u"Server"_s, u"*** Connected to server."_s);
+    row(
+            "registered", [](IRCConnection &connection) { emit connection.registered(); },
+            u"Server"_s, u"*** Autojoining #auto"_s);
+    row(
+            "disconnected", [](IRCConnection &connection) { emit connection.disconnected(); },
+            u"Server"_s, u"*** Disconnected."_s);
+    row(
+            "errorOccurred",
+            [](IRCConnection &connection) { emit connection.errorOccurred(u"e"_s); }, u"Server"_s,
+            u"*** Error: e"_s);
+    row(
+            "rawMessageReceived",
+            [](IRCConnection &connection) { emit connection.rawMessageReceived(u"PING :x"_s); },
+            u"Server"_s, u"<< PING :x"_s);
+    row(
+            "serverMessage",
+            [](IRCConnection &connection) { emit connection.serverMessage(u"m"_s); }, u"Server"_s,
+            u"m"_s);
+    row(
+            "privmsgReceived",
+            [](IRCConnection &connection) {
+                emit connection.privmsgReceived(u"a"_s, u"#c"_s, u"t"_s);
+            },
+            u"#c"_s, u"a|t"_s);
+    row(
+            "joinReceived",
+            [](IRCConnection &connection) { emit connection.joinReceived(u"a"_s, u"#c"_s); },
+            u"#c"_s, u"a|joined #c"_s);
+    row(
+            "partReceived",
+            [](IRCConnection &connection) {
+                emit connection.partReceived(u"a"_s, u"#c"_s, u"r"_s);
+            },
+            u"#c"_s, u"a|left #c (r)"_s);
+    row(
+            "nickChanged",
+            [](IRCConnection &connection) { emit connection.nickChanged(u"old"_s, u"new"_s); },
+            u"#known"_s, u"old|is now known as new"_s);
+    row(
+            "namesList and namesListFinished",
+            [](IRCConnection &connection) {
+                emit connection.namesList(u"#c"_s, {u"a"_s});
+                emit connection.namesListFinished(u"#c"_s);
+                emit connection.quitReceived(u"a"_s, u"r"_s);
+            },
+            u"#c"_s, u"a|quit (r)"_s);
+    row(
+            "quitReceived",
+            [](IRCConnection &connection) { emit connection.quitReceived(u"old"_s, u"r"_s); },
+            u"#known"_s, u"old|quit (r)"_s);
+    row(
+            "kickReceived",
+            [](IRCConnection &connection) {
+                emit connection.kickReceived(u"#c"_s, u"a"_s, u"b"_s, u"r"_s);
+            },
+            u"#c"_s, u"a|was kicked by b (r)"_s);
+}
+
+void TestMainWindow::handlesSessionEvents()
+{
+    QFETCH(const Event, event);
+    QFETCH(const QString, tab);
+    WindowSession session;
+    session.probe.autojoinChannels() = QStringList{u"#auto"_s};
+    session.probe.channelUsers().insert(u"#known"_s, {u"old"_s});
+    event(session.probe.connection());
+    const QStringList lines = session.probe.lines(tab);
+    QFETCH(const QString, line);
+    QCOMPARE(lines.count(line), 1);
+}
+
+void TestMainWindow::followsTheOwnNick()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.say(u":me!u@h JOIN #c"_s));
+    QVERIFY(session.say(u":irc.test 353 me = #c :@me alice"_s));
+    QVERIFY(session.say(u":irc.test 366 me #c :End"_s));
+    const MainWindowProbe &probe = session.probe;
+    QVERIFY(!probe.userList().item(0)->font().italic());
+
+    probe.isAway() = true;
+    probe.pendingNick() = u"later"_s;
+    session.window.statusBar()->clearMessage();
+    emit probe.connection().ownNickChanged(u"me"_s);
+    QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
+    QVERIFY(probe.userList().item(0)->font().italic());
+    QVERIFY(!probe.userList().item(1)->font().italic());
+    QCOMPARE(probe.pendingNick(), QString());
+}
+
+void TestMainWindow::connectsItsWidgets()
+{
+    // Taking a connection away tells whether it was there.
+    MainWindow window;
+    const MainWindowProbe probe(window);
+    QVERIFY(disconnect(&probe.tabBar(), &QTabBar::tabBarDoubleClicked, &window, nullptr));
+    QVERIFY(disconnect(&probe.tabWidget(), &QTabWidget::tabCloseRequested, &window, nullptr));
+    QVERIFY(disconnect(&probe.tabWidget(), &QTabWidget::currentChanged, &window, nullptr));
+    QVERIFY(disconnect(&probe.tabBar(), &QWidget::customContextMenuRequested, &window, nullptr));
+    QVERIFY(disconnect(&probe.splitter(), &QSplitter::splitterMoved, &window, nullptr));
+    QVERIFY(disconnect(&probe.inputLine(), &QLineEdit::returnPressed, &window, nullptr));
+    QVERIFY(disconnect(window.findChild<QShortcut *>(), &QShortcut::activated, &window, nullptr));
+}
+
+void TestMainWindow::keepsTheRatioWhenResized()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    for (const int width : {1280, 900, 1500}) {
+        session.window.resize(width, 720);
+        QTRY_COMPARE(session.window.width(), width);
+        QTRY_COMPARE(shareOfUserList(session.probe), 20);
+    }
+    session.probe.showTab(u"Server"_s);
+    session.window.resize(1000, 720);
+    QTRY_COMPARE(session.probe.splitter().sizes().at(1), 0);
+}
+
+void TestMainWindow::forgetsADraggedRatioWhenResized()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    // The tab's change sets the ratio once more when it has settled.
+    QCoreApplication::processEvents();
+    QCOMPARE(shareOfUserList(session.probe), 20);
+
+    QSplitterHandle *handle = session.probe.splitter().handle(1);
+    QSignalSpy moved(&session.probe.splitter(), &QSplitter::splitterMoved);
+    const QPoint middle = handle->rect().center();
+    QTest::mousePress(handle, Qt::LeftButton, {}, middle);
+    QTest::mouseMove(handle, middle - QPoint(300, 0));
+    QTest::mouseRelease(handle, Qt::LeftButton, {}, middle);
+    QVERIFY(!moved.isEmpty());
+    QVERIFY(shareOfUserList(session.probe) > 35);
+
+    session.window.resize(session.window.width() + 1, session.window.height());
+    QTRY_COMPARE(shareOfUserList(session.probe), 20);
+}
+
+void TestMainWindow::forgetsADraggedRatioWhenTheTabChanges()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    session.probe.appendMessageToTab(u"#d"_s, u"x"_s);
+    QCoreApplication::processEvents();
+    QCOMPARE(shareOfUserList(session.probe), 20);
+    session.probe.splitter().setSizes({500, 500});
+    QVERIFY(shareOfUserList(session.probe) > 45);
+    session.probe.showTab(u"#d"_s);
+    QTRY_COMPARE(shareOfUserList(session.probe), 20);
+}
+
+void TestMainWindow::leavesTheServerTabToItsShortcut()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    session.probe.showTab(u"Server"_s);
+    QVERIFY(activate(session.window));
+    QTest::keySequence(&session.window, QKeySequence::Close);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
+    QVERIFY(session.window.isVisible());
+}
+
+void TestMainWindow::closesTheShownTabByItsShortcut()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    session.probe.appendMessageToTab(u"bob"_s, u"x"_s);
+    session.probe.showTab(u"bob"_s);
+    QVERIFY(activate(session.window));
+    QTest::keySequence(&session.window, QKeySequence::Close);
+    QTRY_COMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
+    QVERIFY(session.window.isVisible());
+}
+
+void TestMainWindow::trustsTheShownTabsNameInItsShortcut()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    session.probe.currentTabName() = u"Server"_s;
+    emit session.window.findChild<QShortcut *>()->activated();
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
+    session.probe.currentTabName() = u"#c"_s;
+    emit session.window.findChild<QShortcut *>()->activated();
+    QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
+}
+
+void TestMainWindow::closesATabByDoubleClick()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    session.probe.appendMessageToTab(u"#d"_s, u"x"_s);
+    QTest::mouseDClick(&session.probe.tabBar(), Qt::LeftButton, {},
+                       session.probe.tabBar().tabRect(2).center());
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
+}
+
+void TestMainWindow::leavesTheServerTabByDoubleClick()
+{
+    WindowSession session;
+    QTest::mouseDClick(&session.probe.tabBar(), Qt::LeftButton, {},
+                       session.probe.tabBar().tabRect(0).center());
+    emit session.probe.tabBar().tabBarDoubleClicked(-1); // Beside all tabs.
+    QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
+}
+
+void TestMainWindow::endsTheLoopWhenClosed()
+{
+    WindowSession session;
+    QTimer::singleShot(0, &session.window, [&session] { session.window.close(); });
+    QCOMPARE(runEventLoop(), 0);
+    QVERIFY(!session.window.isVisible());
+}
+
+void TestMainWindow::endsTheLoopByItsQuitEntry()
+{
+    WindowSession session;
+    QTimer::singleShot(0, entry(session.window, u"&Quit"_s), &QAction::trigger);
+    QCOMPARE(runEventLoop(), 0);
+}
+
+void TestMainWindow::saysQuitWhenItGoes()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QTimer::singleShot(0, &session.window, [&session] { session.window.close(); });
+    QCOMPARE(runEventLoop(), 0);
+    // Closing hides the window; the session ends with the object.
+    QVERIFY(session.probe.connection().isConnected());
+    QVERIFY(!session.takeSent().contains(u"QUIT :Velmora leaving"_s));
+    session.destroyWindow();
+    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
+    QVERIFY(session.server.waitForEnd());
+    QCOMPARE(session.server.lines().count(u"QUIT :Velmora leaving"_s), 1);
+}
+
+void TestMainWindow::storesNothingWhenItGoes()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    session.probe.autojoinChannels() = QStringList{u"#unsaved"_s};
+    session.window.resize(900, 500);
+    store.clear();
+    session.window.close();
+    session.destroyWindow();
+    QCOMPARE(QSettings().allKeys(), QStringList());
+}
+
+void TestMainWindow::goesWithTabsAndALiveSession()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.say(u":me!u@h JOIN #c"_s));
+    QVERIFY(session.say(u":irc.test 353 me = #c :@me alice"_s));
+    QVERIFY(session.say(u":irc.test 366 me #c :End"_s));
+    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hello"_s));
+    QVERIFY(session.say(u":me!u@h JOIN :#trailing"_s));
+    session.probe.tabBar().highlightTab(2);
+    session.probe.closeTab(1); // Its page lives on without a tab.
+    session.probe.inputLine().setText(u"half a line"_s);
+    session.probe.showTab(u"bob"_s);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s, QString()}));
+    session.destroyWindow();
+    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
+}
+
+void TestMainWindow::goesWithAConnectDialogUp()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    entry(session.window, u"&Connect..."_s)->trigger();
+    QVERIFY(session.window.findChild<ConnectDialog *>() != nullptr);
+    session.destroyWindow();
+    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
+}
+
+void TestMainWindow::goesWhileTheServerTalks()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    // What lies in the socket unread when the window goes stays unread.
+    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #d :two\r\n:a!u@h PRI"_ba);
+    session.destroyWindow();
+    session.server.send(u"VMSG #c :three"_s);
+    QVERIFY(session.server.waitForEnd());
+}
+
+void TestMainWindow::closesWithinARead()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,
+            [&session](const QString &line) {
+                if (line.endsWith(u"two"_s))
+                    session.window.close();
+            });
+    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #d :two\r\n"_ba);
+    QTRY_VERIFY(!session.window.isVisible());
+    QTRY_COMPARE(session.probe.lines(u"#d"_s), QStringList{u"a|two"_s});
+    QCOMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s});
+    session.destroyWindow();
+    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
+}
+
+void TestMainWindow::setsTheProgramUp_data()
+{
+    QTest::addColumn<QString>("storedTheme");
+
+    QTest::newRow("first start") << QString();
+    QTest::newRow("dark stored") << u"dark"_s;
+}
+
+void TestMainWindow::setsTheProgramUp()
+{
+    QFETCH(const QString, storedTheme);
+    PreparedStore programStore;
+    if (!storedTheme.isEmpty())
+        programStore.setValue(u"theme"_s, storedTheme);
+    Child program;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_CONFIG_HOME"_s, programStore.configHome());
+    environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+    program.setProcessEnvironment(environment);
+    QVERIFY(program.launch(ProgramOnScreen::path(), {u"--no-such-option"_s, u"argument"_s}));
+    // The store's place follows from the names of the application and of the organisation.
+    QTRY_COMPARE_WITH_TIMEOUT(programStore.value(u"theme"_s).toString(), u"light"_s,
+                              ScriptedServer::Patience);
+    QCOMPARE(program.state(), QProcess::Running);
+    program.stop();
+}
+
+QTEST_MAIN(TestMainWindow)
+#include "tst_MainWindow.moc"
