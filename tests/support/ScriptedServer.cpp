@@ -1,6 +1,5 @@
 #include "ScriptedServer.h"
 
-#include <QHostAddress>
 #include <QSslServer>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -24,6 +23,13 @@ ScriptedServer::ScriptedServer(const QSslConfiguration &tls, QObject *parent)
     listen();
 }
 
+ScriptedServer::ScriptedServer(const QHostAddress &address, quint16 port, QObject *parent)
+    : QObject(parent)
+    , server(std::make_unique<QTcpServer>())
+{
+    listen(address, port);
+}
+
 ScriptedServer::~ScriptedServer()
 {
     for (Client &client : clients) {
@@ -32,7 +38,7 @@ ScriptedServer::~ScriptedServer()
     }
 }
 
-void ScriptedServer::listen()
+void ScriptedServer::listen(const QHostAddress &address, quint16 port)
 {
     // A TLS server has taken a client in only when the handshake is over, and tells it by this
     // signal alone.
@@ -40,8 +46,9 @@ void ScriptedServer::listen()
         while (QTcpSocket *socket = server->nextPendingConnection())
             admit(socket);
     });
-    if (server->listen(QHostAddress::LocalHost))
+    if (server->listen(address, port))
         usedPort = server->serverPort();
+    usedAddress = address;
 }
 
 quint16 ScriptedServer::port() const
@@ -56,7 +63,7 @@ void ScriptedServer::stopListening()
 
 bool ScriptedServer::listenAgain()
 {
-    return server->listen(QHostAddress::LocalHost, usedPort);
+    return server->listen(usedAddress, usedPort);
 }
 
 int ScriptedServer::clientCount() const

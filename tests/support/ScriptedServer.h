@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHostAddress>
 #include <QObject>
 #include <QSslConfiguration>
 #include <QString>
@@ -12,7 +13,7 @@
 class QTcpServer;
 class QTcpSocket;
 
-/// A server on a free port of the loopback that does nothing by itself.
+/// A server on the loopback, on a free port unless told otherwise, that does nothing by itself.
 ///
 /// It keeps what each client says and sends what it is told to. A client is known by its number,
 /// from 0 in the order of arrival; a number stays with its client after the link is gone. Where an
@@ -35,6 +36,9 @@ public:
 
     /// Speaks TLS, with the certificate and the key that `tls` holds.
     explicit ScriptedServer(const QSslConfiguration &tls, QObject *parent = nullptr);
+
+    /// Listens on an address and a port of the caller's choice.
+    ScriptedServer(const QHostAddress &address, quint16 port, QObject *parent = nullptr);
 
     ~ScriptedServer() override;
 
@@ -84,7 +88,7 @@ private:
         QStringList lines;
     };
 
-    void listen();
+    void listen(const QHostAddress &address = QHostAddress::LocalHost, quint16 port = 0);
     void admit(QTcpSocket *socket);
     void read(int number);
     [[nodiscard]] const Client *find(int number) const;
@@ -92,5 +96,6 @@ private:
 
     std::unique_ptr<QTcpServer> server;
     std::vector<Client> clients;
+    QHostAddress usedAddress;
     quint16 usedPort = 0;
 };

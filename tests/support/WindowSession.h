@@ -9,7 +9,7 @@
 /// A window on the screen and a scripted server for it to talk to.
 ///
 /// Make a `TemporaryStore` first. The connect dialog that opens at the start is closed, so that it
-/// is not in the way.
+/// is not in the way. Any warning fails the test from then on.
 class WindowSession final
 {
     Q_DISABLE_COPY_MOVE(WindowSession)
@@ -25,12 +25,26 @@ public:
     /// Opens the connect dialog and accepts it filled in for the server. False if that fails.
     [[nodiscard]] bool acceptDialog(const QString &nick, const QString &channels = QString());
 
+    /// The same up to the click that accepts: no event loop runs after it.
+    [[nodiscard]] bool clickConnect(const QString &nick, const QString &channels = QString());
+
+    /// Triggers the menu entry with this text.
+    void choose(const QString &entry);
+
     /// Sends `line` from the server and waits until the window has taken it in, and all that was
     /// sent before it.
     [[nodiscard]] bool say(const QString &line);
+    /// Says each of `lines`, in one go.
+    [[nodiscard]] bool sayAll(const QStringList &lines);
+    /// Waits until the window has taken in all that the server has sent, line ends provided.
+    [[nodiscard]] bool settle();
 
-    /// What the client has sent since the last call or the last connect, line by line, as far as
-    /// it has arrived: wait for its last line first.
+    /// Has the server tell that the user joins `channel`, and who is there: `names` as a name list
+    /// has them.
+    [[nodiscard]] bool join(const QString &channel, const QString &names);
+
+    /// What the client has sent since the last call or the last connect, line by line: all of it
+    /// while it is connected, and what has arrived by now if it isn't.
     [[nodiscard]] QStringList takeSent();
 
     /// Lets the window go as the end of the program does; the server stays. Neither the window nor
@@ -45,4 +59,5 @@ private:
     std::unique_ptr<MainWindow> ownedWindow{&window};
     QStringList heard;
     qsizetype linesTaken = 0;
+    int marks = 0;
 };
