@@ -85,6 +85,23 @@ build() {
     cmake --build "$folder" --target "$target" || die "the build in $folder failed; the reason stands above."
 }
 
+# Whether there is a display for the program to show itself on.
+has_display() {
+    if [[ -n ${WAYLAND_DISPLAY:-} ]]; then
+        return 0
+    fi
+    case ${DISPLAY:-} in
+    '') return 1 ;;
+    # A display of this machine has a socket; the variable alone may be a leftover.
+    :*)
+        local number=${DISPLAY#:}
+        local socket=/tmp/.X11-unix/X${number%%.*}
+        [[ -S $socket ]] || grep -q "$socket\$" /proc/net/unix 2>/dev/null
+        ;;
+    *) return 0 ;;
+    esac
+}
+
 # The number of processors that we may use.
 processors() {
     nproc 2>/dev/null || echo 2

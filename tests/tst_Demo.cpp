@@ -1,4 +1,5 @@
-#include <QDir>
+#include "VirtualScreen.h"
+
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -14,6 +15,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int Patience = 90000; // In ms; the demo gives itself a minute.
+
+constexpr QRgb MaraColour = qRgb(0x2e, 0x7d, 0x32); // Of one who talks in the demo.
+constexpr int NickPoints = 20; // A short nick has more points of its colour than this.
 
 // Whether nothing runs any more of what we started, or what that started in its turn.
 bool nothingIsLeft()
@@ -31,13 +35,15 @@ class TestDemo final : public QObject
 
 private slots:
     void initTestCase();
-    void init();
 
+    void waitsForThePersonOnADisplay();
     void showsTheConversationAndEndsByItself();
     void leavesNothingBehindWhenStopped_data();
     void leavesNothingBehindWhenStopped();
 
 private:
+    void start(const QStringList &arguments);
+
     QTemporaryDir folder;
     QProcess demo;
 };
@@ -48,15 +54,37 @@ void TestDemo::initTestCase()
     QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
 }
 
-void TestDemo::init()
+void TestDemo::start(const QStringList &arguments)
 {
     demo.setProcessChannelMode(QProcess::MergedChannels);
-    demo.start(QStringLiteral(VELMORA_DEMO), {u"--screenshots"_s, folder.path()});
+    demo.start(QStringLiteral(VELMORA_DEMO), arguments);
     QVERIFY(demo.waitForStarted());
+}
+
+void TestDemo::waitsForThePersonOnADisplay()
+{
+    VirtualScreen screen;
+    QVERIFY2(screen.start(), qPrintable(screen.failure()));
+    demo.setProcessEnvironment(screen.environment());
+    start({});
+    const auto waitForWindow = [&](const QString &title) {
+        return QTest::qWaitFor([&] { return screen.activeTitle() == title; }, Patience);
+    };
+    QVERIFY(waitForWindow(u"Connect to IRC Server"_s));
+    QVERIFY(screen.press(u"Return"_s));
+    QVERIFY(waitForWindow(u"Velmora"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(screen.countPoints(MaraColour) > NickPoints, Patience);
+    QVERIFY(screen.press(u"alt+F4"_s));
+
+    QVERIFY(demo.waitForFinished(Patience));
+    const QString told = QString::fromLocal8Bit(demo.readAll());
+    QVERIFY2(demo.exitStatus() == QProcess::NormalExit && demo.exitCode() == 0, qPrintable(told));
+    QVERIFY2(told.contains("Press Connect"_L1), qPrintable(told));
 }
 
 void TestDemo::showsTheConversationAndEndsByItself()
 {
+    start({u"--screenshots"_s, folder.path()});
     QVERIFY(demo.waitForFinished(Patience));
     const QString told = QString::fromLocal8Bit(demo.readAll());
     QVERIFY2(demo.exitStatus() == QProcess::NormalExit && demo.exitCode() == 0, qPrintable(told));
@@ -80,8 +108,12 @@ void TestDemo::leavesNothingBehindWhenStopped_data()
 void TestDemo::leavesNothingBehindWhenStopped()
 {
     QFETCH(const int, signal);
+    start({u"--screenshots"_s, folder.path()});
     QByteArray told;
-    QTRY_VERIFY_WITH_TIMEOUT((told += demo.readAll()).contains("Watching"), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT((told += demo.readAll()).contains("Watching")
+                                     || demo.state() == QProcess::NotRunning,
+                             Patience);
+    QVERIFY2(demo.state() == QProcess::Running, told.constData());
     QCOMPARE(::kill(pid_t(demo.processId()), signal), 0);
     QVERIFY(demo.waitForFinished(Patience));
     QVERIFY(demo.exitStatus() == QProcess::CrashExit || demo.exitCode() != 0);

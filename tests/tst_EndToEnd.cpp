@@ -183,6 +183,11 @@ void TestEndToEnd::connectsFromTheDialogByKeyboard()
     QVERIFY(walk->bob.waitFor(u" JOIN :#room"_s));
     QCOMPARE(walk->proxy->bytesFromProgram(), "NICK wanda\r\nUSER wanda 0 * :Wanda Walker\r\n"
                                               "JOIN #room\r\nNAMES #room\r\n"_ba);
+    const QString port = QString::number(walk->proxy->port());
+    const auto stored = [&](const QString &key) { return walk->store.value(key).toStringList(); };
+    QCOMPARE(stored(u"connection/history"_s), QStringList{u"127.0.0.1:"_s + port});
+    QCOMPARE(stored(u"servers/127.0.0.1_%1/nickname"_s.arg(port)), QStringList{u"wanda"_s});
+    QCOMPARE(stored(u"servers/127.0.0.1_%1/autojoin"_s.arg(port)), QStringList{u"#room"_s});
 }
 
 void TestEndToEnd::talksBothWays()

@@ -38,6 +38,10 @@ private slots:
     void countsTheTestsOfALog_data();
     void countsTheTestsOfALog();
     void namesThePackagesThatAreMissing();
+    void goesOnWithoutAptWhereTheToolsAre();
+    void stopsWithoutAptWhereAToolLacks();
+    void knowsWhetherThereIsADisplay_data();
+    void knowsWhetherThereIsADisplay();
     void refusesUnknownArguments_data();
     void refusesUnknownArguments();
 };
@@ -81,6 +85,43 @@ void TestScripts::namesThePackagesThatAreMissing()
     const QString command = u"dpkg-query() { [[ ${!#} == here ]] && echo installed; }; "
                             "missing_packages here there here elsewhere"_s;
     QCOMPARE(runBash(command), u"there\nelsewhere\n"_s);
+}
+
+void TestScripts::goesOnWithoutAptWhereTheToolsAre()
+{
+    const QString command = u"command() { [[ $2 != apt-get ]]; }; ensure_packages one two; "
+                            "echo went on"_s;
+    QCOMPARE(runBash(command), u"==> This system has no apt-get, so nothing is installed. Under "
+                               "Debian the packages are: one two\nwent on\n"_s);
+}
+
+void TestScripts::stopsWithoutAptWhereAToolLacks()
+{
+    const QString command = u"command() { [[ $2 != apt-get && $2 != ninja ]]; }; "
+                            "ensure_packages one two"_s;
+    const QString told = runBash(command);
+    QVERIFY2(told.startsWith("failed: error: not found: ninja."_L1), qPrintable(told));
+}
+
+void TestScripts::knowsWhetherThereIsADisplay_data()
+{
+    QTest::addColumn<QString>("variables");
+    QTest::addColumn<QString>("answer");
+    QTest::newRow("none") << QString() << u"no\n"_s;
+    QTest::newRow("empty") << u"DISPLAY="_s << u"no\n"_s;
+    QTest::newRow("left over") << u"DISPLAY=:47110"_s << u"no\n"_s;
+    QTest::newRow("left over, with screen") << u"DISPLAY=:47110.0"_s << u"no\n"_s;
+    QTest::newRow("of another machine") << u"DISPLAY=desk:0"_s << u"yes\n"_s;
+    QTest::newRow("Wayland") << u"WAYLAND_DISPLAY=wayland-0"_s << u"yes\n"_s;
+}
+
+void TestScripts::knowsWhetherThereIsADisplay()
+{
+    QFETCH(const QString, variables);
+    QTEST(runBash(u"unset DISPLAY WAYLAND_DISPLAY; %1; "
+                  "if has_display; then echo yes; else echo no; fi"_s.arg(
+                          variables.isEmpty() ? u"true"_s : variables)),
+          "answer");
 }
 
 void TestScripts::refusesUnknownArguments_data()

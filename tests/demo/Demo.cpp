@@ -63,7 +63,8 @@ public:
 
     /// Keeps what the screen shows now and names the file.
     void keep(const QString &name);
-    QString errorOutput() { return program.errorOutput(); }
+    /// Says how the program is and what it has written to its error output.
+    void tellAboutProgram();
 
 private:
     bool waitFor(const std::function<bool()> &condition) const;
@@ -144,6 +145,14 @@ void Walk::keep(const QString &name)
         tell(u"Screenshot: %1"_s.arg(file));
 }
 
+void Walk::tellAboutProgram()
+{
+    if (!program.isRunning())
+        tell(u"The program isn't running; its exit status was %1."_s.arg(program.exitStatus()));
+    if (const QString errors = program.errorOutput(); !errors.isEmpty())
+        tell(u"The program wrote:\n%1"_s.arg(errors));
+}
+
 bool Walk::waitFor(const std::function<bool()> &condition) const
 {
     return QTest::qWaitFor([&] { return interrupted != 0 || condition(); },
@@ -204,9 +213,9 @@ int Demo::runUnattended(const QString &folder)
         const QString reason = (walk.*step)();
         if (reason.isEmpty())
             continue;
-        walk.keep(u"failure"_s);
-        tell(walk.errorOutput());
         tell(u"error: %1"_s.arg(interrupted != 0 ? u"interrupted"_s : reason));
+        walk.keep(u"failure"_s);
+        walk.tellAboutProgram();
         return EXIT_FAILURE;
     }
     tell(u"The conversation was seen on the wire and on the screen."_s);
