@@ -70,6 +70,12 @@ QStringList MainWindowProbe::lines(const QString &tabName) const
     return lines;
 }
 
+QString MainWindowProbe::lastLine(const QString &tabName) const
+{
+    const QStringList all = lines(tabName);
+    return all.isEmpty() ? QString() : all.last();
+}
+
 QStringList MainWindowProbe::users() const
 {
     QStringList texts;

@@ -88,6 +88,8 @@ public:
     /// The blank in front of a text and those behind a nick are left off; the empty first row is
     /// not among them.
     [[nodiscard]] QStringList lines(const QString &tabName) const;
+    /// The last of them, or an empty text if there is none.
+    [[nodiscard]] QString lastLine(const QString &tabName) const;
     /// The texts of the visible user list from top to bottom.
     [[nodiscard]] QStringList users() const;
     void showTab(const QString &tabName) const;

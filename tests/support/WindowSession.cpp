@@ -131,7 +131,7 @@ QStringList WindowSession::takeSent()
     }
     static const QRegularExpression noMark(u"^(?!MARK )"_s);
     const QStringList all = server.lines();
-    const QStringList sent = all.sliced(std::min(linesTaken, all.size())).filter(noMark);
+    QStringList sent = all.sliced(std::min(linesTaken, all.size())).filter(noMark);
     linesTaken = all.size();
     return sent;
 }

@@ -1,0 +1,484 @@
+#include "IRCConnection.h"
+#include "MyTabWidget.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QTest>
+#include <QTextTable>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QColor Grey(136, 136, 136);
+
+// Colour of the text in the tab's last row; invalid if it has the default one.
+QColor lastTextColor(const WindowSession &session, const QString &tab)
+{
+    const QTextTable *table = session.probe.tabs().value(tab).table;
+    if (table == nullptr)
+        return {};
+    QTextCursor cursor = table->cellAt(table->rows() - 1, 2).firstCursorPosition();
+    cursor.movePosition(QTextCursor::NextCharacter);
+    const QBrush brush = cursor.charFormat().foreground();
+    return brush.style() == Qt::NoBrush ? QColor() : brush.color();
+}
+
+} // namespace
+
+class TestMembership final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+
+    void putsMessagesIntoTheirTab_data();
+    void putsMessagesIntoTheirTab();
+    void comparesTheTargetExactly();
+    void tellsOfEvents_data();
+    void tellsOfEvents();
+
+    void opensTheTabOfTheFirstJoin();
+    void goesOnInTheOldTab();
+    void addsWhoJoins_data();
+    void addsWhoJoins();
+    void addsWhoJoinsOutOfSight();
+    void opensATabForAStrangersJoin();
+    void listsJoinsInOrderOfArrival();
+    void losesRankWithAJoin();
+    void tellsAPrivateTabOfAReturn();
+    void tellsNobodyOfItsOwnReturn();
+
+    void takesOutWhoParts_data();
+    void takesOutWhoParts();
+    void ignoresTheEchoOfAClosedTab();
+    void keepsTheTabAfterItsOwnPart();
+    void opensATabForAStrangersPart();
+
+    void takesOutWhoQuitsEverywhere();
+    void bringsAClosedTabBackWithAQuit();
+
+    void takesOutWhoIsKicked();
+    void losesTheChannelWhenKicked();
+    void keepsTheVisibleListWhenKickedElsewhere();
+    void fillsTheChannelAgainAfterAKick();
+
+private:
+    std::unique_ptr<TemporaryStore> store;
+};
+
+void TestMembership::initTestCase()
+{
+    store = std::make_unique<TemporaryStore>();
+}
+
+void TestMembership::init()
+{
+    store->clear();
+}
+
+void TestMembership::putsMessagesIntoTheirTab_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("tab");
+    QTest::addColumn<QString>("shown");
+
+    const auto add = [](const char *name, const QString &line, const QString &tab,
+                        const QString &shown) { QTest::newRow(name) << line << tab << shown; };
+    add("to a channel", u":bob!u@h PRIVMSG #a :hi"_s, u"#a"_s, u"bob|hi"_s);
+    add("to the user", u":bob!u@h PRIVMSG me :hi"_s, u"bob"_s, u"bob|hi"_s);
+    add("to an unknown channel", u":bob!u@h PRIVMSG #new :hi"_s, u"#new"_s, u"bob|hi"_s);
+    add("to a channel in another case", u":bob!u@h PRIVMSG #A :hi"_s, u"#A"_s, u"bob|hi"_s);
+    add("by the user", u":me!u@h PRIVMSG me :hi"_s, u"me"_s, u"me|hi"_s);
+    add("placeholders", u":%2!u@h PRIVMSG #a :%1 %2"_s, u"#a"_s, u"%2|%1 %2"_s);
+}
+
+void TestMembership::putsMessagesIntoTheirTab()
+{
+    QFETCH(const QString, line);
+    QFETCH(const QString, tab);
+    QFETCH(const QString, shown);
+
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me bob"_s));
+    QVERIFY(session.say(line));
+    QCOMPARE(session.probe.lastLine(tab), shown);
+    QVERIFY(!lastTextColor(session, tab).isValid());
+    QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s}));
+}
+
+// The session tells a private message with its sender as the target, so the user's own nick comes
+// only from elsewhere.
+void TestMembership::comparesTheTargetExactly()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    emit session.probe.connection().privmsgReceived(u"bob"_s, u"me"_s, u"one"_s);
+    emit session.probe.connection().privmsgReceived(u"bob"_s, u"ME"_s, u"two"_s);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s, u"ME"_s}));
+    QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"bob|one"_s});
+    QCOMPARE(session.probe.lines(u"ME"_s), QStringList{u"bob|two"_s});
+}
+
+void TestMembership::tellsOfEvents_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("inChannel");
+    QTest::addColumn<QString>("inPrivate");
+
+    const auto add = [](const char *name, const QString &line, const QString &inChannel,
+                        const QString &inPrivate) {
+        QTest::newRow(name) << line << inChannel << inPrivate;
+    };
+    add("join", u":Bob!u@h JOIN #a"_s, u"Bob|joined #a"_s, u"bob|is back online"_s);
+    add("part", u":bob!u@h PART #a :bye now"_s, u"bob|left #a (bye now)"_s, {});
+    add("part without reason", u":bob!u@h PART #a"_s, u"bob|left #a ()"_s, {});
+    add("part with placeholders", u":bob!u@h PART #a :%1 %2"_s, u"bob|left #a (%1 %2)"_s, {});
+    add("quit", u":bob!u@h QUIT :gone"_s, u"bob|quit (gone)"_s, u"bob|quit (gone)"_s);
+    add("quit without reason", u":bob!u@h QUIT"_s, u"bob|quit ()"_s, u"bob|quit ()"_s);
+    add("quit with placeholders", u":bob!u@h QUIT :%1"_s, u"bob|quit (%1)"_s, u"bob|quit (%1)"_s);
+    add("kick", u":alice!u@h KICK #a bob :be good"_s, u"bob|was kicked by alice (be good)"_s, {});
+    add("kick without reason", u":alice!u@h KICK #a bob"_s, u"bob|was kicked by alice ()"_s, {});
+    add("kick with placeholders", u":%2!u@h KICK #a bob :%1"_s, u"bob|was kicked by %2 (%1)"_s, {});
+    add("kick of a stranger", u":alice!u@h KICK #a eve :x"_s, u"eve|was kicked by alice (x)"_s, {});
+    add("nick", u":bob!u@h NICK rob"_s, u"bob|is now known as rob"_s, u"bob|is now known as rob"_s);
+    add("nick with placeholders", u":bob!u@h NICK %1"_s, u"bob|is now known as %1"_s,
+        u"bob|is now known as %1"_s);
+}
+
+void TestMembership::tellsOfEvents()
+{
+    QFETCH(const QString, line);
+    QFETCH(const QString, inChannel);
+    QFETCH(const QString, inPrivate);
+
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me bob"_s));
+    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    const QStringList channelLines = session.probe.lines(u"#a"_s);
+    const QStringList serverLines = session.probe.lines(u"Server"_s);
+    QVERIFY(session.say(line));
+
+    QCOMPARE(session.probe.lines(u"#a"_s), channelLines + QStringList{inChannel});
+    QCOMPARE(lastTextColor(session, u"#a"_s), Grey);
+    const QString privateTab = session.probe.tabTexts().at(2);
+    QStringList privateLines{u"bob|hi"_s};
+    if (!inPrivate.isEmpty())
+        privateLines.append(inPrivate);
+    QCOMPARE(session.probe.lines(privateTab), privateLines);
+    QCOMPARE(lastTextColor(session, privateTab), inPrivate.isEmpty() ? QColor() : Grey);
+    QCOMPARE(session.probe.lines(u"Server"_s), serverLines);
+    QCOMPARE(session.probe.tabTexts().size(), 3);
+}
+
+void TestMembership::opensTheTabOfTheFirstJoin()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.say(u":me!u@h JOIN #a"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
+    QCOMPARE(session.probe.currentTabName(), u"#a"_s);
+    QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"me|joined #a"_s});
+    QCOMPARE(session.takeSent(), QStringList{u"NAMES #a"_s});
+    QVERIFY(!session.probe.channelUsers().contains(u"#a"_s));
+    QCOMPARE(session.probe.users(), QStringList());
+}
+
+void TestMembership::goesOnInTheOldTab()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me alice"_s));
+    session.probe.showTab(u"Server"_s);
+    QVERIFY(session.say(u":me!u@h JOIN #a"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
+    QCOMPARE(session.probe.currentTabName(), u"Server"_s);
+    QCOMPARE(session.probe.lines(u"#a"_s), (QStringList{u"me|joined #a"_s, u"me|joined #a"_s}));
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"alice"_s, u"me"_s}));
+}
+
+void TestMembership::addsWhoJoins_data()
+{
+    QTest::addColumn<QString>("names");
+    QTest::addColumn<QString>("nick");
+    QTest::addColumn<QStringList>("model");
+    QTest::addColumn<QStringList>("visible");
+
+    const auto add = [](const char *name, const QString &names, const QString &nick,
+                        const QStringList &model, const QStringList &visible) {
+        QTest::newRow(name) << names << nick << model << visible;
+    };
+    add("new", u"me zoe"_s, u"Bob"_s, {u"Bob"_s, u"me"_s, u"zoe"_s}, {u"me"_s, u"zoe"_s, u"Bob"_s});
+    add("known", u"me bob"_s, u"bob"_s, {u"bob"_s, u"me"_s}, {u"bob"_s, u"me"_s});
+    add("known in another case", u"me BOB"_s, u"bob"_s, {u"BOB"_s, u"me"_s}, {u"BOB"_s, u"me"_s});
+    add("known with a rank", u"me @bob"_s, u"bob"_s, {u"@bob"_s, u"bob"_s, u"me"_s},
+        {u"@bob"_s, u"me"_s, u"bob"_s});
+    add("the user's nick in another case", u"me"_s, u"ME2"_s, {u"me"_s, u"ME2"_s},
+        {u"me"_s, u"ME2"_s});
+    add("every rank", u"~e &d @c %b +a zz"_s, u"mm"_s,
+        {u"%b"_s, u"&d"_s, u"+a"_s, u"@c"_s, u"mm"_s, u"zz"_s, u"~e"_s},
+        {u"~e"_s, u"&d"_s, u"@c"_s, u"%b"_s, u"+a"_s, u"zz"_s, u"mm"_s});
+}
+
+void TestMembership::addsWhoJoins()
+{
+    QFETCH(const QString, names);
+    QFETCH(const QString, nick);
+    QFETCH(const QStringList, model);
+    QFETCH(const QStringList, visible);
+
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, names));
+    QVERIFY(session.say(u":%1!u@h JOIN #a"_s.arg(nick)));
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s), model);
+    QCOMPARE(session.probe.users(), visible);
+    QCOMPARE(session.probe.lastLine(u"#a"_s), QString(nick + u"|joined #a"_s));
+}
+
+void TestMembership::addsWhoJoinsOutOfSight()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me alice"_s));
+    QVERIFY(session.join(u"#b"_s, u"me zoe"_s));
+    QCOMPARE(session.probe.currentTabName(), u"#a"_s);
+    QVERIFY(session.say(u":bob!u@h JOIN #b"_s));
+    QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"me"_s}));
+    QCOMPARE(session.probe.channelUsers().value(u"#b"_s),
+             (QStringList{u"bob"_s, u"me"_s, u"zoe"_s}));
+    // Only the exact nick is the user's own.
+    QVERIFY(session.say(u":ME!u@h JOIN #c"_s));
+    QCOMPARE(session.probe.channelUsers().value(u"#c"_s), QStringList{u"ME"_s});
+}
+
+void TestMembership::opensATabForAStrangersJoin()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.say(u":bob!u@h JOIN #new"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#new"_s}));
+    QCOMPARE(session.probe.channelUsers().value(u"#new"_s), QStringList{u"bob"_s});
+    QCOMPARE(session.probe.users(), QStringList{u"bob"_s});
+    QCOMPARE(session.takeSent(), QStringList());
+}
+
+void TestMembership::listsJoinsInOrderOfArrival()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"@op me"_s));
+    QVERIFY(session.sayAll({u":zoe!u@h JOIN #a"_s, u":adam!u@h JOIN #a"_s}));
+    QCOMPARE(session.probe.users(), (QStringList{u"@op"_s, u"me"_s, u"zoe"_s, u"adam"_s}));
+    session.probe.showTab(u"Server"_s);
+    QCOMPARE(session.probe.users(), QStringList());
+    session.probe.showTab(u"#a"_s);
+    QCOMPARE(session.probe.users(), (QStringList{u"@op"_s, u"adam"_s, u"me"_s, u"zoe"_s}));
+}
+
+void TestMembership::losesRankWithAJoin()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me @op ~owner"_s));
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s),
+             (QStringList{u"~owner"_s, u"@op"_s, u"me"_s}));
+    QVERIFY(session.say(u":zoe!u@h JOIN #a"_s));
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s),
+             (QStringList{u"@op"_s, u"me"_s, u"zoe"_s, u"~owner"_s}));
+}
+
+void TestMembership::tellsAPrivateTabOfAReturn()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me @bob"_s));
+    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :hi"_s));
+    // Known or not, in the tab's case or not, with each join.
+    QVERIFY(session.sayAll({u":BOB!u@h JOIN #a"_s, u":BOB!u@h JOIN #a"_s}));
+    QCOMPARE(session.probe.lines(u"Bob"_s),
+             (QStringList{u"Bob|hi"_s, u"Bob|is back online"_s, u"Bob|is back online"_s}));
+    QCOMPARE(lastTextColor(session, u"Bob"_s), Grey);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"Bob"_s}));
+}
+
+void TestMembership::tellsNobodyOfItsOwnReturn()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.say(u":me!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.say(u":me!u@h JOIN #a"_s));
+    QCOMPARE(session.probe.lines(u"me"_s), QStringList{u"me|hi"_s});
+}
+
+void TestMembership::takesOutWhoParts_data()
+{
+    QTest::addColumn<QString>("nick");
+    QTest::addColumn<QStringList>("model");
+
+    QTest::newRow("without a rank") << u"zoe"_s << QStringList{u"@bob"_s, u"+@c"_s, u"bob"_s};
+    QTest::newRow("the first of two") << u"bob"_s << QStringList{u"+@c"_s, u"bob"_s, u"zoe"_s};
+    QTest::newRow("with two ranks") << u"@c"_s << QStringList{u"@bob"_s, u"bob"_s, u"zoe"_s};
+    QTest::newRow("in another case")
+            << u"ZOE"_s << QStringList{u"@bob"_s, u"+@c"_s, u"bob"_s, u"zoe"_s};
+    QTest::newRow("a stranger") << u"eve"_s << QStringList{u"@bob"_s, u"+@c"_s, u"bob"_s, u"zoe"_s};
+}
+
+void TestMembership::takesOutWhoParts()
+{
+    QFETCH(const QString, nick);
+    QFETCH(const QStringList, model);
+
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"zoe bob @bob +@c"_s));
+    QCOMPARE(session.probe.users(), (QStringList{u"@bob"_s, u"+@c"_s, u"bob"_s, u"zoe"_s}));
+    QVERIFY(session.say(u":%1!u@h PART #a"_s.arg(nick)));
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s), model);
+    QCOMPARE(session.probe.users(), model);
+    QCOMPARE(session.probe.lastLine(u"#a"_s), QString(nick + u"|left #a ()"_s));
+}
+
+void TestMembership::ignoresTheEchoOfAClosedTab()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me alice"_s));
+    session.probe.closeTab(1);
+    QVERIFY(session.say(u":me!u@h PART #a :Leaving"_s));
+    QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"alice"_s, u"me"_s}));
+    QCOMPARE(session.probe.lastLine(u"Server"_s), u"*** You left #a"_s);
+    // Only the user's exact nick is an echo.
+    QVERIFY(session.say(u":ME!u@h PART #a"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
+}
+
+void TestMembership::keepsTheTabAfterItsOwnPart()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"@me alice"_s));
+    QVERIFY(session.say(u":me!u@h PART #a :Leaving"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
+    QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|left #a (Leaving)"_s);
+    QCOMPARE(session.probe.users(), QStringList{u"alice"_s});
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s), QStringList{u"alice"_s});
+}
+
+void TestMembership::opensATabForAStrangersPart()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.say(u":bob!u@h PART #new :bye"_s));
+    QCOMPARE(session.probe.lines(u"#new"_s), QStringList{u"bob|left #new (bye)"_s});
+    QVERIFY(!session.probe.channelUsers().contains(u"#new"_s));
+}
+
+void TestMembership::takesOutWhoQuitsEverywhere()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#b"_s, u"me @bob zoe"_s));
+    QVERIFY(session.join(u"#a"_s, u"me bob"_s));
+    QVERIFY(session.join(u"#c"_s, u"me BOB"_s));
+    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.say(u":bob!u@h QUIT :gone"_s));
+    QCOMPARE(session.probe.lastLine(u"#a"_s), u"bob|quit (gone)"_s);
+    QCOMPARE(session.probe.lastLine(u"#b"_s), u"bob|quit (gone)"_s);
+    QCOMPARE(session.probe.lines(u"#c"_s), QStringList{u"me|joined #c"_s});
+    QCOMPARE(session.probe.lastLine(u"Bob"_s), u"Bob|quit (gone)"_s);
+    QCOMPARE(session.probe.channelUsers(),
+             (QMap<QString, QStringList>{{u"#a"_s, {u"me"_s}},
+                                         {u"#b"_s, {u"me"_s, u"zoe"_s}},
+                                         {u"#c"_s, {u"BOB"_s, u"me"_s}}}));
+    QCOMPARE(session.probe.users(), (QStringList{u"me"_s, u"zoe"_s}));
+    QVERIFY(session.probe.tabs().contains(u"Bob"_s));
+
+    const auto tabs = session.probe.tabTexts();
+    QVERIFY(session.say(u":stranger!u@h QUIT :x"_s));
+    QCOMPARE(session.probe.tabTexts(), tabs);
+    QCOMPARE(session.probe.lastLine(u"#a"_s), u"bob|quit (gone)"_s);
+}
+
+void TestMembership::bringsAClosedTabBackWithAQuit()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me bob"_s));
+    QVERIFY(session.join(u"#b"_s, u"me bob"_s));
+    session.probe.closeTab(1);
+    session.probe.closeTab(1);
+    QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
+    QVERIFY(session.say(u":bob!u@h QUIT :gone"_s));
+    // In the order of their names; the first one comes to the front.
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"#b"_s}));
+    QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"bob|quit (gone)"_s});
+    QCOMPARE(session.probe.lines(u"#b"_s), QStringList{u"bob|quit (gone)"_s});
+    QCOMPARE(session.probe.users(), QStringList{u"me"_s});
+}
+
+void TestMembership::takesOutWhoIsKicked()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me @bob bob Zoe"_s));
+    QVERIFY(session.say(u":alice!u@h KICK #a bob :x"_s));
+    QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s, u"Zoe"_s}));
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s),
+             (QStringList{u"bob"_s, u"me"_s, u"Zoe"_s}));
+    QVERIFY(session.say(u":alice!u@h KICK #a zoe :x"_s));
+    QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s, u"Zoe"_s}));
+    QVERIFY(session.say(u":alice!u@h KICK #new bob :x"_s));
+    QVERIFY(!session.probe.channelUsers().contains(u"#new"_s));
+    QCOMPARE(session.probe.lines(u"#new"_s), QStringList{u"bob|was kicked by alice (x)"_s});
+}
+
+void TestMembership::losesTheChannelWhenKicked()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"@me alice"_s));
+    static_cast<void>(session.takeSent());
+    // Only the exact nick is the user's own.
+    QVERIFY(session.say(u":alice!u@h KICK #a ME :x"_s));
+    QVERIFY(session.probe.channelUsers().contains(u"#a"_s));
+    QVERIFY(session.say(u":alice!u@h KICK #a me :out"_s));
+    QCOMPARE(session.probe.users(), QStringList());
+    QVERIFY(!session.probe.channelUsers().contains(u"#a"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
+    QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|was kicked by alice (out)"_s);
+    session.probe.typeLine(u"hello?"_s);
+    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #a :hello?"_s});
+}
+
+void TestMembership::keepsTheVisibleListWhenKickedElsewhere()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me alice"_s));
+    QVERIFY(session.join(u"#b"_s, u"me"_s));
+    QVERIFY(session.say(u":alice!u@h KICK #b me :out"_s));
+    QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"me"_s}));
+    QCOMPARE(session.probe.channelUsers().keys(), QStringList{u"#a"_s});
+}
+
+void TestMembership::fillsTheChannelAgainAfterAKick()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me alice"_s));
+    QVERIFY(session.say(u":alice!u@h KICK #a me :out"_s));
+    QVERIFY(session.join(u"#a"_s, u"me bob"_s));
+    QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s}));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
+}
+
+QTEST_MAIN(TestMembership)
+#include "tst_Membership.moc"

@@ -1,0 +1,299 @@
+#include "MyTabWidget.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QLineEdit>
+#include <QListWidget>
+#include <QTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+class TestNickChanges final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+
+    void renamesEntries_data();
+    void renamesEntries();
+    void renamesEntriesOutOfSight();
+    void bringsAClosedTabBack();
+
+    void renamesThePrivateTab();
+    void renamesThePrivateTabOnShow();
+    void findsThePrivateTabInAnyCase();
+    void renamesOnePrivateTabOnly();
+    void keepsWhatIsWatchedAndDrafted();
+    void overwritesTheTabOfTheNewNick();
+    void leavesChannelsAlone();
+    void renamesThePrivateTabOfTheOldNickOnly();
+
+    void followsTheUsersOwnNick();
+    void triesAnotherNickAtRegistration();
+
+private:
+    std::unique_ptr<TemporaryStore> store;
+};
+
+void TestNickChanges::initTestCase()
+{
+    store = std::make_unique<TemporaryStore>();
+}
+
+void TestNickChanges::init()
+{
+    store->clear();
+}
+
+void TestNickChanges::renamesEntries_data()
+{
+    QTest::addColumn<QString>("names");
+    QTest::addColumn<QString>("oldNick");
+    QTest::addColumn<QStringList>("model");
+    QTest::addColumn<QStringList>("visible");
+
+    const auto add = [](const char *name, const QString &names, const QString &oldNick,
+                        const QStringList &model, const QStringList &visible) {
+        QTest::newRow(name) << names << oldNick << model << visible;
+    };
+    add("without a rank", u"alice bob zoe"_s, u"bob"_s, {u"alice"_s, u"new"_s, u"zoe"_s},
+        {u"alice"_s, u"zoe"_s, u"new"_s});
+    add("with a rank", u"@alice @zoe bob"_s, u"alice"_s, {u"@new"_s, u"@zoe"_s, u"bob"_s},
+        {u"@zoe"_s, u"bob"_s, u"@new"_s});
+    add("with two ranks", u"+@nick bob"_s, u"@nick"_s, {u"+new"_s, u"bob"_s},
+        {u"bob"_s, u"+new"_s});
+    add("the bare entry before a ranked one", u"@bob bob"_s, u"bob"_s, {u"@bob"_s, u"new"_s},
+        {u"@bob"_s, u"new"_s});
+    add("a nick that looks ranked", u"@bob zoe"_s, u"@bob"_s, {u"new"_s, u"zoe"_s},
+        {u"zoe"_s, u"new"_s});
+}
+
+void TestNickChanges::renamesEntries()
+{
+    QFETCH(const QString, names);
+    QFETCH(const QString, oldNick);
+    QFETCH(const QStringList, model);
+    QFETCH(const QStringList, visible);
+
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, names));
+    // Nobody there has that nick in this case.
+    QVERIFY(session.say(u":%1!u@h NICK new"_s.arg(oldNick.toUpper())));
+    QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"me|joined #a"_s});
+
+    QVERIFY(session.say(u":%1!u@h NICK new"_s.arg(oldNick)));
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s), model);
+    QCOMPARE(session.probe.users(), visible);
+    QCOMPARE(session.probe.lines(u"#a"_s),
+             (QStringList{u"me|joined #a"_s, QString(oldNick + u"|is now known as new"_s)}));
+}
+
+void TestNickChanges::renamesEntriesOutOfSight()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"alice"_s));
+    QVERIFY(session.join(u"#b"_s, u"+bob zoe"_s));
+    QVERIFY(session.join(u"#c"_s, u"bob"_s));
+    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QCOMPARE(session.probe.channelUsers(),
+             (QMap<QString, QStringList>{{u"#a"_s, {u"alice"_s}},
+                                         {u"#b"_s, {u"+rob"_s, u"zoe"_s}},
+                                         {u"#c"_s, {u"rob"_s}}}));
+    QCOMPARE(session.probe.users(), QStringList{u"alice"_s});
+    QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|joined #a"_s);
+    QCOMPARE(session.probe.lastLine(u"#b"_s), u"bob|is now known as rob"_s);
+    QCOMPARE(session.probe.lastLine(u"#c"_s), u"bob|is now known as rob"_s);
+}
+
+void TestNickChanges::bringsAClosedTabBack()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me bob"_s));
+    session.probe.closeTab(1);
+    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
+    QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"bob|is now known as rob"_s});
+    // The tab came with the new entry in its list, and the rename adds one; the next look is right.
+    QCOMPARE(session.probe.users(), (QStringList{u"rob"_s, u"me"_s, u"rob"_s}));
+    session.probe.showTab(u"Server"_s);
+    session.probe.showTab(u"#a"_s);
+    QCOMPARE(session.probe.users(), (QStringList{u"rob"_s, u"me"_s}));
+}
+
+void TestNickChanges::renamesThePrivateTab()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me"_s));
+    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    const MainWindow::TabInfo before = session.probe.tabs().value(u"bob"_s);
+    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"rob"_s}));
+    QCOMPARE(session.probe.tabs().keys(), (QStringList{u"#a"_s, u"Server"_s, u"rob"_s}));
+    const MainWindow::TabInfo after = session.probe.tabs().value(u"rob"_s);
+    QCOMPARE(after.page, before.page);
+    QCOMPARE(after.chatView, before.chatView);
+    QCOMPARE(after.table, before.table);
+    QCOMPARE(after.peerNick, u"rob"_s);
+    QCOMPARE(session.probe.tabWidget().tabToolTip(2), u"bob"_s);
+    QCOMPARE(session.probe.lines(u"rob"_s),
+             (QStringList{u"bob|hi"_s, u"bob|is now known as rob"_s}));
+    QCOMPARE(session.probe.currentTabName(), u"#a"_s);
+
+    QVERIFY(session.say(u":rob!u@h PRIVMSG me :still me"_s));
+    QCOMPARE(session.probe.lastLine(u"rob"_s), u"rob|still me"_s);
+    QCOMPARE(session.probe.tabTexts().size(), 3);
+}
+
+void TestNickChanges::renamesThePrivateTabOnShow()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :hi"_s));
+    QCOMPARE(session.probe.currentTabName(), u"Bob"_s);
+    static_cast<void>(session.takeSent());
+    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QCOMPARE(session.probe.currentTabName(), u"rob"_s);
+    session.probe.typeLine(u"hello"_s);
+    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG rob :hello"_s});
+    QCOMPARE(session.probe.lastLine(u"rob"_s), u"me|hello"_s);
+}
+
+void TestNickChanges::findsThePrivateTabInAnyCase()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me Bob"_s));
+    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"rob"_s}));
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"Bob"_s, u"me"_s}));
+    QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|joined #a"_s);
+    // Nothing but the case may change as well.
+    QVERIFY(session.say(u":rob!u@h NICK ROB"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"ROB"_s}));
+    QCOMPARE(session.probe.lastLine(u"ROB"_s), u"rob|is now known as ROB"_s);
+}
+
+void TestNickChanges::renamesOnePrivateTabOnly()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me"_s));
+    QVERIFY(session.sayAll({u":bob!u@h PRIVMSG me :small"_s, u":Bob!u@h PRIVMSG me :big"_s}));
+    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    // Capitals come first in the order of the names.
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"bob"_s, u"rob"_s}));
+    QCOMPARE(session.probe.lines(u"rob"_s),
+             (QStringList{u"Bob|big"_s, u"bob|is now known as rob"_s}));
+    QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"bob|small"_s});
+}
+
+void TestNickChanges::keepsWhatIsWatchedAndDrafted()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    session.probe.inputLine().setText(u"half"_s);
+    session.probe.showTab(u"Server"_s);
+    QCOMPARE(session.takeSent(), QStringList{u"WATCH +bob"_s});
+    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
+    QCOMPARE(session.probe.inputDrafts().value(u"bob"_s), u"half"_s);
+    QCOMPARE(session.takeSent(), QStringList());
+    session.probe.showTab(u"rob"_s);
+    QCOMPARE(session.probe.inputLine().text(), QString());
+}
+
+void TestNickChanges::overwritesTheTabOfTheNewNick()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me"_s));
+    QVERIFY(session.sayAll({u":rob!u@h PRIVMSG me :first"_s, u":bob!u@h PRIVMSG me :second"_s}));
+    const QWidget *orphan = session.probe.tabs().value(u"rob"_s).page;
+    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"rob"_s, u"rob"_s}));
+    QCOMPARE(session.probe.tabs().size(), 3);
+    QCOMPARE(session.probe.tabWidget().widget(2), orphan);
+    QVERIFY(session.probe.tabs().value(u"rob"_s).page != orphan);
+    QCOMPARE(session.probe.lines(u"rob"_s),
+             (QStringList{u"bob|second"_s, u"bob|is now known as rob"_s}));
+
+    // Both can still be looked at and closed, and the nick opens a new tab then.
+    session.probe.tabWidget().setCurrentIndex(2);
+    QCOMPARE(session.probe.currentTabName(), u"rob"_s);
+    session.probe.closeTab(3);
+    session.probe.closeTab(2);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
+    QVERIFY(session.say(u":rob!u@h PRIVMSG me :again"_s));
+    QCOMPARE(session.probe.lines(u"rob"_s), QStringList{u"rob|again"_s});
+}
+
+void TestNickChanges::leavesChannelsAlone()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.say(u":bob!u@h NICK #odd"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#odd"_s}));
+    // Under such a name the tab counts as a channel's.
+    QVERIFY(session.say(u":#odd!u@h NICK bob"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#odd"_s}));
+    QCOMPARE(session.probe.lastLine(u"#odd"_s), u"bob|is now known as #odd"_s);
+}
+
+void TestNickChanges::renamesThePrivateTabOfTheOldNickOnly()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.sayAll({u":bobby!u@h NICK x"_s, u":Server!u@h NICK y"_s, u":!u@h NICK z"_s}));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s}));
+    QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"bob|hi"_s});
+}
+
+void TestNickChanges::followsTheUsersOwnNick()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"@me alice"_s));
+    session.probe.typeLine(u"/nick new"_s);
+    QCOMPARE(session.probe.pendingNick(), u"new"_s);
+    QVERIFY(session.say(u":me!u@h NICK :new"_s));
+    QCOMPARE(session.probe.pendingNick(), QString());
+    QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"@new"_s}));
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"@new"_s, u"alice"_s}));
+    QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|is now known as new"_s);
+
+    // Another's change leaves alone what the user has asked for.
+    session.probe.pendingNick() = u"wanted"_s;
+    QVERIFY(session.say(u":alice!u@h NICK ally"_s));
+    QCOMPARE(session.probe.pendingNick(), u"wanted"_s);
+
+    session.probe.typeLine(u"hi"_s);
+    QCOMPARE(session.probe.lastLine(u"#a"_s), u"new|hi"_s);
+}
+
+void TestNickChanges::triesAnotherNickAtRegistration()
+{
+    WindowSession session;
+    QVERIFY(session.acceptDialog(u"me"_s));
+    QVERIFY(session.sayAll({u":irc.test 433 * me :Nickname is already in use"_s,
+                            u":irc.test 001 me_ :Welcome"_s}));
+    QCOMPARE(session.takeSent().last(), u"NICK me_"_s);
+    QVERIFY(session.join(u"#a"_s, u"me_ me"_s));
+    session.probe.typeLine(u"hi"_s);
+    QCOMPARE(session.probe.lastLine(u"#a"_s), u"me_|hi"_s);
+}
+
+QTEST_MAIN(TestNickChanges)
+#include "tst_NickChanges.moc"
