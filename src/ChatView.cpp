@@ -1,10 +1,11 @@
 #include "ChatView.h"
 
 #include "ChatLayout.h"
+#include "ChatScrollBar.h"
 
 #include <QMouseEvent>
+#include <QPainter>
 #include <QScopedValueRollback>
-#include <QScrollBar>
 #include <QTimerEvent>
 
 #include <algorithm>
@@ -23,6 +24,7 @@ ChatView::ChatView(QWidget *parent)
     // The view has set its paint device on the layout that is replaced here.
     layout->setPaintDevice(viewport());
     document()->setDocumentLayout(layout);
+    setVerticalScrollBar(new ChatScrollBar(Qt::Vertical, this));
     connect(layout, &ChatLayout::documentSizeChanged, this, &ChatView::measureLater);
 }
 
@@ -132,6 +134,7 @@ void ChatView::changeEvent(QEvent *event)
         QTextBrowser::changeEvent(event);
     }
     restore(steady);
+    updateOpacity();
     if (isVisible())
         startMeasuring(steady.edge);
 }
@@ -139,6 +142,7 @@ void ChatView::changeEvent(QEvent *event)
 void ChatView::showEvent(QShowEvent *event)
 {
     QTextBrowser::showEvent(event);
+    updateOpacity();
     startMeasuring(steadyEdge());
 }
 
@@ -160,7 +164,28 @@ void ChatView::paintEvent(QPaintEvent *event)
 {
     if (settle(steadyEdge()))
         viewport()->update();
+    if (viewport()->testAttribute(Qt::WA_OpaquePaintEvent)) {
+        QPainter painter(viewport());
+        for (const QRect &rect : event->region())
+            painter.fillRect(rect, backgroundBrush());
+    }
     QTextBrowser::paintEvent(event);
+}
+
+QBrush ChatView::backgroundBrush() const
+{
+    return viewport()->palette().brush(viewport()->backgroundRole());
+}
+
+// A view with a style sheet lets Qt paint what lies behind it, which may be a picture that stays
+// where it is, and so each scroll paints everything. If one colour is all there is, and style
+// sheets leave it in the palette, this view paints it by itself; then Qt moves what is on the
+// screen and asks for the new line only.
+void ChatView::updateOpacity()
+{
+    const QBrush brush = backgroundBrush();
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent,
+                             brush.style() == Qt::SolidPattern && brush.isOpaque());
 }
 
 void ChatView::scrollContentsBy(int dx, int dy)

@@ -51,6 +51,8 @@ private:
     bool settle(Edge edge);
     void startMeasuring(Edge edge);
     void measureLater();
+    [[nodiscard]] QBrush backgroundBrush() const;
+    void updateOpacity();
 
     ChatLayout *layout = nullptr;
     QBasicTimer idleTimer;
