@@ -145,7 +145,7 @@ void ConnectDialog::loadSettings()
     selectFirstServer(settings.value(u"connection/history"_s).toStringList());
 }
 
-void ConnectDialog::saveSettings()
+void ConnectDialog::saveSettings() const
 {
     const QString entry = server() + u':' + QString::number(port());
     QSettings settings;

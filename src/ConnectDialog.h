@@ -63,7 +63,7 @@ public:
 private slots:
     void onConnectClicked();
     void loadSettings();
-    void saveSettings();
+    void saveSettings() const;
     void onServerListSelectionChanged();
     void addServer();
     void editServer();

@@ -92,7 +92,7 @@ QStringList loadAutojoin(const QString &id)
 {
     QSettings settings;
     settings.beginGroup(groupName(id));
-    const QStringList autojoin = settings.value(u"autojoin"_s).toStringList();
+    QStringList autojoin = settings.value(u"autojoin"_s).toStringList();
     settings.endGroup();
     return autojoin;
 }

@@ -21,7 +21,7 @@ ConnectDialogPage::ConnectDialogPage()
 {
 }
 
-bool ConnectDialogPage::select(const QString &row)
+bool ConnectDialogPage::select(const QString &row) const
 {
     const QList<QListWidgetItem *> found = list->findItems(row, Qt::MatchExactly);
     if (found.isEmpty())
@@ -43,7 +43,7 @@ QString ConnectDialogPage::currentRow() const
     return list->currentItem() != nullptr ? list->currentItem()->text() : QString();
 }
 
-void ConnectDialogPage::typeServer(const QString &host, const QString &newPort)
+void ConnectDialogPage::typeServer(const QString &host, const QString &newPort) const
 {
     server->clear();
     server->setText(host);

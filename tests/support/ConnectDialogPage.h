@@ -22,7 +22,7 @@ public:
     ConnectDialogPage();
 
     /// Makes the row with exactly this text current; false if there is none.
-    bool select(const QString &row);
+    bool select(const QString &row) const;
 
     /// The texts of all rows from the top.
     [[nodiscard]] QStringList rows() const;
@@ -31,7 +31,7 @@ public:
     [[nodiscard]] QString currentRow() const;
 
     /// Types over host and port, as for a server that is not picked from the list.
-    void typeServer(const QString &host, const QString &port);
+    void typeServer(const QString &host, const QString &newPort) const;
 
     [[nodiscard]] QPushButton *button(const QString &name) const;
 
