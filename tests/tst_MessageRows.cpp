@@ -1,0 +1,796 @@
+#include "IRCConnection.h"
+#include "MyTabWidget.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QDateTime>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QScrollBar>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextBrowser>
+#include <QTextTable>
+#include <QTimer>
+#include <QtMath>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto Server = u"Server"_s;
+const QColor Grey(136, 136, 136, 255);
+
+const QTextTable &tableOf(const MainWindowProbe &probe, const QString &tabName)
+{
+    return *probe.tabs().value(tabName).table;
+}
+
+// One cell of a conversation's newest line, counted from the left.
+struct Cell
+{
+    QString text;
+    QTextCharFormat format; // Of its first character.
+    Qt::Alignment alignment;
+    QTextTableCellFormat cellFormat;
+};
+
+Cell lastCell(const MainWindowProbe &probe, const QString &tabName, int column)
+{
+    const QTextTable &table = tableOf(probe, tabName);
+    const QTextTableCell cell = table.cellAt(table.rows() - 1, column);
+    const QTextBlock block = cell.firstCursorPosition().block();
+    return {.text = block.text(),
+            .format = block.begin().atEnd() ? QTextCharFormat()
+                                            : block.begin().fragment().charFormat(),
+            .alignment = block.blockFormat().alignment(),
+            .cellFormat = cell.format().toTableCellFormat()};
+}
+
+// What may be left to scroll is the document's margin, which no cursor stands in.
+bool isAtTheEnd(const QTextBrowser &view)
+{
+    const int left = view.verticalScrollBar()->maximum() - view.verticalScrollBar()->value();
+    return left <= qCeil(view.document()->documentMargin());
+}
+
+} // namespace
+
+class TestMessageRows final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    // Tabs that lines open
+    void opensATabBehindTheShownOne();
+    void opensATabInFrontOfServer();
+    void opensAChannelWithItsTopicWidgets();
+    void opensAConversationWithItsPeer();
+    void watchesAPeerOnce();
+    void watchesAPeerAgainOnlyIfItWasForgotten();
+    void watchesNobodyForOtherTabs();
+    void watchesWithoutAConnection();
+    void showsNoTopicBeforeTheTabWasShown();
+
+    // The table
+    void makesTheTableWithTheFirstLine();
+    void laysOutTheTable_data();
+    void laysOutTheTable();
+    void keepsTheFirstRowEmpty();
+    void leavesTheViewReadOnly();
+    void keepsEveryRow();
+
+    // The cells
+    void writesTheTime();
+    void formatsTheTimeAsPreferred();
+    void keepsTheTimeOfWrittenRows();
+    void writesTheNick_data();
+    void writesTheNick();
+    void writesNoNickForTheSystem();
+    void writesTheText();
+    void dimsStatusLines();
+    void showsNoSenderOnServer();
+    void keepsControlCodes_data();
+    void keepsControlCodes();
+    void linksAddresses_data();
+    void linksAddresses();
+
+    // While away
+    void marksOwnLinesWhileAway_data();
+    void marksOwnLinesWhileAway();
+    void marksOwnStatusLinesWithoutAPrefix();
+    void marksOwnLinesOnServerWhileAway();
+    void takesAnEmptySenderForTheUserBeforeThereIsANick();
+    void takesTheSystemForItselfOnceThereIsANick();
+    void fillsTheAwayTextInOneStep();
+    void usesTheAwayStateOfTheMoment();
+
+    // Lines that are dropped
+    void dropsLinesForATabWithoutAView();
+
+    // Scrolling
+    void bringsAReaderBackToTheEnd();
+    void scrollsTabsThatAreNotShown();
+
+    // Lines that come together
+    void writesTheLinesOfAReadInTheirOrder();
+    void writesTheLinesOfTwoReadsInTheirOrder();
+    void writesALineThatIsCutInTwoReads();
+    void writesTheLinesOfAReadToTheirTabs();
+    void writesTheLinesOfAReadThroughARename();
+    void writesTheLinesOfAReadThatEndsTheSession();
+    void writesTheRowsOfAReadForAClosedTab();
+
+private:
+    TemporaryStore store;
+};
+
+void TestMessageRows::init()
+{
+    store.clear();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Tabs that lines open
+
+void TestMessageRows::opensATabBehindTheShownOne()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#a"_s, u"x"_s);
+    session.probe.appendMessageToTab(u"#b"_s, u"x"_s);
+    session.probe.appendMessageToTab(u"bob"_s, u"x"_s);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#a"_s, u"#b"_s, u"bob"_s}));
+    QCOMPARE(session.probe.currentTabName(), u"#a"_s);
+    QCOMPARE(session.probe.tabWidget().currentIndex(), 1);
+    QVERIFY(session.probe.closeButton(3) != nullptr);
+}
+
+void TestMessageRows::opensATabInFrontOfServer()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"bob"_s, u"x"_s);
+    QCOMPARE(session.probe.currentTabName(), u"bob"_s);
+    QCOMPARE(session.probe.tabWidget().currentIndex(), 1);
+    session.probe.showTab(Server);
+    session.probe.appendMessageToTab(u"bob"_s, u"y"_s); // Not a new tab.
+    QCOMPARE(session.probe.currentTabName(), Server);
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    QCOMPARE(session.probe.currentTabName(), u"#c"_s);
+    QCOMPARE(session.probe.tabWidget().currentIndex(), 2);
+}
+
+void TestMessageRows::opensAChannelWithItsTopicWidgets()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    const MainWindow::TabInfo tab = session.probe.tabs().value(u"#c"_s);
+    QCOMPARE(tab.page, session.probe.tabWidget().widget(1));
+    QCOMPARE(session.probe.tabWidget().tabToolTip(1), u"#c"_s);
+    QCOMPARE(tab.chatView, tab.page->findChild<QTextBrowser *>());
+    QCOMPARE(tab.topicBar, tab.page->findChild<QWidget *>(u"topicBar"_s));
+    QCOMPARE(tab.topicLabel, tab.page->findChild<QLabel *>(u"topicLabel"_s));
+    QCOMPARE(tab.editTopicBtn, tab.page->findChild<QPushButton *>(u"editTopicBtn"_s));
+    QVERIFY(tab.topicBar != nullptr && tab.topicLabel != nullptr && tab.editTopicBtn != nullptr);
+    QCOMPARE(tab.peerNick, QString());
+}
+
+void TestMessageRows::opensAConversationWithItsPeer()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"Bob"_s, u"x"_s);
+    const MainWindow::TabInfo tab = session.probe.tabs().value(u"Bob"_s);
+    QCOMPARE(tab.peerNick, u"Bob"_s);
+    QCOMPARE(tab.topicBar, nullptr);
+    QCOMPARE(session.probe.tabWidget().tabToolTip(1), u"Bob"_s);
+}
+
+void TestMessageRows::watchesAPeerOnce()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :one"_s));
+    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :two"_s));
+    QVERIFY(session.say(u":BOB!u@h PRIVMSG me :three"_s));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"Bob"_s, u"BOB"_s}));
+    QVERIFY(session.say(u"PING :x"_s));
+    QVERIFY(session.server.waitForLine(u"PONG :x"_s));
+    QCOMPARE(session.takeSent(), (QStringList{u"WATCH +Bob"_s, u"PONG :x"_s}));
+    QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
+}
+
+void TestMessageRows::watchesAPeerAgainOnlyIfItWasForgotten()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :one"_s));
+    // Closing forgets the nick. One that is watched still, for whatever reason, is not asked for.
+    session.probe.closeTab(1);
+    session.probe.watchedNicks().insert(u"bob"_s);
+    QVERIFY(session.say(u":BOB!u@h PRIVMSG me :two"_s));
+    session.probe.closeTab(1);
+    QVERIFY(session.say(u":boB!u@h PRIVMSG me :three"_s));
+    QVERIFY(session.say(u"PING :x"_s));
+    QVERIFY(session.server.waitForLine(u"PONG :x"_s));
+    QCOMPARE(session.takeSent(), (QStringList{u"WATCH +Bob"_s, u"WATCH -Bob"_s, u"WATCH -BOB"_s,
+                                              u"WATCH +boB"_s, u"PONG :x"_s}));
+}
+
+void TestMessageRows::watchesNobodyForOtherTabs()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.say(u":Bob!u@h PRIVMSG #c :one"_s));
+    QVERIFY(session.say(u":irc.test NOTICE * :hello"_s));
+    QVERIFY(session.say(u"PING :x"_s));
+    QVERIFY(session.server.waitForLine(u"PONG :x"_s));
+    QCOMPARE(session.takeSent(), QStringList{u"PONG :x"_s});
+    QVERIFY(session.probe.watchedNicks().isEmpty());
+}
+
+void TestMessageRows::watchesWithoutAConnection()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"Bob"_s, u"x"_s);
+    QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
+    QVERIFY(session.probe.lines(Server).isEmpty()); // That nothing went out is no error.
+}
+
+void TestMessageRows::showsNoTopicBeforeTheTabWasShown()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"bob"_s, u"x"_s);
+    session.probe.channelTopics().insert(u"#c"_s, u"topic"_s);
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    // The label is filled by name, and the name is known only once the tab stands.
+    QCOMPARE(session.probe.tabs().value(u"#c"_s).topicLabel->text(), QString());
+    session.probe.showTab(u"#c"_s);
+    QCOMPARE(session.probe.tabs().value(u"#c"_s).topicLabel->text(), u"topic"_s);
+}
+
+// ---------------------------------------------------------------------------------------------
+// The table
+
+void TestMessageRows::makesTheTableWithTheFirstLine()
+{
+    WindowSession session;
+    QCOMPARE(session.probe.tabs().value(Server).table, nullptr);
+    session.probe.appendMessageToTab(Server, u"x"_s);
+    const QTextTable *table = session.probe.tabs().value(Server).table;
+    QVERIFY(table != nullptr);
+    QCOMPARE(table->document(), session.probe.tabs().value(Server).chatView->document());
+    session.probe.appendMessageToTab(Server, u"y"_s);
+    QCOMPARE(session.probe.tabs().value(Server).table, table);
+    QCOMPARE(table->rows(), 3);
+}
+
+void TestMessageRows::laysOutTheTable_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QList<QTextLength>>("widths");
+
+    const QTextLength time(QTextLength::FixedLength, 85);
+    const QTextLength nick(QTextLength::FixedLength, 120);
+    const QTextLength text(QTextLength::VariableLength, 0);
+    QTest::newRow("server") << Server << QList<QTextLength>{time, text};
+    QTest::newRow("channel") << u"#c"_s << QList<QTextLength>{time, nick, text};
+    QTest::newRow("private") << u"bob"_s << QList<QTextLength>{time, nick, text};
+    QTest::newRow("server in lower case") << u"server"_s << QList<QTextLength>{time, nick, text};
+}
+
+void TestMessageRows::laysOutTheTable()
+{
+    QFETCH(const QString, name);
+    WindowSession session;
+    session.probe.appendMessageToTab(name, u"x"_s);
+    const QTextTableFormat format = tableOf(session.probe, name).format();
+    QTEST(format.columnWidthConstraints(), "widths");
+    QCOMPARE(tableOf(session.probe, name).columns(), format.columnWidthConstraints().size());
+    QCOMPARE(format.border(), 0.0);
+    QCOMPARE(format.cellPadding(), 2.0);
+    QCOMPARE(format.cellSpacing(), 0.0);
+    QCOMPARE(format.width(), QTextLength(QTextLength::PercentageLength, 100));
+}
+
+void TestMessageRows::keepsTheFirstRowEmpty()
+{
+    WindowSession session;
+    for (const QString &name : {Server, u"#c"_s}) {
+        session.probe.appendMessageToTab(name, u"first line"_s, u"alice"_s);
+        const QTextTable &table = tableOf(session.probe, name);
+        QCOMPARE(table.rows(), 2);
+        for (int column = 0; column < table.columns(); ++column)
+            QCOMPARE(table.cellAt(0, column).firstCursorPosition().block().text(), QString());
+        QVERIFY(lastCell(session.probe, name, table.columns() - 1).text.contains(u"first line"_s));
+    }
+}
+
+void TestMessageRows::leavesTheViewReadOnly()
+{
+    WindowSession session;
+    for (const QString &line : {u"one"_s, u"two"_s}) {
+        session.probe.appendMessageToTab(u"#c"_s, line);
+        QVERIFY(session.probe.tabs().value(u"#c"_s).chatView->isReadOnly());
+    }
+}
+
+void TestMessageRows::keepsEveryRow()
+{
+    WindowSession session;
+    QStringList expected;
+    for (int number = 0; number < 300; ++number) {
+        const QString text = QString::number(number);
+        session.probe.appendMessageToTab(u"#c"_s, text, u"alice"_s);
+        expected.append(u"alice|"_s + text);
+    }
+    QCOMPARE(session.probe.lines(u"#c"_s), expected);
+}
+
+// ---------------------------------------------------------------------------------------------
+// The cells
+
+void TestMessageRows::writesTheTime()
+{
+    WindowSession session;
+    for (const QString &name : {Server, u"#c"_s}) {
+        const QDateTime before = QDateTime::currentDateTime();
+        session.probe.appendMessageToTab(name, u"x"_s, u"alice"_s);
+        const QDateTime after = QDateTime::currentDateTime();
+        const Cell cell = lastCell(session.probe, name, 0);
+        QVERIFY(cell.text == before.toString(u"[HH:mm:ss]"_s)
+                || cell.text == after.toString(u"[HH:mm:ss]"_s));
+        QCOMPARE(cell.alignment, Qt::AlignLeft);
+        QCOMPARE(cell.format.foreground().color(), Grey);
+        QVERIFY(!cell.cellFormat.hasProperty(QTextFormat::TableCellRightBorder));
+    }
+}
+
+void TestMessageRows::formatsTheTimeAsPreferred()
+{
+    WindowSession session;
+    session.probe.timestampFormat() = u"'at' yyyy"_s;
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    const QRegularExpression expected(uR"(^at \d{4}$)"_s);
+    QVERIFY(expected.match(lastCell(session.probe, u"#c"_s, 0).text).hasMatch());
+    session.probe.timestampFormat().clear();
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    QCOMPARE(session.probe.lines(u"#c"_s).size(), 2);
+}
+
+void TestMessageRows::keepsTheTimeOfWrittenRows()
+{
+    WindowSession session;
+    session.probe.timestampFormat() = u"'old'"_s;
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    session.probe.timestampFormat() = u"'new'"_s;
+    session.probe.appendMessageToTab(u"#c"_s, u"y"_s);
+    const QTextTable &table = tableOf(session.probe, u"#c"_s);
+    QCOMPARE(table.cellAt(1, 0).firstCursorPosition().block().text(), u"old"_s);
+    QCOMPARE(table.cellAt(2, 0).firstCursorPosition().block().text(), u"new"_s);
+}
+
+void TestMessageRows::writesTheNick_data()
+{
+    QTest::addColumn<QString>("nick");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QColor>("color");
+
+    QTest::newRow("alice") << u"alice"_s << u"alice  "_s << QColor(u"#9e9e9e"_s);
+    QTest::newRow("bob") << u"bob"_s << u"bob  "_s << QColor(u"#ad1457"_s);
+    QTest::newRow("carol") << u"carol"_s << u"carol  "_s << QColor(u"#424242"_s);
+    // The user's own nick has no colour of its own.
+    QTest::newRow("own") << u"me"_s << u"me  "_s << QColor(u"#f9a825"_s);
+    QTest::newRow("16 units") << u"abcdefghijklmnop"_s << u"abcdefghijklmnop  "_s
+                              << QColor(u"#f9a825"_s);
+    QTest::newRow("17 units") << u"abcdefghijklmnopq"_s << u"abcdefghijklmno\u2026  "_s
+                              << QColor(u"#78909c"_s);
+}
+
+void TestMessageRows::writesTheNick()
+{
+    QFETCH(const QString, nick);
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s, nick);
+    const Cell cell = lastCell(session.probe, u"#c"_s, 1);
+    QTEST(cell.text, "shown");
+    QCOMPARE(cell.alignment, Qt::AlignRight);
+    QCOMPARE(cell.format.fontWeight(), 700);
+    QVERIFY(!cell.format.fontItalic());
+    QTEST(cell.format.foreground().color(), "color");
+    QCOMPARE(cell.cellFormat.rightBorder(), 1.0);
+    QCOMPARE(cell.cellFormat.rightBorderStyle(), QTextFrameFormat::BorderStyle_Solid);
+    QCOMPARE(cell.cellFormat.rightBorderBrush(), QBrush(Grey));
+}
+
+void TestMessageRows::writesNoNickForTheSystem()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    const Cell cell = lastCell(session.probe, u"#c"_s, 1);
+    QCOMPARE(cell.text, u"  "_s);
+    QCOMPARE(cell.format.fontWeight(), 700);
+    QVERIFY(!cell.format.hasProperty(QTextFormat::ForegroundBrush));
+    QCOMPARE(cell.cellFormat.rightBorder(), 1.0);
+    QCOMPARE(cell.cellFormat.rightBorderBrush(), QBrush(Grey));
+}
+
+void TestMessageRows::writesTheText()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#c"_s, u"hello there"_s, u"alice"_s);
+    const Cell cell = lastCell(session.probe, u"#c"_s, 2);
+    QCOMPARE(cell.text, u" hello there"_s);
+    QCOMPARE(cell.alignment, Qt::AlignLeft);
+    QVERIFY(!cell.format.hasProperty(QTextFormat::ForegroundBrush));
+    QVERIFY(!cell.cellFormat.hasProperty(QTextFormat::TableCellRightBorder));
+}
+
+void TestMessageRows::dimsStatusLines()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(u"#c"_s, u"joined #c"_s, u"alice"_s, true);
+    QCOMPARE(lastCell(session.probe, u"#c"_s, 2).text, u" joined #c"_s);
+    QCOMPARE(lastCell(session.probe, u"#c"_s, 2).format.foreground().color(), Grey);
+    QCOMPARE(lastCell(session.probe, u"#c"_s, 1).format.foreground().color(), QColor(u"#9e9e9e"_s));
+}
+
+void TestMessageRows::showsNoSenderOnServer()
+{
+    WindowSession session;
+    session.probe.appendMessageToTab(Server, u"a line"_s, u"alice"_s);
+    QCOMPARE(tableOf(session.probe, Server).columns(), 2);
+    QCOMPARE(lastCell(session.probe, Server, 1).text, u"a line"_s);
+    QCOMPARE(lastCell(session.probe, Server, 1).alignment, Qt::AlignLeft);
+    QVERIFY(!session.probe.tabs().value(Server).chatView->toPlainText().contains(u"alice"_s));
+}
+
+void TestMessageRows::keepsControlCodes_data()
+{
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("bold") << u"a \x02"
+                             "bold\x02 word"_s;
+    QTest::newRow("colour") << u"\x03"
+                               "04,01red\x03"_s;
+    QTest::newRow("action") << u"\x01"
+                               "ACTION waves\x01"_s;
+    QTest::newRow("markup") << u"<b>not bold</b> &amp;"_s;
+    QTest::newRow("emoji") << u"smile \U0001F60A"_s;
+    QTest::newRow("placeholder") << u"%1 %2 %3"_s;
+}
+
+void TestMessageRows::keepsControlCodes()
+{
+    QFETCH(const QString, text);
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.say(u":alice!u@h PRIVMSG #c :"_s + text));
+    QCOMPARE(lastCell(session.probe, u"#c"_s, 2).text, QString(u' ' + text));
+    QVERIFY(lastCell(session.probe, u"#c"_s, 2).format.properties().isEmpty());
+}
+
+void TestMessageRows::linksAddresses_data()
+{
+    QTest::addColumn<QString>("tab");
+    QTest::addColumn<bool>("isStatus");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("shown");
+
+    QTest::newRow("channel") << u"#c"_s << false << 2 << u" see https://example.org/a now"_s;
+    QTest::newRow("status line") << u"#c"_s << true << 2 << u" see https://example.org/a now"_s;
+    QTest::newRow("server") << Server << false << 1 << u"see https://example.org/a now"_s;
+}
+
+void TestMessageRows::linksAddresses()
+{
+    QFETCH(const QString, tab);
+    QFETCH(const bool, isStatus);
+    QFETCH(const int, column);
+    WindowSession session;
+    session.probe.appendMessageToTab(tab, u"see https://example.org/a now"_s, u"alice"_s, isStatus);
+    QTEST(lastCell(session.probe, tab, column).text, "shown");
+    const QTextTable &table = tableOf(session.probe, tab);
+    const QTextBlock block = table.cellAt(1, column).firstCursorPosition().block();
+    QMap<QString, QString> targets; // By the text that carries them.
+    for (auto run = block.begin(); !run.atEnd(); ++run) {
+        const QTextFragment fragment = run.fragment();
+        if (fragment.charFormat().isAnchor())
+            targets.insert(fragment.text(), fragment.charFormat().anchorHref());
+        else
+            QCOMPARE(fragment.charFormat().foreground().color() == Grey, isStatus);
+    }
+    QCOMPARE(targets,
+             (QMap<QString, QString>{{u"https://example.org/a"_s, u"https://example.org/a"_s}}));
+}
+
+// ---------------------------------------------------------------------------------------------
+// While away
+
+void TestMessageRows::marksOwnLinesWhileAway_data()
+{
+    QTest::addColumn<bool>("isAway");
+    QTest::addColumn<QString>("pendingNick");
+    QTest::addColumn<QString>("sender");
+    QTest::addColumn<bool>("isMarked");
+
+    QTest::newRow("own") << true << QString() << u"me"_s << true;
+    QTest::newRow("own in another case") << true << QString() << u"ME"_s << true;
+    QTest::newRow("other") << true << QString() << u"bob"_s << false;
+    QTest::newRow("asked for") << true << u"bob"_s << u"bob"_s << true;
+    QTest::newRow("asked for in another case") << true << u"bob"_s << u"Bob"_s << true;
+    QTest::newRow("own with another asked for") << true << u"bob"_s << u"me"_s << true;
+    QTest::newRow("system") << true << QString() << QString() << false;
+    QTest::newRow("own while here") << false << QString() << u"me"_s << false;
+    QTest::newRow("asked for while here") << false << u"bob"_s << u"bob"_s << false;
+}
+
+void TestMessageRows::marksOwnLinesWhileAway()
+{
+    QFETCH(const bool, isAway);
+    QFETCH(const QString, pendingNick);
+    QFETCH(const QString, sender);
+    QFETCH(const bool, isMarked);
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.probe.isAway() = isAway;
+    session.probe.awayMessage() = u"at lunch"_s;
+    session.probe.pendingNick() = pendingNick;
+    session.probe.appendMessageToTab(u"#c"_s, u"hello"_s, sender);
+
+    const Cell nick = lastCell(session.probe, u"#c"_s, 1);
+    const Cell text = lastCell(session.probe, u"#c"_s, 2);
+    QCOMPARE(nick.format.fontItalic(), isMarked);
+    QCOMPARE(nick.format.foreground().color() == QColor(u"#AAAAAA"_s), isMarked);
+    QCOMPARE(nick.format.fontWeight(), 700);
+    QCOMPARE(text.text, isMarked ? u"[Away: at lunch] hello"_s : u" hello"_s);
+    QCOMPARE(text.format.foreground().color() == Grey, isMarked);
+}
+
+void TestMessageRows::marksOwnStatusLinesWithoutAPrefix()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.probe.isAway() = true;
+    session.probe.awayMessage() = u"at lunch"_s;
+    session.probe.appendMessageToTab(u"#c"_s, u"is away (at lunch)"_s, u"me"_s, true);
+    const Cell nick = lastCell(session.probe, u"#c"_s, 1);
+    QVERIFY(nick.format.fontItalic());
+    QCOMPARE(nick.format.foreground().color(), QColor(u"#AAAAAA"_s));
+    QCOMPARE(lastCell(session.probe, u"#c"_s, 2).text, u" is away (at lunch)"_s);
+    QCOMPARE(lastCell(session.probe, u"#c"_s, 2).format.foreground().color(), Grey);
+}
+
+void TestMessageRows::marksOwnLinesOnServerWhileAway()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.probe.isAway() = true;
+    session.probe.awayMessage() = u"at lunch"_s;
+    session.probe.appendMessageToTab(Server, u"hello"_s, u"me"_s);
+    QCOMPARE(lastCell(session.probe, Server, 1).text, u"[Away: at lunch] hello"_s);
+    QCOMPARE(lastCell(session.probe, Server, 1).format.foreground().color(), Grey);
+}
+
+void TestMessageRows::takesAnEmptySenderForTheUserBeforeThereIsANick()
+{
+    WindowSession session;
+    QCOMPARE(session.probe.connection().currentNick(), QString());
+    session.probe.isAway() = true;
+    session.probe.awayMessage() = u"gone"_s;
+    session.probe.appendMessageToTab(u"#c"_s, u"hello"_s);
+    QCOMPARE(lastCell(session.probe, u"#c"_s, 2).text, u"[Away: gone] hello"_s);
+    QCOMPARE(lastCell(session.probe, u"#c"_s, 2).format.foreground().color(), Grey);
+    // Where there is no nick there is nothing to colour.
+    const Cell nick = lastCell(session.probe, u"#c"_s, 1);
+    QCOMPARE(nick.text, u"  "_s);
+    QVERIFY(!nick.format.fontItalic());
+    QVERIFY(!nick.format.hasProperty(QTextFormat::ForegroundBrush));
+}
+
+void TestMessageRows::takesTheSystemForItselfOnceThereIsANick()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.probe.isAway() = true;
+    session.probe.appendMessageToTab(Server, u"hello"_s);
+    QCOMPARE(lastCell(session.probe, Server, 1).text, u"hello"_s);
+    QVERIFY(!lastCell(session.probe, Server, 1).format.hasProperty(QTextFormat::ForegroundBrush));
+}
+
+void TestMessageRows::fillsTheAwayTextInOneStep()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.probe.isAway() = true;
+    session.probe.awayMessage() = u"%2 %1"_s;
+    session.probe.appendMessageToTab(u"#c"_s, u"%1"_s, u"me"_s);
+    QCOMPARE(lastCell(session.probe, u"#c"_s, 2).text, u"[Away: %2 %1] %1"_s);
+}
+
+void TestMessageRows::usesTheAwayStateOfTheMoment()
+{
+    // Two lines of one read with a change of the state between them.
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.probe.isAway() = true;
+    session.probe.awayMessage() = u"gone"_s;
+    connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,
+            [&session](const QString &line) {
+                if (line.endsWith(u"two"_s))
+                    session.probe.isAway() = false;
+            });
+    session.server.sendBytes(":me!u@h PRIVMSG #c :one\r\n:me!u@h PRIVMSG #c :two\r\n"_ba);
+    QTRY_COMPARE(session.probe.lines(u"#c"_s),
+                 (QStringList{u"me|[Away: gone] one"_s, u"me|two"_s}));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Lines that are dropped
+
+void TestMessageRows::dropsLinesForATabWithoutAView()
+{
+    WindowSession session;
+    auto *page = new QWidget;
+    MainWindow::TabInfo info;
+    info.page = page;
+    session.probe.tabs().insert(u"List"_s, info);
+    session.probe.tabWidget().addTab(page, u"List"_s);
+    QTest::ignoreMessage(
+            QtWarningMsg,
+            QRegularExpression(u"^appendMessageToTab: chatView is null for tab \"?List\"?$"_s));
+    session.probe.appendMessageToTab(u"List"_s, u"x"_s, u"alice"_s);
+    QCOMPARE(session.probe.tabs().value(u"List"_s).table, nullptr);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"List"_s}));
+    QCOMPARE(session.probe.currentTabName(), Server);
+    QVERIFY(session.probe.lines(Server).isEmpty());
+}
+
+// ---------------------------------------------------------------------------------------------
+// Scrolling
+
+void TestMessageRows::bringsAReaderBackToTheEnd()
+{
+    WindowSession session;
+    for (int number = 0; number < 60; ++number)
+        session.probe.appendMessageToTab(u"#c"_s, QString::number(number), u"alice"_s);
+    const QTextBrowser &view = *session.probe.tabs().value(u"#c"_s).chatView;
+    QTRY_VERIFY(view.verticalScrollBar()->maximum() > 0);
+    QTRY_VERIFY(isAtTheEnd(view));
+    view.verticalScrollBar()->setValue(0);
+    QVERIFY(!isAtTheEnd(view));
+    session.probe.appendMessageToTab(u"#c"_s, u"last"_s, u"alice"_s);
+    QTRY_VERIFY(isAtTheEnd(view));
+    QVERIFY(view.textCursor().atEnd());
+}
+
+void TestMessageRows::scrollsTabsThatAreNotShown()
+{
+    WindowSession session;
+    for (int number = 0; number < 60; ++number)
+        session.probe.appendMessageToTab(u"#c"_s, QString::number(number), u"alice"_s);
+    const QTextBrowser &view = *session.probe.tabs().value(u"#c"_s).chatView;
+    QTRY_VERIFY(view.verticalScrollBar()->maximum() > 0);
+    view.verticalScrollBar()->setValue(0);
+    session.probe.showTab(Server);
+    session.probe.appendMessageToTab(u"#c"_s, u"last"_s, u"alice"_s);
+    QVERIFY(view.textCursor().atEnd());
+    session.probe.showTab(u"#c"_s);
+    QTRY_VERIFY(isAtTheEnd(view));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Lines that come together
+
+void TestMessageRows::writesTheLinesOfAReadInTheirOrder()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QByteArray read;
+    QStringList expected;
+    for (int number = 0; number < 50; ++number) {
+        read += ":alice!u@h PRIVMSG #c :" + QByteArray::number(number) + "\r\n";
+        expected.append(u"alice|"_s + QString::number(number));
+    }
+    session.server.sendBytes(read);
+    QTRY_COMPARE(session.probe.lines(u"#c"_s), expected);
+    QCOMPARE(tableOf(session.probe, u"#c"_s).rows(), 51);
+}
+
+void TestMessageRows::writesTheLinesOfTwoReadsInTheirOrder()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    // The second read comes while the first is being handled: a slot runs the loop meanwhile.
+    bool nested = false;
+    connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,
+            [&](const QString &line) {
+                if (!line.endsWith(u"two"_s) || nested)
+                    return;
+                nested = true;
+                session.server.sendBytes(":b!u@h PRIVMSG #c :four\r\n:b!u@h PRIVMSG #d :x\r\n"_ba);
+                QEventLoop loop;
+                QTimer::singleShot(0, &loop, &QEventLoop::quit);
+                loop.exec();
+            });
+    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"
+                             ":a!u@h PRIVMSG #c :three\r\n"_ba);
+    QTRY_COMPARE(session.probe.lines(u"#d"_s), QStringList{u"b|x"_s});
+    QVERIFY(nested);
+    QStringList lines = session.probe.lines(u"#c"_s);
+    // The loop within may come before or after the line that it was run for; nothing is lost, and
+    // nothing is written twice.
+    lines.sort();
+    QCOMPARE(lines, (QStringList{u"a|one"_s, u"a|three"_s, u"a|two"_s, u"b|four"_s}));
+}
+
+void TestMessageRows::writesALineThatIsCutInTwoReads()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIV"_ba);
+    QTRY_COMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s});
+    session.server.sendBytes("MSG #c :two\r\n"_ba);
+    QTRY_COMPARE(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|two"_s}));
+}
+
+void TestMessageRows::writesTheLinesOfAReadToTheirTabs()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:irc.test NOTICE * :hello\r\n"
+                             ":a!u@h PRIVMSG me :two\r\n:a!u@h PRIVMSG #c :three\r\n"_ba);
+    QTRY_COMPARE(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|three"_s}));
+    QCOMPARE(session.probe.lines(u"a"_s), QStringList{u"a|two"_s});
+    QCOMPARE(session.probe.lines(Server).last(), u"<< :irc.test NOTICE * :hello"_s);
+}
+
+void TestMessageRows::writesTheLinesOfAReadThroughARename()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.server.sendBytes(":a!u@h PRIVMSG me :one\r\n:b!u@h PRIVMSG me :other\r\n"
+                             ":a!u@h NICK b\r\n:b!u@h PRIVMSG me :two\r\n"_ba);
+    QTRY_COMPARE(session.probe.tabTexts(), (QStringList{Server, u"b"_s, u"b"_s}));
+    QCOMPARE(session.probe.lines(u"b"_s),
+             (QStringList{u"a|one"_s, u"a|is now known as b"_s, u"b|two"_s}));
+    // The conversation that lost its record keeps what was said in it.
+    const auto *view = session.probe.tabWidget().widget(2)->findChild<QTextBrowser *>();
+    QVERIFY(view->toPlainText().contains(u"other"_s));
+}
+
+void TestMessageRows::writesTheLinesOfAReadThatEndsTheSession()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,
+            [&session](const QString &line) {
+                if (line.endsWith(u"two"_s))
+                    session.probe.connection().disconnectFromServer();
+            });
+    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"
+                             ":a!u@h PRIVMSG #c :three\r\n"_ba);
+    QTRY_VERIFY(session.probe.lines(Server).contains(u"*** Disconnected."_s));
+    QCOMPARE(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|two"_s, u"a|three"_s}));
+}
+
+void TestMessageRows::writesTheRowsOfAReadForAClosedTab()
+{
+    // A tab that is closed before the read has ended takes its lines with it.
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,
+            [&session](const QString &line) {
+                if (line.endsWith(u"two"_s))
+                    session.probe.closeTab(1);
+            });
+    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"_ba);
+    QTRY_COMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|two"_s});
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
+}
+
+QTEST_MAIN(TestMessageRows)
+#include "tst_MessageRows.moc"
