@@ -21,7 +21,7 @@ namespace {
 // started first is none: nobody on it could keep the machine awake.
 QString sessionAddress()
 {
-    const QString given = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    QString given = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
     if (!given.isEmpty() && !given.startsWith("autolaunch:"_L1))
         return given;
     const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
