@@ -2,12 +2,6 @@
 
 #include "FormFields.h"
 
-#include <QCheckBox>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QPushButton>
-#include <QSettings>
-
 using namespace Qt::StringLiterals;
 
 ConnectDialogPage::ConnectDialogPage()
@@ -50,17 +44,18 @@ void ConnectDialogPage::typeServer(const QString &host, const QString &newPort) 
     port->setText(newPort);
 }
 
+void ConnectDialogPage::openMenu(const QString &row)
+{
+    if (!select(row))
+        return;
+    dialog.show();
+    list->scrollToItem(list->currentItem());
+    const QPoint pos = list->visualItemRect(list->currentItem()).center();
+    list->setCurrentItem(nullptr); // The click is to make the row current.
+    Q_EMIT list->customContextMenuRequested(pos);
+}
+
 QPushButton *ConnectDialogPage::button(const QString &name) const
 {
     return dialog.findChild<QPushButton *>(name);
-}
-
-QMap<QString, QVariant> storeContents()
-{
-    const QSettings settings;
-    QMap<QString, QVariant> contents;
-    const QStringList keys = settings.allKeys();
-    for (const QString &key : keys)
-        contents.insert(key, settings.value(key));
-    return contents;
 }

@@ -2,14 +2,11 @@
 
 #include "ConnectDialog.h"
 
-#include <QMap>
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
 #include <QStringList>
-#include <QVariant>
-
-class QCheckBox;
-class QLineEdit;
-class QListWidget;
-class QPushButton;
 
 /// A connect dialog and the parts of it that a user sees, found by their labels and names.
 ///
@@ -33,7 +30,15 @@ public:
     /// Types over host and port, as for a server that is not picked from the list.
     void typeServer(const QString &host, const QString &newPort) const;
 
+    /// Right-clicks the row with this text in the middle, after showing it.
+    void openMenu(const QString &row);
+
     [[nodiscard]] QPushButton *button(const QString &name) const;
+
+    void clickConnect() const { button(QStringLiteral("connectButton"))->click(); }
+    void clickAdd() const { button(QStringLiteral("addButton"))->click(); }
+    void clickEdit() const { button(QStringLiteral("editButton"))->click(); }
+    void clickDelete() const { button(QStringLiteral("deleteButton"))->click(); }
 
     ConnectDialog dialog{nullptr};
     QLineEdit *server;
@@ -44,6 +49,3 @@ public:
     QCheckBox *ssl;
     QListWidget *list;
 };
-
-/// All that the settings store holds, by key.
-[[nodiscard]] QMap<QString, QVariant> storeContents();
