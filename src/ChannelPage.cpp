@@ -39,6 +39,8 @@ QLabel *createTopicLabel()
     label->setWordWrap(true);
     label->setOpenExternalLinks(true);
     label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    // Left to itself it is as wide as its longest word, and so would be the whole window.
+    label->setMinimumWidth(1);
     return label;
 }
 
