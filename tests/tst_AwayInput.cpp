@@ -1,0 +1,288 @@
+#include "IRCConnection.h"
+#include "MyTabWidget.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QAction>
+#include <QListWidget>
+#include <QStatusBar>
+#include <QTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// What a session does from now on: the lines that it writes and the lines that go out.
+class Steps final
+{
+public:
+    explicit Steps(WindowSession &watched)
+        : session(watched)
+    {
+        static_cast<void>(session.takeSent());
+        for (auto tab = session.probe.tabs().cbegin(); tab != session.probe.tabs().cend(); ++tab)
+            counts.insert(tab.key(), session.probe.lines(tab.key()).size());
+    }
+
+    // The new lines of each tab that has any, by tab.
+    [[nodiscard]] QMap<QString, QStringList> lines() const
+    {
+        QMap<QString, QStringList> found;
+        for (auto count = counts.cbegin(); count != counts.cend(); ++count) {
+            const QStringList fresh = session.probe.lines(count.key()).mid(*count);
+            if (!fresh.isEmpty())
+                found.insert(count.key(), fresh);
+        }
+        return found;
+    }
+    [[nodiscard]] QStringList sent() const { return session.takeSent(); }
+
+private:
+    WindowSession &session;
+    QMap<QString, qsizetype> counts;
+};
+
+using Lines = QMap<QString, QStringList>;
+
+} // namespace
+
+class TestAwayInput final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+
+    void goesAway_data();
+    void goesAway();
+    void tellsTheConversationsLater();
+    void tellsTheConversationsInOrder();
+    void tellsTheLatestMessage();
+    void tellsWithTheNickOfTheMoment();
+    void leavesOutTheList();
+    void marksWhatIsSaidAway();
+
+    void comesBack_data();
+    void comesBack();
+    void comesBackWithoutHavingBeenAway();
+    void comesBackForANewNick();
+    void staysForANickThatIsMissing();
+
+private:
+    std::unique_ptr<TemporaryStore> store;
+};
+
+void TestAwayInput::initTestCase()
+{
+    store = std::make_unique<TemporaryStore>();
+}
+
+void TestAwayInput::init()
+{
+    store->clear();
+}
+
+void TestAwayInput::goesAway_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("message");
+
+    const auto add = [](const QString &typed, const QString &message) {
+        QTest::newRow(qUtf8Printable(typed)) << typed << message;
+    };
+    add(u"/away lunch"_s, u"lunch"_s);
+    add(u"/away"_s, u"Away"_s);
+    add(u"/a"_s, u"Away"_s);
+    add(u"/A back at  two"_s, u"back at  two"_s);
+    add(u"/AWAY   lunch"_s, u"lunch"_s);
+    add(u"/away %1 %2"_s, u"%1 %2"_s);
+    add(u"/ away"_s, u"away"_s);
+}
+
+void TestAwayInput::goesAway()
+{
+    QFETCH(const QString, typed);
+    QFETCH(const QString, message);
+
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me bob"_s));
+    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    const Steps steps(session);
+    session.probe.typeLine(typed);
+    QVERIFY(session.probe.isAway());
+    QCOMPARE(session.probe.awayMessage(), message);
+    QCOMPARE(session.probe.awayAction().text(), u"Unmark Away"_s);
+    QCOMPARE(steps.sent(), QStringList{u"AWAY :"_s + message});
+    const QString said = u"me|is away (%1)"_s.arg(message);
+    QCOMPARE(steps.lines(),
+             (Lines{{u"Server"_s, {u"*** You are marked as away (%1)"_s.arg(message)}},
+                    {u"#a"_s, {said}},
+                    {u"bob"_s, {said}}}));
+}
+
+void TestAwayInput::tellsTheConversationsLater()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me"_s));
+    const Steps steps(session);
+    session.probe.typeLine(u"/away lunch"_s);
+    QCOMPARE(steps.lines(), (Lines{{u"Server"_s, {u"*** You are marked as away (lunch)"_s}}}));
+    QTRY_COMPARE(steps.lines().value(u"#a"_s), QStringList{u"me|is away (lunch)"_s});
+
+    session.probe.typeLine(u"/back"_s);
+    QCOMPARE(session.probe.lastLine(u"Server"_s), u"*** You are back"_s);
+    QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|is away (lunch)"_s);
+    QTRY_COMPARE(session.probe.lastLine(u"#a"_s), u"me|is back"_s);
+}
+
+void TestAwayInput::tellsTheConversationsInOrder()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    // "Server" stands in the midst of the names' order.
+    for (const QString &name : {u"bob"_s, u"#b"_s, u"#a"_s, u"Anna"_s})
+        session.probe.appendMessageToTab(name, u"hi"_s, u"x"_s);
+    // A conversation closed before its turn is opened again by its line, behind the others: the
+    // order of the turns becomes the order of the tabs.
+    session.probe.typeLine(u"/away lunch"_s);
+    session.probe.showTab(u"Server"_s);
+    while (session.probe.tabWidget().count() > 1)
+        session.probe.closeTab(1);
+    QTRY_COMPARE(session.probe.tabTexts(),
+                 (QStringList{u"Server"_s, u"#a"_s, u"#b"_s, u"Anna"_s, u"bob"_s}));
+    QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"me|is away (lunch)"_s});
+}
+
+void TestAwayInput::tellsTheLatestMessage()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me"_s));
+    const Steps steps(session);
+    session.probe.typeLine(u"/away one"_s);
+    session.probe.typeLine(u"/away two"_s);
+    QCOMPARE(steps.sent(), (QStringList{u"AWAY :one"_s, u"AWAY :two"_s}));
+    QCOMPARE(
+            steps.lines(),
+            (Lines{{u"Server"_s,
+                    {u"*** You are marked as away (one)"_s, u"*** You are marked as away (two)"_s}},
+                   {u"#a"_s, {u"me|is away (two)"_s, u"me|is away (two)"_s}}}));
+    QCOMPARE(session.probe.awayAction().text(), u"Unmark Away"_s);
+}
+
+void TestAwayInput::tellsWithTheNickOfTheMoment()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me"_s));
+    session.probe.typeLine(u"/away lunch"_s);
+    emit session.probe.connection().nickChanged(u"me"_s, u"new"_s);
+    QTRY_COMPARE(session.probe.lastLine(u"#a"_s), u"new|is away (lunch)"_s);
+}
+
+void TestAwayInput::leavesOutTheList()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me"_s));
+    session.probe.appendMessageToTab(u"List"_s, u"rows"_s);
+    const Steps steps(session);
+    session.probe.typeLine(u"/away"_s);
+    session.probe.typeLine(u"/back"_s);
+    static_cast<void>(steps.sent());
+    QCOMPARE(steps.lines().keys(), (QStringList{u"#a"_s, u"Server"_s}));
+}
+
+void TestAwayInput::marksWhatIsSaidAway()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me"_s));
+    session.probe.typeLine(u"/away %2"_s);
+    const Steps steps(session);
+    session.probe.typeLine(u"still %1 here"_s);
+    QCOMPARE(steps.sent(), QStringList{u"PRIVMSG #a :still %1 here"_s});
+    QCOMPARE(steps.lines(), (Lines{{u"#a"_s, {u"me|[Away: %2] still %1 here"_s}}}));
+}
+
+void TestAwayInput::comesBack_data()
+{
+    QTest::addColumn<QString>("typed");
+
+    QTest::newRow("back") << u"/back"_s;
+    QTest::newRow("alias") << u"/b"_s;
+    QTest::newRow("capitals and words") << u"/BACK to work"_s;
+}
+
+void TestAwayInput::comesBack()
+{
+    QFETCH(const QString, typed);
+
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me bob"_s));
+    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    session.probe.typeLine(u"/away lunch"_s);
+    const Steps steps(session);
+    session.probe.typeLine(typed);
+    QVERIFY(!session.probe.isAway());
+    QCOMPARE(session.probe.awayMessage(), QString());
+    QCOMPARE(session.probe.awayAction().text(), u"Marked Away..."_s);
+    QCOMPARE(steps.sent(), QStringList{u"AWAY"_s});
+    QCOMPARE(steps.lines(), (Lines{{u"Server"_s, {u"*** You are back"_s}},
+                                   {u"#a"_s, {u"me|is back"_s}},
+                                   {u"bob"_s, {u"me|is back"_s}}}));
+}
+
+void TestAwayInput::comesBackWithoutHavingBeenAway()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me"_s));
+    const Steps steps(session);
+    session.probe.typeLine(u"/back"_s);
+    QCOMPARE(steps.sent(), QStringList{u"AWAY"_s});
+    QCOMPARE(steps.lines(),
+             (Lines{{u"Server"_s, {u"*** You are back"_s}}, {u"#a"_s, {u"me|is back"_s}}}));
+}
+
+void TestAwayInput::comesBackForANewNick()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, u"me bob"_s));
+    session.probe.typeLine(u"/away lunch"_s);
+    const Steps steps(session);
+    session.probe.typeLine(u"/nick new"_s);
+    QVERIFY(!session.probe.isAway());
+    QCOMPARE(session.probe.awayMessage(), QString());
+    QCOMPARE(session.probe.awayAction().text(), u"Marked Away..."_s);
+    QCOMPARE(session.probe.pendingNick(), u"new"_s);
+    QVERIFY(!session.probe.userList().item(1)->font().italic());
+    QCOMPARE(steps.sent(), (QStringList{u"AWAY"_s, u"NICK new"_s}));
+    // The conversations hear nothing of it.
+    QCOMPARE(steps.lines(), (Lines{{u"Server"_s, {u"*** You are back"_s}}}));
+
+    session.probe.typeLine(u"/nick third"_s);
+    QCOMPARE(steps.sent(), QStringList{u"NICK third"_s});
+}
+
+void TestAwayInput::staysForANickThatIsMissing()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    session.probe.typeLine(u"/away lunch"_s);
+    const Steps steps(session);
+    session.probe.typeLine(u"/nick"_s);
+    QVERIFY(session.probe.isAway());
+    QCOMPARE(steps.sent(), QStringList());
+    QCOMPARE(session.probe.pendingNick(), QString());
+}
+
+QTEST_MAIN(TestAwayInput)
+#include "tst_AwayInput.moc"
