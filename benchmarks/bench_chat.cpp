@@ -6,12 +6,16 @@
 #include "Report.h"
 
 #include <QApplication>
+#include <QMouseEvent>
 #include <QScrollBar>
 #include <QStackedWidget>
+#include <QTest>
 #include <QTextBrowser>
 #include <QTextTable>
 
+#include <functional>
 #include <memory>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -132,11 +136,212 @@ void reportLines()
     }
 }
 
+// Time until the first frame of the new size is painted, and the longest stall after that.
+struct ResizeCost
+{
+    double firstFrame = 0;
+    double longestStall = 0;
+};
+
+ResizeCost resize(Conversation &conversation)
+{
+    ResizeCost cost;
+    const double start = Report::processorTime();
+    conversation.view->resize(conversation.view->width() - 150, 600);
+    conversation.view->repaint();
+    cost.firstFrame = Report::processorTime() - start;
+    cost.longestStall = Report::settle();
+    return cost;
+}
+
+double firstShow(Layout layout, int rows)
+{
+    QStackedWidget stack;
+    stack.resize(900, 600);
+    stack.addWidget(new QWidget);
+    Conversation conversation(layout);
+    stack.addWidget(conversation.view.get());
+    stack.show();
+    conversation.append(rows);
+    Report::settle();
+    const double start = Report::processorTime();
+    stack.setCurrentIndex(1);
+    stack.repaint();
+    const double result = Report::processorTime() - start;
+    Report::settle();
+    stack.removeWidget(conversation.view.get());
+    conversation.view->setParent(nullptr);
+    return result;
+}
+
+// Every view on show or not gets its background anew when a tab opens.
+double newBackground(Layout layout, int views, int rows)
+{
+    QStackedWidget stack;
+    stack.resize(800, 600);
+    std::vector<std::unique_ptr<Conversation>> conversations;
+    for (int i = 0; i < views; ++i) {
+        conversations.push_back(std::make_unique<Conversation>(layout));
+        conversations.back()->append(rows);
+        stack.addWidget(conversations.back()->view.get());
+    }
+    stack.show();
+    Report::settle();
+    const double result = Report::median(5, [&conversations] {
+        for (const auto &conversation : conversations) {
+            QTextBrowser &view = *conversation->view;
+            QPalette palette = view.palette();
+            palette.setColor(QPalette::Base, Qt::white);
+            palette.setColor(QPalette::Window, Qt::white);
+            view.setPalette(palette);
+            view.setAutoFillBackground(true);
+            view.setStyleSheet(u"QTextBrowser {   border: 1px solid #cccccc;   "
+                               "background-color: #ffffff;   border-image: none; }"_s);
+            view.viewport()->update();
+        }
+        QCoreApplication::processEvents();
+    });
+    for (const auto &conversation : conversations) {
+        stack.removeWidget(conversation->view.get());
+        conversation->view->setParent(nullptr);
+    }
+    return result;
+}
+
+using Action = std::function<void(QTextBrowser &)>;
+
+void pressKey(QTextBrowser &view, Qt::Key key)
+{
+    QTest::keyClick(&view, key);
+}
+
+// A step of a selection that is dragged through the rows in sight.
+void dragStep(QTextBrowser &view)
+{
+    static int step = 0;
+    const QPoint target(400, 100 + ++step % 20 * 20);
+    QMouseEvent move(QEvent::MouseMove, target, view.viewport()->mapToGlobal(target),
+                     Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view.viewport(), &move);
+}
+
+void hover(QTextBrowser &view)
+{
+    static int step = 0;
+    const QPoint target(300, 100 + ++step % 20 * 20);
+    QMouseEvent move(QEvent::MouseMove, target, view.viewport()->mapToGlobal(target), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(view.viewport(), &move);
+}
+
+double actionCost(Conversation &conversation, const Action &action)
+{
+    return Report::median(15, [&] {
+        action(*conversation.view);
+        Report::settle();
+    });
+}
+
+void reportUse()
+{
+    constexpr int Rows = 50000;
+    Conversation own(Layout::Own);
+    own.view->show();
+    own.append(Rows);
+    Report::settle();
+    // Seconds for each step, so a fifth of the rows has to do for a comparison.
+    Conversation stock(Layout::Stock);
+    stock.view->show();
+    stock.append(Rows / 5);
+    Report::settle();
+
+    const ResizeCost cost = resize(own);
+    Report::print({.work = u"resized, 50000 rows: first frame (Qt: 10000 rows)"_s,
+                   .unit = u"ms"_s,
+                   .value = cost.firstFrame,
+                   .limit = 50,
+                   .stock = resize(stock).firstFrame});
+    Report::print({.work = u"resized, 50000 rows: longest stall after that"_s,
+                   .unit = u"ms"_s,
+                   .value = cost.longestStall,
+                   .limit = 20,
+                   .stock = {}});
+    Report::print({.work = u"first show of a hidden tab, 50000 rows (Qt: 10000)"_s,
+                   .unit = u"ms"_s,
+                   .value = firstShow(Layout::Own, Rows),
+                   .limit = 50,
+                   .stock = firstShow(Layout::Stock, Rows / 5)});
+
+    const struct
+    {
+        QString name;
+        Action action;
+    } actions[] = {{u"PageUp"_s, [](QTextBrowser &view) { pressKey(view, Qt::Key_PageUp); }},
+                   {u"PageDown"_s, [](QTextBrowser &view) { pressKey(view, Qt::Key_PageDown); }},
+                   {u"Home"_s, [](QTextBrowser &view) { pressKey(view, Qt::Key_Home); }},
+                   {u"End"_s, [](QTextBrowser &view) { pressKey(view, Qt::Key_End); }},
+                   {u"hover"_s, hover}};
+    for (const auto &[name, action] : actions) {
+        Report::print({.work = name + u", 50000 rows (Qt: 10000)"_s,
+                       .unit = u"ms"_s,
+                       .value = actionCost(own, action),
+                       .limit = 5,
+                       .stock = actionCost(stock, action)});
+    }
+    for (Conversation *conversation : {&own, &stock})
+        QTest::mousePress(conversation->view->viewport(), Qt::LeftButton, {}, QPoint(400, 300));
+    Report::print({.work = u"drag selection step, 50000 rows (Qt: 10000)"_s,
+                   .unit = u"ms"_s,
+                   .value = actionCost(own, dragStep),
+                   .limit = 5,
+                   .stock = actionCost(stock, dragStep)});
+}
+
+void reportTabs()
+{
+    Report::print({.work = u"background anew for 51 tabs of 10000 rows (Qt: of 200)"_s,
+                   .unit = u"ms"_s,
+                   .value = newBackground(Layout::Own, 51, 10000),
+                   .limit = 100,
+                   .stock = newBackground(Layout::Stock, 51, 200)});
+}
+
+// Memory once a screen has been painted, so that what a view needs by itself is not counted.
+void reportMemory(Layout layout, int rows)
+{
+    Conversation conversation(layout);
+    conversation.view->show();
+    conversation.append(100);
+    Report::settle();
+    const double before = Report::residentMemory();
+    conversation.append(rows);
+    Report::settle();
+    const double each = (Report::residentMemory() - before) / rows;
+    Report::print({.work = u"memory a row, %1 rows, %2 layout"_s.arg(
+                           QString::number(rows), layout == Layout::Own ? u"own"_s : u"Qt's"_s),
+                   .unit = u"kB"_s,
+                   .value = each,
+                   .limit = layout == Layout::Own ? std::optional(1.6) : std::nullopt,
+                   .stock = {}});
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     const QApplication application(argc, argv);
-    reportLines();
+    const QString part = QString::fromLocal8Bit(argc > 1 ? argv[1] : "");
+    if (part == "lines"_L1)
+        reportLines();
+    else if (part == "use"_L1)
+        reportUse();
+    else if (part == "tabs"_L1)
+        reportTabs();
+    else if (part == "memory"_L1)
+        reportMemory(Layout::Own, 50000);
+    else if (part == "memory-stock"_L1)
+        reportMemory(Layout::Stock, 10000);
+    else
+        return 1;
     return 0;
 }

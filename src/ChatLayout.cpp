@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 
 namespace {
@@ -176,7 +177,8 @@ QRectF ChatLayout::frameBoundingRect(QTextFrame *frame) const
 {
     if (frame != table)
         return {QPointF(), documentSize()};
-    return QRectF(margin(), margin(), tableWidth(), heights.total());
+    // Qt's layout counts the first cell's padding in.
+    return QRectF(margin() + padding, margin() + padding, tableWidth(), heights.total());
 }
 
 QRectF ChatLayout::blockBoundingRect(const QTextBlock &block) const
@@ -217,27 +219,36 @@ void ChatLayout::setShownHeight(int height)
 
 void ChatLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
+    if (!table)
+        startOver();
     // Qt reports a change of the page, the font or the options as the whole document's insertion.
-    if (from == 0 && charsRemoved == 0 && charsAdded == document()->characterCount()) {
-        documentReset();
-        return;
+    const bool isWhole =
+            from == 0 && charsRemoved == 0 && charsAdded == document()->characterCount();
+    if (isWhole)
+        takeSettings();
+    const int count = table ? (document()->blockCount() - 2) / columnCount() : 0;
+    if (count < rowCount())
+        startOver();
+    if (!isWhole) {
+        // A separator that was added at the end of a block starts the next one.
+        const QTextBlock first = document()->findBlock(from);
+        const bool isInNext = count > rowCount() && from == first.position() + first.length() - 1;
+        forget(isInNext ? first.next() : first, from + charsAdded);
     }
-    if (!table)
-        takeTable();
-    if (!table)
-        return;
-    const int count = (document()->blockCount() - 2) / columnCount();
-    if (count < rowCount()) {
-        documentReset();
-        return;
-    }
-    forget(from, from + charsAdded);
     addRows(count - rowCount());
     announceSize();
 }
 
-void ChatLayout::takeTable()
+// Called for a document whose table was made or is gone, and for one that has lost rows.
+void ChatLayout::startOver()
 {
+    clearLentLayouts();
+    cache.clear();
+    rows.clear();
+    heights.assign({});
+    estimates = 0;
+    newestEstimate = -1;
+    table = nullptr;
     for (QTextFrame *frame : document()->rootFrame()->childFrames())
         table = qobject_cast<QTextTable *>(frame);
     if (!table)
@@ -264,7 +275,7 @@ void ChatLayout::updateColumns()
     columnWidths.back() = std::max(columnWidths.back(), rest);
 }
 
-void ChatLayout::documentReset()
+void ChatLayout::takeSettings()
 {
     const int width = std::max(static_cast<int>(document()->pageSize().width()), 0);
     const bool isWidthNew = width != pageWidth;
@@ -277,6 +288,7 @@ void ChatLayout::documentReset()
     font = document()->defaultFont();
     option = document()->defaultTextOption();
     if (isTextNew) {
+        // Heights stay as they are until the rows are looked at again.
         estimator.clear();
         for (Row &row : rows)
             row.isSideSure = row.text.isSure = false;
@@ -329,14 +341,10 @@ void ChatLayout::addRows(int count)
     }
 }
 
-void ChatLayout::forget(int from, int to)
+void ChatLayout::forget(QTextBlock block, int end)
 {
-    QTextBlock block = document()->findBlock(from);
-    // What ends a block belongs to the cell that starts behind it.
-    if (from == block.position() + block.length() - 1)
-        block = block.next();
     bool isRowForgotten = false;
-    for (; block.isValid() && block.position() <= to; block = block.next()) {
+    for (; block.isValid() && block.position() <= end; block = block.next()) {
         const int row = rowOf(block);
         if (block.blockNumber() == 0)
             continue;
@@ -443,16 +451,22 @@ const ChatLayout::Cells &ChatLayout::cellsOf(int row)
     return result;
 }
 
-bool ChatLayout::measure(int top, int bottom)
+bool ChatLayout::measureRows(qreal top, qreal bottom)
 {
     bool isChanged = false;
-    for (int row = rowAt(top); row < rowCount() && rowTop(row) < bottom; ++row) {
+    for (int row = rowAt(static_cast<int>(top)); row < rowCount() && rowTop(row) < bottom; ++row) {
         if (rowData(row).isExact)
             continue;
         const int before = heights.height(row);
         cellsOf(row);
         isChanged = isChanged || heights.height(row) != before;
     }
+    return isChanged;
+}
+
+bool ChatLayout::measure(int top, int bottom)
+{
+    const bool isChanged = measureRows(top, bottom);
     if (areColumnsStale) {
         reflow();
         return true;
@@ -512,6 +526,10 @@ void ChatLayout::draw(QPainter *painter, const PaintContext &context)
 {
     if (!table)
         return;
+    if (context.clip.isValid())
+        measureRows(context.clip.top(), context.clip.bottom());
+    else
+        measureRows(0, std::numeric_limits<qreal>::max());
     const QSizeF size = documentSize();
     const QRectF bounds(margin(), 0, size.width() - 2 * margin(), size.height());
     PaintContext clipped = context;
@@ -521,13 +539,31 @@ void ChatLayout::draw(QPainter *painter, const PaintContext &context)
         areas << (selection.cursor.currentTable() == table ? selectedCells(selection) : QRect());
 
     const QPen pen = painter->pen();
+    drawFirstBlock(*painter, clipped);
     const int first = rowAt(static_cast<int>(clipped.clip.top()));
-    for (int row = first; row < rowCount() && rowTop(row) <= clipped.clip.bottom(); ++row)
+    for (int row = first; row < rowCount() && rowTop(row) < clipped.clip.bottom(); ++row)
         drawRow(*painter, clipped, row, areas);
     painter->setPen(pen);
     // Scroll bars must not move while something is painted.
     if (areColumnsStale || documentSize() != announcedSize)
         repairTimer.start(0, this);
+}
+
+// The empty block above the table takes no room, yet a selection of it shows.
+void ChatLayout::drawFirstBlock(QPainter &painter, const PaintContext &context) const
+{
+    const QTextBlock block = document()->firstBlock();
+    QList<QTextLayout::FormatRange> ranges;
+    for (const Selection &selection : context.selections) {
+        const QTextLayout::FormatRange range = selectedRange(selection, QRect(), block, QPoint());
+        if (range.length > 0)
+            ranges << range;
+    }
+    if (ranges.isEmpty())
+        return;
+    const QTextLayout &layout = lentLayout(block, std::max(pageWidth - 2 * margin(), 0));
+    painter.setPen(context.palette.color(QPalette::Text));
+    layout.draw(&painter, QPointF(margin(), margin()), ranges, context.clip);
 }
 
 void ChatLayout::drawRow(QPainter &painter, const PaintContext &context, int row,

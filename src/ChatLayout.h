@@ -104,12 +104,12 @@ private:
     [[nodiscard]] Row &rowData(int row) { return rows[static_cast<std::size_t>(row)]; }
     [[nodiscard]] int rowOf(const QTextBlock &block) const;
 
-    void takeTable();
+    void startOver();
     void updateColumns();
-    void documentReset();
+    void takeSettings();
     void reflow();
     void addRows(int count);
-    void forget(int from, int to);
+    void forget(QTextBlock block, int end);
     void estimate(int row);
     [[nodiscard]] int estimatedHeight(const Row &row) const;
     [[nodiscard]] bool fits(const Row &row) const;
@@ -118,8 +118,10 @@ private:
     [[nodiscard]] Cells layOut(int row) const;
     void take(int row, const Cells &cells);
     const Cells &cellsOf(int row);
+    bool measureRows(qreal top, qreal bottom);
     void announceSize();
 
+    void drawFirstBlock(QPainter &painter, const PaintContext &context) const;
     void drawRow(QPainter &painter, const PaintContext &context, int row,
                  const QList<QRect> &areas);
     [[nodiscard]] int hitTable(const QPointF &point, Qt::HitTestAccuracy accuracy) const;

@@ -1,0 +1,112 @@
+#include "ViewPair.h"
+
+#include "ChatLayout.h"
+
+#include <QDir>
+#include <QScrollBar>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Patience = 30000; // In ms.
+
+QImage picture(QWidget &widget, qreal ratio)
+{
+    QImage image(widget.size() * ratio, QImage::Format_RGB32);
+    image.setDevicePixelRatio(ratio);
+    image.fill(Qt::magenta);
+    widget.render(&image);
+    return image;
+}
+
+QString compare(const QImage &stock, const QImage &own)
+{
+    if (stock == own)
+        return {};
+    const QString folder = qEnvironmentVariable("SAVE_DIFFERENCES");
+    if (!folder.isEmpty()) {
+        stock.save(QDir(folder).filePath(u"stock.png"_s));
+        own.save(QDir(folder).filePath(u"own.png"_s));
+    }
+    for (int y = 0; y < stock.height(); ++y) {
+        for (int x = 0; x < stock.width(); ++x) {
+            if (stock.pixel(x, y) != own.pixel(x, y))
+                return u"first at %1, %2"_s.arg(QString::number(x), QString::number(y));
+        }
+    }
+    return u"in size"_s;
+}
+
+} // namespace
+
+ViewPair::ViewPair(QSize size, int columns)
+    : stock(&window)
+    , own(&window)
+{
+    both([](QTextBrowser &view) { view.setFocusPolicy(Qt::NoFocus); });
+    resize(size);
+    stockTable = ChatTable::create(stock, columns);
+    ownTable = ChatTable::create(own, columns);
+    window.show();
+}
+
+void ViewPair::append(const QList<ChatRow> &rows)
+{
+    ChatTable::appendRows(*stockTable, rows);
+    ChatTable::appendRows(*ownTable, rows);
+}
+
+void ViewPair::both(const std::function<void(QTextBrowser &)> &work)
+{
+    work(stock);
+    work(own);
+}
+
+void ViewPair::resize(QSize size)
+{
+    window.resize(2 * size.width(), size.height());
+    stock.setGeometry(QRect(QPoint(), size));
+    own.setGeometry(QRect(QPoint(size.width(), 0), size));
+}
+
+bool ViewPair::measure() const
+{
+    return QTest::qWaitFor([this] { return !layout().hasEstimates(); }, Patience);
+}
+
+void ViewPair::scrollTo(int value)
+{
+    both([value](QTextBrowser &view) {
+        view.verticalScrollBar()->setValue(value);
+        view.horizontalScrollBar()->setValue(0);
+    });
+}
+
+QString ViewPair::difference(qreal ratio)
+{
+    const QString place = compare(picture(stock, ratio), picture(own, ratio));
+    return place.isEmpty() ? place
+                           : u"at height %1, ratio %2: %3"_s.arg(
+                                   QString::number(own.verticalScrollBar()->value()),
+                                   QString::number(ratio), place);
+}
+
+QString ViewPair::differenceAnywhere(qreal ratio)
+{
+    const int end = stock.verticalScrollBar()->maximum();
+    const int step = stock.viewport()->height();
+    for (int value = 0; value < end + step; value += step) {
+        scrollTo(std::min(value, end));
+        const QString result = difference(ratio);
+        if (!result.isEmpty())
+            return result;
+    }
+    return {};
+}
+
+ChatLayout &ViewPair::layout() const
+{
+    return *qobject_cast<ChatLayout *>(own.document()->documentLayout());
+}
