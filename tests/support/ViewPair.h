@@ -33,8 +33,8 @@ public:
     /// Moves both scroll bars.
     void scrollTo(int value);
 
-    /// Empty if both look the same when painted at `ratio` device pixels per pixel, frames and
-    /// scroll bars included; otherwise where they differ. With SAVE_DIFFERENCES set to a folder,
+    /// Empty if both look the same when painted at `ratio` device pixels per pixel, frames
+    /// included; otherwise where they differ. With SAVE_DIFFERENCES set to a folder,
     /// the pictures are left there.
     [[nodiscard]] QString difference(qreal ratio = 1);
 
