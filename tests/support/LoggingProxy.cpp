@@ -15,10 +15,13 @@ LoggingProxy::LoggingProxy(quint16 port, Joins treatment, QObject *parent)
     connect(&towardsProgram, &ScriptedServer::lineReceived, this,
             [this](int client, const QString &line) {
                 log.append(u">> "_s + line);
-                towardsServer.value(client)->write(line.toUtf8() + "\r\n");
+                if (QTcpSocket *socket = towardsServer.value(client))
+                    socket->write(line.toUtf8() + "\r\n");
             });
-    connect(&towardsProgram, &ScriptedServer::clientLeft, this,
-            [this](int client) { towardsServer.value(client)->disconnectFromHost(); });
+    connect(&towardsProgram, &ScriptedServer::clientLeft, this, [this](int client) {
+        if (QTcpSocket *socket = towardsServer.value(client))
+            socket->disconnectFromHost();
+    });
 }
 
 quint16 LoggingProxy::port() const
