@@ -1,14 +1,10 @@
-#include "Child.h"
 #include "ConnectDialog.h"
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
-#include "PreparedStore.h"
-#include "ProgramOnScreen.h"
 #include "TemporaryStore.h"
 #include "WindowSession.h"
 
-#include <QApplication>
 #include <QCompleter>
 #include <QLineEdit>
 #include <QListWidget>
@@ -18,16 +14,12 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QShortcut>
-#include <QSignalSpy>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
 #include <QTest>
 #include <QTextBrowser>
-#include <QTimer>
 #include <QVBoxLayout>
-
-#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -63,34 +55,7 @@ QAction *entry(const MainWindow &window, const QString &text)
     return nullptr;
 }
 
-// The share of the splitter that the user list has got, in per cent.
-int shareOfUserList(const MainWindowProbe &probe)
-{
-    const QList<int> sizes = probe.splitter().sizes();
-    return qRound(100.0 * sizes.at(1) / (sizes.at(0) + sizes.at(1)));
-}
-
-// Shortcuts work in the active window only, and without a window manager the closing connect dialog
-// hands this to nobody.
-bool activate(MainWindow &window)
-{
-    window.activateWindow();
-    return QTest::qWaitForWindowActive(&window);
-}
-
-// Runs the event loop until something ends it; -1 if nothing does.
-int runEventLoop()
-{
-    QTimer::singleShot(ScriptedServer::Patience, qApp, [] { QCoreApplication::exit(-1); });
-    return QApplication::exec();
-}
-
-// Makes a session event happen as if the server had caused it.
-using Event = std::function<void(IRCConnection &)>;
-
 } // namespace
-
-Q_DECLARE_METATYPE(Event)
 
 class TestMainWindow final : public QObject
 {
@@ -107,7 +72,6 @@ private slots:
     void storesTheLightTheme();
     void opensTheConnectDialogOnceTheLoopRuns();
     void makesItsConnectionAChildOfItsOwn();
-
     void splitsTabsFromUserList();
     void takesItsOwnTabBar();
     void keepsUserListReadyForItsMenu();
@@ -115,7 +79,6 @@ private slots:
     void laysOutTheInputRow();
     void completesNicksInAPopup();
     void closesTabsByTheStandardKey();
-
     void showsItsMenus_data();
     void showsItsMenus();
     void leavesOnlyEntriesWithoutARoleInPlace_data();
@@ -124,33 +87,8 @@ private slots:
     void enablesWhatIsThere_data();
     void enablesWhatIsThere();
     void keepsTheActionsOfTheUserMenu();
-
     void declaresItsSlotsInOrder();
-    void handlesSessionEvents_data();
-    void handlesSessionEvents();
-    void followsTheOwnNick();
     void connectsItsWidgets();
-
-    void keepsTheRatioWhenResized();
-    void forgetsADraggedRatioWhenResized();
-    void forgetsADraggedRatioWhenTheTabChanges();
-    void leavesTheServerTabToItsShortcut();
-    void closesTheShownTabByItsShortcut();
-    void trustsTheShownTabsNameInItsShortcut();
-    void closesATabByDoubleClick();
-    void leavesTheServerTabByDoubleClick();
-
-    void endsTheLoopWhenClosed();
-    void endsTheLoopByItsQuitEntry();
-    void saysQuitWhenItGoes();
-    void storesNothingWhenItGoes();
-    void goesWithTabsAndALiveSession();
-    void goesWithAConnectDialogUp();
-    void goesWhileTheServerTalks();
-    void closesWithinARead();
-
-    void setsTheProgramUp_data();
-    void setsTheProgramUp();
 
 private:
     TemporaryStore store;
@@ -513,108 +451,6 @@ void TestMainWindow::declaresItsSlotsInOrder()
     QCOMPARE(slotNames, expected);
 }
 
-void TestMainWindow::handlesSessionEvents_data()
-{
-    QTest::addColumn<Event>("event");
-    QTest::addColumn<QString>("tab");
-    QTest::addColumn<QString>("line");
-
-    const auto row = [](const char *name, const Event &event, const QString &tab,
-                        const QString &line) { QTest::newRow(name) << event << tab << line; };
-    row(
-            "connected", [](IRCConnection &connection) { emit connection.connected(); },
-            u"Server"_s, u"*** Connected to server."_s);
-    row(
-            "registered", [](IRCConnection &connection) { emit connection.registered(); },
-            u"Server"_s, u"*** Autojoining #auto"_s);
-    row(
-            "disconnected", [](IRCConnection &connection) { emit connection.disconnected(); },
-            u"Server"_s, u"*** Disconnected."_s);
-    row(
-            "errorOccurred",
-            [](IRCConnection &connection) { emit connection.errorOccurred(u"e"_s); }, u"Server"_s,
-            u"*** Error: e"_s);
-    row(
-            "rawMessageReceived",
-            [](IRCConnection &connection) { emit connection.rawMessageReceived(u"PING :x"_s); },
-            u"Server"_s, u"<< PING :x"_s);
-    row(
-            "serverMessage",
-            [](IRCConnection &connection) { emit connection.serverMessage(u"m"_s); }, u"Server"_s,
-            u"m"_s);
-    row(
-            "privmsgReceived",
-            [](IRCConnection &connection) {
-                emit connection.privmsgReceived(u"a"_s, u"#c"_s, u"t"_s);
-            },
-            u"#c"_s, u"a|t"_s);
-    row(
-            "joinReceived",
-            [](IRCConnection &connection) { emit connection.joinReceived(u"a"_s, u"#c"_s); },
-            u"#c"_s, u"a|joined #c"_s);
-    row(
-            "partReceived",
-            [](IRCConnection &connection) {
-                emit connection.partReceived(u"a"_s, u"#c"_s, u"r"_s);
-            },
-            u"#c"_s, u"a|left #c (r)"_s);
-    row(
-            "nickChanged",
-            [](IRCConnection &connection) { emit connection.nickChanged(u"old"_s, u"new"_s); },
-            u"#known"_s, u"old|is now known as new"_s);
-    row(
-            "namesList and namesListFinished",
-            [](IRCConnection &connection) {
-                emit connection.namesList(u"#c"_s, {u"a"_s});
-                emit connection.namesListFinished(u"#c"_s);
-                emit connection.quitReceived(u"a"_s, u"r"_s);
-            },
-            u"#c"_s, u"a|quit (r)"_s);
-    row(
-            "quitReceived",
-            [](IRCConnection &connection) { emit connection.quitReceived(u"old"_s, u"r"_s); },
-            u"#known"_s, u"old|quit (r)"_s);
-    row(
-            "kickReceived",
-            [](IRCConnection &connection) {
-                emit connection.kickReceived(u"#c"_s, u"a"_s, u"b"_s, u"r"_s);
-            },
-            u"#c"_s, u"a|was kicked by b (r)"_s);
-}
-
-void TestMainWindow::handlesSessionEvents()
-{
-    QFETCH(const Event, event);
-    QFETCH(const QString, tab);
-    WindowSession session;
-    session.probe.autojoinChannels() = QStringList{u"#auto"_s};
-    session.probe.channelUsers().insert(u"#known"_s, {u"old"_s});
-    event(session.probe.connection());
-    const QStringList lines = session.probe.lines(tab);
-    QFETCH(const QString, line);
-    QCOMPARE(lines.count(line), 1);
-}
-
-void TestMainWindow::followsTheOwnNick()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":me!u@h JOIN #c"_s));
-    QVERIFY(session.say(u":irc.test 353 me = #c :@me alice"_s));
-    QVERIFY(session.say(u":irc.test 366 me #c :End"_s));
-    const MainWindowProbe &probe = session.probe;
-    QVERIFY(!probe.userList().item(0)->font().italic());
-
-    probe.isAway() = true;
-    probe.pendingNick() = u"later"_s;
-    session.window.statusBar()->clearMessage();
-    emit probe.connection().ownNickChanged(u"me"_s);
-    QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
-    QVERIFY(probe.userList().item(0)->font().italic());
-    QVERIFY(!probe.userList().item(1)->font().italic());
-    QCOMPARE(probe.pendingNick(), QString());
-}
-
 void TestMainWindow::connectsItsWidgets()
 {
     // Taking a connection away tells whether it was there.
@@ -627,234 +463,6 @@ void TestMainWindow::connectsItsWidgets()
     QVERIFY(disconnect(&probe.splitter(), &QSplitter::splitterMoved, &window, nullptr));
     QVERIFY(disconnect(&probe.inputLine(), &QLineEdit::returnPressed, &window, nullptr));
     QVERIFY(disconnect(window.findChild<QShortcut *>(), &QShortcut::activated, &window, nullptr));
-}
-
-void TestMainWindow::keepsTheRatioWhenResized()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    for (const int width : {1280, 900, 1500}) {
-        session.window.resize(width, 720);
-        QTRY_COMPARE(session.window.width(), width);
-        QTRY_COMPARE(shareOfUserList(session.probe), 20);
-    }
-    session.probe.showTab(u"Server"_s);
-    session.window.resize(1000, 720);
-    QTRY_COMPARE(session.probe.splitter().sizes().at(1), 0);
-}
-
-void TestMainWindow::forgetsADraggedRatioWhenResized()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    // The tab's change sets the ratio once more when it has settled.
-    QCoreApplication::processEvents();
-    QCOMPARE(shareOfUserList(session.probe), 20);
-
-    QSplitterHandle *handle = session.probe.splitter().handle(1);
-    QSignalSpy moved(&session.probe.splitter(), &QSplitter::splitterMoved);
-    const QPoint middle = handle->rect().center();
-    QTest::mousePress(handle, Qt::LeftButton, {}, middle);
-    QTest::mouseMove(handle, middle - QPoint(300, 0));
-    QTest::mouseRelease(handle, Qt::LeftButton, {}, middle);
-    QVERIFY(!moved.isEmpty());
-    QVERIFY(shareOfUserList(session.probe) > 35);
-
-    session.window.resize(session.window.width() + 1, session.window.height());
-    QTRY_COMPARE(shareOfUserList(session.probe), 20);
-}
-
-void TestMainWindow::forgetsADraggedRatioWhenTheTabChanges()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    session.probe.appendMessageToTab(u"#d"_s, u"x"_s);
-    QCoreApplication::processEvents();
-    QCOMPARE(shareOfUserList(session.probe), 20);
-    session.probe.splitter().setSizes({500, 500});
-    QVERIFY(shareOfUserList(session.probe) > 45);
-    session.probe.showTab(u"#d"_s);
-    QTRY_COMPARE(shareOfUserList(session.probe), 20);
-}
-
-void TestMainWindow::leavesTheServerTabToItsShortcut()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    session.probe.showTab(u"Server"_s);
-    QVERIFY(activate(session.window));
-    QTest::keySequence(&session.window, QKeySequence::Close);
-    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
-    QVERIFY(session.window.isVisible());
-}
-
-void TestMainWindow::closesTheShownTabByItsShortcut()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    session.probe.appendMessageToTab(u"bob"_s, u"x"_s);
-    session.probe.showTab(u"bob"_s);
-    QVERIFY(activate(session.window));
-    QTest::keySequence(&session.window, QKeySequence::Close);
-    QTRY_COMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
-    QVERIFY(session.window.isVisible());
-}
-
-void TestMainWindow::trustsTheShownTabsNameInItsShortcut()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    session.probe.currentTabName() = u"Server"_s;
-    emit session.window.findChild<QShortcut *>()->activated();
-    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
-    session.probe.currentTabName() = u"#c"_s;
-    emit session.window.findChild<QShortcut *>()->activated();
-    QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
-}
-
-void TestMainWindow::closesATabByDoubleClick()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    session.probe.appendMessageToTab(u"#d"_s, u"x"_s);
-    QTest::mouseDClick(&session.probe.tabBar(), Qt::LeftButton, {},
-                       session.probe.tabBar().tabRect(2).center());
-    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
-}
-
-void TestMainWindow::leavesTheServerTabByDoubleClick()
-{
-    WindowSession session;
-    QTest::mouseDClick(&session.probe.tabBar(), Qt::LeftButton, {},
-                       session.probe.tabBar().tabRect(0).center());
-    emit session.probe.tabBar().tabBarDoubleClicked(-1); // Beside all tabs.
-    QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
-}
-
-void TestMainWindow::endsTheLoopWhenClosed()
-{
-    WindowSession session;
-    QTimer::singleShot(0, &session.window, [&session] { session.window.close(); });
-    QCOMPARE(runEventLoop(), 0);
-    QVERIFY(!session.window.isVisible());
-}
-
-void TestMainWindow::endsTheLoopByItsQuitEntry()
-{
-    WindowSession session;
-    QTimer::singleShot(0, entry(session.window, u"&Quit"_s), &QAction::trigger);
-    QCOMPARE(runEventLoop(), 0);
-}
-
-void TestMainWindow::saysQuitWhenItGoes()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    QTimer::singleShot(0, &session.window, [&session] { session.window.close(); });
-    QCOMPARE(runEventLoop(), 0);
-    // Closing hides the window; the session ends with the object.
-    QVERIFY(session.probe.connection().isConnected());
-    QVERIFY(!session.takeSent().contains(u"QUIT :Velmora leaving"_s));
-    session.destroyWindow();
-    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
-    QVERIFY(session.server.waitForEnd());
-    QCOMPARE(session.server.lines().count(u"QUIT :Velmora leaving"_s), 1);
-}
-
-void TestMainWindow::storesNothingWhenItGoes()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    session.probe.autojoinChannels() = QStringList{u"#unsaved"_s};
-    session.window.resize(900, 500);
-    store.clear();
-    session.window.close();
-    session.destroyWindow();
-    QCOMPARE(QSettings().allKeys(), QStringList());
-}
-
-void TestMainWindow::goesWithTabsAndALiveSession()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":me!u@h JOIN #c"_s));
-    QVERIFY(session.say(u":irc.test 353 me = #c :@me alice"_s));
-    QVERIFY(session.say(u":irc.test 366 me #c :End"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hello"_s));
-    QVERIFY(session.say(u":me!u@h JOIN :#trailing"_s));
-    session.probe.tabBar().highlightTab(2);
-    session.probe.closeTab(1); // Its page lives on without a tab.
-    session.probe.inputLine().setText(u"half a line"_s);
-    session.probe.showTab(u"bob"_s);
-    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s, QString()}));
-    session.destroyWindow();
-    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
-}
-
-void TestMainWindow::goesWithAConnectDialogUp()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    entry(session.window, u"&Connect..."_s)->trigger();
-    QVERIFY(session.window.findChild<ConnectDialog *>() != nullptr);
-    session.destroyWindow();
-    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
-}
-
-void TestMainWindow::goesWhileTheServerTalks()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    // What lies in the socket unread when the window goes stays unread.
-    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #d :two\r\n:a!u@h PRI"_ba);
-    session.destroyWindow();
-    session.server.send(u"VMSG #c :three"_s);
-    QVERIFY(session.server.waitForEnd());
-}
-
-void TestMainWindow::closesWithinARead()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,
-            [&session](const QString &line) {
-                if (line.endsWith(u"two"_s))
-                    session.window.close();
-            });
-    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #d :two\r\n"_ba);
-    QTRY_VERIFY(!session.window.isVisible());
-    QTRY_COMPARE(session.probe.lines(u"#d"_s), QStringList{u"a|two"_s});
-    QCOMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s});
-    session.destroyWindow();
-    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
-}
-
-void TestMainWindow::setsTheProgramUp_data()
-{
-    QTest::addColumn<QString>("storedTheme");
-
-    QTest::newRow("first start") << QString();
-    QTest::newRow("dark stored") << u"dark"_s;
-}
-
-void TestMainWindow::setsTheProgramUp()
-{
-    QFETCH(const QString, storedTheme);
-    PreparedStore programStore;
-    if (!storedTheme.isEmpty())
-        programStore.setValue(u"theme"_s, storedTheme);
-    Child program;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"XDG_CONFIG_HOME"_s, programStore.configHome());
-    environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
-    program.setProcessEnvironment(environment);
-    QVERIFY(program.launch(ProgramOnScreen::path(), {u"--no-such-option"_s, u"argument"_s}));
-    // The store's place follows from the names of the application and of the organisation.
-    QTRY_COMPARE_WITH_TIMEOUT(programStore.value(u"theme"_s).toString(), u"light"_s,
-                              ScriptedServer::Patience);
-    QCOMPARE(program.state(), QProcess::Running);
-    program.stop();
 }
 
 QTEST_MAIN(TestMainWindow)

@@ -1,20 +1,13 @@
 #include "IRCConnection.h"
-#include "MyTabWidget.h"
 #include "TemporaryStore.h"
 #include "WindowSession.h"
 
 #include <QDateTime>
-#include <QLabel>
-#include <QListWidget>
-#include <QPushButton>
 #include <QRegularExpression>
-#include <QScrollBar>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextBrowser>
 #include <QTextTable>
-#include <QTimer>
-#include <QtMath>
 
 using namespace Qt::StringLiterals;
 
@@ -49,13 +42,6 @@ Cell lastCell(const MainWindowProbe &probe, const QString &tabName, int column)
             .cellFormat = cell.format().toTableCellFormat()};
 }
 
-// What may be left to scroll is the document's margin, which no cursor stands in.
-bool isAtTheEnd(const QTextBrowser &view)
-{
-    const int left = view.verticalScrollBar()->maximum() - view.verticalScrollBar()->value();
-    return left <= qCeil(view.document()->documentMargin());
-}
-
 } // namespace
 
 class TestMessageRows final : public QObject
@@ -65,26 +51,12 @@ class TestMessageRows final : public QObject
 private slots:
     void init();
 
-    // Tabs that lines open
-    void opensATabBehindTheShownOne();
-    void opensATabInFrontOfServer();
-    void opensAChannelWithItsTopicWidgets();
-    void opensAConversationWithItsPeer();
-    void watchesAPeerOnce();
-    void watchesAPeerAgainOnlyIfItWasForgotten();
-    void watchesNobodyForOtherTabs();
-    void watchesWithoutAConnection();
-    void showsNoTopicBeforeTheTabWasShown();
-
-    // The table
     void makesTheTableWithTheFirstLine();
     void laysOutTheTable_data();
     void laysOutTheTable();
     void keepsTheFirstRowEmpty();
     void leavesTheViewReadOnly();
     void keepsEveryRow();
-
-    // The cells
     void writesTheTime();
     void formatsTheTimeAsPreferred();
     void keepsTheTimeOfWrittenRows();
@@ -98,8 +70,6 @@ private slots:
     void keepsControlCodes();
     void linksAddresses_data();
     void linksAddresses();
-
-    // While away
     void marksOwnLinesWhileAway_data();
     void marksOwnLinesWhileAway();
     void marksOwnStatusLinesWithoutAPrefix();
@@ -109,22 +79,6 @@ private slots:
     void fillsTheAwayTextInOneStep();
     void usesTheAwayStateOfTheMoment();
 
-    // Lines that are dropped
-    void dropsLinesForATabWithoutAView();
-
-    // Scrolling
-    void bringsAReaderBackToTheEnd();
-    void scrollsTabsThatAreNotShown();
-
-    // Lines that come together
-    void writesTheLinesOfAReadInTheirOrder();
-    void writesTheLinesOfTwoReadsInTheirOrder();
-    void writesALineThatIsCutInTwoReads();
-    void writesTheLinesOfAReadToTheirTabs();
-    void writesTheLinesOfAReadThroughARename();
-    void writesTheLinesOfAReadThatEndsTheSession();
-    void writesTheRowsOfAReadForAClosedTab();
-
 private:
     TemporaryStore store;
 };
@@ -133,126 +87,6 @@ void TestMessageRows::init()
 {
     store.clear();
 }
-
-// ---------------------------------------------------------------------------------------------
-// Tabs that lines open
-
-void TestMessageRows::opensATabBehindTheShownOne()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"#a"_s, u"x"_s);
-    session.probe.appendMessageToTab(u"#b"_s, u"x"_s);
-    session.probe.appendMessageToTab(u"bob"_s, u"x"_s);
-    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#a"_s, u"#b"_s, u"bob"_s}));
-    QCOMPARE(session.probe.currentTabName(), u"#a"_s);
-    QCOMPARE(session.probe.tabWidget().currentIndex(), 1);
-    QVERIFY(session.probe.closeButton(3) != nullptr);
-}
-
-void TestMessageRows::opensATabInFrontOfServer()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"bob"_s, u"x"_s);
-    QCOMPARE(session.probe.currentTabName(), u"bob"_s);
-    QCOMPARE(session.probe.tabWidget().currentIndex(), 1);
-    session.probe.showTab(Server);
-    session.probe.appendMessageToTab(u"bob"_s, u"y"_s); // Not a new tab.
-    QCOMPARE(session.probe.currentTabName(), Server);
-    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    QCOMPARE(session.probe.currentTabName(), u"#c"_s);
-    QCOMPARE(session.probe.tabWidget().currentIndex(), 2);
-}
-
-void TestMessageRows::opensAChannelWithItsTopicWidgets()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    const MainWindow::TabInfo tab = session.probe.tabs().value(u"#c"_s);
-    QCOMPARE(tab.page, session.probe.tabWidget().widget(1));
-    QCOMPARE(session.probe.tabWidget().tabToolTip(1), u"#c"_s);
-    QCOMPARE(tab.chatView, tab.page->findChild<QTextBrowser *>());
-    QCOMPARE(tab.topicBar, tab.page->findChild<QWidget *>(u"topicBar"_s));
-    QCOMPARE(tab.topicLabel, tab.page->findChild<QLabel *>(u"topicLabel"_s));
-    QCOMPARE(tab.editTopicBtn, tab.page->findChild<QPushButton *>(u"editTopicBtn"_s));
-    QVERIFY(tab.topicBar != nullptr && tab.topicLabel != nullptr && tab.editTopicBtn != nullptr);
-    QCOMPARE(tab.peerNick, QString());
-}
-
-void TestMessageRows::opensAConversationWithItsPeer()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"Bob"_s, u"x"_s);
-    const MainWindow::TabInfo tab = session.probe.tabs().value(u"Bob"_s);
-    QCOMPARE(tab.peerNick, u"Bob"_s);
-    QCOMPARE(tab.topicBar, nullptr);
-    QCOMPARE(session.probe.tabWidget().tabToolTip(1), u"Bob"_s);
-}
-
-void TestMessageRows::watchesAPeerOnce()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :one"_s));
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :two"_s));
-    QVERIFY(session.say(u":BOB!u@h PRIVMSG me :three"_s));
-    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"Bob"_s, u"BOB"_s}));
-    QVERIFY(session.say(u"PING :x"_s));
-    QVERIFY(session.server.waitForLine(u"PONG :x"_s));
-    QCOMPARE(session.takeSent(), (QStringList{u"WATCH +Bob"_s, u"PONG :x"_s}));
-    QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
-}
-
-void TestMessageRows::watchesAPeerAgainOnlyIfItWasForgotten()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :one"_s));
-    // Closing forgets the nick. One that is watched still, for whatever reason, is not asked for.
-    session.probe.closeTab(1);
-    session.probe.watchedNicks().insert(u"bob"_s);
-    QVERIFY(session.say(u":BOB!u@h PRIVMSG me :two"_s));
-    session.probe.closeTab(1);
-    QVERIFY(session.say(u":boB!u@h PRIVMSG me :three"_s));
-    QVERIFY(session.say(u"PING :x"_s));
-    QVERIFY(session.server.waitForLine(u"PONG :x"_s));
-    QCOMPARE(session.takeSent(), (QStringList{u"WATCH +Bob"_s, u"WATCH -Bob"_s, u"WATCH -BOB"_s,
-                                              u"WATCH +boB"_s, u"PONG :x"_s}));
-}
-
-void TestMessageRows::watchesNobodyForOtherTabs()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG #c :one"_s));
-    QVERIFY(session.say(u":irc.test NOTICE * :hello"_s));
-    QVERIFY(session.say(u"PING :x"_s));
-    QVERIFY(session.server.waitForLine(u"PONG :x"_s));
-    QCOMPARE(session.takeSent(), QStringList{u"PONG :x"_s});
-    QVERIFY(session.probe.watchedNicks().isEmpty());
-}
-
-void TestMessageRows::watchesWithoutAConnection()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"Bob"_s, u"x"_s);
-    QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
-    QVERIFY(session.probe.lines(Server).isEmpty()); // That nothing went out is no error.
-}
-
-void TestMessageRows::showsNoTopicBeforeTheTabWasShown()
-{
-    WindowSession session;
-    session.probe.appendMessageToTab(u"bob"_s, u"x"_s);
-    session.probe.channelTopics().insert(u"#c"_s, u"topic"_s);
-    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    // The label is filled by name, and the name is known only once the tab stands.
-    QCOMPARE(session.probe.tabs().value(u"#c"_s).topicLabel->text(), QString());
-    session.probe.showTab(u"#c"_s);
-    QCOMPARE(session.probe.tabs().value(u"#c"_s).topicLabel->text(), u"topic"_s);
-}
-
-// ---------------------------------------------------------------------------------------------
-// The table
 
 void TestMessageRows::makesTheTableWithTheFirstLine()
 {
@@ -328,9 +162,6 @@ void TestMessageRows::keepsEveryRow()
     }
     QCOMPARE(session.probe.lines(u"#c"_s), expected);
 }
-
-// ---------------------------------------------------------------------------------------------
-// The cells
 
 void TestMessageRows::writesTheTime()
 {
@@ -507,9 +338,6 @@ void TestMessageRows::linksAddresses()
              (QMap<QString, QString>{{u"https://example.org/a"_s, u"https://example.org/a"_s}}));
 }
 
-// ---------------------------------------------------------------------------------------------
-// While away
-
 void TestMessageRows::marksOwnLinesWhileAway_data()
 {
     QTest::addColumn<bool>("isAway");
@@ -626,170 +454,6 @@ void TestMessageRows::usesTheAwayStateOfTheMoment()
     session.server.sendBytes(":me!u@h PRIVMSG #c :one\r\n:me!u@h PRIVMSG #c :two\r\n"_ba);
     QTRY_COMPARE(session.probe.lines(u"#c"_s),
                  (QStringList{u"me|[Away: gone] one"_s, u"me|two"_s}));
-}
-
-// ---------------------------------------------------------------------------------------------
-// Lines that are dropped
-
-void TestMessageRows::dropsLinesForATabWithoutAView()
-{
-    WindowSession session;
-    auto *page = new QWidget;
-    MainWindow::TabInfo info;
-    info.page = page;
-    session.probe.tabs().insert(u"List"_s, info);
-    session.probe.tabWidget().addTab(page, u"List"_s);
-    QTest::ignoreMessage(
-            QtWarningMsg,
-            QRegularExpression(u"^appendMessageToTab: chatView is null for tab \"?List\"?$"_s));
-    session.probe.appendMessageToTab(u"List"_s, u"x"_s, u"alice"_s);
-    QCOMPARE(session.probe.tabs().value(u"List"_s).table, nullptr);
-    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"List"_s}));
-    QCOMPARE(session.probe.currentTabName(), Server);
-    QVERIFY(session.probe.lines(Server).isEmpty());
-}
-
-// ---------------------------------------------------------------------------------------------
-// Scrolling
-
-void TestMessageRows::bringsAReaderBackToTheEnd()
-{
-    WindowSession session;
-    for (int number = 0; number < 60; ++number)
-        session.probe.appendMessageToTab(u"#c"_s, QString::number(number), u"alice"_s);
-    const QTextBrowser &view = *session.probe.tabs().value(u"#c"_s).chatView;
-    QTRY_VERIFY(view.verticalScrollBar()->maximum() > 0);
-    QTRY_VERIFY(isAtTheEnd(view));
-    view.verticalScrollBar()->setValue(0);
-    QVERIFY(!isAtTheEnd(view));
-    session.probe.appendMessageToTab(u"#c"_s, u"last"_s, u"alice"_s);
-    QTRY_VERIFY(isAtTheEnd(view));
-    QVERIFY(view.textCursor().atEnd());
-}
-
-void TestMessageRows::scrollsTabsThatAreNotShown()
-{
-    WindowSession session;
-    for (int number = 0; number < 60; ++number)
-        session.probe.appendMessageToTab(u"#c"_s, QString::number(number), u"alice"_s);
-    const QTextBrowser &view = *session.probe.tabs().value(u"#c"_s).chatView;
-    QTRY_VERIFY(view.verticalScrollBar()->maximum() > 0);
-    view.verticalScrollBar()->setValue(0);
-    session.probe.showTab(Server);
-    session.probe.appendMessageToTab(u"#c"_s, u"last"_s, u"alice"_s);
-    QVERIFY(view.textCursor().atEnd());
-    session.probe.showTab(u"#c"_s);
-    QTRY_VERIFY(isAtTheEnd(view));
-}
-
-// ---------------------------------------------------------------------------------------------
-// Lines that come together
-
-void TestMessageRows::writesTheLinesOfAReadInTheirOrder()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    QByteArray read;
-    QStringList expected;
-    for (int number = 0; number < 50; ++number) {
-        read += ":alice!u@h PRIVMSG #c :" + QByteArray::number(number) + "\r\n";
-        expected.append(u"alice|"_s + QString::number(number));
-    }
-    session.server.sendBytes(read);
-    QTRY_COMPARE(session.probe.lines(u"#c"_s), expected);
-    QCOMPARE(tableOf(session.probe, u"#c"_s).rows(), 51);
-}
-
-void TestMessageRows::writesTheLinesOfTwoReadsInTheirOrder()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    // The second read comes while the first is being handled: a slot runs the loop meanwhile.
-    bool nested = false;
-    connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,
-            [&](const QString &line) {
-                if (!line.endsWith(u"two"_s) || nested)
-                    return;
-                nested = true;
-                session.server.sendBytes(":b!u@h PRIVMSG #c :four\r\n:b!u@h PRIVMSG #d :x\r\n"_ba);
-                QEventLoop loop;
-                QTimer::singleShot(0, &loop, &QEventLoop::quit);
-                loop.exec();
-            });
-    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"
-                             ":a!u@h PRIVMSG #c :three\r\n"_ba);
-    QTRY_COMPARE(session.probe.lines(u"#d"_s), QStringList{u"b|x"_s});
-    QVERIFY(nested);
-    QStringList lines = session.probe.lines(u"#c"_s);
-    // The loop within may come before or after the line that it was run for; nothing is lost, and
-    // nothing is written twice.
-    lines.sort();
-    QCOMPARE(lines, (QStringList{u"a|one"_s, u"a|three"_s, u"a|two"_s, u"b|four"_s}));
-}
-
-void TestMessageRows::writesALineThatIsCutInTwoReads()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIV"_ba);
-    QTRY_COMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s});
-    session.server.sendBytes("MSG #c :two\r\n"_ba);
-    QTRY_COMPARE(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|two"_s}));
-}
-
-void TestMessageRows::writesTheLinesOfAReadToTheirTabs()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:irc.test NOTICE * :hello\r\n"
-                             ":a!u@h PRIVMSG me :two\r\n:a!u@h PRIVMSG #c :three\r\n"_ba);
-    QTRY_COMPARE(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|three"_s}));
-    QCOMPARE(session.probe.lines(u"a"_s), QStringList{u"a|two"_s});
-    QCOMPARE(session.probe.lines(Server).last(), u"<< :irc.test NOTICE * :hello"_s);
-}
-
-void TestMessageRows::writesTheLinesOfAReadThroughARename()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    session.server.sendBytes(":a!u@h PRIVMSG me :one\r\n:b!u@h PRIVMSG me :other\r\n"
-                             ":a!u@h NICK b\r\n:b!u@h PRIVMSG me :two\r\n"_ba);
-    QTRY_COMPARE(session.probe.tabTexts(), (QStringList{Server, u"b"_s, u"b"_s}));
-    QCOMPARE(session.probe.lines(u"b"_s),
-             (QStringList{u"a|one"_s, u"a|is now known as b"_s, u"b|two"_s}));
-    // The conversation that lost its record keeps what was said in it.
-    const auto *view = session.probe.tabWidget().widget(2)->findChild<QTextBrowser *>();
-    QVERIFY(view->toPlainText().contains(u"other"_s));
-}
-
-void TestMessageRows::writesTheLinesOfAReadThatEndsTheSession()
-{
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,
-            [&session](const QString &line) {
-                if (line.endsWith(u"two"_s))
-                    session.probe.connection().disconnectFromServer();
-            });
-    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"
-                             ":a!u@h PRIVMSG #c :three\r\n"_ba);
-    QTRY_VERIFY(session.probe.lines(Server).contains(u"*** Disconnected."_s));
-    QCOMPARE(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|two"_s, u"a|three"_s}));
-}
-
-void TestMessageRows::writesTheRowsOfAReadForAClosedTab()
-{
-    // A tab that is closed before the read has ended takes its lines with it.
-    WindowSession session;
-    QVERIFY(session.registerAs(u"me"_s));
-    connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,
-            [&session](const QString &line) {
-                if (line.endsWith(u"two"_s))
-                    session.probe.closeTab(1);
-            });
-    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"_ba);
-    QTRY_COMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|two"_s});
-    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
 }
 
 QTEST_MAIN(TestMessageRows)

@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QSplitter>
 #include <QTest>
 #include <QTextBrowser>
 #include <QTextTable>
@@ -39,6 +40,20 @@ QVariantMap MainWindowProbe::preferences() const
             {u"acceptInvalidSsl"_s, window.acceptInvalidSsl},
             {u"logPath"_s, window.logPath},
             {u"logEnabled"_s, window.logEnabled}};
+}
+
+void MainWindowProbe::openTabs(const QStringList &names) const
+{
+    for (const QString &name : names)
+        window.appendMessageToTab(name, u"a line"_s, QString(), false);
+}
+
+void MainWindowProbe::addListTab() const
+{
+    MainWindow::TabInfo info;
+    info.page = new QWidget;
+    window.tabs.insert(u"List"_s, info);
+    window.tabWidget->addTab(info.page, u"List"_s);
 }
 
 QStringList MainWindowProbe::tabTexts() const
@@ -82,6 +97,17 @@ QStringList MainWindowProbe::users() const
     for (int row = 0; row < window.userList->count(); ++row)
         texts.append(window.userList->item(row)->text());
     return texts;
+}
+
+int MainWindowProbe::shareOfUserList() const
+{
+    const QList<int> sizes = window.splitter->sizes();
+    return qRound(100.0 * sizes.at(1) / (sizes.at(0) + sizes.at(1)));
+}
+
+void MainWindowProbe::clickTab(int index) const
+{
+    QTest::mouseClick(window.tabBar, Qt::LeftButton, {}, window.tabBar->tabRect(index).center());
 }
 
 void MainWindowProbe::showTab(const QString &tabName) const

@@ -81,6 +81,11 @@ public:
         return window.findPrivateChatTab(nick);
     }
 
+    /// Opens these tabs in their order, as a line in each of them does.
+    void openTabs(const QStringList &names) const;
+    /// Adds an empty "List" tab, which no line can open.
+    void addListTab() const;
+
     // What a user sees
     /// The tabs' texts from left to right.
     [[nodiscard]] QStringList tabTexts() const;
@@ -92,7 +97,10 @@ public:
     [[nodiscard]] QString lastLine(const QString &tabName) const;
     /// The texts of the visible user list from top to bottom.
     [[nodiscard]] QStringList users() const;
+    /// The user list's share of the splitter's width, in per cent.
+    [[nodiscard]] int shareOfUserList() const;
     void showTab(const QString &tabName) const;
+    void clickTab(int index) const;
     /// The button in the tab at `index` that closes a tab; null if there is none.
     [[nodiscard]] QPushButton *closeButton(int index) const;
     /// Types `text` into the input line and presses Return.

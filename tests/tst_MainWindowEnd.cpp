@@ -1,0 +1,193 @@
+#include "Child.h"
+#include "ConnectDialog.h"
+#include "HighlightTabBar.h"
+#include "IRCConnection.h"
+#include "PreparedStore.h"
+#include "ProgramOnScreen.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QSettings>
+#include <QTest>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QAction *entry(const MainWindow &window, const QString &text)
+{
+    const QList<QAction *> actions = window.findChildren<QAction *>();
+    for (QAction *action : actions) {
+        if (action->text() == text)
+            return action;
+    }
+    return nullptr;
+}
+
+// Runs the event loop until something ends it; -1 if nothing does.
+int runEventLoop()
+{
+    QTimer patience;
+    patience.callOnTimeout([] { QCoreApplication::exit(-1); });
+    patience.start(ScriptedServer::Patience);
+    return QApplication::exec();
+}
+
+} // namespace
+
+class TestMainWindowEnd final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void endsTheLoopWhenClosed();
+    void endsTheLoopByItsQuitEntry();
+    void saysQuitWhenItGoes();
+    void storesNothingWhenItGoes();
+    void goesWithTabsAndALiveSession();
+    void goesWithAConnectDialogUp();
+    void goesWhileTheServerTalks();
+    void closesWithinARead();
+    void setsTheProgramUp_data();
+    void setsTheProgramUp();
+
+private:
+    TemporaryStore store;
+};
+
+void TestMainWindowEnd::init()
+{
+    store.clear();
+}
+
+void TestMainWindowEnd::endsTheLoopWhenClosed()
+{
+    WindowSession session;
+    QTimer::singleShot(0, &session.window, [&session] { session.window.close(); });
+    QCOMPARE(runEventLoop(), 0);
+    QVERIFY(!session.window.isVisible());
+}
+
+void TestMainWindowEnd::endsTheLoopByItsQuitEntry()
+{
+    WindowSession session;
+    QTimer::singleShot(0, entry(session.window, u"&Quit"_s), &QAction::trigger);
+    QCOMPARE(runEventLoop(), 0);
+}
+
+void TestMainWindowEnd::saysQuitWhenItGoes()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QTimer::singleShot(0, &session.window, [&session] { session.window.close(); });
+    QCOMPARE(runEventLoop(), 0);
+    // Closing hides the window; the session ends with the object.
+    QVERIFY(session.probe.connection().isConnected());
+    QVERIFY(!session.takeSent().contains(u"QUIT :Velmora leaving"_s));
+    session.destroyWindow();
+    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
+    QVERIFY(session.server.waitForEnd());
+    QCOMPARE(session.server.lines().count(u"QUIT :Velmora leaving"_s), 1);
+}
+
+void TestMainWindowEnd::storesNothingWhenItGoes()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
+    session.probe.autojoinChannels() = QStringList{u"#unsaved"_s};
+    session.window.resize(900, 500);
+    store.clear();
+    session.window.close();
+    session.destroyWindow();
+    QCOMPARE(QSettings().allKeys(), QStringList());
+}
+
+void TestMainWindowEnd::goesWithTabsAndALiveSession()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.join(u"#c"_s, u"@me alice"_s));
+    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hello"_s));
+    QVERIFY(session.say(u":me!u@h JOIN :#trailing"_s));
+    session.probe.tabBar().highlightTab(2);
+    session.probe.closeTab(1); // Its page lives on without a tab.
+    session.probe.inputLine().setText(u"half a line"_s);
+    session.probe.showTab(u"bob"_s);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s, QString()}));
+    session.destroyWindow();
+    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
+}
+
+void TestMainWindowEnd::goesWithAConnectDialogUp()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.choose(u"&Connect..."_s);
+    QVERIFY(session.window.findChild<ConnectDialog *>() != nullptr);
+    session.destroyWindow();
+    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
+}
+
+void TestMainWindowEnd::goesWhileTheServerTalks()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    // What lies in the socket unread when the window goes stays unread.
+    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #d :two\r\n:a!u@h PRI"_ba);
+    session.destroyWindow();
+    session.server.send(u"VMSG #c :three"_s);
+    QVERIFY(session.server.waitForEnd());
+}
+
+void TestMainWindowEnd::closesWithinARead()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,
+            [&session](const QString &line) {
+                if (line.endsWith(u"two"_s))
+                    session.window.close();
+            });
+    session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #d :two\r\n"_ba);
+    QTRY_VERIFY(!session.window.isVisible());
+    QTRY_COMPARE(session.probe.lines(u"#d"_s), QStringList{u"a|two"_s});
+    QCOMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s});
+    session.destroyWindow();
+    QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
+}
+
+void TestMainWindowEnd::setsTheProgramUp_data()
+{
+    QTest::addColumn<QString>("storedTheme");
+
+    QTest::newRow("first start") << QString();
+    QTest::newRow("dark stored") << u"dark"_s;
+}
+
+void TestMainWindowEnd::setsTheProgramUp()
+{
+    QFETCH(const QString, storedTheme);
+    PreparedStore programStore;
+    if (!storedTheme.isEmpty())
+        programStore.setValue(u"theme"_s, storedTheme);
+    Child program;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_CONFIG_HOME"_s, programStore.configHome());
+    environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+    program.setProcessEnvironment(environment);
+    QVERIFY(program.launch(ProgramOnScreen::path(), {u"--no-such-option"_s, u"argument"_s}));
+    // The store's place follows from the names of the application and of the organisation.
+    QTRY_COMPARE_WITH_TIMEOUT(programStore.value(u"theme"_s).toString(), u"light"_s,
+                              ScriptedServer::Patience);
+    QCOMPARE(program.state(), QProcess::Running);
+    program.stop();
+}
+
+QTEST_MAIN(TestMainWindowEnd)
+#include "tst_MainWindowEnd.moc"

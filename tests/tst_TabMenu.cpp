@@ -1,0 +1,257 @@
+#include "HighlightTabBar.h"
+#include "IRCConnection.h"
+#include "ModalAnswers.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QMenu>
+#include <QSettings>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto Server = u"Server"_s;
+
+void requestContextMenu(const MainWindowProbe &probe, int index)
+{
+    const QPoint place = index < 0 ? QPoint(-10, -10) : probe.tabBar().tabRect(index).center();
+    emit probe.tabBar().customContextMenuRequested(place);
+}
+
+// Chooses the entry with this text.
+std::function<void(QMenu *)> choose(const QString &text)
+{
+    return [text](QMenu *menu) {
+        const QList<QAction *> actions = menu->actions();
+        for (QAction *action : actions) {
+            if (action->text() == text) {
+                menu->setActiveAction(action);
+                QTest::keyClick(menu, Qt::Key_Return);
+            }
+        }
+    };
+}
+
+} // namespace
+
+class TestTabMenu final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void showsNoTabMenu_data();
+    void showsNoTabMenu();
+    void showsTheTabMenu_data();
+    void showsTheTabMenu();
+    void placesTheTabMenuAtThePointer();
+    void closesFromTheTabMenu();
+    void doesNothingIfTheTabMenuIsDismissed();
+    void togglesAutojoinFromTheTabMenu();
+    void offersAutojoinOnPrivateTabs();
+    void survivesATabThatVanishesUnderItsMenu();
+    void survivesALinkThatDropsUnderTheMenu();
+    void survivesARenameUnderTheMenu();
+
+private:
+    TemporaryStore store;
+};
+
+void TestTabMenu::init()
+{
+    store.clear();
+}
+
+void TestTabMenu::showsNoTabMenu_data()
+{
+    QTest::addColumn<int>("index");
+
+    QTest::newRow("beside the tabs") << -1;
+    QTest::newRow("server") << 0;
+    QTest::newRow("list") << 1;
+}
+
+void TestTabMenu::showsNoTabMenu()
+{
+    QFETCH(const int, index);
+    WindowSession session;
+    session.probe.addListTab();
+    const ModalAnswers answers;
+    requestContextMenu(session.probe, index);
+    QCoreApplication::processEvents();
+    QCOMPARE(answers.problems(), QStringList());
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"List"_s}));
+}
+
+void TestTabMenu::showsTheTabMenu_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("isChecked");
+
+    QTest::newRow("channel") << u"#c"_s << false;
+    QTest::newRow("autojoined channel") << u"#auto"_s << true;
+    QTest::newRow("in another case") << u"#Auto"_s << false;
+    QTest::newRow("private") << u"bob"_s << false;
+    QTest::newRow("private on the list") << u"carol"_s << true;
+}
+
+void TestTabMenu::showsTheTabMenu()
+{
+    QFETCH(const QString, name);
+    WindowSession session;
+    session.probe.openTabs({name});
+    session.probe.autojoinChannels() = QStringList{u"#auto"_s, u"carol"_s};
+    ModalAnswers answers;
+    QStringList texts;
+    bool isCheckable = false;
+    bool closeIsCheckable = true;
+    bool isChecked = false;
+    answers.queueForMenu([&](QMenu *menu) {
+        const QList<QAction *> actions = menu->actions();
+        for (const QAction *action : actions)
+            texts.append(action->text());
+        closeIsCheckable = actions.first()->isCheckable();
+        isCheckable = actions.last()->isCheckable();
+        isChecked = actions.last()->isChecked();
+        menu->close();
+    });
+    requestContextMenu(session.probe, 1);
+    QCOMPARE(answers.problems(), QStringList());
+    QCOMPARE(texts, (QStringList{u"Close"_s, u"Autojoin on connect"_s}));
+    QVERIFY(!closeIsCheckable);
+    QVERIFY(isCheckable);
+    QTEST(isChecked, "isChecked");
+}
+
+void TestTabMenu::placesTheTabMenuAtThePointer()
+{
+    WindowSession session;
+    session.probe.openTabs({u"#c"_s});
+    ModalAnswers answers;
+    QPoint place;
+    answers.queueForMenu([&place](QMenu *menu) {
+        place = menu->pos();
+        menu->close();
+    });
+    requestContextMenu(session.probe, 1);
+    QCOMPARE(place, session.probe.tabBar().mapToGlobal(session.probe.tabBar().tabRect(1).center()));
+}
+
+void TestTabMenu::closesFromTheTabMenu()
+{
+    WindowSession session;
+    session.probe.openTabs({u"#c"_s, u"#d"_s});
+    ModalAnswers answers;
+    answers.queueForMenu(choose(u"Close"_s));
+    requestContextMenu(session.probe, 2);
+    QCOMPARE(answers.problems(), QStringList());
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
+}
+
+void TestTabMenu::doesNothingIfTheTabMenuIsDismissed()
+{
+    WindowSession session;
+    session.probe.openTabs({u"#c"_s});
+    session.probe.currentServerId() = u"irc.test_6667"_s;
+    ModalAnswers answers;
+    answers.queueForMenu([](QMenu *menu) { QTest::keyClick(menu, Qt::Key_Escape); });
+    requestContextMenu(session.probe, 1);
+    QCOMPARE(answers.problems(), QStringList());
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
+    QVERIFY(session.probe.autojoinChannels().isEmpty());
+    QVERIFY(session.probe.lines(Server).isEmpty());
+}
+
+void TestTabMenu::togglesAutojoinFromTheTabMenu()
+{
+    WindowSession session;
+    session.probe.openTabs({u"#c"_s});
+    session.probe.currentServerId() = u"irc.test_6667"_s;
+    ModalAnswers answers;
+    answers.queueForMenu(choose(u"Autojoin on connect"_s));
+    requestContextMenu(session.probe, 1);
+    QCOMPARE(session.probe.autojoinChannels(), QStringList{u"#c"_s});
+    QCOMPARE(QSettings().value(u"servers/irc.test_6667/autojoin"_s).toStringList(),
+             QStringList{u"#c"_s});
+    answers.queueForMenu(choose(u"Autojoin on connect"_s));
+    requestContextMenu(session.probe, 1);
+    QVERIFY(session.probe.autojoinChannels().isEmpty());
+    QCOMPARE(answers.problems(), QStringList());
+    QCOMPARE(session.probe.lines(Server), (QStringList{u"*** Added #c to autojoin list"_s,
+                                                       u"*** Removed #c from autojoin list"_s}));
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
+}
+
+void TestTabMenu::offersAutojoinOnPrivateTabs()
+{
+    WindowSession session;
+    session.probe.openTabs({u"bob"_s});
+    session.probe.currentServerId() = u"irc.test_6667"_s;
+    ModalAnswers answers;
+    answers.queueForMenu(choose(u"Autojoin on connect"_s));
+    requestContextMenu(session.probe, 1);
+    QCOMPARE(answers.problems(), QStringList());
+    QCOMPARE(session.probe.lines(Server), QStringList{u"*** Added #bob to autojoin list"_s});
+}
+
+void TestTabMenu::survivesATabThatVanishesUnderItsMenu()
+{
+    WindowSession session;
+    session.probe.openTabs({u"#c"_s, u"#d"_s});
+    ModalAnswers answers;
+    answers.queueForMenu([&session](QMenu *menu) {
+        session.probe.closeTab(2);
+        choose(u"Close"_s)(menu);
+    });
+    requestContextMenu(session.probe, 2);
+    QCOMPARE(answers.problems(), QStringList());
+    // The entry stands for the place, at which there is no tab any more.
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
+}
+
+void TestTabMenu::survivesALinkThatDropsUnderTheMenu()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.say(u":me!u@h JOIN #c"_s));
+    ModalAnswers answers;
+    bool dropped = false;
+    answers.queueForMenu([&](QMenu *menu) {
+        session.server.sendBytes(":a!u@h PRIVMSG #c :last words\r\n"_ba);
+        session.server.close();
+        dropped = QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); });
+        choose(u"Close"_s)(menu);
+    });
+    requestContextMenu(session.probe, 1);
+    QCOMPARE(answers.problems(), QStringList());
+    QVERIFY(dropped);
+    QCOMPARE(session.probe.tabTexts(), QStringList{Server});
+    QVERIFY(session.probe.lines(Server).contains(u"*** Disconnected."_s));
+    QVERIFY(!session.probe.lines(Server).contains(u"*** You left #c"_s));
+}
+
+void TestTabMenu::survivesARenameUnderTheMenu()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hello"_s));
+    ModalAnswers answers;
+    bool heard = false;
+    answers.queueForMenu([&](QMenu *menu) {
+        heard = session.say(u":bob!u@h NICK rob"_s);
+        choose(u"Close"_s)(menu);
+    });
+    requestContextMenu(session.probe, 1);
+    QCOMPARE(answers.problems(), QStringList());
+    QVERIFY(heard);
+    QCOMPARE(session.probe.tabTexts(), QStringList{Server});
+    QCOMPARE(session.probe.tabs().keys(), QStringList{Server});
+    // The watch stays with the old nick, which is no longer the tab's.
+    QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
+}
+
+QTEST_MAIN(TestTabMenu)
+#include "tst_TabMenu.moc"
