@@ -5,6 +5,7 @@
 #include "PreparedStore.h"
 #include "ProgramOnScreen.h"
 #include "TemporaryStore.h"
+#include "VirtualScreen.h"
 #include "WindowSession.h"
 
 #include <QApplication>
@@ -47,6 +48,7 @@ private slots:
 
     void endsTheLoopWhenClosed();
     void endsTheLoopByItsQuitEntry();
+    void endsTheProgramByItsKey();
     void saysQuitWhenItGoes();
     void storesNothingWhenItGoes();
     void goesWithTabsAndALiveSession();
@@ -78,6 +80,22 @@ void TestMainWindowEnd::endsTheLoopByItsQuitEntry()
     WindowSession session;
     QTimer::singleShot(0, entry(session.window, u"&Quit"_s), &QAction::trigger);
     QCOMPARE(runEventLoop(), 0);
+}
+
+void TestMainWindowEnd::endsTheProgramByItsKey()
+{
+    // Which key it is, the platform says; the one without a display has none.
+    VirtualScreen screen;
+    QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
+    const PreparedStore programStore;
+    ProgramOnScreen program(screen, programStore);
+    QVERIFY(program.start());
+    QVERIFY(screen.press(u"Escape"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(screen.activeTitle(), u"Velmora"_s, ScriptedServer::Patience);
+    QVERIFY(screen.press(u"ctrl+q"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), ScriptedServer::Patience);
+    QCOMPARE(program.exitStatus(), 0);
+    QCOMPARE(program.errorOutput(), QString());
 }
 
 void TestMainWindowEnd::saysQuitWhenItGoes()
