@@ -89,7 +89,7 @@ void TestMainWindowEnd::endsTheProgramByItsKey()
     QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
     const PreparedStore programStore;
     ProgramOnScreen program(screen, programStore);
-    QVERIFY(program.start());
+    QVERIFY2(program.start(), qUtf8Printable(program.errorOutput()));
     QVERIFY(screen.press(u"Escape"_s));
     QTRY_COMPARE_WITH_TIMEOUT(screen.activeTitle(), u"Velmora"_s, ScriptedServer::Patience);
     QVERIFY(screen.press(u"ctrl+q"_s));
