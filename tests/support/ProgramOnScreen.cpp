@@ -66,6 +66,11 @@ bool ProgramOnScreen::isRunning() const
     return program.state() != QProcess::NotRunning;
 }
 
+qint64 ProgramOnScreen::processId() const
+{
+    return program.processId();
+}
+
 int ProgramOnScreen::exitStatus() const
 {
     const bool ended = !isRunning() && program.exitStatus() == QProcess::NormalExit;

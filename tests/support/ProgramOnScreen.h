@@ -37,6 +37,8 @@ public:
     [[nodiscard]] bool close();
 
     [[nodiscard]] bool isRunning() const;
+    /// The program's own if the wrapper, where there is one, has handed its process over.
+    [[nodiscard]] qint64 processId() const;
     /// The exit status of a program that has ended by itself, else -1.
     [[nodiscard]] int exitStatus() const;
     /// What the program has written to its error output.
