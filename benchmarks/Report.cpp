@@ -8,9 +8,8 @@
 
 #include <algorithm>
 #include <ctime>
-#include <vector>
-
 #include <unistd.h>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -40,8 +39,8 @@ double Report::settle()
     // Idle work keeps a timer of no delay going; a few empty passes in a row mean that it is over.
     for (int empty = 0; empty < 5;) {
         pass.start();
-        const bool isBusy = QCoreApplication::eventDispatcher()->processEvents(
-                QEventLoop::AllEvents);
+        const bool isBusy =
+                QCoreApplication::eventDispatcher()->processEvents(QEventLoop::AllEvents);
         longest = std::max(longest, double(pass.nsecsElapsed()) / 1e6);
         empty = isBusy ? 0 : empty + 1;
     }
@@ -60,7 +59,11 @@ double Report::residentMemory(qint64 process)
 void Report::print(const Figure &figure)
 {
     const auto number = [](std::optional<double> value) {
-        return value ? QString::number(*value, 'f', *value < 10 ? 2 : *value < 100 ? 1 : 0) : u"-"_s;
+        return value ? QString::number(*value, 'f',
+                                       *value < 10    ? 2
+                                       : *value < 100 ? 1
+                                                      : 0)
+                     : u"-"_s;
     };
     QString verdict;
     if (figure.limit)

@@ -1,6 +1,7 @@
 // The program in a session with a server: floods and slow streams of lines through a real socket,
-// the time to its first frame, and its memory. Under X it is the built program itself on a screen in
-// memory; on the platform without a screen, where no key reaches it, it is the same window made here.
+// the time to its first frame, and its memory. Under X it is the built program itself on a screen
+// in memory; on the platform without a screen, where no key reaches it, it is the same window made
+// here.
 
 #include "Child.h"
 #include "ConnectDialog.h"
@@ -14,12 +15,17 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QSettings>
+#include <QMainWindow>
 #include <QStyleFactory>
 #include <QTest>
+#include <QTextStream>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstdlib>
+#include <memory>
+#include <optional>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -44,18 +50,21 @@ double processorTimeOf(qint64 process)
 QByteArray lines(int count)
 {
     static const QByteArrayList texts{
-            "yes", "has anybody tried the new kernel on one of these machines yet?",
+            "yes",
+            "has anybody tried the new kernel on one of these machines yet?",
             "I did, and it works well here, apart from the usual trouble with the graphics driver, "
             "which has to be built again after every update and then fails at the first attempt",
-            "see https://example.org/wiki/Troubleshooting?page=12 for details", "thanks a lot",
+            "see https://example.org/wiki/Troubleshooting?page=12 for details",
+            "thanks a lot",
             "that was broken for years and nobody had noticed, since everybody had a workaround",
-            "lol", "ok, then let us do that tomorrow"};
+            "lol",
+            "ok, then let us do that tomorrow"};
     static const QByteArrayList nicks{"alice", "bob", "carol", "dave_the_great", "eve"};
     QByteArray result;
     for (int i = 0; i < count; ++i) {
         const QByteArray nick = nicks.at(i % nicks.size());
         result += ':' + nick + '!' + nick + "@host.example PRIVMSG #bench :"
-                + texts.at(i % texts.size()) + ' ' + QByteArray::number(i) + "\r\n";
+                  + texts.at(i % texts.size()) + ' ' + QByteArray::number(i) + "\r\n";
     }
     return result;
 }
@@ -91,7 +100,8 @@ class Session final
 public:
     explicit Session(VirtualScreen *shownOn)
         : screen(shownOn)
-    {}
+    {
+    }
 
     // Starts the program and brings it into the channel.
     bool start()
@@ -108,12 +118,13 @@ public:
         environment.insert(u"XDG_CONFIG_HOME"_s, store.configHome());
         program.setProcessEnvironment(environment);
         if (!screen)
-            return program.launch(QCoreApplication::applicationFilePath(), {u"--window"_s}) && join();
+            return program.launch(QCoreApplication::applicationFilePath(), {u"--window"_s})
+                   && join();
         return program.launch(QStringLiteral(VELMORA_PROGRAM))
-                && QTest::qWaitFor(
-                        [this] { return screen->activeTitle() == u"Connect to IRC Server"_s; },
-                        Patience)
-                && screen->press(u"Return"_s) && join();
+               && QTest::qWaitFor(
+                       [this] { return screen->activeTitle() == u"Connect to IRC Server"_s; },
+                       Patience)
+               && screen->press(u"Return"_s) && join();
     }
 
     struct Cost
@@ -122,16 +133,16 @@ public:
         double wall = 0;
     };
 
-    // Sends lines in one go and waits until the program has nothing left to do.
-    Cost flood(int count)
+    // Sends bytes in one go and waits until the program has nothing left to do.
+    Cost send(const QByteArray &bytes)
     {
-        const QByteArray bytes = lines(count);
         const double before = processorTimeOf(program.processId());
         QElapsedTimer clock;
         clock.start();
         server.sendBytes(bytes);
         Cost cost;
-        for (double known = before; clock.elapsed() < cost.wall + Quiet || cost.processor < 1;) {
+        for (double known = before;
+             double(clock.elapsed()) < cost.wall + Quiet || cost.processor < 1;) {
             QTest::qWait(10);
             const double now = processorTimeOf(program.processId());
             // A blinking cursor is no work.
@@ -148,7 +159,7 @@ public:
     // Share of one processor, in percent, at a steady pace of lines.
     double pace(int linesPerSecond, int seconds)
     {
-        const QByteArrayList each = lines(linesPerSecond * seconds).split('\n');
+        const QList<QByteArray> each = lines(linesPerSecond * seconds).split('\n');
         const double before = processorTimeOf(program.processId());
         QElapsedTimer clock;
         clock.start();
@@ -176,52 +187,165 @@ private:
     Child program;
 };
 
-void printFlood(const QString &work, const Session::Cost &cost, double limit)
+void printCost(const QString &work, const Session::Cost &cost, std::optional<double> limit = {})
 {
-    Report::print({.work = work + u": processor"_s, .unit = u"s"_s, .value = cost.processor / 1000, .limit = limit});
-    Report::print({.work = work + u": wall clock"_s, .unit = u"s"_s, .value = cost.wall / 1000});
+    Report::print({.work = work + u", processor"_s,
+                   .unit = u"s"_s,
+                   .value = cost.processor / 1000,
+                   .limit = limit,
+                   .stock = {}});
+    Report::print({.work = work + u", wall clock"_s,
+                   .unit = u"s"_s,
+                   .value = cost.wall / 1000,
+                   .limit = {},
+                   .stock = {}});
 }
 
-bool reportSessions(VirtualScreen *screen)
+void printMemory(const QString &work, double kilobytes, int rowCount)
 {
-    if (qEnvironmentVariableIsSet("VELMORA_PACE_ONLY")) {
-    Session third(screen);
-    if (!third.start())
-        return false;
-    third.flood(5000);
-    Report::print({.work = u"20 lines a second, 5,000 rows"_s, .unit = u"%"_s, .value = third.pace(20, 10), .limit = 3});
-    return true;
-    }
+    Report::print({.work = work,
+                   .unit = u"kB"_s,
+                   .value = kilobytes / rowCount,
+                   .limit = 1.6,
+                   .stock = {}});
+}
+
+bool reportFloods(VirtualScreen *screen)
+{
     Session first(screen);
     if (!first.start())
         return false;
-    const double idle = first.memory();
-    Report::print({.work = u"memory when idle in a channel"_s, .unit = u"MB"_s, .value = idle / 1024});
-    printFlood(u"10,000 lines in one go"_s, first.flood(10000), 0.5);
-    Report::print({.work = u"memory a row after that"_s, .unit = u"kB"_s, .value = (first.memory() - idle) / 10000, .limit = 1.6});
-    printFlood(u"10,000 more into those"_s, first.flood(10000), 1);
+    double before = first.memory();
+    Report::print({.work = u"memory when idle in a channel"_s,
+                   .unit = u"MB"_s,
+                   .value = before / 1024,
+                   .limit = {},
+                   .stock = {}});
+    printCost(u"10,000 lines in one go"_s, first.send(lines(10000)), 0.5);
+    printMemory(u"10,000 lines: memory a row"_s, first.memory() - before, 10000);
+    printCost(u"10,000 lines into 10,000 rows"_s, first.send(lines(10000)), 1);
 
     Session second(screen);
     if (!second.start())
         return false;
-    const double before = second.memory();
-    printFlood(u"50,000 lines in one go"_s, second.flood(50000), 2.5);
-    Report::print({.work = u"memory a row after that"_s, .unit = u"kB"_s, .value = (second.memory() - before) / 50000, .limit = 1.6});
-
-    Session third(screen);
-    if (!third.start())
-        return false;
-    third.flood(5000);
-    Report::print({.work = u"20 lines a second, 5,000 rows"_s, .unit = u"%"_s, .value = third.pace(20, 10), .limit = 3});
+    before = second.memory();
+    printCost(u"50,000 lines in one go"_s, second.send(lines(50000)), 2.5);
+    printMemory(u"50,000 lines: memory a row"_s, second.memory() - before, 50000);
     return true;
 }
 
-// What main() of the program does, and Return in its connect dialog.
-int runWindow(QApplication &application)
+bool reportPace(VirtualScreen *screen)
+{
+    Session session(screen);
+    if (!session.start())
+        return false;
+    session.send(lines(5000));
+    Report::print({.work = u"20 lines a second into 5,000 rows, of one processor"_s,
+                   .unit = u"%"_s,
+                   .value = session.pace(20, 10),
+                   .limit = 3,
+                   .stock = {}});
+    return true;
+}
+
+bool reportNames(VirtualScreen *screen)
+{
+    Session session(screen);
+    if (!session.start())
+        return false;
+    QByteArray names;
+    for (int i = 0; i < 5000; i += 50) {
+        names += ":irc.test 353 me = #bench :";
+        for (int k = i; k < i + 50; ++k)
+            names += (k % 100 == 0 ? "@user" : "user") + QByteArray::number(k) + ' ';
+        names += "\r\n";
+    }
+    printCost(u"a list of 5,000 names"_s, session.send(names + ":irc.test 366 me #bench :End\r\n"));
+    QByteArray changes;
+    for (int i = 0; i < 1000; ++i) {
+        const QByteArray source = ":guest" + QByteArray::number(i) + "!guest@host.example ";
+        changes += source + "JOIN #bench\r\n" + source + "QUIT :bye\r\n";
+    }
+    printCost(u"1,000 joins and quits beside 5,000 names"_s, session.send(changes));
+    return true;
+}
+
+// Processor time that a process of this program takes to its window's first frame, in milliseconds.
+double firstFrame(VirtualScreen *screen, const QString &kind)
+{
+    std::vector<double> times;
+    for (int i = 0; i < 7; ++i) {
+        const PreparedStore store;
+        Child program;
+        QProcessEnvironment environment =
+                screen ? screen->environment() : QProcessEnvironment::systemEnvironment();
+        environment.insert(u"XDG_CONFIG_HOME"_s, store.configHome());
+        program.setProcessEnvironment(environment);
+        if (!program.launch(QCoreApplication::applicationFilePath(), {u"--first-frame"_s, kind})
+            || !program.waitForFinished(Patience))
+            return 0;
+        times.push_back(program.readAllStandardOutput().trimmed().toDouble());
+    }
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+void reportStart(VirtualScreen *screen)
+{
+    const double window = firstFrame(screen, u"window"_s);
+    const double empty = firstFrame(screen, u"empty"_s);
+    Report::print({.work = u"start to the first frame"_s,
+                   .unit = u"ms"_s,
+                   .value = window,
+                   .limit = {},
+                   .stock = {}});
+    Report::print({.work = u"the same, as a ratio to an empty QMainWindow"_s,
+                   .unit = u""_s,
+                   .value = window / std::max(empty, 1e-9),
+                   .limit = 1.5,
+                   .stock = {}});
+}
+
+class FirstPaint final : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            watched->removeEventFilter(this);
+            QTimer::singleShot(0, watched, [] {
+                QTextStream(stdout) << Report::processorTime() << Qt::endl;
+                std::_Exit(EXIT_SUCCESS);
+            });
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+// What main() of the program does.
+void prepareApplication()
 {
     QApplication::setApplicationName(u"Velmora"_s);
     QApplication::setOrganizationName(u"Velmora"_s);
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
+}
+
+int runToFirstFrame(bool isEmpty)
+{
+    prepareApplication();
+    const std::unique_ptr<QMainWindow> window(isEmpty ? new QMainWindow : new MainWindow);
+    FirstPaint firstPaint;
+    window->installEventFilter(&firstPaint);
+    window->show();
+    return QApplication::exec();
+}
+
+// The program with Return pressed in its connect dialog.
+int runWindow()
+{
+    prepareApplication();
     MainWindow window;
     window.show();
     QTimer answer;
@@ -235,13 +359,44 @@ int runWindow(QApplication &application)
     return QApplication::exec();
 }
 
+// Any other program on the screen in memory.
+int runOnScreen(const VirtualScreen &screen, const QStringList &command)
+{
+    Child program;
+    program.setProcessEnvironment(screen.environment());
+    program.setProcessChannelMode(QProcess::ForwardedChannels);
+    if (!program.launch(command.first(), command.mid(1)) || !program.waitForFinished(-1))
+        return EXIT_FAILURE;
+    return program.exitCode();
+}
+
+bool report(const QString &part, VirtualScreen *screen)
+{
+    if (part == "floods"_L1)
+        return reportFloods(screen);
+    if (part == "pace"_L1)
+        return reportPace(screen);
+    if (part == "names"_L1)
+        return reportNames(screen);
+    if (part == "start"_L1) {
+        reportStart(screen);
+        return true;
+    }
+    return false;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    if (QByteArray(argc > 1 ? argv[1] : "") == "--window") {
-        QApplication application(argc, argv);
-        return runWindow(application);
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    const QString task = arguments.value(0);
+    if (task == "--window"_L1 || task == "--first-frame"_L1) {
+        const QApplication application(argc, argv);
+        return task == "--window"_L1 ? runWindow()
+                                     : runToFirstFrame(arguments.value(1) == "empty"_L1);
     }
     const bool hasScreen = qgetenv("QT_QPA_PLATFORM") == "xcb";
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -249,5 +404,7 @@ int main(int argc, char *argv[])
     VirtualScreen screen;
     if (hasScreen && !screen.start())
         return EXIT_FAILURE;
-    return reportSessions(hasScreen ? &screen : nullptr) ? EXIT_SUCCESS : EXIT_FAILURE;
+    if (task == "--on-screen"_L1)
+        return runOnScreen(screen, arguments.mid(1));
+    return report(task, hasScreen ? &screen : nullptr) ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -90,6 +90,8 @@ private slots:
     void colorsAnElidedNickByItsShownForm();
     void keepsOneBlockPerCell_data();
     void keepsOneBlockPerCell();
+    void findsLinksInTheTextAsItCame_data();
+    void findsLinksInTheTextAsItCame();
     void leavesOtherCharactersAlone();
     void appendsManyAsIfOneByOne();
     void appendsNothing();
@@ -335,6 +337,41 @@ void TestChatTable::keepsOneBlockPerCell()
     QCOMPARE(cellBlock(*table, 1, 0).text(), shown);
     QCOMPARE(cellBlock(*table, 1, 1).text(), QString(shown + u"  "_s));
     QCOMPARE(cellBlock(*table, 1, 2).text(), shown);
+}
+
+void TestChatTable::findsLinksInTheTextAsItCame_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<QStringList>("links"); // Each with its text and its target.
+
+    QTest::newRow("nothing replaced") << u"see https://a.b/c"_s << u"see https://a.b/c"_s
+                                      << QStringList{u"https://a.b/c"_s, u"https://a.b/c"_s};
+    QTest::newRow("ended by a line feed")
+            << u"https://a.b\nme@b.cc"_s << u"https://a.b\u2028me@b.cc"_s
+            << QStringList{u"https://a.b"_s, u"https://a.b"_s, u"me@b.cc"_s, u"mailto:me@b.cc"_s};
+    QTest::newRow("ended by a carriage return")
+            << u"\rhttps://a.b\rx"_s << u"\u2028https://a.b\u2028x"_s
+            << QStringList{u"https://a.b"_s, u"https://a.b"_s};
+    QTest::newRow("frame mark behind a link")
+            << u"https://a.b \xfdd0 x"_s << u"https://a.b \ufffd x"_s
+            << QStringList{u"https://a.b"_s, u"https://a.b"_s};
+}
+
+void TestChatTable::findsLinksInTheTextAsItCame()
+{
+    QFETCH(const QString, text);
+    QFETCH(const QString, shown);
+    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"bob"_s, .text = text});
+    const QTextBlock block = cellBlock(*table, 1, 2);
+    QCOMPARE(block.text(), shown);
+    QStringList links;
+    for (auto run = block.begin(); !run.atEnd(); ++run) {
+        const QTextCharFormat format = run.fragment().charFormat();
+        if (format.isAnchor())
+            links << run.fragment().text() << format.anchorHref();
+    }
+    QTEST(links, "links");
 }
 
 void TestChatTable::leavesOtherCharactersAlone()
