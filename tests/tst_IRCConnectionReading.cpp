@@ -28,6 +28,8 @@ private slots:
     void readsOneLineInManyPieces();
     void readsBinaryData();
 
+    void readsNothingFromAClosedSocket();
+
     void letsASlotAnswer();
     void letsASlotLeave();
     void letsASlotDialAgain();
@@ -179,6 +181,15 @@ void TestIRCConnectionReading::readsBinaryData()
     session->server.send(u":a!b@c PRIVMSG #x :still here"_s);
     QVERIFY(session->log.waitFor(uR"(privmsgReceived("a", "#x", "still here"))"_s));
     QVERIFY(session->connection.isConnected());
+}
+
+// Qt closes a socket at once when a write fails, and a call to read may be on its way by then.
+void TestIRCConnectionReading::readsNothingFromAClosedSocket()
+{
+    session->connection.findChild<QTcpSocket *>()->abort();
+    session->log.clear();
+    QVERIFY(QMetaObject::invokeMethod(&session->connection, "onReadyRead"));
+    QVERIFY(session->log.entries().isEmpty());
 }
 
 void TestIRCConnectionReading::letsASlotAnswer()

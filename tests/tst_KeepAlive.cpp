@@ -129,6 +129,7 @@ private slots:
 
     void ticksWhileConnected();
     void doesNotTickForAnAttempt();
+    void stopsAtOnceWhenTheUserLeaves();
     void checksNothingWithoutALink();
     void setsTheSocketsOptions_data();
     void setsTheSocketsOptions();
@@ -189,6 +190,26 @@ void TestKeepAlive::doesNotTickForAnAttempt()
     session.connection.disconnectFromServer();
     QVERIFY(session.log.waitFor(u"connected()"_s));
     QVERIFY(session.connection.findChild<QTimer *>()->isActive());
+}
+
+// The link itself may take its time: what was written before is sent first.
+void TestKeepAlive::stopsAtOnceWhenTheUserLeaves()
+{
+    TestSession session;
+    const auto *timer = session.connection.findChild<QTimer *>();
+    QVERIFY(session.open());
+    session.connection.sendRaw(QString(20'000'000, u'x'));
+    session.connection.disconnectFromServer();
+    QVERIFY(session.log.entries().isEmpty());
+    QVERIFY(!timer->isActive());
+    QVERIFY(session.log.waitFor(u"disconnected()"_s));
+
+    // With a second link on its way, too, where there is nobody to say QUIT to.
+    QVERIFY(session.open());
+    session.dial();
+    QVERIFY(timer->isActive());
+    session.connection.disconnectFromServer();
+    QVERIFY(!timer->isActive());
 }
 
 void TestKeepAlive::checksNothingWithoutALink()

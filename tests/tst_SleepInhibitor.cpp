@@ -10,6 +10,8 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSocketNotifier>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextStream>
@@ -77,6 +79,7 @@ private slots:
     void asksForNothingBeforeALinkIsUp();
     void releasesOnEachWayOut_data();
     void releasesOnEachWayOut();
+    void releasesBeforeTheLinkIsGone();
     void releasesAtATimeout();
     void releasesWhenTheProgramQuits_data();
     void releasesWhenTheProgramQuits();
@@ -199,6 +202,24 @@ void TestSleepInhibitor::releasesOnEachWayOut()
     QTRY_COMPARE(portal->held(), 0);
     QCOMPARE(portal->released(), 1);
     QCOMPARE(portal->askings().size(), 1);
+}
+
+// A server that reads nothing keeps the link from closing.
+void TestSleepInhibitor::releasesBeforeTheLinkIsGone()
+{
+    const auto portal = offer(Kind::Portal);
+    QTcpServer deaf;
+    QVERIFY(deaf.listen(QHostAddress::LocalHost));
+    session->connection.connectToServer(u"127.0.0.1"_s, deaf.serverPort(), u"me"_s, QString(),
+                                        false);
+    QTRY_VERIFY(deaf.hasPendingConnections());
+    deaf.nextPendingConnection()->setReadBufferSize(1);
+    QTRY_COMPARE(portal->held(), 1);
+    session->log.clear();
+    session->connection.sendRaw(QString(20'000'000, u'x'));
+    session->connection.disconnectFromServer();
+    QTRY_COMPARE(portal->held(), 0);
+    QVERIFY(session->log.entries().isEmpty());
 }
 
 void TestSleepInhibitor::releasesAtATimeout()
