@@ -157,8 +157,6 @@ QSet<QString> listServers(const QStringList &defaultAddresses, const QSet<QStrin
     }
     const QStringList customIds = settings.value(u"servers/customList"_s).toStringList();
     for (const QString &id : customIds) {
-        if (ids.contains(id))
-            continue;
         ids.insert(id);
         seedAddress(settings, id, guessAddress(id));
     }

@@ -46,6 +46,7 @@ private slots:
     void editsTheServerOfTheRow();
     void keepsTheStarWhenTheAddressStays();
     void dropsTheStarWithTheAddress();
+    void takesTheStarOfItsNewAddress();
     void leavesARenamedDefaultToComeBack();
     void editsNothingOnCancel();
     void wantsAnAddressOfTwoPartsToEdit();
@@ -300,6 +301,19 @@ void TestConnectDialogEditing::dropsTheStarWithTheAddress()
              QVariant(u"own.example.org:6698"_s));
     QCOMPARE(StoredServers::value(u"own.example.org_6698"_s, u"nickname"_s),
              QVariant(u"nick-of-own.example.org"_s));
+}
+
+void TestConnectDialogEditing::takesTheStarOfItsNewAddress()
+{
+    // A favourite that was deleted keeps its mark for whoever gets its address.
+    QSettings().setValue(u"servers/deletedDefaultServers"_s, QStringList{u"irc.oftc.net_6667"_s});
+    QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
+    StoredServers::addCustom(u"own.example.org"_s, 6667);
+    ConnectDialogPage page;
+    QVERIFY(page.select(u"own.example.org:6667"_s));
+    ServerAnswers::save(*answers, {{u"IRC server:"_s, u"irc.oftc.net"_s}});
+    page.clickEdit();
+    QCOMPARE(page.currentRow(), QString(Star + u"irc.oftc.net:6667"_s));
 }
 
 void TestConnectDialogEditing::leavesARenamedDefaultToComeBack()
