@@ -70,9 +70,9 @@ void ModalAnswers::answer(QWidget *shown)
         note(u"no answer was queued"_s, shown);
     else
         answers.dequeue()(shown);
-    if (guard != nullptr && guard->isVisible()) {
-        note(u"still up after its answer"_s, guard);
-        guard->close();
+    if (QWidget *left = guard.data(); left != nullptr && left->isVisible()) {
+        note(u"still up after its answer"_s, left);
+        left->close();
     }
 }
 
