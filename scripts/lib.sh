@@ -10,7 +10,7 @@ build_packages=(cmake g++ ninja-build qt6-base-dev qt6-svg-dev
 # A screen in memory, with a window manager and something that types.
 screen_packages=(openbox xdotool xvfb)
 # The servers and certificates that the tests make.
-test_packages=(faketime ngircd openssl)
+test_packages=(dbus-daemon faketime ngircd openssl)
 
 say() {
     printf '==> %s\n' "$*"

@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Addresses of the two buses, as the D-Bus specification has them. A bus that would have to be
+// Addresses of the two buses, as D-Bus has them. A bus that would have to be
 // started first is none: nobody on it could keep the machine awake.
 QString sessionAddress()
 {
