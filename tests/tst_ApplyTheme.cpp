@@ -27,6 +27,31 @@ void addThemes(const QList<std::array<QString, 2>> &rows)
         QTest::newRow(qUtf8Printable(theme)) << theme << value;
 }
 
+// Counts what reaches an object of one kind of event.
+class EventCounter final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(EventCounter)
+
+public:
+    EventCounter(QObject *watched, QEvent::Type counted)
+        : type(counted)
+    {
+        watched->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == type ? 1 : 0;
+        return false;
+    }
+
+    int count = 0;
+
+private:
+    QEvent::Type type;
+};
+
 } // namespace
 
 class TestApplyTheme final : public QObject
@@ -56,6 +81,7 @@ private slots:
     void keepsTheUserListAsItWas_data();
     void keepsTheUserListAsItWas();
     void bringsTheStatusBarUpToDate();
+    void repaintsTheWindowAtOnce();
     void givesLongTabsTheirWidth();
     void hasNoWayToToggle();
     void ignoresTheStoredThemeAtTheNextStart();
@@ -316,6 +342,16 @@ void TestApplyTheme::bringsTheStatusBarUpToDate()
     QCOMPARE(session.window.statusBar()->styleSheet(),
              u"QStatusBar { background-color: #d4edda; }"_s);
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
+}
+
+void TestApplyTheme::repaintsTheWindowAtOnce()
+{
+    WindowSession session;
+    QVERIFY(QTest::qWaitForWindowExposed(&session.window));
+    QCoreApplication::processEvents();
+    const EventCounter paints(&session.window, QEvent::Paint);
+    session.probe.applyTheme(u"dark"_s);
+    QVERIFY(paints.count > 0);
 }
 
 void TestApplyTheme::givesLongTabsTheirWidth()

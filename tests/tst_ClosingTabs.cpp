@@ -33,8 +33,8 @@ private slots:
     void closesByTheTabsButton();
     void leavesTheServerTabToItsButton();
     void closesTheShownTabByItsOwnButton();
-    void keepsStaleIndexesAfterAClose();
     void closesTheTabToTheRightByAStaleButton();
+    void numbersItsButtonsAnewWhenTheTabChanges();
     void closesNothingByTheLastStaleButton();
     void ignoresIndexesThatNoTabHolds_data();
     void ignoresIndexesThatNoTabHolds();
@@ -145,7 +145,7 @@ void TestClosingTabs::closesTheShownTabByItsOwnButton()
     QTRY_COMPARE(session.probe.tabBar().findChildren<QPushButton *>().size(), 2);
 }
 
-void TestClosingTabs::keepsStaleIndexesAfterAClose()
+void TestClosingTabs::closesTheTabToTheRightByAStaleButton()
 {
     WindowSession session;
     session.probe.openTabs({u"#a"_s, u"#b"_s, u"#c"_s, u"#d"_s});
@@ -159,12 +159,11 @@ void TestClosingTabs::keepsStaleIndexesAfterAClose()
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#a"_s, u"#c"_s}));
 }
 
-void TestClosingTabs::closesTheTabToTheRightByAStaleButton()
+void TestClosingTabs::numbersItsButtonsAnewWhenTheTabChanges()
 {
     WindowSession session;
     session.probe.openTabs({u"#a"_s, u"#b"_s, u"#c"_s});
     session.probe.closeTab(2);
-    // A rebuild mends what the close has left behind.
     session.probe.clickTab(0);
     session.probe.closeButton(2)->click();
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#a"_s}));

@@ -40,6 +40,7 @@ private slots:
 
     void handlesSessionEvents_data();
     void handlesSessionEvents();
+    void keepsTopics();
     void followsTheOwnNick();
     void keepsTheRatioWhenResized();
     void forgetsADraggedRatioWhenResized();
@@ -139,6 +140,14 @@ void TestMainWindowInUse::handlesSessionEvents()
     const QStringList lines = session.probe.lines(tab);
     QFETCH(const QString, line);
     QCOMPARE(lines.count(line), 1);
+}
+
+void TestMainWindowInUse::keepsTopics()
+{
+    MainWindow window;
+    const MainWindowProbe probe(window);
+    emit probe.connection().topicReceived(u"#c"_s, u"a topic"_s);
+    QCOMPARE(probe.channelTopics(), (QMap<QString, QString>{{u"#c"_s, u"a topic"_s}}));
 }
 
 void TestMainWindowInUse::followsTheOwnNick()
