@@ -18,7 +18,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const auto Server = u"Server"_s;
-const QColor Grey(136, 136, 136, 255);
 
 const QTextTable &tableOf(const MainWindowProbe &probe, const QString &tabName)
 {
