@@ -5,6 +5,7 @@
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextLayout>
+#include <QTextTableCellFormat>
 
 #include <algorithm>
 #include <cmath>
@@ -83,6 +84,45 @@ TextExtent layOutCell(QTextLayout &layout, const QTextBlock &block, qreal width)
     extent.width = static_cast<int>(std::ceil(widest));
     extent.isSure = !extent.isWrapped;
     return extent;
+}
+
+int widestCharacter(const QTextBlock &block)
+{
+    // A layout in less room than that would claim more.
+    constexpr qreal Unlimited = 1e6;
+    QTextLayout layout(block);
+    layOutCell(layout, block, Unlimited);
+    return static_cast<int>(std::ceil(layout.minimumWidth()));
+}
+
+int hitText(const QTextLayout &layout, const QPointF &point, Qt::HitTestAccuracy accuracy)
+{
+    const bool isExact = accuracy == Qt::ExactHit;
+    int offset = 0;
+    for (int i = 0; i < layout.lineCount() && point.y() >= 0; ++i) {
+        const QTextLine line = layout.lineAt(i);
+        const QRectF area = line.naturalTextRect();
+        if (area.bottom() <= point.y()) {
+            offset = line.textStart() + line.textLength();
+            continue;
+        }
+        if (area.top() > point.y())
+            break;
+        if (isExact && (point.x() < area.left() || point.x() > area.right()))
+            return -1;
+        // A link is hit on the whole of a letter, while a cursor goes to its nearer side.
+        return line.xToCursor(point.x(), isExact ? QTextLine::CursorOnCharacter
+                                                 : QTextLine::CursorBetweenCharacters);
+    }
+    return isExact ? -1 : offset;
+}
+
+CellBorder rightBorder(const QTextBlock &block)
+{
+    const QTextTableCellFormat format = block.charFormat().toTableCellFormat();
+    if (format.rightBorderStyle() == QTextFrameFormat::BorderStyle_None)
+        return {};
+    return {static_cast<int>(format.rightBorder()), format.rightBorderBrush()};
 }
 
 TextExtent TextEstimator::estimate(const QTextBlock &block, QPaintDevice *device)

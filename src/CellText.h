@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QBrush>
 #include <QFont>
 #include <QHash>
+#include <QPointF>
 
 #include <array>
 #include <memory>
@@ -12,6 +14,17 @@ class QTextBlock;
 class QTextFragment;
 class QTextLayout;
 class QTextLine;
+
+/// Border along an edge of a cell, which takes its width from the text's room.
+struct CellBorder
+{
+    /// In pixels; 0 if there is none.
+    int width = 0;
+    QBrush brush;
+};
+
+/// The border along the right edge of the cell that holds `block`.
+CellBorder rightBorder(const QTextBlock &block);
 
 /// Measures of a cell's text.
 struct TextExtent
@@ -33,6 +46,14 @@ TextExtent layOutCell(QTextLayout &layout, const QTextBlock &block, qreal width)
 
 /// Height that `line` takes in a cell.
 int heightOf(const QTextLine &line);
+
+/// Width in pixels of the widest single character in the text of `block`.
+int widestCharacter(const QTextBlock &block);
+
+/// Offset of the character at `point`, which counts from the start of the laid out text.
+///
+/// An exact hit is -1 where there is no text; otherwise it is the nearest place for a cursor.
+int hitText(const QTextLayout &layout, const QPointF &point, Qt::HitTestAccuracy accuracy);
 
 /// Tells a cell's measures without shaping its text, at a fraction of the cost.
 ///

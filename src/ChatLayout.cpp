@@ -1,5 +1,7 @@
 #include "ChatLayout.h"
 
+#include "CellSelections.h"
+
 #include <QPainter>
 #include <QTextDocument>
 #include <QTextFrame>
@@ -8,61 +10,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 
 namespace {
 
 // Rows whose shaped text is kept: some screens full.
 constexpr int CachedRows = 300;
-
-using Selection = QAbstractTextDocumentLayout::Selection;
-
-// Cells that a selection covers as a rectangle; null if it is one within a single cell or reaches
-// beyond the table, and so goes by positions.
-QRect selectedCells(const Selection &selection)
-{
-    int row = -1;
-    int rowCount = -1;
-    int column = -1;
-    int columnCount = -1;
-    selection.cursor.selectedTableCells(&row, &rowCount, &column, &columnCount);
-    return row < 0 ? QRect() : QRect(column, row, columnCount, rowCount);
-}
-
-// The part of `block` that `selection` covers, as the text layout wants it.
-QTextLayout::FormatRange selectedRange(const Selection &selection, const QRect &area,
-                                       const QTextBlock &block, QPoint cell)
-{
-    QTextLayout::FormatRange range{.start = 0, .length = 0, .format = selection.format};
-    // It would paint from the text to the end of the cell.
-    range.format.clearProperty(QTextFormat::FullWidthSelection);
-    if (!area.isNull()) {
-        if (area.contains(cell))
-            range.length = std::max(block.length() - 1, 1);
-        return range;
-    }
-    const int start = selection.cursor.selectionStart() - block.position();
-    const int end = selection.cursor.selectionEnd() - block.position();
-    if (start < block.length() && end > 0 && end > start) {
-        range.start = start;
-        range.length = end - start;
-    }
-    return range;
-}
-
-struct Border
-{
-    int width = 0;
-    QBrush brush;
-};
-
-Border rightBorder(const QTextBlock &block)
-{
-    const QTextTableCellFormat format = block.charFormat().toTableCellFormat();
-    if (format.rightBorderStyle() == QTextFrameFormat::BorderStyle_None)
-        return {};
-    return {static_cast<int>(format.rightBorder()), format.rightBorderBrush()};
-}
 
 bool isSameOption(const QTextOption &one, const QTextOption &other)
 {
@@ -70,42 +22,10 @@ bool isSameOption(const QTextOption &one, const QTextOption &other)
            && one.textDirection() == other.textDirection() && one.wrapMode() == other.wrapMode();
 }
 
-// Width of the widest single character. A layout in less room than that claims more.
-int minimumWidth(const QTextBlock &block)
-{
-    constexpr qreal Unlimited = 1e6;
-    QTextLayout layout(block);
-    layOutCell(layout, block, Unlimited);
-    return static_cast<int>(std::ceil(layout.minimumWidth()));
-}
-
 // Positions within layouts are whole 64ths of a pixel.
 qreal truncated(qreal value)
 {
     return std::trunc(value * 64) / 64;
-}
-
-// Offset of the character at `point`, or -1 if `accuracy` asks for more than is there.
-int hitText(const QTextLayout &layout, const QPointF &point, Qt::HitTestAccuracy accuracy)
-{
-    const bool isExact = accuracy == Qt::ExactHit;
-    int offset = 0;
-    for (int i = 0; i < layout.lineCount() && point.y() >= 0; ++i) {
-        const QTextLine line = layout.lineAt(i);
-        const QRectF area = line.naturalTextRect();
-        if (area.bottom() <= point.y()) {
-            offset = line.textStart() + line.textLength();
-            continue;
-        }
-        if (area.top() > point.y())
-            break;
-        if (isExact && (point.x() < area.left() || point.x() > area.right()))
-            return -1;
-        // A link is hit on the whole of a letter, while a cursor goes to its nearer side.
-        return line.xToCursor(point.x(), isExact ? QTextLine::CursorOnCharacter
-                                                 : QTextLine::CursorBetweenCharacters);
-    }
-    return isExact ? -1 : offset;
 }
 
 } // namespace
@@ -118,49 +38,19 @@ ChatLayout::ChatLayout(QTextDocument *document)
 
 ChatLayout::~ChatLayout() = default;
 
-int ChatLayout::margin() const
-{
-    return static_cast<int>(document()->documentMargin());
-}
-
-int ChatLayout::columnStart(int column) const
-{
-    return std::accumulate(columnWidths.begin(), columnWidths.begin() + column, margin());
-}
-
-int ChatLayout::roomFor(int column, int border) const
-{
-    return columnWidths[static_cast<std::size_t>(column)] - 2 * padding - border;
-}
-
-int ChatLayout::tableWidth() const
-{
-    return columnStart(columnCount()) - margin();
-}
-
 QTextBlock ChatLayout::blockAt(int row, int column) const
 {
-    return document()->findBlockByNumber(1 + row * columnCount() + column);
+    return document()->findBlockByNumber(1 + row * columns.count() + column);
 }
 
 int ChatLayout::rowOf(const QTextBlock &block) const
 {
-    return (block.blockNumber() - 1) / columnCount();
+    return (block.blockNumber() - 1) / columns.count();
 }
 
 int ChatLayout::rowAt(int y) const
 {
     return heights.rowAbove(y - margin() + 1);
-}
-
-int ChatLayout::rowTop(int row) const
-{
-    return margin() + heights.top(row);
-}
-
-int ChatLayout::pageCount() const
-{
-    return 1;
 }
 
 QSizeF ChatLayout::documentSize() const
@@ -169,7 +59,7 @@ QSizeF ChatLayout::documentSize() const
         const QRectF line = lentLayout(document()->firstBlock(), 0).boundingRect();
         return {qreal(pageWidth), line.height() + 2 * margin()};
     }
-    return {qreal(std::max(pageWidth, tableWidth() + 2 * margin())),
+    return {qreal(std::max(pageWidth, columns.width() + 2 * margin())),
             qreal(heights.total() + 2 * margin())};
 }
 
@@ -178,7 +68,8 @@ QRectF ChatLayout::frameBoundingRect(QTextFrame *frame) const
     if (frame != table)
         return {QPointF(), documentSize()};
     // Qt's layout counts the first cell's padding in.
-    return QRectF(margin() + padding, margin() + padding, tableWidth(), heights.total());
+    return QRectF(margin() + columns.cellPadding(), margin() + columns.cellPadding(),
+                  columns.width(), heights.total());
 }
 
 QRectF ChatLayout::blockBoundingRect(const QTextBlock &block) const
@@ -187,16 +78,17 @@ QRectF ChatLayout::blockBoundingRect(const QTextBlock &block) const
         return {};
     const int number = block.blockNumber();
     if (table && number > 0 && rowOf(block) < rowCount()) {
-        const int column = (number - 1) % columnCount();
-        const int room = roomFor(column, rightBorder(block).width);
+        const int column = (number - 1) % columns.count();
+        const int room = columns.room(column, rightBorder(block).width);
         QRectF rect = lentLayout(block, room).boundingRect();
-        rect.moveTopLeft(QPointF(columnStart(column) + padding, rowTop(rowOf(block)) + padding));
+        rect.moveTopLeft(QPointF(margin() + columns.start(column) + columns.cellPadding(),
+                                 rowTop(rowOf(block)) + columns.cellPadding()));
         return rect;
     }
-    QRectF rect = lentLayout(block, std::max(pageWidth - 2 * margin(), 0)).boundingRect();
+    QRectF rect = lentLayout(block, contentWidth()).boundingRect();
     if (number == 0)
         return {QPointF(margin(), margin()), documentSize() - QSizeF(margin(), margin())};
-    rect.moveTopLeft(QPointF(columnStart(columnCount()), rowTop(rowCount()) - rect.height()));
+    rect.moveTopLeft(QPointF(margin() + columns.width(), rowTop(rowCount()) - rect.height()));
     return rect;
 }
 
@@ -226,10 +118,10 @@ void ChatLayout::documentChanged(int from, int charsRemoved, int charsAdded)
             from == 0 && charsRemoved == 0 && charsAdded == document()->characterCount();
     if (isWhole)
         takeSettings();
-    const int count = table ? (document()->blockCount() - 2) / columnCount() : 0;
+    const int count = table ? (document()->blockCount() - 2) / columns.count() : 0;
     if (count < rowCount())
         startOver();
-    if (!isWhole) {
+    if (!isWhole && table) {
         // A separator that was added at the end of a block starts the next one.
         const QTextBlock first = document()->findBlock(from);
         const bool isInNext = count > rowCount() && from == first.position() + first.length() - 1;
@@ -253,26 +145,8 @@ void ChatLayout::startOver()
         table = qobject_cast<QTextTable *>(frame);
     if (!table)
         return;
-    const QTextTableFormat format = table->format();
-    padding = static_cast<int>(format.cellPadding());
-    columnMinima.assign(static_cast<std::size_t>(format.columnWidthConstraints().size()),
-                        2 * padding);
-    updateColumns();
-}
-
-void ChatLayout::updateColumns()
-{
-    areColumnsStale = false;
-    columnWidths = columnMinima;
-    const QList<QTextLength> constraints = table->format().columnWidthConstraints();
-    int rest = pageWidth - 2 * margin();
-    for (std::size_t column = 0; column + 1 < columnWidths.size(); ++column) {
-        const QTextLength &constraint = constraints.at(static_cast<qsizetype>(column));
-        columnWidths[column] =
-                std::max(columnWidths[column], static_cast<int>(constraint.rawValue()));
-        rest -= columnWidths[column];
-    }
-    columnWidths.back() = std::max(columnWidths.back(), rest);
+    columns = TableColumns(table->format());
+    columns.fit(contentWidth());
 }
 
 void ChatLayout::takeSettings()
@@ -300,13 +174,10 @@ void ChatLayout::reflow()
 {
     clearLentLayouts();
     cache.clear();
-    if (table) {
-        const std::vector<int> before = columnWidths;
-        updateColumns();
-        if (!std::equal(before.begin(), before.end() - 1, columnWidths.begin())) {
-            for (Row &row : rows)
-                row.isSideSure = false;
-        }
+    areColumnsStale = false;
+    if (table && columns.fit(contentWidth())) {
+        for (Row &row : rows)
+            row.isSideSure = false;
     }
     std::vector<int> newHeights;
     newHeights.reserve(rows.size());
@@ -365,10 +236,10 @@ void ChatLayout::estimate(int row)
     data.sideHeight = 0;
     data.isSideSure = true;
     QTextBlock block = blockAt(row, 0);
-    for (int column = 0; column + 1 < columnCount(); ++column, block = block.next()) {
+    for (int column = 0; column + 1 < columns.count(); ++column, block = block.next()) {
         const TextExtent side = estimator.estimate(block, paintDevice());
         data.sideHeight = std::max(data.sideHeight, side.height);
-        if (!side.isSure || side.width > roomFor(column, rightBorder(block).width))
+        if (!side.isSure || side.width > columns.room(column, rightBorder(block).width))
             data.isSideSure = false;
     }
     data.text = estimator.estimate(block, paintDevice());
@@ -377,14 +248,14 @@ void ChatLayout::estimate(int row)
 
 bool ChatLayout::fits(const Row &row) const
 {
-    return row.isSideSure && row.text.isSure && row.text.width <= roomFor(columnCount() - 1, 0);
+    return row.isSideSure && row.text.isSure && row.text.width <= columns.room(columns.last());
 }
 
 int ChatLayout::estimatedHeight(const Row &row) const
 {
-    const int room = std::max(roomFor(columnCount() - 1, 0), 1);
+    const int room = std::max(columns.room(columns.last()), 1);
     const int lines = std::max((row.text.width + room - 1) / room, 1);
-    return std::max(row.text.height * lines, row.sideHeight) + 2 * padding;
+    return std::max(row.text.height * lines, row.sideHeight) + 2 * columns.cellPadding();
 }
 
 void ChatLayout::setHeight(int row, int height, bool isExact)
@@ -402,16 +273,15 @@ ChatLayout::Cells ChatLayout::layOut(int row) const
 {
     Cells cells;
     QTextBlock block = blockAt(row, 0);
-    for (int column = 0; column < columnCount(); ++column, block = block.next()) {
-        const Border border = rightBorder(block);
+    for (int column = 0; column < columns.count(); ++column, block = block.next()) {
+        const CellBorder border = rightBorder(block);
         Cell cell{.block = block,
                   .layout = std::make_unique<QTextLayout>(block),
                   .extent = {},
-                  .border = border.width,
-                  .borderBrush = border.brush};
+                  .border = border};
         // Otherwise the text would be shaped anew at each painting.
         cell.layout->setCacheEnabled(true);
-        cell.extent = layOutCell(*cell.layout, block, roomFor(column, border.width));
+        cell.extent = layOutCell(*cell.layout, block, columns.room(column, border.width));
         cells.push_back(std::move(cell));
     }
     return cells;
@@ -426,18 +296,17 @@ void ChatLayout::take(int row, const Cells &cells)
         const Cell &cell = cells[column];
         if (column + 1 < cells.size())
             data.sideHeight = std::max(data.sideHeight, cell.extent.height);
-        if (cell.layout->minimumWidth() > roomFor(static_cast<int>(column), cell.border)) {
-            columnMinima[column] = std::max(columnMinima[column],
-                                            minimumWidth(cell.block) + 2 * padding + cell.border);
-            areColumnsStale = areColumnsStale || columnMinima[column] > columnWidths[column];
-        }
+        const int index = static_cast<int>(column);
+        if (cell.layout->minimumWidth() > columns.room(index, cell.border.width)
+            && columns.require(index, widestCharacter(cell.block), cell.border.width))
+            areColumnsStale = true;
     }
     const Cell &text = cells.back();
     if (text.extent.isSure)
         data.text = text.extent;
     else if (!data.text.isSure)
         data.text = {.width = text.extent.width, .height = heightOf(text.layout->lineAt(0))};
-    setHeight(row, std::max(data.sideHeight, text.extent.height) + 2 * padding, true);
+    setHeight(row, std::max(data.sideHeight, text.extent.height) + 2 * columns.cellPadding(), true);
 }
 
 const ChatLayout::Cells &ChatLayout::cellsOf(int row)
@@ -534,15 +403,13 @@ void ChatLayout::draw(QPainter *painter, const PaintContext &context)
     const QRectF bounds(margin(), 0, size.width() - 2 * margin(), size.height());
     PaintContext clipped = context;
     clipped.clip = context.clip.isValid() ? context.clip & bounds : bounds;
-    QList<QRect> areas;
-    for (const Selection &selection : context.selections)
-        areas << (selection.cursor.currentTable() == table ? selectedCells(selection) : QRect());
+    const CellSelections selections(context.selections, table);
 
     const QPen pen = painter->pen();
-    drawFirstBlock(*painter, clipped);
+    drawFirstBlock(*painter, clipped, selections);
     const int first = rowAt(static_cast<int>(clipped.clip.top()));
     for (int row = first; row < rowCount() && rowTop(row) < clipped.clip.bottom(); ++row)
-        drawRow(*painter, clipped, row, areas);
+        drawRow(*painter, clipped, selections, row);
     painter->setPen(pen);
     // Scroll bars must not move while something is painted.
     if (areColumnsStale || documentSize() != announcedSize)
@@ -550,49 +417,40 @@ void ChatLayout::draw(QPainter *painter, const PaintContext &context)
 }
 
 // The empty block above the table takes no room, yet a selection of it shows.
-void ChatLayout::drawFirstBlock(QPainter &painter, const PaintContext &context) const
+void ChatLayout::drawFirstBlock(QPainter &painter, const PaintContext &context,
+                                const CellSelections &selections) const
 {
     const QTextBlock block = document()->firstBlock();
-    QList<QTextLayout::FormatRange> ranges;
-    for (const Selection &selection : context.selections) {
-        const QTextLayout::FormatRange range = selectedRange(selection, QRect(), block, QPoint());
-        if (range.length > 0)
-            ranges << range;
-    }
+    const QList<QTextLayout::FormatRange> ranges = selections.ranges(block);
     if (ranges.isEmpty())
         return;
-    const QTextLayout &layout = lentLayout(block, std::max(pageWidth - 2 * margin(), 0));
+    const QTextLayout &layout = lentLayout(block, contentWidth());
     painter.setPen(context.palette.color(QPalette::Text));
     layout.draw(&painter, QPointF(margin(), margin()), ranges, context.clip);
 }
 
-void ChatLayout::drawRow(QPainter &painter, const PaintContext &context, int row,
-                         const QList<QRect> &areas)
+void ChatLayout::drawRow(QPainter &painter, const PaintContext &context,
+                         const CellSelections &selections, int row)
 {
     const Cells &cells = cellsOf(row);
     const int top = rowTop(row);
-    for (int column = 0; column < columnCount(); ++column) {
+    for (int column = 0; column < columns.count(); ++column) {
         const Cell &cell = cells[static_cast<std::size_t>(column)];
-        if (cell.border > 0) {
+        if (cell.border.width > 0) {
             painter.save();
             painter.setPen(Qt::NoPen);
-            painter.setBrush(cell.borderBrush);
+            painter.setBrush(cell.border.brush);
             // At a scale that is no whole number the rule's edges fall between pixels.
             painter.setRenderHint(QPainter::Antialiasing);
-            painter.drawRect(QRectF(columnStart(column + 1) - cell.border, top, cell.border,
-                                    heights.height(row)));
+            painter.drawRect(QRectF(margin() + columns.start(column + 1) - cell.border.width, top,
+                                    cell.border.width, heights.height(row)));
             painter.restore();
         }
-        QList<QTextLayout::FormatRange> ranges;
-        for (qsizetype i = 0; i < areas.size(); ++i) {
-            const QTextLayout::FormatRange range = selectedRange(
-                    context.selections.at(i), areas.at(i), cell.block, QPoint(column, row));
-            if (range.length > 0)
-                ranges << range;
-        }
         painter.setPen(context.palette.color(QPalette::Text));
-        cell.layout->draw(&painter, QPointF(columnStart(column) + padding, top + padding), ranges,
-                          context.clip);
+        cell.layout->draw(&painter,
+                          QPointF(margin() + columns.start(column) + columns.cellPadding(),
+                                  top + columns.cellPadding()),
+                          selections.ranges(cell.block, QPoint(column, row)), context.clip);
     }
 }
 
@@ -601,7 +459,7 @@ int ChatLayout::hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) cons
     if (!table)
         return accuracy == Qt::ExactHit ? -1 : 0;
     const QPointF inTable(truncated(point.x()) - margin(), truncated(point.y()) - margin());
-    const QRectF bounds(0, 0, tableWidth(), heights.total());
+    const QRectF bounds(0, 0, columns.width(), heights.total());
     // The far edges belong to the table as well.
     if (inTable.x() >= 0 && inTable.y() >= 0 && inTable.x() <= bounds.right()
         && inTable.y() <= bounds.bottom())
@@ -619,9 +477,7 @@ int ChatLayout::hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) cons
 int ChatLayout::hitTable(const QPointF &point, Qt::HitTestAccuracy accuracy) const
 {
     const int row = heights.rowAbove(point.y());
-    int column = columnCount() - 1;
-    while (column > 0 && columnStart(column) - margin() >= point.x())
-        --column;
+    const int column = columns.columnLeftOf(point.x());
     Cells fresh;
     const Cells *cells = cache.object(row);
     if (!cells) {
@@ -629,8 +485,8 @@ int ChatLayout::hitTable(const QPointF &point, Qt::HitTestAccuracy accuracy) con
         cells = &fresh;
     }
     const Cell &cell = (*cells)[static_cast<std::size_t>(column)];
-    const QPointF inCell(point.x() - columnStart(column) + margin() - padding,
-                         point.y() - heights.top(row) - padding);
+    const QPointF inCell(point.x() - columns.start(column) - columns.cellPadding(),
+                         point.y() - heights.top(row) - columns.cellPadding());
     const int offset = hitText(*cell.layout, inCell, accuracy);
     return offset < 0 ? -1 : cell.block.position() + std::min(offset, cell.block.length() - 1);
 }

@@ -2,10 +2,10 @@
 
 #include "CellText.h"
 #include "RowHeights.h"
+#include "TableColumns.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QBasicTimer>
-#include <QBrush>
 #include <QCache>
 #include <QDeadlineTimer>
 #include <QPointer>
@@ -14,8 +14,11 @@
 #include <QTextOption>
 #include <QTextTable>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
+
+class CellSelections;
 
 /// Layout of a document that holds one conversation, a table made by `ChatTable`.
 ///
@@ -37,7 +40,7 @@ public:
 
     void draw(QPainter *painter, const PaintContext &context) override;
     [[nodiscard]] int hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) const override;
-    [[nodiscard]] int pageCount() const override;
+    [[nodiscard]] int pageCount() const override { return 1; }
     [[nodiscard]] QSizeF documentSize() const override;
     [[nodiscard]] QRectF frameBoundingRect(QTextFrame *frame) const override;
 
@@ -68,7 +71,7 @@ public:
     [[nodiscard]] int rowAt(int y) const;
 
     /// Height of the document at which `row` starts or, for `rowCount()`, the last row ends.
-    [[nodiscard]] int rowTop(int row) const;
+    [[nodiscard]] int rowTop(int row) const { return margin() + heights.top(row); }
 
 protected:
     void documentChanged(int from, int charsRemoved, int charsAdded) override;
@@ -80,8 +83,7 @@ private:
         QTextBlock block;
         std::unique_ptr<QTextLayout> layout;
         TextExtent extent;
-        int border = 0;
-        QBrush borderBrush;
+        CellBorder border;
     };
     using Cells = std::vector<Cell>;
 
@@ -95,17 +97,14 @@ private:
         bool isExact = false;
     };
 
-    [[nodiscard]] int margin() const;
-    [[nodiscard]] int columnCount() const { return static_cast<int>(columnWidths.size()); }
-    [[nodiscard]] int columnStart(int column) const;
-    [[nodiscard]] int roomFor(int column, int border) const;
-    [[nodiscard]] int tableWidth() const;
+    [[nodiscard]] int margin() const { return static_cast<int>(document()->documentMargin()); }
+    // Width between the document's margins.
+    [[nodiscard]] int contentWidth() const { return std::max(pageWidth - 2 * margin(), 0); }
     [[nodiscard]] QTextBlock blockAt(int row, int column) const;
     [[nodiscard]] Row &rowData(int row) { return rows[static_cast<std::size_t>(row)]; }
     [[nodiscard]] int rowOf(const QTextBlock &block) const;
 
     void startOver();
-    void updateColumns();
     void takeSettings();
     void reflow();
     void addRows(int count);
@@ -121,19 +120,18 @@ private:
     bool measureRows(qreal top, qreal bottom);
     void announceSize();
 
-    void drawFirstBlock(QPainter &painter, const PaintContext &context) const;
-    void drawRow(QPainter &painter, const PaintContext &context, int row,
-                 const QList<QRect> &areas);
+    void drawFirstBlock(QPainter &painter, const PaintContext &context,
+                        const CellSelections &selections) const;
+    void drawRow(QPainter &painter, const PaintContext &context, const CellSelections &selections,
+                 int row);
     [[nodiscard]] int hitTable(const QPointF &point, Qt::HitTestAccuracy accuracy) const;
     const QTextLayout &lentLayout(const QTextBlock &block, int room) const;
     void clearLentLayouts();
 
     QPointer<QTextTable> table;
-    int padding = 0;
-    std::vector<int> columnWidths;
-    // Widest single character of each column, padding included: no column gets narrower.
-    std::vector<int> columnMinima;
-
+    TableColumns columns;
+    // A character was found that needs a wider column.
+    bool areColumnsStale = false;
     RowHeights heights;
     std::vector<Row> rows;
     int estimates = 0;
@@ -150,7 +148,6 @@ private:
     QFont font;
     QTextOption option;
     QSizeF announcedSize;
-    bool areColumnsStale = false;
     // Runs after a paint that found something else than was known.
     QBasicTimer repairTimer;
 };

@@ -104,6 +104,12 @@ void TestChatLayout::looksTheSameEmptyAndWithOneLine()
     QTextBrowser stock;
     ChatView own;
     QCOMPARE(own.document()->size().height(), stock.document()->size().height());
+    // Not a conversation: not laid out, but nothing bad comes of it.
+    own.setPlainText(u"one\ntwo"_s);
+    own.show();
+    QCOMPARE(own.toPlainText(), u"one\ntwo"_s);
+    QCOMPARE(own.anchorAt(QPoint(10, 10)), QString());
+    QCOMPARE(own.cursorForPosition(QPoint(10, 10)).position(), 0);
 }
 
 void TestChatLayout::looksTheSameLineByLine()
