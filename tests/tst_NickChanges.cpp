@@ -25,6 +25,7 @@ private slots:
 
     void renamesThePrivateTab();
     void renamesThePrivateTabOnShow();
+    void renamesWhatIsOnShowInAnyCase();
     void findsThePrivateTabInAnyCase();
     void renamesOnePrivateTabOnly();
     void keepsWhatIsWatchedAndDrafted();
@@ -165,6 +166,18 @@ void TestNickChanges::renamesThePrivateTabOnShow()
     session.probe.typeLine(u"hello"_s);
     QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG rob :hello"_s});
     QCOMPARE(session.probe.lastLine(u"rob"_s), u"me|hello"_s);
+}
+
+// With two conversations that differ in case alone, the one on show takes the other's new name.
+void TestNickChanges::renamesWhatIsOnShowInAnyCase()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.sayAll({u":bob!u@h PRIVMSG me :small"_s, u":Bob!u@h PRIVMSG me :big"_s}));
+    QCOMPARE(session.probe.currentTabName(), u"bob"_s);
+    QVERIFY(session.say(u":Bob!u@h NICK rob"_s));
+    QCOMPARE(session.probe.currentTabName(), u"rob"_s);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s, u"rob"_s}));
 }
 
 void TestNickChanges::findsThePrivateTabInAnyCase()
