@@ -70,6 +70,18 @@ bool equalsIgnoringCase(const QString &left, const QString &right)
     return left.compare(right, Qt::CaseInsensitive) == 0;
 }
 
+// The property of a close button that tells which tab it closes: the index at which its tab stood
+// when the buttons were last gone over, also once tabs before it have gone.
+constexpr char CloseIndex[] = "closeIndex";
+
+QString closeButtonSheet(bool isCurrent)
+{
+    return u"QPushButton {  background: transparent;  border: none;  font-size: 16px;  "
+           "font-weight: bold;  color: %1;  padding: 0px;}"
+           "QPushButton:hover {  background: rgba(0,0,0,0.1);  border-radius: 4px;}"_s.arg(
+                   isCurrent ? "#FFFFFF"_L1 : "#999999"_L1);
+}
+
 QString placeholderFor(const QString &tabName)
 {
     return tabName == ServerTab ? MainWindow::tr("Type a command...")
@@ -562,23 +574,28 @@ void MainWindow::addCloseButtonToAllTabs()
 {
     const int current = tabWidget->currentIndex();
     for (int index = 0; index < tabWidget->count(); ++index) {
-        if (QWidget *button = tabBar->tabButton(index, QTabBar::LeftSide))
-            button->deleteLater();
+        QWidget *button = tabBar->tabButton(index, QTabBar::LeftSide);
+        // Putting a button in lays out the whole bar, so one that is there is put right instead.
+        if (!button) {
+            button = createCloseButton();
+            tabBar->setTabButton(index, QTabBar::LeftSide, button);
+        }
+        button->setProperty(CloseIndex, index);
+        const QString sheet = closeButtonSheet(index == current);
+        if (button->styleSheet() != sheet)
+            button->setStyleSheet(sheet);
     }
-    for (int index = 0; index < tabWidget->count(); ++index) {
-        auto *button = new QPushButton(u"\u00D7"_s);
-        button->setFixedSize(20, 20);
-        button->setFlat(true);
-        button->setCursor(Qt::ArrowCursor);
-        button->setStyleSheet(
-                u"QPushButton {  background: transparent;  border: none;  "
-                "font-size: 16px;  font-weight: bold;  color: %1;  padding: 0px;}"
-                "QPushButton:hover {  background: rgba(0,0,0,0.1);  "
-                "border-radius: 4px;}"_s.arg(index == current ? "#FFFFFF"_L1 : "#999999"_L1));
-        // The button keeps the index at which it was made, also when tabs before it go.
-        connect(button, &QPushButton::clicked, this, [this, index] { closeTab(index); });
-        tabBar->setTabButton(index, QTabBar::LeftSide, button);
-    }
+}
+
+QWidget *MainWindow::createCloseButton()
+{
+    auto *button = new QPushButton(u"\u00D7"_s);
+    button->setFixedSize(20, 20);
+    button->setFlat(true);
+    button->setCursor(Qt::ArrowCursor);
+    connect(button, &QPushButton::clicked, this,
+            [this, button] { closeTab(button->property(CloseIndex).toInt()); });
+    return button;
 }
 
 void MainWindow::onTabChanged(int index)

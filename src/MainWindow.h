@@ -150,7 +150,9 @@ private:
     void openTab(const QString &name);
     /// Key of the private tab of `nick`, compared without regard to case, or an empty string.
     QString findPrivateChatTab(const QString &nick) const;
+    /// Gives each tab its close button, or puts it right, with the index at which the tab is now.
     void addCloseButtonToAllTabs();
+    QWidget *createCloseButton();
     void updateTopicLabel(const QString &channel);
 
     // Lines

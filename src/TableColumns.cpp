@@ -41,6 +41,8 @@ bool TableColumns::require(int column, int needed, int border)
 
 bool TableColumns::fit(int available)
 {
+    if (minima.empty())
+        return false;
     const std::vector<int> before = std::exchange(widths, minima);
     int rest = available;
     for (std::size_t column = 0; column + 1 < widths.size(); ++column) {
