@@ -119,8 +119,8 @@ void reportLines()
 {
     const struct
     {
-        int rows;
-        double shownLimit;
+        int rows = 0;
+        double shownLimit = 0;
         std::optional<double> hiddenLimit;
     } cases[] = {{1000, 1.5, 0.6}, {10000, 5, 3}, {50000, 20, {}}};
     for (const auto &test : cases) {

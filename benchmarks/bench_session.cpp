@@ -49,11 +49,13 @@ double processorTimeOf(qint64 process)
 
 QByteArray lines(int count)
 {
+    static const QByteArray longest =
+            "I did, and it works well here, apart from the usual trouble with the graphics driver, "
+            "which has to be built again after every update and then fails at the first attempt";
     static const QByteArrayList texts{
             "yes",
             "has anybody tried the new kernel on one of these machines yet?",
-            "I did, and it works well here, apart from the usual trouble with the graphics driver, "
-            "which has to be built again after every update and then fails at the first attempt",
+            longest,
             "see https://example.org/wiki/Troubleshooting?page=12 for details",
             "thanks a lot",
             "that was broken for years and nobody had noticed, since everybody had a workaround",
@@ -62,7 +64,7 @@ QByteArray lines(int count)
     static const QByteArrayList nicks{"alice", "bob", "carol", "dave_the_great", "eve"};
     QByteArray result;
     for (int i = 0; i < count; ++i) {
-        const QByteArray nick = nicks.at(i % nicks.size());
+        const QByteArray &nick = nicks.at(i % nicks.size());
         result += ':' + nick + '!' + nick + "@host.example PRIVMSG #bench :"
                   + texts.at(i % texts.size()) + ' ' + QByteArray::number(i) + "\r\n";
     }

@@ -106,7 +106,7 @@ QString ViewPair::differenceAnywhere(qreal ratio)
     stock.verticalScrollBar()->setMaximum(end);
     for (int value = 0; value < end + step; value += step) {
         scrollTo(std::min(value, end));
-        const QString result = difference(ratio);
+        QString result = difference(ratio);
         if (!result.isEmpty())
             return result;
     }
