@@ -1,5 +1,6 @@
 #include "ProgramOnScreen.h"
 
+#include <QMargins>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -13,6 +14,13 @@ const auto DialogTitle = u"Connect to IRC Server"_s;
 
 // The input line lies above the status bar at the lower left.
 constexpr QPoint InputFromBottomLeft{200, -50};
+// The time stamps stand at the left of the view, which lies between the tabs with the topic and the
+// input line.
+constexpr QMargins ViewMargins{15, 90, 0, 90};
+constexpr int StampWidth = 80;
+constexpr QRgb StampColour = qRgb(136, 136, 136);
+constexpr int StampDistance = 40;
+
 // The first menu of the menu bar.
 constexpr QPoint ServerMenu{25, 10};
 
@@ -40,20 +48,29 @@ bool ProgramOnScreen::start(const QStringList &wrapper)
 
 bool ProgramOnScreen::pressConnect()
 {
-    return screen.press(u"Return"_s) && waitForActive(MainTitle);
+    if (!screen.press(u"Return"_s) || !waitForActive(MainTitle))
+        return false;
+    window = screen.activeWindow();
+    return !window.isEmpty();
 }
 
 bool ProgramOnScreen::openConnectDialog()
 {
-    return screen.click(screen.window(MainTitle), ServerMenu) && screen.press(u"c"_s)
+    return screen.click(window.topLeft() + ServerMenu) && screen.press(u"c"_s)
            && waitForActive(DialogTitle);
 }
 
 bool ProgramOnScreen::say(const QString &text)
 {
-    const QString window = screen.window(MainTitle);
-    const QPoint input = InputFromBottomLeft + QPoint(0, screen.sizeOf(window).height());
-    return screen.click(window, input) && screen.type(text) && screen.press(u"Return"_s);
+    const QPoint input = window.bottomLeft() + InputFromBottomLeft;
+    return screen.click(input) && screen.type(text) && screen.press(u"Return"_s);
+}
+
+int ProgramOnScreen::shownLines() const
+{
+    QRect stamps = window.marginsRemoved(ViewMargins);
+    stamps.setWidth(StampWidth);
+    return screen.countTextRows(stamps, StampColour, StampDistance);
 }
 
 bool ProgramOnScreen::close()

@@ -4,6 +4,7 @@
 #include "PreparedStore.h"
 #include "VirtualScreen.h"
 
+#include <QRect>
 #include <QStringList>
 
 /// The built program on a screen in memory, driven as a person drives it: by keys and clicks.
@@ -33,6 +34,9 @@ public:
     /// Clicks into the input line, types the text and presses Return.
     [[nodiscard]] bool say(const QString &text);
 
+    /// How many lines the open tab shows, by their time stamps.
+    [[nodiscard]] int shownLines() const;
+
     /// Closes the window as its title bar does, and waits for the program to end.
     [[nodiscard]] bool close();
 
@@ -49,6 +53,7 @@ private:
 
     const VirtualScreen &screen;
     const PreparedStore &store;
+    QRect window; // The main window's inside, once its connect dialog is out of the way.
     Child program;
     QString errors;
 };

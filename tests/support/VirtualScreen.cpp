@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QHash>
 #include <QTest>
 #include <QtEndian>
 
@@ -16,6 +17,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int Patience = 20000; // In ms, for each program to come up or to do its work.
+
+constexpr int RowGap = 3; // Fewer blank lines than this occur within a row of text.
 
 // The file in which Xvfb keeps its picture is an X window dump: a header of 32 bit numbers, most
 // significant byte first, a name, the colour map, and then the rows.
@@ -41,6 +44,16 @@ QImage readDump(const QByteArray &dump)
 const QRgb *rowOf(const QImage &image, int y)
 {
     return reinterpret_cast<const QRgb *>(image.constScanLine(y));
+}
+
+int countInRow(const QImage &image, int y, int from, int to, QRgb colour, int distance)
+{
+    const auto isNear = [&](QRgb point) {
+        return std::abs(qRed(point) - qRed(colour)) <= distance
+               && std::abs(qGreen(point) - qGreen(colour)) <= distance
+               && std::abs(qBlue(point) - qBlue(colour)) <= distance;
+    };
+    return int(std::count_if(rowOf(image, y) + from, rowOf(image, y) + to, isNear));
 }
 
 } // namespace
@@ -125,17 +138,25 @@ QImage VirtualScreen::picture() const
 int VirtualScreen::countPoints(QRgb colour, int distance) const
 {
     const QImage now = picture();
-    const auto isNear = [&](QRgb point) {
-        return std::abs(qRed(point) - qRed(colour)) <= distance
-               && std::abs(qGreen(point) - qGreen(colour)) <= distance
-               && std::abs(qBlue(point) - qBlue(colour)) <= distance;
-    };
     int count = 0;
-    for (int y = 0; y < now.height(); ++y) {
-        const QRgb *row = rowOf(now, y);
-        count += int(std::count_if(row, row + now.width(), isNear));
-    }
+    for (int y = 0; y < now.height(); ++y)
+        count += countInRow(now, y, 0, now.width(), colour, distance);
     return count;
+}
+
+int VirtualScreen::countTextRows(const QRect &area, QRgb colour, int distance) const
+{
+    const QImage now = picture();
+    const QRect seen = area & now.rect();
+    int rows = 0;
+    int blank = RowGap;
+    for (int y = seen.top(); y <= seen.bottom(); ++y) {
+        const bool isText = countInRow(now, y, seen.left(), seen.right(), colour, distance) > 0;
+        if (isText && blank >= RowGap)
+            ++rows;
+        blank = isText ? 0 : blank + 1;
+    }
+    return rows;
 }
 
 int VirtualScreen::countChanges(const QImage &before) const
@@ -152,25 +173,19 @@ int VirtualScreen::countChanges(const QImage &before) const
     return count;
 }
 
-QString VirtualScreen::window(const QString &title) const
+QRect VirtualScreen::activeWindow() const
 {
-    QString found;
-    run({u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^%1$"_s.arg(title)}, &found);
-    return found.section(u'\n', 0, 0);
-}
-
-QSize VirtualScreen::sizeOf(const QString &window) const
-{
+    // The tool counts the frame twice when it is asked for a window's place, but the mouse finds
+    // the window.
     QString text;
-    run({u"getwindowgeometry"_s, u"--shell"_s, window}, &text);
-    QSize size;
-    for (const QString &line : text.split(u'\n')) {
-        if (line.startsWith("WIDTH="_L1))
-            size.setWidth(line.section(u'=', 1).toInt());
-        if (line.startsWith("HEIGHT="_L1))
-            size.setHeight(line.section(u'=', 1).toInt());
-    }
-    return size;
+    run({u"getactivewindow"_s, u"getwindowgeometry"_s, u"--shell"_s, u"mousemove"_s, u"--window"_s,
+         u"%1"_s, u"0"_s, u"0"_s, u"getmouselocation"_s, u"--shell"_s},
+        &text);
+    QHash<QString, int> values;
+    for (const QString &line : text.split(u'\n'))
+        values.insert(line.section(u'=', 0, 0), line.section(u'=', 1).toInt());
+    return QRect(values.value(u"X"_s), values.value(u"Y"_s), values.value(u"WIDTH"_s),
+                 values.value(u"HEIGHT"_s));
 }
 
 QString VirtualScreen::activeTitle() const
@@ -190,10 +205,10 @@ bool VirtualScreen::press(const QString &key) const
     return run({u"key"_s, u"--"_s, key});
 }
 
-bool VirtualScreen::click(const QString &window, QPoint point) const
+bool VirtualScreen::click(QPoint point) const
 {
-    return run({u"mousemove"_s, u"--window"_s, window, QString::number(point.x()),
-                QString::number(point.y()), u"click"_s, u"1"_s});
+    return run({u"mousemove"_s, QString::number(point.x()), QString::number(point.y()), u"click"_s,
+                u"1"_s});
 }
 
 bool VirtualScreen::run(const QStringList &arguments, QString *output) const

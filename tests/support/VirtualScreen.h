@@ -5,14 +5,12 @@
 #include <QImage>
 #include <QPoint>
 #include <QProcessEnvironment>
-#include <QSize>
+#include <QRect>
 #include <QString>
 #include <QTemporaryDir>
 
 /// A screen in memory (Xvfb) with a window manager (openbox) on a free display, and the keyboard
 /// and the mouse that belong to it (xdotool).
-///
-/// A window is known by the number that X gave it, as text; an empty text is no window.
 class VirtualScreen final
 {
     Q_DISABLE_COPY_MOVE(VirtualScreen)
@@ -34,21 +32,22 @@ public:
     /// red, green and blue.
     [[nodiscard]] int countPoints(QRgb colour, int distance = 0) const;
 
+    /// How many rows of text an area shows that has nothing but text of this colour on a plain
+    /// ground: what lies at least three lines of the screen apart is a row of its own.
+    [[nodiscard]] int countTextRows(const QRect &area, QRgb colour, int distance) const;
     /// How many points differ between the picture and what the screen shows now.
     [[nodiscard]] int countChanges(const QImage &before) const;
 
-    /// The visible window with exactly this title.
-    [[nodiscard]] QString window(const QString &title) const;
-    [[nodiscard]] QSize sizeOf(const QString &window) const;
     /// The title of the window that has the keyboard.
     [[nodiscard]] QString activeTitle() const;
+    /// Where the inside of that window lies. Takes the mouse there.
+    [[nodiscard]] QRect activeWindow() const;
 
     /// Types the text, of ASCII characters, into the window that has the keyboard.
     bool type(const QString &text) const;
     /// Presses one key, written as X names it: "Return", "alt+F4".
     bool press(const QString &key) const;
-    /// Clicks at a point of the window, counted from its top left corner.
-    bool click(const QString &window, QPoint point) const;
+    bool click(QPoint point) const;
 
 private:
     bool startDisplay();
