@@ -239,8 +239,8 @@ bool TestSilentServer::showsStatus(QRgb colour) const
 
 bool TestSilentServer::copyRows() const
 {
-    return screen.click(screen.activeWindow().topLeft() + InConversation) && screen.press(u"ctrl+a"_s)
-           && screen.press(u"ctrl+c"_s);
+    return screen.click(screen.activeWindow().topLeft() + InConversation)
+           && screen.press(u"ctrl+a"_s) && screen.press(u"ctrl+c"_s);
 }
 
 QString TestSilentServer::tellCopy()
