@@ -60,6 +60,8 @@ QStringList inASystemWithCertificates(const QString &folder)
     QStringList command{u"unshare"_s, u"--mount"_s};
     if (geteuid() != 0)
         command.append(u"--map-root-user"_s);
+    else if (QProcess::execute(u"unshare"_s, {u"--mount"_s, u"true"_s}) != 0)
+        command.append({u"--propagation"_s, u"unchanged"_s}); // As in a changed root folder.
     return command
            + QStringList{u"sh"_s, u"-c"_s, u"mount --bind \"$0\" /etc/ssl/certs && exec \"$@\""_s,
                          folder};
