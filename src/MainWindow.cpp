@@ -1,6 +1,8 @@
 #include "MainWindow.h"
 
+#include "Attention.h"
 #include "ChannelPage.h"
+#include "ChatBackground.h"
 #include "Commands.h"
 #include "ConnectDialog.h"
 #include "HighlightTabBar.h"
@@ -8,23 +10,32 @@
 #include "IrcText.h"
 #include "MyTabWidget.h"
 #include "NickList.h"
+#include "Prompts.h"
 #include "ServerStore.h"
+#include "SystemTray.h"
 #include "ThemeManager.h"
 
+#include <QClipboard>
 #include <QCompleter>
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QGuiApplication>
+#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QSettings>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
+#include <QStringListModel>
+#include <QSystemTrayIcon>
 #include <QTextBrowser>
 #include <QTextTable>
 #include <QTimer>
@@ -49,6 +60,8 @@ constexpr int ListSearchPage = 1;
 // The session has no getter for its port, so a reconnect dials the standard one.
 constexpr quint16 ReconnectPort = 6667;
 constexpr int ReconnectDelayMs = 1000;
+
+constexpr int NotificationMs = 5000;
 
 bool isChannelName(const QString &name)
 {
@@ -82,6 +95,23 @@ QString closeButtonSheet(bool isCurrent)
                    isCurrent ? "#FFFFFF"_L1 : "#999999"_L1);
 }
 
+QStringList whoisLines(const QString &nick, const MainWindow::WhoInfo &info)
+{
+    QStringList lines{
+            u"*** WHOIS %1: %2@%3 (%4)"_s.arg(nick, info.username, info.hostname, info.realName)};
+    if (info.isOperator)
+        lines << u"*** %1 is an IRC operator"_s.arg(nick);
+    lines << u"*** %1 is using %2 (%3)"_s.arg(nick, info.server, info.serverInfo);
+    if (info.idleSeconds >= 0)
+        lines << u"*** %1 idle %2s, signed on %3"_s.arg(nick, QString::number(info.idleSeconds),
+                                                        info.signonTime);
+    if (!info.channels.isEmpty())
+        lines << u"*** %1 on channels: %2"_s.arg(nick, info.channels);
+    if (!info.awayMessage.isEmpty())
+        lines << u"*** %1 is away: %2"_s.arg(nick, info.awayMessage);
+    return lines;
+}
+
 QString placeholderFor(const QString &tabName)
 {
     return tabName == ServerTab ? MainWindow::tr("Type a command...")
@@ -100,12 +130,14 @@ MainWindow::MainWindow(QWidget *parent)
     setupMenuBar();
     createServerTab();
     whoisTab = ServerTab;
+    loadPreferences();
     connectSession();
     resize(1280, 720);
     setWindowTitle(u"Velmora"_s);
     // The dialog opens over a window that is already on the screen.
     QTimer::singleShot(0, this, [this] { showConnectDialog(); });
     updateStatusBar();
+    initSystemTray();
 }
 
 void MainWindow::requestCloseTab(int index)
@@ -170,6 +202,8 @@ void MainWindow::setupUI()
     connect(tabWidget, &QTabWidget::tabCloseRequested, this, &MainWindow::closeTab);
     connect(tabWidget, &QTabWidget::currentChanged, this, &MainWindow::onTabChanged);
     connect(tabBar, &QWidget::customContextMenuRequested, this, &MainWindow::onTabContextMenu);
+    connect(userList, &QWidget::customContextMenuRequested, this, &MainWindow::showUserContextMenu);
+    connect(userList, &QListWidget::itemDoubleClicked, this, &MainWindow::onUserDoubleClicked);
     connect(splitter, &QSplitter::splitterMoved, this, &MainWindow::onSplitterMoved);
     connect(inputLine, &QLineEdit::returnPressed, this, &MainWindow::onSendInput);
 
@@ -238,11 +272,11 @@ void MainWindow::setupMenuBar()
     addWithoutRole(quit);
 
     QMenu *user = menuBar()->addMenu(tr("&User"));
-    awayAction = addUnfinished(user, tr("Marked Away..."));
-    changeNickAction = addUnfinished(user, tr("Change Nick..."));
+    awayAction = user->addAction(tr("Marked Away..."), this, &MainWindow::onSetAway);
+    changeNickAction = user->addAction(tr("Change Nick..."), this, &MainWindow::onChangeNick);
 
     QMenu *channel = menuBar()->addMenu(tr("&Channel"));
-    addUnfinished(channel, tr("&Join channel..."));
+    channel->addAction(tr("&Join channel..."), this, &MainWindow::onJoinChannel);
     addUnfinished(channel, tr("Channel &List"));
 
     QMenu *settings = menuBar()->addMenu(tr("&Settings"));
@@ -263,7 +297,9 @@ void MainWindow::createServerTab()
     emojiButton->hide();
     userListShown = false;
     adjustSplitterToRatio();
+    updateNickCompletionModel();
     addCloseButtonToAllTabs();
+    applyChatBackground();
 }
 
 void MainWindow::connectSession()
@@ -283,12 +319,92 @@ void MainWindow::connectSession()
     connect(connection, &IRCConnection::topicReceived, this, &MainWindow::onTopic);
     connect(connection, &IRCConnection::quitReceived, this, &MainWindow::onQuit);
     connect(connection, &IRCConnection::kickReceived, this, &MainWindow::onKick);
+    connectPresence();
     connect(connection, &IRCConnection::ownNickChanged, this, [this] {
         updateStatusBar();
         updateOwnUserAppearance();
         pendingNick.clear();
     });
-    connection->setReadFinishedHandler([this] { flushPendingRows(); });
+    connection->setReadFinishedHandler([this] {
+        flushPendingRows();
+        if (completionPending)
+            updateNickCompletionModel();
+    });
+}
+
+void MainWindow::connectPresence()
+{
+    connect(connection, &IRCConnection::whoisUserReceived, this, &MainWindow::onWhoisUser);
+    connect(connection, &IRCConnection::whoisServerReceived, this, &MainWindow::onWhoisServer);
+    connect(connection, &IRCConnection::whoisOperatorReceived, this, &MainWindow::onWhoisOperator);
+    connect(connection, &IRCConnection::whoisIdleReceived, this, &MainWindow::onWhoisIdle);
+    connect(connection, &IRCConnection::whoisChannelsReceived, this, &MainWindow::onWhoisChannels);
+    connect(connection, &IRCConnection::whoisEndReceived, this, &MainWindow::onWhoisEnd);
+    connect(connection, &IRCConnection::whoisAwayReceived, this, &MainWindow::onWhoisAway);
+    connect(connection, &IRCConnection::watchStatus, this, &MainWindow::onWatchStatus);
+}
+
+void MainWindow::initSystemTray()
+{
+    trayIcon = SystemTray::create(*this);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Preferences
+
+void MainWindow::loadPreferences()
+{
+    QSettings settings;
+    const QString font = settings.value(u"chatFont"_s, QString()).toString();
+    if (!font.isEmpty())
+        chatFont.fromString(font);
+    timestampFormat = settings.value(u"timestampFormat"_s, u"[HH:mm:ss]"_s).toString();
+    emojiSize = settings.value(u"emojiSize"_s, 20).toInt();
+    logEnabled = settings.value(u"logEnabled"_s, false).toBool();
+    logPath = settings.value(u"logPath"_s, QString()).toString();
+    chatBgImage = settings.value(u"chatBgImage"_s, QString()).toString();
+
+    chatBgColor = QColor();
+    const QString colorName = settings.value(u"chatBgColor"_s, QString()).toString();
+    if (!colorName.isEmpty()) {
+        const QColor color = QColor::fromString(colorName);
+        // Black can be chosen, but does not outlive the session.
+        if (color.isValid() && color != Qt::black)
+            chatBgColor = color;
+        else
+            settings.setValue(u"chatBgColor"_s, QString());
+    }
+
+    autoReconnect = settings.value(u"autoReconnect"_s, true).toBool();
+    reconnectDelay = settings.value(u"reconnectDelay"_s, 10).toInt();
+    reconnectAttempts = settings.value(u"reconnectAttempts"_s, 0).toInt();
+    pingInterval = settings.value(u"pingInterval"_s, 60).toInt();
+    pingTimeout = settings.value(u"pingTimeout"_s, 45).toInt();
+    acceptInvalidSsl = settings.value(u"acceptInvalidSsl"_s, false).toBool();
+
+    applyChatFont();
+    applyChatBackground();
+}
+
+void MainWindow::applyChatFont()
+{
+    const QFont font = userList->font();
+    inputLine->setFont(font);
+    for (const TabInfo &tab : std::as_const(tabs)) {
+        if (tab.chatView)
+            tab.chatView->setFont(font);
+    }
+}
+
+void MainWindow::applyTimestampFormat() {}
+
+void MainWindow::applyChatBackground()
+{
+    const ChatBackground background(currentTheme, chatBgImage, chatBgColor);
+    for (const TabInfo &tab : std::as_const(tabs)) {
+        if (tab.chatView)
+            background.applyTo(*tab.chatView);
+    }
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -316,6 +432,7 @@ void MainWindow::applyTheme(const QString &theme)
     tabWidget->setStyleSheet(ThemeManager::tabWidgetStyleSheet(theme));
     addCloseButtonToAllTabs();
     splitter->setStyleSheet(u"QSplitter::handle { background: transparent; }"_s);
+    applyChatBackground();
     tabBar->updateGeometry();
     userList->setVisible(userListShown);
     updateStatusBar();
@@ -547,14 +664,12 @@ void MainWindow::openTab(const QString &name)
         updateTopicLabel(name);
     } else if (isPrivateName(name)) {
         info.peerNick = name;
-        if (!watchedNicks.contains(name.toLower())) {
-            connection->sendWatch(name, true);
-            watchedNicks.insert(name.toLower());
-        }
+        watch(name);
     }
     insertTab(name, info);
     if (currentTabName == ServerTab)
         tabWidget->setCurrentWidget(info.page);
+    applyChatBackground();
     addCloseButtonToAllTabs();
 }
 
@@ -627,6 +742,7 @@ void MainWindow::onTabChanged(int index)
             updateTopicLabel(name);
         }
     }
+    updateNickCompletionModel();
     updateOwnUserAppearance();
     inputLine->setText(inputDrafts.value(currentTabName));
     addCloseButtonToAllTabs();
@@ -664,6 +780,7 @@ void MainWindow::closeTab(int index)
         currentTabName = ServerTab;
         updateUserListVisibility(false);
         emojiButton->hide();
+        updateNickCompletionModel();
     }
 }
 
@@ -723,6 +840,8 @@ void MainWindow::appendMessageToTab(const QString &tabName, const QString &text,
     // so its rows are written together when it ends: one change of the document instead of many.
     if (!connection->isReading())
         flushPendingRows();
+    if (!isOwnNick(sender))
+        drawAttention(tabName, text, sender);
 }
 
 bool MainWindow::ensureTable(const QString &tabName)
@@ -782,6 +901,47 @@ void MainWindow::appendToServerTab(const QString &text)
 }
 
 // ---------------------------------------------------------------------------------------------
+// Attention
+
+void MainWindow::drawAttention(const QString &tabName, const QString &text, const QString &sender)
+{
+    const bool isChannel = isChannelName(tabName);
+    const bool deserved = isChannel ? Attention::mentions(text, connection->currentNick())
+                                    : isPrivateName(tabName);
+    if (!deserved)
+        return;
+    highlightTab(tabName);
+    if (tabName == currentTabName)
+        return;
+    const QString shortened = Attention::shortened(text);
+    if (isChannel)
+        showNotification(tabName, u"%1: %2"_s.arg(sender, shortened));
+    else
+        showNotification(sender, shortened);
+}
+
+void MainWindow::highlightTab(const QString &tabName)
+{
+    const auto tab = tabs.find(tabName);
+    if (tab == tabs.end() || tab->highlighted)
+        return;
+    // Set for the tab on show as well, which is not marked: it is then not marked either once the
+    // user has left it, until it has been visited again.
+    tab->highlighted = true;
+    const int index = tabWidget->indexOf(tab->page);
+    if (index >= 0 && tabName != currentTabName)
+        tabBar->highlightTab(index);
+}
+
+void MainWindow::showNotification(const QString &title, const QString &message)
+{
+    if (trayIcon && QSystemTrayIcon::supportsMessages())
+        trayIcon->showMessage(title, message, QSystemTrayIcon::Information, NotificationMs);
+    else if (!isActiveWindow())
+        statusBar()->showMessage(title + u": "_s + message, NotificationMs);
+}
+
+// ---------------------------------------------------------------------------------------------
 // Membership
 
 QString MainWindow::stripModePrefix(const QString &entry) const
@@ -822,7 +982,15 @@ std::optional<QString> MainWindow::takeUser(const QString &channel, const QStrin
 void MainWindow::dropUser(const QString &channel, const QString &nick)
 {
     if (const auto entry = takeUser(channel, nick))
-        removeUserFromList(channel, *entry);
+        showUserGone(channel, *entry);
+}
+
+void MainWindow::showUserGone(const QString &channel, const QString &entry)
+{
+    if (channel != currentTabName)
+        return;
+    removeUserFromList(channel, entry);
+    updateNickCompletionModel();
 }
 
 void MainWindow::onPrivmsg(const QString &from, const QString &target, const QString &text)
@@ -840,6 +1008,7 @@ void MainWindow::onJoin(const QString &nick, const QString &channel)
             const TabInfo info = createTabInfo(channel, true);
             insertTab(channel, info);
             tabWidget->setCurrentWidget(info.page);
+            applyChatBackground();
         }
         return;
     }
@@ -850,6 +1019,8 @@ void MainWindow::onJoin(const QString &nick, const QString &channel)
             users.append(nick);
             NickList::sortPlain(users);
             addUserToList(channel, nick);
+            if (channel == currentTabName)
+                updateNickCompletionModel();
         }
     }
     const QString privateTab = findPrivateChatTab(nick);
@@ -876,7 +1047,7 @@ void MainWindow::onQuit(const QString &nick, const QString &reason)
         if (!entry)
             continue;
         appendMessageToTab(channel, text, nick, true);
-        removeUserFromList(channel, *entry);
+        showUserGone(channel, *entry);
     }
     const QString privateTab = findPrivateChatTab(nick);
     if (!privateTab.isEmpty())
@@ -917,9 +1088,12 @@ void MainWindow::renameUser(const QString &channel, const QString &oldNick, cons
     const QString newEntry = hasPrefix ? QString(oldEntry.front() + newNick) : newNick;
     users[index] = newEntry;
     appendMessageToTab(channel, u"is now known as %1"_s.arg(newNick), oldNick, true);
+    if (channel != currentTabName)
+        return;
     // In the visible list the user drops to the bottom until the list is next rebuilt.
     removeUserFromList(channel, oldEntry);
     addUserToList(channel, newEntry);
+    updateNickCompletionModel();
 }
 
 void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick)
@@ -961,6 +1135,7 @@ void MainWindow::onNamesFinished(const QString &channel)
         return;
     userList->clear();
     userList->addItems(entries);
+    updateNickCompletionModel();
     updateOwnUserAppearance();
 }
 
@@ -985,6 +1160,255 @@ void MainWindow::updateOwnUserAppearance()
         item->setForeground(QBrush(isAway ? QColor(0xAA, 0xAA, 0xAA) : QColor(), Qt::SolidPattern));
         return;
     }
+}
+
+// ---------------------------------------------------------------------------------------------
+// User list
+
+QString MainWindow::nickOf(const QListWidgetItem &item) const
+{
+    // A black circle and a blank in front would be a presence mark; nothing writes one yet.
+    const QString text = item.text();
+    return stripModePrefix(text.startsWith(u"\u25CF "_s) ? text.sliced(2) : text);
+}
+
+void MainWindow::onUserDoubleClicked(QListWidgetItem *item)
+{
+    if (item)
+        openPrivateChat(nickOf(*item));
+}
+
+void MainWindow::openPrivateChat(const QString &nick)
+{
+    if (!connection->isConnected() || nick.isEmpty() || isOwnNick(nick))
+        return;
+    if (!tabs.contains(nick)) {
+        TabInfo info = createTabInfo(nick, false);
+        info.peerNick = nick;
+        insertTab(nick, info);
+        watch(nick);
+        applyChatBackground();
+    }
+    tabWidget->setCurrentWidget(tabs.value(nick).page);
+}
+
+void MainWindow::showUserContextMenu(const QPoint &pos)
+{
+    const QListWidgetItem *item = userList->itemAt(pos);
+    const QString nick = item ? nickOf(*item) : QString();
+    if (nick.isEmpty())
+        return;
+    // What is chosen acts on the nick and the channel of this moment: while the menu is open the
+    // user may go, and the item with them.
+    QMenu menu;
+    if (isOwnNick(nick))
+        fillOwnMenu(menu);
+    else
+        fillUserMenu(menu, nick);
+    menu.exec(userList->mapToGlobal(pos));
+}
+
+void MainWindow::fillOwnMenu(QMenu &menu)
+{
+    menu.addAction(isAway ? tr("Unmark Away") : tr("Marked Away..."), this, &MainWindow::onSetAway);
+    menu.addAction(tr("Change Nick..."), this, &MainWindow::onChangeNick);
+}
+
+void MainWindow::fillUserMenu(QMenu &menu, const QString &nick)
+{
+    menu.addAction(tr("Open Private Chat"), this, [this, nick] { openPrivateChat(nick); });
+    menu.addAction(tr("Whois"), this, [this, nick] {
+        whoisTab = currentTabName;
+        connection->sendWhois(nick);
+    });
+    menu.addSeparator();
+    if (!isChannelName(currentTabName)) {
+        menu.addAction(tr("Copy Nickname"), this,
+                       [nick] { QGuiApplication::clipboard()->setText(nick); });
+        return;
+    }
+    // Offered to everyone: a server refuses those who have no right to them.
+    const QString kick = u"KICK %1 %2 :"_s.arg(currentTabName, nick);
+    const QString ban = u"MODE %1 +b %2!*@*"_s.arg(currentTabName, nick);
+    menu.addAction(tr("Kick"), this, [this, kick] { connection->sendRaw(kick + u"Requested"_s); });
+    menu.addAction(tr("Ban"), this, [this, ban] { connection->sendRaw(ban); });
+    menu.addAction(tr("Kick/Ban"), this, [this, kick, ban] {
+        connection->sendRaw(ban);
+        connection->sendRaw(kick + u"Banned"_s);
+    });
+    menu.addSeparator();
+}
+
+bool MainWindow::isUserOperator(const QString &channel) const
+{
+    if (!connection->isConnected())
+        return false;
+    const QStringList users = channelUsers.value(channel);
+    const qsizetype index = NickList::indexOfNick(users, connection->currentNick());
+    // The entry of a nick that is empty may be empty itself.
+    return index >= 0 && !users.at(index).isEmpty() && u"~&@%"_s.contains(users.at(index).front());
+}
+
+// ---------------------------------------------------------------------------------------------
+// Presence
+
+void MainWindow::onWhoisUser(const QString &nick, const QString &user, const QString &host,
+                             const QString &real)
+{
+    WhoInfo info;
+    info.username = user;
+    info.hostname = host;
+    info.realName = real;
+    whoisResults.insert(nick, info);
+}
+
+void MainWindow::onWhoisServer(const QString &nick, const QString &server, const QString &info)
+{
+    whoisResults[nick].server = server;
+    whoisResults[nick].serverInfo = info;
+}
+
+void MainWindow::onWhoisOperator(const QString &nick)
+{
+    whoisResults[nick].isOperator = true;
+}
+
+void MainWindow::onWhoisIdle(const QString &nick, int idle, const QString &signon)
+{
+    whoisResults[nick].idleSeconds = idle;
+    whoisResults[nick].signonTime = signon;
+}
+
+void MainWindow::onWhoisChannels(const QString &nick, const QString &channels)
+{
+    whoisResults[nick].channels = channels;
+}
+
+void MainWindow::onWhoisAway(const QString &nick, const QString &msg)
+{
+    // A message to somebody who is away is answered by the same numeric. The record that this
+    // starts shows nothing, and the next WHOIS of the nick replaces it.
+    whoisResults[nick].awayMessage = msg;
+}
+
+void MainWindow::onWhoisEnd(const QString &, const QString &nick)
+{
+    const QStringList lines = whoisLines(nick, whoisResults.take(nick));
+    for (const QString &line : lines)
+        appendMessageToTab(whoisTab, line, QString(), false);
+}
+
+void MainWindow::watch(const QString &nick)
+{
+    if (watchedNicks.contains(nick.toLower()))
+        return;
+    connection->sendWatch(nick, true);
+    watchedNicks.insert(nick.toLower());
+}
+
+void MainWindow::onWatchStatus(const QString &nick, bool online)
+{
+    const QString key = findPrivateChatTab(nick);
+    if (!key.isEmpty())
+        appendMessageToTab(key, online ? u"is back online"_s : u"quit (WATCH)"_s, key, true);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Completion
+
+void MainWindow::updateNickCompletionModel()
+{
+    // Nobody can type within a read, which may bring the joins and quits of a whole net split.
+    completionPending = connection->isReading();
+    if (completionPending)
+        return;
+    QStringList users = channelUsers.value(currentTabName);
+    for (QString &user : users)
+        user = stripModePrefix(user);
+    setCompletionCandidates(completionCandidates(users));
+}
+
+QStringList MainWindow::completionCandidates(const QStringList &users) const
+{
+    QStringList candidates;
+    if (isChannelName(currentTabName))
+        candidates = users;
+    else if (currentTabName != ServerTab)
+        candidates.append(currentTabName);
+    candidates.append(connection->currentNick());
+    candidates.removeDuplicates();
+    return candidates;
+}
+
+void MainWindow::setCompletionCandidates(const QStringList &candidates)
+{
+    auto *model = qobject_cast<QStringListModel *>(nickCompleter->model());
+    if (!model) {
+        model = new QStringListModel(nickCompleter);
+        nickCompleter->setModel(model);
+    }
+    model->setStringList(candidates);
+}
+
+void MainWindow::completeNick()
+{
+    const QString text = inputLine->text();
+    if (!nickCompleter || text.isEmpty() || text.startsWith(u'/'))
+        return;
+    const int cursor = inputLine->cursorPosition();
+    // With the cursor at the start this looks from the end of the line, and the length that
+    // follows is negative: the word is then the last one.
+    const qsizetype start = text.lastIndexOf(u' ', cursor - 1) + 1;
+    const QString prefix = text.mid(start, cursor - start);
+    if (prefix.isEmpty())
+        return;
+    // The entries keep their ranks here: an operator's is completed after the "@" only.
+    const QStringList candidates = completionCandidates(channelUsers.value(currentTabName));
+    setCompletionCandidates(candidates);
+    for (const QString &candidate : candidates) {
+        if (candidate.startsWith(prefix, Qt::CaseInsensitive)) {
+            inputLine->insert(candidate.sliced(prefix.size()));
+            return;
+        }
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Prompts
+
+void MainWindow::onSetAway()
+{
+    if (!connection->isConnected())
+        return;
+    if (isAway) {
+        returnFromAway();
+        return;
+    }
+    if (const auto message = Prompts::askAwayMessage(this, currentTheme))
+        goAway(message->isEmpty() ? u"Away"_s : *message);
+}
+
+void MainWindow::onChangeNick()
+{
+    if (!connection->isConnected())
+        return;
+    const auto nick = Prompts::askNickname(this, currentTheme, connection->currentNick());
+    if (nick && !nick->isEmpty() && *nick != connection->currentNick())
+        changeNick(*nick);
+}
+
+void MainWindow::onJoinChannel()
+{
+    if (!connection->isConnected()) {
+        QMessageBox::warning(this, tr("Error"), tr("Not connected."), QMessageBox::Ok);
+        return;
+    }
+    bool isAccepted = false;
+    const QString channel =
+            QInputDialog::getText(this, tr("Join Channel"), tr("Channel name (e.g. #linux):"),
+                                  QLineEdit::Normal, QString(), &isAccepted);
+    if (isAccepted && !channel.isEmpty())
+        connection->joinChannel(asChannelName(channel));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -1055,7 +1479,11 @@ void MainWindow::commandPart(const Commands::Command &)
 
 void MainWindow::commandNick(const Commands::Command &command)
 {
-    const QString &nick = command.words.at(1);
+    changeNick(command.words.at(1));
+}
+
+void MainWindow::changeNick(const QString &nick)
+{
     if (isAway) {
         // Unlike "/back", this leaves the conversations without a line.
         leaveAway();
@@ -1096,10 +1524,7 @@ void MainWindow::commandAway(const Commands::Command &command)
 
 void MainWindow::commandBack(const Commands::Command &)
 {
-    leaveAway();
-    announceInConversations([] { return u"is back"_s; });
-    updateStatusBar();
-    updateOwnUserAppearance();
+    returnFromAway();
 }
 
 void MainWindow::commandWhois(const Commands::Command &command)
@@ -1122,6 +1547,14 @@ void MainWindow::goAway(const QString &message)
     awayAction->setText(tr("Unmark Away"));
     appendToServerTab(u"*** You are marked as away ("_s + message + u")"_s);
     announceInConversations([this] { return u"is away (%1)"_s.arg(awayMessage); });
+    updateStatusBar();
+    updateOwnUserAppearance();
+}
+
+void MainWindow::returnFromAway()
+{
+    leaveAway();
+    announceInConversations([] { return u"is back"_s; });
     updateStatusBar();
     updateOwnUserAppearance();
 }

@@ -21,6 +21,8 @@ class QCompleter;
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QListWidgetItem;
+class QMenu;
 class QPushButton;
 class QSplitter;
 class QStackedWidget;
@@ -88,6 +90,7 @@ protected:
 private slots:
     void onConnectTriggered();
     void onDisconnectTriggered();
+    void onJoinChannel();
     void onSendInput();
     void onConnected();
     void onRegistered();
@@ -109,10 +112,27 @@ private slots:
     void closeTab(int index);
     /// Empty: a width set by dragging holds only until the ratio is next imposed.
     void onSplitterMoved(int pos, int index);
+    void onUserDoubleClicked(QListWidgetItem *item);
+    /// Completes the word at the cursor in place. No key is bound to it yet; the popup of
+    /// `nickCompleter` is what users meet.
+    void completeNick();
+    void showUserContextMenu(const QPoint &pos);
     void onTabContextMenu(const QPoint &pos);
+    void onWhoisUser(const QString &nick, const QString &user, const QString &host,
+                     const QString &real);
+    void onWhoisServer(const QString &nick, const QString &server, const QString &info);
+    void onWhoisOperator(const QString &nick);
+    void onWhoisIdle(const QString &nick, int idle, const QString &signon);
+    void onWhoisChannels(const QString &nick, const QString &channels);
+    void onWhoisEnd(const QString &targetTab, const QString &nick);
+    void onWhoisAway(const QString &nick, const QString &msg);
     void onReconnectTriggered();
     /// Empty, and connected to nothing: there is no way to choose a theme yet.
     void onToggleTheme();
+    void onWatchStatus(const QString &nick, bool online);
+    /// Asks for an away message, or leaves the away state at once.
+    void onSetAway();
+    void onChangeNick();
 
 private:
     friend class MainWindowProbe;
@@ -123,6 +143,16 @@ private:
     void setupMenuBar();
     void createServerTab();
     void connectSession();
+    void connectPresence();
+    void initSystemTray();
+
+    // Preferences
+    void loadPreferences();
+    /// Gives the input line and the conversations the user list's font. `chatFont` plays no part.
+    void applyChatFont();
+    /// Empty, and called by nothing: each new row reads the format for itself.
+    void applyTimestampFormat();
+    void applyChatBackground();
 
     // Appearance
     void applyTheme(const QString &theme);
@@ -176,6 +206,12 @@ private:
     void flushPendingRows();
     void appendToServerTab(const QString &text);
 
+    // Attention
+    /// Marks the tab of a line from somebody else, and notifies, where the line deserves it.
+    void drawAttention(const QString &tabName, const QString &text, const QString &sender);
+    void highlightTab(const QString &tabName);
+    void showNotification(const QString &title, const QString &message);
+
     // Membership
     QString stripModePrefix(const QString &entry) const;
     void addUserToList(const QString &channel, const QString &entry);
@@ -185,9 +221,30 @@ private:
     /// Takes the first entry of `nick` out of the model and returns it, if there is one.
     std::optional<QString> takeUser(const QString &channel, const QString &nick);
     void dropUser(const QString &channel, const QString &nick);
+    /// Follows in the visible list that `entry` has left the model.
+    void showUserGone(const QString &channel, const QString &entry);
     void renameUser(const QString &channel, const QString &oldNick, const QString &newNick);
     void renamePrivateTab(const QString &oldNick, const QString &newNick);
     void updateOwnUserAppearance();
+
+    // User list
+    /// Nick of an entry of the visible list.
+    QString nickOf(const QListWidgetItem &item) const;
+    void openPrivateChat(const QString &nick);
+    void fillOwnMenu(QMenu &menu);
+    void fillUserMenu(QMenu &menu, const QString &nick);
+    /// True if the user's own entry in `channel` carries at least a half-operator's prefix.
+    bool isUserOperator(const QString &channel) const;
+
+    // Presence
+    /// Asks the server to tell when `nick` comes and goes, unless it has been asked.
+    void watch(const QString &nick);
+
+    // Completion
+    void updateNickCompletionModel();
+    /// What can be completed in the tab on show; `users` are the channel's entries.
+    QStringList completionCandidates(const QStringList &users) const;
+    void setCompletionCandidates(const QStringList &candidates);
 
     // Input
     using CommandHandler = void (MainWindow::*)(const Commands::Command &);
@@ -203,13 +260,16 @@ private:
     void commandBack(const Commands::Command &command);
     void commandWhois(const Commands::Command &command);
     void commandAutojoin(const Commands::Command &command);
+    void changeNick(const QString &nick);
     void goAway(const QString &message);
+    void returnFromAway();
     void leaveAway();
     void clearAwayState();
     void announceInConversations(const std::function<QString()> &text);
 
-    // The preferences of the next twelve members are kept for the user. Nothing reads them but
-    // `timestampFormat`, which formats the time of each new row.
+    // The preferences: thirteen members, kept for the user through a whole cycle of store and
+    // dialog. Three have an effect: `timestampFormat` formats the time of each new row, and the
+    // background's image and colour are what `applyChatBackground` shows.
     QString chatBgImage;
     QColor chatBgColor;
     QString timestampFormat = QStringLiteral("[HH:mm:ss]");
@@ -258,4 +318,5 @@ private:
     QMap<QString, QString> inputDrafts;
     /// Rows of the read in progress, per conversation: written together when it ends.
     QMap<QTextBrowser *, PendingRows> pendingRows;
+    bool completionPending = false; ///< The read in progress has changed what can be completed.
 };

@@ -388,9 +388,9 @@ void TestMainWindow::enablesWhatIsThere_data()
     QTest::newRow("reconnect") << u"&Reconnect"_s << true;
     QTest::newRow("quit") << u"&Quit"_s << true;
     // What these lead to is still to come.
-    QTest::newRow("away") << u"Marked Away..."_s << false;
-    QTest::newRow("nick") << u"Change Nick..."_s << false;
-    QTest::newRow("join") << u"&Join channel..."_s << false;
+    QTest::newRow("away") << u"Marked Away..."_s << true;
+    QTest::newRow("nick") << u"Change Nick..."_s << true;
+    QTest::newRow("join") << u"&Join channel..."_s << true;
     QTest::newRow("list") << u"Channel &List"_s << false;
     QTest::newRow("preferences") << u"&Preferences..."_s << false;
     QTest::newRow("about") << u"About Velmora"_s << false;
@@ -425,6 +425,7 @@ void TestMainWindow::declaresItsSlotsInOrder()
     const QStringList expected{
             u"onConnectTriggered()"_s,
             u"onDisconnectTriggered()"_s,
+            u"onJoinChannel()"_s,
             u"onSendInput()"_s,
             u"onConnected()"_s,
             u"onRegistered()"_s,
@@ -444,9 +445,22 @@ void TestMainWindow::declaresItsSlotsInOrder()
             u"onTabChanged(int index)"_s,
             u"closeTab(int index)"_s,
             u"onSplitterMoved(int pos, int index)"_s,
+            u"onUserDoubleClicked(QListWidgetItem* item)"_s,
+            u"completeNick()"_s,
+            u"showUserContextMenu(QPoint pos)"_s,
             u"onTabContextMenu(QPoint pos)"_s,
+            u"onWhoisUser(QString nick, QString user, QString host, QString real)"_s,
+            u"onWhoisServer(QString nick, QString server, QString info)"_s,
+            u"onWhoisOperator(QString nick)"_s,
+            u"onWhoisIdle(QString nick, int idle, QString signon)"_s,
+            u"onWhoisChannels(QString nick, QString channels)"_s,
+            u"onWhoisEnd(QString targetTab, QString nick)"_s,
+            u"onWhoisAway(QString nick, QString msg)"_s,
             u"onReconnectTriggered()"_s,
             u"onToggleTheme()"_s,
+            u"onWatchStatus(QString nick, bool online)"_s,
+            u"onSetAway()"_s,
+            u"onChangeNick()"_s,
     };
     QCOMPARE(slotNames, expected);
 }
@@ -460,6 +474,9 @@ void TestMainWindow::connectsItsWidgets()
     QVERIFY(disconnect(&probe.tabWidget(), &QTabWidget::tabCloseRequested, &window, nullptr));
     QVERIFY(disconnect(&probe.tabWidget(), &QTabWidget::currentChanged, &window, nullptr));
     QVERIFY(disconnect(&probe.tabBar(), &QWidget::customContextMenuRequested, &window, nullptr));
+    QListWidget &users = probe.userList();
+    QVERIFY(disconnect(&users, &QWidget::customContextMenuRequested, &window, nullptr));
+    QVERIFY(disconnect(&users, &QListWidget::itemDoubleClicked, &window, nullptr));
     QVERIFY(disconnect(&probe.splitter(), &QSplitter::splitterMoved, &window, nullptr));
     QVERIFY(disconnect(&probe.inputLine(), &QLineEdit::returnPressed, &window, nullptr));
     QVERIFY(disconnect(window.findChild<QShortcut *>(), &QShortcut::activated, &window, nullptr));

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+/// What a line from somebody else has to say to deserve attention, and how it is told.
+namespace Attention {
+
+/// True if `text` has `nick` in it as a whole word, in any case. An empty nick is never mentioned.
+///
+/// A word's end is a regular expression's "\b". A nick that ends in a character outside the word
+/// class, such as a bracket, is thus mentioned only where a word character follows it.
+[[nodiscard]] bool mentions(const QString &text, const QString &nick);
+
+/// `text`, or its first 252 code units and "..." if it has more than 255.
+[[nodiscard]] QString shortened(const QString &text);
+
+} // namespace Attention

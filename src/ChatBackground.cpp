@@ -1,0 +1,57 @@
+#include "ChatBackground.h"
+
+#include <QTextBrowser>
+#include <QUrl>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QColor colorBehind(const QString &theme, const QString &image, const QColor &color)
+{
+    if (!image.isEmpty())
+        return Qt::white;
+    if (color.isValid())
+        return color;
+    return theme == "dark"_L1 ? QColor(0x1E, 0x1E, 0x1E) : QColor(0xFF, 0xFF, 0xFF);
+}
+
+QString frameSheet(const QString &theme, const QString &image, const QColor &color)
+{
+    const QString border = theme == "dark"_L1 ? u"#555"_s : u"#ccc"_s;
+    if (image.isEmpty())
+        return u"QTextBrowser {   border: 1px solid %1;   background-color: %2;   "
+               "border-image: none; }"_s.arg(border, color.name());
+    if (QUrl::fromLocalFile(image).isValid())
+        return u"QTextBrowser {   border: 1px solid %1;   background-color: white;   "
+               "border-image: url(\"%2\") 0 0 0 0 stretch stretch; }"_s.arg(border, image);
+    return u"QTextBrowser {   border: 1px solid %1;   background-color: white;   "
+           "border-image: none; }"_s.arg(border);
+}
+
+QString scrollBarSheet()
+{
+    return u"QScrollBar:vertical { background: transparent; width: 8px; }"
+           "QScrollBar:horizontal { background: transparent; height: 8px; }"
+           "QScrollBar::handle { background: rgba(128,128,128,0.5); border-radius: 4px; }"
+           "QScrollBar::add-line, QScrollBar::sub-line { border: none; background: none; }"_s;
+}
+
+} // namespace
+
+ChatBackground::ChatBackground(const QString &theme, const QString &image, const QColor &color)
+    : paletteColor(colorBehind(theme, image, color))
+    , sheet(frameSheet(theme, image, paletteColor) + scrollBarSheet())
+{
+}
+
+void ChatBackground::applyTo(QTextBrowser &view) const
+{
+    QPalette palette = view.palette();
+    palette.setColor(QPalette::Base, paletteColor);
+    palette.setColor(QPalette::Window, paletteColor);
+    view.setPalette(palette);
+    view.setAutoFillBackground(true);
+    view.setStyleSheet(sheet);
+    view.viewport()->update();
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QColor>
+#include <QString>
+
+class QTextBrowser;
+
+/// Frame, background and scroll bars of the conversations.
+///
+/// An image wins over a colour, and a colour over the theme. The image is stretched over the whole
+/// frame of the view and does not scroll with the text. Whether its file exists is not looked at.
+class ChatBackground final
+{
+public:
+    /// `image` is the path of a file, or empty; an invalid `color` stands for none.
+    ChatBackground(const QString &theme, const QString &image, const QColor &color);
+
+    void applyTo(QTextBrowser &view) const;
+
+private:
+    QColor paletteColor;
+    QString sheet;
+};
