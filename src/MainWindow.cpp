@@ -7,6 +7,7 @@
 #include "ConnectDialog.h"
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
+#include "InfoDialogs.h"
 #include "IrcText.h"
 #include "MyTabWidget.h"
 #include "NickList.h"
@@ -283,8 +284,10 @@ void MainWindow::setupMenuBar()
     addWithoutRole(addUnfinished(settings, tr("&Preferences...")));
 
     QMenu *about = menuBar()->addMenu(tr("About"));
-    addWithoutRole(addUnfinished(about, tr("About Velmora")));
-    addWithoutRole(addUnfinished(about, tr("Help")));
+    addWithoutRole(
+            about->addAction(tr("About Velmora"), this, [this] { InfoDialogs::showAbout(this); }));
+    addWithoutRole(about->addAction(tr("Help"), this,
+                                    [this] { InfoDialogs::showHelp(this, currentTheme); }));
 }
 
 void MainWindow::createServerTab()

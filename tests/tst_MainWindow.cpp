@@ -393,8 +393,8 @@ void TestMainWindow::enablesWhatIsThere_data()
     QTest::newRow("join") << u"&Join channel..."_s << true;
     QTest::newRow("list") << u"Channel &List"_s << false;
     QTest::newRow("preferences") << u"&Preferences..."_s << false;
-    QTest::newRow("about") << u"About Velmora"_s << false;
-    QTest::newRow("help") << u"Help"_s << false;
+    QTest::newRow("about") << u"About Velmora"_s << true;
+    QTest::newRow("help") << u"Help"_s << true;
 }
 
 void TestMainWindow::enablesWhatIsThere()

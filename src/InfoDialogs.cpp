@@ -1,0 +1,201 @@
+#include "InfoDialogs.h"
+
+#include "ThemeManager.h"
+
+#include <QDialog>
+#include <QLabel>
+#include <QPixmap>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString LettersFont = u"Comic Sans MS"_s;
+
+struct CommandHelp
+{
+    QStringView command;
+    QStringView description;
+};
+
+constexpr std::array Commands{
+        CommandHelp{u"/join #channel", u"Join a channel"},
+        CommandHelp{u"/part [#channel]", u"Leave a channel (or current tab)"},
+        CommandHelp{u"/msg nick message", u"Send a private message"},
+        CommandHelp{u"/whois nick", u"Show information about a user"},
+        CommandHelp{u"/nick newnick", u"Change your nickname"},
+        CommandHelp{u"/away message", u"Set away status (use /back to return)"},
+        CommandHelp{u"/list", u"List channels on the server"},
+        CommandHelp{u"/topic [#channel]", u"Show or change the channel topic"},
+        CommandHelp{u"/kick nick [reason]", u"Kick a user from the channel"},
+        CommandHelp{u"/me action", u"Send an action message"},
+        CommandHelp{u"/quit [message]", u"Disconnect from the server"},
+        CommandHelp{u"/notice nick message", u"Send a notice (like /msg but silent)"},
+        CommandHelp{u"/ctcp nick command", u"Send a CTCP request (e.g., /ctcp nick VERSION)"},
+        CommandHelp{u"/mode #channel +o nick", u"Change channel or user modes"},
+        CommandHelp{u"/invite nick #channel", u"Invite a user to a channel"},
+        CommandHelp{u"/who #channel", u"Show users in a channel"},
+        CommandHelp{u"/help [command]", u"Show help (server\u2011specific)"},
+};
+
+QVBoxLayout *setUpFrame(QDialog &dialog, const QString &title, const QSize &size)
+{
+    dialog.setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
+                          | Qt::WindowCloseButtonHint);
+    dialog.setWindowTitle(title);
+    dialog.setFixedSize(size);
+    auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), &dialog);
+    QObject::connect(escape, &QShortcut::activated, &dialog, &QDialog::accept);
+    return new QVBoxLayout(&dialog);
+}
+
+QLabel *addLabel(QVBoxLayout &layout, const QString &text, const QString &sheet)
+{
+    auto *label = new QLabel(text);
+    label->setAlignment(Qt::AlignCenter);
+    label->setStyleSheet(sheet);
+    layout.addWidget(label);
+    return label;
+}
+
+void addIcon(QVBoxLayout &layout, int extent, const QString &substitute,
+             const QString &substituteSheet)
+{
+    const QPixmap icon(u":/icons/app_icon"_s);
+    if (icon.isNull()) {
+        addLabel(layout, substitute, substituteSheet);
+        return;
+    }
+    addLabel(layout, QString(), QString())
+            ->setPixmap(icon.scaled(extent, extent, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+}
+
+void addButton(QDialog &dialog, QVBoxLayout &layout)
+{
+    auto *button = new QPushButton(QDialog::tr("OK"));
+    button->setObjectName(u"connectButton"_s);
+    button->setFixedWidth(88);
+    button->setDefault(true);
+    button->setStyleSheet(
+            u"QPushButton#connectButton {  background-color: #007AFF; color: white; border: none; "
+            "border-radius: 6px;  padding: 8px 0px; font-size: 14px; font-weight: 500;}"
+            "QPushButton#connectButton:hover { background-color: #0062CC; }"
+            "QPushButton#connectButton:pressed { background-color: #0051AA; }"_s);
+    QObject::connect(button, &QPushButton::clicked, &dialog, &QDialog::accept);
+
+    auto *row = new QHBoxLayout;
+    row->addStretch();
+    row->addWidget(button);
+    row->addStretch();
+    layout.addLayout(row);
+}
+
+QString commandTable()
+{
+    QString html = u"<table style=\"border-collapse:collapse; width:100%; font-size:13px; "
+                   "color:#333;\"><tr style=\"border-bottom:1px solid #ccc;\">"_s;
+    const QString headerStyle =
+            u"font-weight:bold; text-align:left; padding:4px 8px; border-bottom:1px solid #ccc;"_s;
+    for (const QString &text : {QDialog::tr("Command"), QDialog::tr("Description")})
+        html += u"<td style=\"%1\">%2</td>"_s.arg(headerStyle, text);
+    html += u"</tr>"_s;
+
+    const QString cell = u"<td style=\"padding:2px 8px;%1\">%2</td>"_s;
+    QString extra = u" white-space:nowrap;"_s;
+    for (const CommandHelp &row : Commands) {
+        html += u"<tr>"_s + cell.arg(extra, row.command.toString().toHtmlEscaped())
+                + cell.arg(QString(), row.description.toString().toHtmlEscaped()) + u"</tr>"_s;
+        extra.clear(); // The first cell keeps the whole column from wrapping.
+    }
+    return html + u"</table>"_s;
+}
+
+void addHelpTitle(QVBoxLayout &layout)
+{
+    // The theme's sheet gives every label of a dialog one size; the sheet of a nearer ancestor
+    // lets the title keep its own.
+    auto *heading = new QWidget;
+    heading->setStyleSheet(u"QLabel { font-size: 18pt; }"_s);
+    auto *headingLayout = new QVBoxLayout(heading);
+    headingLayout->setContentsMargins(0, 0, 0, 0);
+    addLabel(*headingLayout, QDialog::tr("Basic IRC commands"),
+             u"color: #1d1d1f; margin-bottom: 8px;"_s)
+            ->setFont(QFont(LettersFont, 18, QFont::Bold));
+    layout.addWidget(heading);
+}
+
+// The window's size is fixed and the table is taller, with most fonts, than what is left of it.
+void addTable(QVBoxLayout &layout)
+{
+    auto *table = new QLabel(commandTable());
+    table->setTextFormat(Qt::RichText);
+    table->setWordWrap(true);
+    auto *area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setWidget(table);
+    area->setAccessibleName(QDialog::tr("Basic IRC commands"));
+    // Both would otherwise paint a ground of their own over the window's.
+    table->setAutoFillBackground(false);
+    area->viewport()->setAutoFillBackground(false);
+    layout.addWidget(area);
+}
+
+} // namespace
+
+namespace InfoDialogs {
+
+void showAbout(QWidget *parent)
+{
+    QDialog dialog(parent);
+    dialog.setStyleSheet(u"QDialog { background-color: #FFFFFF; }"_s);
+    QVBoxLayout *layout = setUpFrame(dialog, QDialog::tr("About Velmora"), QSize(420, 460));
+    layout->setContentsMargins(30, 30, 30, 20);
+    layout->setSpacing(16);
+
+    addIcon(*layout, 96, u"Velmora"_s, u"font-size: 42px; font-weight: bold; color: #007AFF;"_s);
+    addLabel(*layout, u"Velmora"_s, u"color: #1d1d1f;"_s)
+            ->setFont(QFont(LettersFont, 26, QFont::Bold));
+    addLabel(*layout, u"Version 2.0 Sable-Ridge"_s, u"color: #888888;"_s)
+            ->setFont(QFont(LettersFont, 16));
+    QLabel *description = addLabel(
+            *layout,
+            u"<p style=\"color:#555555; font-size:15px; text-align:center;\">"
+            "Velmora is a free, modern, cross\u2011platform IRC client<br>"
+            "for macOS, Linux and Windows.<br><br>"
+            "<a href=\"https://velmora.example/\" style=\"color:#007AFF;\">velmora.example</a></p>"_s,
+            QString());
+    description->setTextFormat(Qt::RichText);
+    description->setWordWrap(true);
+    description->setOpenExternalLinks(true);
+    layout->addStretch();
+    addLabel(*layout, u"\u00A9 2026 The Velmora developers"_s,
+             u"color: #888888; font-size: 13px;"_s);
+    layout->addSpacing(6);
+    addButton(dialog, *layout);
+    dialog.exec();
+}
+
+void showHelp(QWidget *parent, const QString &theme)
+{
+    QDialog dialog(parent);
+    QVBoxLayout *layout = setUpFrame(dialog, QDialog::tr("Help"), QSize(520, 460));
+    layout->setContentsMargins(25, 25, 25, 20);
+    layout->setSpacing(12);
+
+    addIcon(*layout, 48, u"?"_s, u"font-size: 36px; color: #007AFF;"_s);
+    addHelpTitle(*layout);
+    addTable(*layout);
+    layout->addStretch();
+    addButton(dialog, *layout);
+    dialog.setStyleSheet(ThemeManager::dialogStyleSheet(theme));
+    dialog.exec();
+}
+
+} // namespace InfoDialogs
