@@ -1,5 +1,6 @@
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
+#include "SessionSteps.h"
 #include "TemporaryStore.h"
 #include "WindowSession.h"
 
@@ -14,37 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What a session does from now on: the lines that it writes and the lines that go out.
-class Steps final
-{
-public:
-    explicit Steps(WindowSession &watched)
-        : session(watched)
-    {
-        static_cast<void>(session.takeSent());
-        for (auto tab = session.probe.tabs().cbegin(); tab != session.probe.tabs().cend(); ++tab)
-            counts.insert(tab.key(), session.probe.lines(tab.key()).size());
-    }
-
-    // The new lines of each tab that has any, by tab.
-    [[nodiscard]] QMap<QString, QStringList> lines() const
-    {
-        QMap<QString, QStringList> found;
-        for (auto count = counts.cbegin(); count != counts.cend(); ++count) {
-            const QStringList fresh = session.probe.lines(count.key()).mid(*count);
-            if (!fresh.isEmpty())
-                found.insert(count.key(), fresh);
-        }
-        return found;
-    }
-    [[nodiscard]] QStringList sent() const { return session.takeSent(); }
-
-private:
-    WindowSession &session;
-    QMap<QString, qsizetype> counts;
-};
-
-using Lines = QMap<QString, QStringList>;
+using Lines = SessionSteps::Lines;
 
 } // namespace
 
@@ -111,7 +82,7 @@ void TestAwayInput::goesAway()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
-    const Steps steps(session);
+    const SessionSteps steps(session);
     session.probe.typeLine(typed);
     QVERIFY(session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), message);
@@ -129,7 +100,7 @@ void TestAwayInput::tellsTheConversationsLater()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    const Steps steps(session);
+    const SessionSteps steps(session);
     session.probe.typeLine(u"/away lunch"_s);
     QCOMPARE(steps.lines(), (Lines{{u"Server"_s, {u"*** You are marked as away (lunch)"_s}}}));
     QTRY_COMPARE(steps.lines().value(u"#a"_s), QStringList{u"me|is away (lunch)"_s});
@@ -163,7 +134,7 @@ void TestAwayInput::tellsTheLatestMessage()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    const Steps steps(session);
+    const SessionSteps steps(session);
     session.probe.typeLine(u"/away one"_s);
     session.probe.typeLine(u"/away two"_s);
     QCOMPARE(steps.sent(), (QStringList{u"AWAY :one"_s, u"AWAY :two"_s}));
@@ -191,7 +162,7 @@ void TestAwayInput::leavesOutTheList()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     session.probe.appendMessageToTab(u"List"_s, u"rows"_s);
-    const Steps steps(session);
+    const SessionSteps steps(session);
     session.probe.typeLine(u"/away"_s);
     session.probe.typeLine(u"/back"_s);
     static_cast<void>(steps.sent());
@@ -204,7 +175,7 @@ void TestAwayInput::marksWhatIsSaidAway()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     session.probe.typeLine(u"/away %2"_s);
-    const Steps steps(session);
+    const SessionSteps steps(session);
     session.probe.typeLine(u"still %1 here"_s);
     QCOMPARE(steps.sent(), QStringList{u"PRIVMSG #a :still %1 here"_s});
     QCOMPARE(steps.lines(), (Lines{{u"#a"_s, {u"me|[Away: %2] still %1 here"_s}}}));
@@ -228,7 +199,7 @@ void TestAwayInput::comesBack()
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
     session.probe.typeLine(u"/away lunch"_s);
-    const Steps steps(session);
+    const SessionSteps steps(session);
     session.probe.typeLine(typed);
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), QString());
@@ -244,7 +215,7 @@ void TestAwayInput::comesBackWithoutHavingBeenAway()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    const Steps steps(session);
+    const SessionSteps steps(session);
     session.probe.typeLine(u"/back"_s);
     QCOMPARE(steps.sent(), QStringList{u"AWAY"_s});
     QCOMPARE(steps.lines(),
@@ -257,7 +228,7 @@ void TestAwayInput::comesBackForANewNick()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     session.probe.typeLine(u"/away lunch"_s);
-    const Steps steps(session);
+    const SessionSteps steps(session);
     session.probe.typeLine(u"/nick new"_s);
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), QString());
@@ -277,7 +248,7 @@ void TestAwayInput::staysForANickThatIsMissing()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.probe.typeLine(u"/away lunch"_s);
-    const Steps steps(session);
+    const SessionSteps steps(session);
     session.probe.typeLine(u"/nick"_s);
     QVERIFY(session.probe.isAway());
     QCOMPARE(steps.sent(), QStringList());

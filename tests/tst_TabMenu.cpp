@@ -20,20 +20,6 @@ void requestContextMenu(const MainWindowProbe &probe, int index)
     emit probe.tabBar().customContextMenuRequested(place);
 }
 
-// Chooses the entry with this text.
-std::function<void(QMenu *)> choose(const QString &text)
-{
-    return [text](QMenu *menu) {
-        const QList<QAction *> actions = menu->actions();
-        for (QAction *action : actions) {
-            if (action->text() == text) {
-                menu->setActiveAction(action);
-                QTest::keyClick(menu, Qt::Key_Return);
-            }
-        }
-    };
-}
-
 } // namespace
 
 class TestTabMenu final : public QObject
@@ -145,7 +131,7 @@ void TestTabMenu::closesFromTheTabMenu()
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"#d"_s});
     ModalAnswers answers;
-    answers.queueForMenu(choose(u"Close"_s));
+    answers.queueForMenu(ModalAnswers::choosing(u"Close"_s));
     requestContextMenu(session.probe, 2);
     QCOMPARE(answers.problems(), QStringList());
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
@@ -171,12 +157,12 @@ void TestTabMenu::togglesAutojoinFromTheTabMenu()
     session.probe.openTabs({u"#c"_s});
     session.probe.currentServerId() = u"irc.test_6667"_s;
     ModalAnswers answers;
-    answers.queueForMenu(choose(u"Autojoin on connect"_s));
+    answers.queueForMenu(ModalAnswers::choosing(u"Autojoin on connect"_s));
     requestContextMenu(session.probe, 1);
     QCOMPARE(session.probe.autojoinChannels(), QStringList{u"#c"_s});
     QCOMPARE(QSettings().value(u"servers/irc.test_6667/autojoin"_s).toStringList(),
              QStringList{u"#c"_s});
-    answers.queueForMenu(choose(u"Autojoin on connect"_s));
+    answers.queueForMenu(ModalAnswers::choosing(u"Autojoin on connect"_s));
     requestContextMenu(session.probe, 1);
     QVERIFY(session.probe.autojoinChannels().isEmpty());
     QCOMPARE(answers.problems(), QStringList());
@@ -191,7 +177,7 @@ void TestTabMenu::offersAutojoinOnPrivateTabs()
     session.probe.openTabs({u"bob"_s});
     session.probe.currentServerId() = u"irc.test_6667"_s;
     ModalAnswers answers;
-    answers.queueForMenu(choose(u"Autojoin on connect"_s));
+    answers.queueForMenu(ModalAnswers::choosing(u"Autojoin on connect"_s));
     requestContextMenu(session.probe, 1);
     QCOMPARE(answers.problems(), QStringList());
     QCOMPARE(session.probe.lines(Server), QStringList{u"*** Added #bob to autojoin list"_s});
@@ -204,7 +190,7 @@ void TestTabMenu::survivesATabThatVanishesUnderItsMenu()
     ModalAnswers answers;
     answers.queueForMenu([&session](QMenu *menu) {
         session.probe.closeTab(2);
-        choose(u"Close"_s)(menu);
+        ModalAnswers::choosing(u"Close"_s)(menu);
     });
     requestContextMenu(session.probe, 2);
     QCOMPARE(answers.problems(), QStringList());
@@ -223,7 +209,7 @@ void TestTabMenu::survivesALinkThatDropsUnderTheMenu()
         session.server.sendBytes(":a!u@h PRIVMSG #c :last words\r\n"_ba);
         session.server.close();
         dropped = QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); });
-        choose(u"Close"_s)(menu);
+        ModalAnswers::choosing(u"Close"_s)(menu);
     });
     requestContextMenu(session.probe, 1);
     QCOMPARE(answers.problems(), QStringList());
@@ -242,7 +228,7 @@ void TestTabMenu::survivesARenameUnderTheMenu()
     bool heard = false;
     answers.queueForMenu([&](QMenu *menu) {
         heard = session.say(u":bob!u@h NICK rob"_s);
-        choose(u"Close"_s)(menu);
+        ModalAnswers::choosing(u"Close"_s)(menu);
     });
     requestContextMenu(session.probe, 1);
     QCOMPARE(answers.problems(), QStringList());

@@ -3,10 +3,12 @@
 #include "HighlightTabBar.h"
 #include "MyTabWidget.h"
 
+#include <QCompleter>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSplitter>
+#include <QStringListModel>
 #include <QTest>
 #include <QTextBrowser>
 #include <QTextTable>
@@ -97,6 +99,18 @@ QStringList MainWindowProbe::users() const
     for (int row = 0; row < window.userList->count(); ++row)
         texts.append(window.userList->item(row)->text());
     return texts;
+}
+
+QPoint MainWindowProbe::placeOfUser(const QString &entry) const
+{
+    const auto *item = window.userList->findItems(entry, Qt::MatchExactly).value(0);
+    return window.userList->visualItemRect(item).center();
+}
+
+QStringList MainWindowProbe::completions() const
+{
+    const auto *model = qobject_cast<QStringListModel *>(window.nickCompleter->model());
+    return model == nullptr ? QStringList() : model->stringList();
 }
 
 int MainWindowProbe::shareOfUserList() const

@@ -74,8 +74,15 @@ public:
     {
         window.setChannelAutojoin(channel, enable);
     }
+    void adjustSplitterToRatio() const { window.adjustSplitterToRatio(); }
     void updateStatusBar() const { window.updateStatusBar(); }
     void updateOwnUserAppearance() const { window.updateOwnUserAppearance(); }
+    void completeNick() const { window.completeNick(); }
+    void onUserDoubleClicked(QListWidgetItem *item) const { window.onUserDoubleClicked(item); }
+    [[nodiscard]] bool isUserOperator(const QString &channel) const
+    {
+        return window.isUserOperator(channel);
+    }
     [[nodiscard]] QString findPrivateChatTab(const QString &nick) const
     {
         return window.findPrivateChatTab(nick);
@@ -97,6 +104,10 @@ public:
     [[nodiscard]] QString lastLine(const QString &tabName) const;
     /// The texts of the visible user list from top to bottom.
     [[nodiscard]] QStringList users() const;
+    /// Where the entry with this text stands in the visible user list, at its middle.
+    [[nodiscard]] QPoint placeOfUser(const QString &entry) const;
+    /// What the completion popup can offer, in its order.
+    [[nodiscard]] QStringList completions() const;
     /// The user list's share of the splitter's width, in per cent.
     [[nodiscard]] int shareOfUserList() const;
     void showTab(const QString &tabName) const;

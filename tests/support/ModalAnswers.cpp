@@ -5,6 +5,7 @@
 #include <QEvent>
 #include <QMenu>
 #include <QMessageBox>
+#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -26,6 +27,20 @@ void ModalAnswers::queueForDialog(const std::function<void(QDialog *)> &answer)
 void ModalAnswers::queueForMenu(const std::function<void(QMenu *)> &answer)
 {
     queueFor(answer);
+}
+
+std::function<void(QMenu *)> ModalAnswers::choosing(const QString &text)
+{
+    return [text](QMenu *menu) {
+        const QList<QAction *> actions = menu->actions();
+        for (QAction *action : actions) {
+            if (action->text() == text) {
+                menu->setActiveAction(action);
+                QTest::keyClick(menu, Qt::Key_Return);
+                return;
+            }
+        }
+    };
 }
 
 QStringList ModalAnswers::problems() const

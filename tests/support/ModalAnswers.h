@@ -30,6 +30,10 @@ public:
     void queueForDialog(const std::function<void(QDialog *)> &answer);
     void queueForMenu(const std::function<void(QMenu *)> &answer);
 
+    /// An answer for a menu: chooses the entry with this text. A menu without it stays up, which is
+    /// a problem.
+    [[nodiscard]] static std::function<void(QMenu *)> choosing(const QString &text);
+
     /// What was not as it should be up to now: a dialog without an answer, an answer that found
     /// something else or did not end it, an answer that nothing came for. Empty if all went well.
     [[nodiscard]] QStringList problems() const;
