@@ -330,8 +330,7 @@ void MainWindow::connectSession()
     });
     connection->setReadFinishedHandler([this] {
         flushPendingRows();
-        if (completionPending)
-            updateNickCompletionModel();
+        refreshPendingCompletion();
     });
 }
 
@@ -1064,8 +1063,11 @@ void MainWindow::onKick(const QString &channel, const QString &kickedNick,
                        true);
     dropUser(channel, kickedNick);
     if (kickedNick == connection->currentNick()) {
-        if (channel == currentTabName)
+        if (channel == currentTabName) {
             userList->clear();
+            // Those who are left stay on offer until the tab changes.
+            refreshPendingCompletion();
+        }
         channelUsers.remove(channel);
     }
 }
@@ -1322,8 +1324,14 @@ void MainWindow::onWatchStatus(const QString &nick, bool online)
 void MainWindow::updateNickCompletionModel()
 {
     // Nobody can type within a read, which may bring the joins and quits of a whole net split.
-    completionPending = connection->isReading();
-    if (completionPending)
+    completionPending = true;
+    if (!connection->isReading())
+        refreshPendingCompletion();
+}
+
+void MainWindow::refreshPendingCompletion()
+{
+    if (!std::exchange(completionPending, false))
         return;
     QStringList users = channelUsers.value(currentTabName);
     for (QString &user : users)

@@ -242,6 +242,8 @@ private:
 
     // Completion
     void updateNickCompletionModel();
+    /// Does what an update has left to the end of the read in progress, if there is something.
+    void refreshPendingCompletion();
     /// What can be completed in the tab on show; `users` are the channel's entries.
     QStringList completionCandidates(const QStringList &users) const;
     void setCompletionCandidates(const QStringList &candidates);
