@@ -9,8 +9,8 @@ build_packages=(cmake g++ ninja-build qt6-base-dev qt6-svg-dev
     ca-certificates fonts-dejavu-core fonts-noto-color-emoji)
 # A screen in memory, with a window manager and something that types.
 screen_packages=(openbox xdotool xvfb)
-# The servers and certificates that the tests make.
-test_packages=(dbus-daemon faketime ngircd openssl)
+# The servers, the tray and the certificates that the tests make.
+test_packages=(dbus-daemon faketime inspircd ngircd openssl trayer)
 
 say() {
     printf '==> %s\n' "$*"
@@ -65,11 +65,14 @@ ensure_packages() {
     "${apt[@]}" update </dev/null || die "apt-get update failed."
     "${apt[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null ||
         die "apt-get could not install ${missing[*]}."
-    # Debian starts this server as soon as it is there; the tests start their own.
-    if [[ " ${missing[*]} " == *' ngircd '* ]]; then
-        "${as_root[@]}" invoke-rc.d ngircd stop || true
-        "${as_root[@]}" update-rc.d ngircd disable || true
-    fi
+    # Debian starts these servers as soon as they are there; the tests start their own.
+    local server
+    for server in inspircd ngircd; do
+        if [[ " ${missing[*]} " == *" $server "* ]]; then
+            "${as_root[@]}" invoke-rc.d "$server" stop || true
+            "${as_root[@]}" update-rc.d "$server" disable || true
+        fi
+    done
 }
 
 # build PRESET FOLDER TARGET [CMAKE OPTION...]: configures where needed and builds.
