@@ -1,26 +1,14 @@
 #include "IRCParser.h"
 #include "Ngircd.h"
+#include "RecordedLines.h"
 #include "TestSession.h"
 
-#include <QFile>
 #include <QRegularExpression>
 #include <QTest>
 
 #include <memory>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QStringList recordedLines(const QString &name)
-{
-    QFile file(QFINDTESTDATA(QString(u"data/ngircd-"_s + name + u".txt"_s)));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
-}
-
-} // namespace
 
 // Sessions with a server that others wrote, and what it was recorded to say.
 class TestRealServer final : public QObject
@@ -123,7 +111,8 @@ void TestRealServer::readsRecordedLines_data()
 void TestRealServer::readsRecordedLines()
 {
     QVERIFY(session->open(u"alice"_s));
-    const QStringList lines = recordedLines(QString::fromUtf8(QTest::currentDataTag()));
+    const QStringList lines =
+            recordedLines(u"ngircd-%1.txt"_s.arg(QString::fromUtf8(QTest::currentDataTag())));
     QVERIFY(!lines.isEmpty());
     for (const QString &line : lines)
         IRCParser::parseLine(line, &session->connection);
@@ -133,7 +122,7 @@ void TestRealServer::readsRecordedLines()
 
 void TestRealServer::passesOnARecordedWelcome()
 {
-    const QStringList lines = recordedLines(u"registration"_s);
+    const QStringList lines = recordedLines(u"ngircd-registration.txt"_s);
     QStringList calls{uR"(serverMessage("Connected and registered."))"_s, u"registered()"_s};
     for (const QString &line : lines.mid(1))
         calls.append(u"serverMessage(\""_s + line + u"\")"_s);
@@ -145,7 +134,7 @@ void TestRealServer::passesOnARecordedWelcome()
 
 void TestRealServer::passesOnRecordedErrors()
 {
-    const QStringList lines = recordedLines(u"errors"_s);
+    const QStringList lines = recordedLines(u"ngircd-errors.txt"_s);
     QStringList calls;
     for (const QString &line : lines) {
         if (line.contains(u" 318 "_s))

@@ -54,6 +54,12 @@ void WindowSession::choose(const QString &entry)
 
 bool WindowSession::clickConnect(const QString &nick, const QString &channels)
 {
+    return clickConnect(server.port(), nick, channels, QString());
+}
+
+bool WindowSession::clickConnect(quint16 serverPort, const QString &nick, const QString &channels,
+                                 const QString &realName)
+{
     choose(u"&Connect..."_s);
     auto *dialog = window.findChild<ConnectDialog *>();
     if (dialog == nullptr)
@@ -61,15 +67,17 @@ bool WindowSession::clickConnect(const QString &nick, const QString &channels)
     QLineEdit *port = fieldWithPlaceholder(*dialog, u"6667"_s);
     QLineEdit *nickname = fieldWithPlaceholder(*dialog, u"Type you nickname"_s);
     QLineEdit *channelField = fieldWithPlaceholder(*dialog, u"#linux, #help"_s);
+    QLineEdit *nameField = fieldWithPlaceholder(*dialog, u"Type you Real name (optionally)"_s);
     // The host's field is the first one; its placeholder is but a sample.
     QLineEdit *host = dialog->findChildren<QLineEdit *>().value(0);
     auto *button = dialog->findChild<QPushButton *>(u"connectButton"_s);
-    if (!port || !nickname || !channelField || !host || !button)
+    if (!port || !nickname || !channelField || !nameField || !host || !button)
         return false;
     host->setText(u"127.0.0.1"_s);
-    port->setText(QString::number(server.port()));
+    port->setText(QString::number(serverPort));
     nickname->setText(nick);
     channelField->setText(channels);
+    nameField->setText(realName);
     button->click();
     linesTaken = 0;
     return true;
@@ -91,6 +99,16 @@ bool WindowSession::registerAs(const QString &nick, const QString &channels)
         return false;
     static_cast<void>(takeSent());
     return probe.connection().isRegistered();
+}
+
+bool WindowSession::enter(quint16 port, const QString &nick, const QString &channels)
+{
+    bool clicked = false;
+    // InspIRCd admits nobody without a real name.
+    QTimer::singleShot(0, &window,
+                       [&] { clicked = clickConnect(port, nick, channels, u"A window"_s); });
+    return QTest::qWaitFor([&] { return clicked && probe.connection().isRegistered(); },
+                           ScriptedServer::Patience);
 }
 
 bool WindowSession::say(const QString &line)

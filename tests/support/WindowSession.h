@@ -28,6 +28,10 @@ public:
     /// The same up to the click that accepts: no event loop runs after it.
     [[nodiscard]] bool clickConnect(const QString &nick, const QString &channels = QString());
 
+    /// The same as `registerAs` with another server that listens on this port of the loopback.
+    [[nodiscard]] bool enter(quint16 port, const QString &nick,
+                             const QString &channels = QString());
+
     /// Triggers the menu entry with this text.
     void choose(const QString &entry);
 
@@ -56,6 +60,9 @@ public:
     MainWindowProbe probe{window};
 
 private:
+    [[nodiscard]] bool clickConnect(quint16 serverPort, const QString &nick,
+                                    const QString &channels, const QString &realName);
+
     std::unique_ptr<MainWindow> ownedWindow{&window};
     QStringList heard;
     qsizetype linesTaken = 0;
