@@ -33,6 +33,7 @@ public:
     [[nodiscard]] QAction &changeNickAction() const { return *window.changeNickAction; }
     [[nodiscard]] QTreeWidget *&listTree() const { return window.listTree; }
     [[nodiscard]] QLabel *&listInfoLabel() const { return window.listInfoLabel; }
+    [[nodiscard]] QSystemTrayIcon *&trayIcon() const { return window.trayIcon; }
     [[nodiscard]] QMap<QString, MainWindow::WhoInfo> &whoisResults() const
     {
         return window.whoisResults;
@@ -75,6 +76,11 @@ public:
         window.setChannelAutojoin(channel, enable);
     }
     void adjustSplitterToRatio() const { window.adjustSplitterToRatio(); }
+    void highlightTab(const QString &tabName) const { window.highlightTab(tabName); }
+    void showNotification(const QString &title, const QString &message) const
+    {
+        window.showNotification(title, message);
+    }
     void updateStatusBar() const { window.updateStatusBar(); }
     void updateOwnUserAppearance() const { window.updateOwnUserAppearance(); }
     void completeNick() const { window.completeNick(); }

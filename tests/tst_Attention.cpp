@@ -1,0 +1,585 @@
+#include "Attention.h"
+#include "HighlightTabBar.h"
+#include "IRCConnection.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QStatusBar>
+#include <QSystemTrayIcon>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int NotificationMs = 5000;
+
+/// A session of "me" on "Server", with #a and a conversation with bob open, while another window
+/// has the keyboard: without a tray the status bar then shows each notification.
+class Attended final
+{
+public:
+    [[nodiscard]] bool begin(const QString &nick = u"me"_s)
+    {
+        if (!session.registerAs(nick) || !session.join(u"#a"_s, nick + u" bob carol"_s))
+            return false;
+        session.probe.openTabs({u"bob"_s});
+        // Visiting the tab takes back what opening it has marked.
+        session.probe.showTab(u"bob"_s);
+        session.probe.showTab(u"Server"_s);
+        if (!leaveWindow())
+            return false;
+        forget();
+        return true;
+    }
+
+    /// Gives the keyboard to another window, or back.
+    [[nodiscard]] bool leaveWindow()
+    {
+        other.show();
+        other.activateWindow();
+        return QTest::qWaitFor([this] { return !session.window.isActiveWindow(); });
+    }
+    [[nodiscard]] bool enterWindow()
+    {
+        session.window.activateWindow();
+        return QTest::qWaitFor([this] { return session.window.isActiveWindow(); });
+    }
+
+    void forget() { shown.clear(); }
+
+    /// What the status bar has shown since.
+    [[nodiscard]] QStringList notifications() const
+    {
+        QStringList texts;
+        for (const QVariantList &message : shown)
+            texts.append(message.at(0).toString());
+        return texts;
+    }
+
+    [[nodiscard]] bool isHighlighted(const QString &tab) const
+    {
+        return session.probe.tabs().value(tab).highlighted;
+    }
+    [[nodiscard]] bool isMarked(const QString &tab) const
+    {
+        const auto index = session.probe.tabTexts().indexOf(tab);
+        return session.probe.tabBar().isHighlighted(static_cast<int>(index));
+    }
+
+    WindowSession session;
+    QWidget other;
+    QSignalSpy shown{session.window.statusBar(), &QStatusBar::messageChanged};
+};
+
+} // namespace
+
+class TestAttention final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void recognisesAMention_data();
+    void recognisesAMention();
+    void shortensALongText_data();
+    void shortensALongText();
+
+    void decides_data();
+    void decides();
+    void decidesByTheNickOfTheMoment();
+    void takesAPendingNickForItsOwn();
+    void mentionsNobodyWithoutANick();
+    void looksAtTheTextWithoutItsPrefix();
+    void notifiesOfAShortenedText();
+    void tellsOfALineWithoutSender();
+    void opensATabWithItsMark();
+
+    void marksATabOnce();
+    void keepsSilentAboutTheTabOnShow();
+    void forgetsAMarkWhenTheTabIsVisited();
+    void marksNothingAfterAMentionOnShow();
+    void notifiesOfATabThatIsMarkedAlready();
+    void highlightsNoTabThatIsNotThere();
+    void highlightsATabWithoutAPage();
+
+    void notifiesInTheStatusBar();
+    void notifiesNobodyInTheActiveWindow();
+    void leavesTheStatusBarAloneWithATray();
+    void showsNotificationsAsText_data();
+    void showsNotificationsAsText();
+    void survivesAFlood();
+
+    void writesNoLog();
+    void givesTheProgramItsIconWithoutATray();
+
+private:
+    TemporaryStore store;
+};
+
+void TestAttention::init()
+{
+    store.clear();
+}
+
+void TestAttention::recognisesAMention_data()
+{
+    QTest::addColumn<QString>("nick");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("mentioned");
+
+    const auto row = [](const char *name, const QString &nick, const QString &text,
+                        bool mentioned) { QTest::newRow(name) << nick << text << mentioned; };
+    row("alone", u"me"_s, u"me"_s, true);
+    row("at the start", u"me"_s, u"me: hi"_s, true);
+    row("in the middle", u"me"_s, u"ask me now"_s, true);
+    row("at the end", u"me"_s, u"ask me"_s, true);
+    row("in capitals", u"me"_s, u"ask ME"_s, true);
+    row("in the nick's capitals", u"Me"_s, u"ask me"_s, true);
+    row("between signs", u"me"_s, u"(me)!"_s, true);
+    row("before a hyphen", u"me"_s, u"me-too"_s, true);
+    row("with a possessive", u"me"_s, u"me's"_s, true);
+    row("within a word", u"me"_s, u"some"_s, false);
+    row("at a word's start", u"me"_s, u"mention"_s, false);
+    row("at a word's end", u"me"_s, u"time"_s, false);
+    row("before an underscore", u"me"_s, u"me_"_s, false);
+    row("before a digit", u"me"_s, u"me2"_s, false);
+    row("first in a word, then alone", u"me"_s, u"some of me"_s, true);
+    row("in parts", u"me"_s, u"m e"_s, false);
+    row("not at all", u"me"_s, u"hello"_s, false);
+    row("in an empty text", u"me"_s, QString(), false);
+    row("an empty nick", QString(), u"me"_s, false);
+    row("an empty nick and text", QString(), QString(), false);
+    // Signs of the nick stand for themselves.
+    row("a dot", u"a.c"_s, u"hi a.c!"_s, true);
+    row("what a dot would match", u"a.c"_s, u"hi abc!"_s, false);
+    row("a star", u"a*b"_s, u"a*b"_s, true);
+    row("what a star would match", u"a*b"_s, u"aab"_s, false);
+    row("a bar", u"a|b"_s, u"a|b"_s, true);
+    row("what a bar would match", u"a|b"_s, u"a"_s, false);
+    row("an end of quoting", u"a\\Eb"_s, u"a\\Eb"_s, true);
+    row("a line end's sign", u"a$b"_s, u"a$b"_s, true);
+    // A sign is no part of a word, so it wants one as a neighbour.
+    row("a bracket at the end", u"me["_s, u"me[ hi"_s, false);
+    row("a bracket at the line's end", u"me["_s, u"hi me["_s, false);
+    row("a bracket before a word", u"me["_s, u"me[x"_s, true);
+    row("a bracket at the start", u"[me"_s, u"hi [me"_s, false);
+    row("a bracket after a word", u"[me"_s, u"x[me"_s, true);
+    row("brackets around", u"[me]"_s, u"x[me]x"_s, true);
+    row("an underscore is a letter", u"_me_"_s, u"hi _me_!"_s, true);
+    // Nor is a letter of another alphabet.
+    row("an accent at the end", u"zo\u00eb"_s, u"hi zo\u00eb"_s, false);
+    row("an accent before a word", u"zo\u00eb"_s, u"hi ZO\u00cbx"_s, true);
+    row("an accent behind", u"me"_s, u"me\u00eb"_s, true);
+    row("a format's sign before", u"me"_s, u"\u0002me\u0002"_s, true);
+    row("a long text", u"me"_s, QString(QString(100'000, u'x') + u" me"_s), true);
+    row("a long nick", QString(10'000, u'n'), QString(10'000, u'N'), true);
+}
+
+void TestAttention::recognisesAMention()
+{
+    QFETCH(const QString, nick);
+    QFETCH(const QString, text);
+    QTEST(Attention::mentions(text, nick), "mentioned");
+}
+
+void TestAttention::shortensALongText_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("result");
+
+    const auto x = [](int count) { return QString(count, u'x'); };
+    QTest::newRow("empty") << QString() << QString();
+    QTest::newRow("short") << u"hello"_s << u"hello"_s;
+    QTest::newRow("254") << x(254) << x(254);
+    QTest::newRow("255") << x(255) << x(255);
+    QTest::newRow("256") << x(256) << QString(x(252) + u"..."_s);
+    QTest::newRow("many") << x(100'000) << QString(x(252) + u"..."_s);
+    // Code units count, whatever they are a part of.
+    QTest::newRow("pairs") << u"\U0001F642"_s.repeated(128)
+                           << QString(u"\U0001F642"_s.repeated(126) + u"..."_s);
+}
+
+void TestAttention::shortensALongText()
+{
+    QFETCH(const QString, text);
+    QTEST(Attention::shortened(text), "result");
+}
+
+void TestAttention::decides_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("tab");
+    QTest::addColumn<bool>("highlighted");
+    QTest::addColumn<QString>("notification"); // None if null.
+
+    const auto row = [](const char *name, const QString &line, const QString &tab, bool highlighted,
+                        const QString &notification) {
+        QTest::newRow(name) << line << tab << highlighted << notification;
+    };
+    const QString no;
+    row("a mention", u":bob!u@h PRIVMSG #a :hi ME!"_s, u"#a"_s, true, u"#a: bob: hi ME!"_s);
+    row("no mention", u":bob!u@h PRIVMSG #a :some time"_s, u"#a"_s, false, no);
+    row("a mention by the user", u":me!u@h PRIVMSG #a :me"_s, u"#a"_s, false, no);
+    row("a mention by the user in capitals", u":ME!u@h PRIVMSG #a :me"_s, u"#a"_s, false, no);
+    row("a private line", u":bob!u@h PRIVMSG me :hi"_s, u"bob"_s, true, u"bob: hi"_s);
+    row("a private line of a command", u":bob!u@h PRIVMSG me :\u0001PING 1\u0001"_s, u"bob"_s, true,
+        u"bob: \u0001PING 1\u0001"_s);
+    row("a server line", u":irc.test 372 me :- me"_s, u"Server"_s, false, no);
+    row("another's join", u":dave!u@h JOIN #a"_s, u"#a"_s, false, no);
+    row("a part", u":carol!u@h PART #a :bye me"_s, u"#a"_s, true, u"#a: carol: left #a (bye me)"_s);
+    row("a kick by the user", u":me!u@h KICK #a carol :out"_s, u"#a"_s, true,
+        u"#a: carol: was kicked by me (out)"_s);
+    row("a kick with the user as its reason", u":bob!u@h KICK #a carol :for me"_s, u"#a"_s, true,
+        u"#a: carol: was kicked by bob (for me)"_s);
+    row("a kick of the user", u":bob!u@h KICK #a me :me"_s, u"#a"_s, false, no);
+    row("a new nick like the user's", u":carol!u@h NICK me|2"_s, u"#a"_s, true,
+        u"#a: carol: is now known as me|2"_s);
+    row("a quit in a private tab", u":bob!u@h QUIT :bye"_s, u"bob"_s, true, u"bob: quit (bye)"_s);
+    row("a status in a private tab", u":irc.test 604 me bob i h 1 :is online"_s, u"bob"_s, true,
+        u"bob: is back online"_s);
+    row("a join of the partner", u":bob!u@h JOIN #a"_s, u"bob"_s, true, u"bob: is back online"_s);
+    row("a channel that is none here", u":bob!u@h PRIVMSG &a :hi"_s, u"bob"_s, true, u"bob: hi"_s);
+}
+
+void TestAttention::decides()
+{
+    QFETCH(const QString, line);
+    QFETCH(const QString, tab);
+    QFETCH(const bool, highlighted);
+    QFETCH(const QString, notification);
+
+    Attended attended;
+    QVERIFY(attended.begin());
+    QVERIFY(attended.session.say(line));
+    QCOMPARE(attended.isHighlighted(tab), highlighted);
+    QCOMPARE(attended.isMarked(tab), highlighted);
+    QCOMPARE(attended.notifications(),
+             notification.isNull() ? QStringList() : QStringList{notification});
+}
+
+void TestAttention::decidesByTheNickOfTheMoment()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    QVERIFY(attended.session.say(u":me!u@h NICK new[x"_s));
+    attended.forget();
+    QVERIFY(attended.session.sayAll(
+            {u":bob!u@h PRIVMSG #a :me"_s, u":bob!u@h PRIVMSG #a :hi new[x"_s}));
+    QCOMPARE(attended.notifications(), QStringList{u"#a: bob: hi new[x"_s});
+}
+
+void TestAttention::takesAPendingNickForItsOwn()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    attended.session.probe.pendingNick() = u"Carol"_s;
+    QVERIFY(attended.session.sayAll(
+            {u":carol!u@h PRIVMSG #a :me"_s, u":carol!u@h PRIVMSG me :hi"_s}));
+    QVERIFY(!attended.isHighlighted(u"#a"_s));
+    QVERIFY(!attended.isHighlighted(u"carol"_s));
+    QCOMPARE(attended.notifications(), QStringList());
+}
+
+void TestAttention::mentionsNobodyWithoutANick()
+{
+    Attended attended;
+    const MainWindowProbe &probe = attended.session.probe;
+    probe.openTabs({u"#a"_s, u"bob"_s});
+    probe.showTab(u"Server"_s);
+    QVERIFY(attended.leaveWindow());
+    attended.forget();
+    QCOMPARE(probe.connection().currentNick(), QString());
+    probe.appendMessageToTab(u"#a"_s, u" me "_s, u"carol"_s);
+    QVERIFY(!attended.isHighlighted(u"#a"_s));
+    // Without a nick a line without a sender is the user's own.
+    probe.appendMessageToTab(u"bob"_s, u"a line"_s);
+    QVERIFY(!attended.isHighlighted(u"bob"_s));
+    probe.appendMessageToTab(u"bob"_s, u"a line"_s, u"bob"_s);
+    QVERIFY(attended.isHighlighted(u"bob"_s));
+    QCOMPARE(attended.notifications(), QStringList{u"bob: a line"_s});
+}
+
+// An away prefix has the user's words in it, which mention whom they like.
+void TestAttention::looksAtTheTextWithoutItsPrefix()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    attended.session.probe.isAway() = true;
+    attended.session.probe.awayMessage() = u"me"_s;
+    QVERIFY(attended.session.sayAll(
+            {u":bob!u@h PRIVMSG #a :hello"_s, u":me!u@h PRIVMSG #a :hello"_s}));
+    QVERIFY(!attended.isHighlighted(u"#a"_s));
+    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :me"_s));
+    QCOMPARE(attended.notifications(), QStringList{u"#a: bob: me"_s});
+}
+
+void TestAttention::notifiesOfAShortenedText()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    const QString whole = u"me "_s + QString(252, u'x');
+    QVERIFY(attended.session.sayAll({QString(u":bob!u@h PRIVMSG #a :"_s + whole),
+                                     QString(u":bob!u@h PRIVMSG me :"_s + whole),
+                                     QString(u":bob!u@h PRIVMSG #a :"_s + whole + u'y'),
+                                     QString(u":bob!u@h PRIVMSG me :"_s + whole + u'y')}));
+    const QString shortened = whole.first(252) + u"..."_s;
+    QCOMPARE(attended.notifications(),
+             (QStringList{QString(u"#a: bob: "_s + whole), QString(u"bob: "_s + whole),
+                          QString(u"#a: bob: "_s + shortened), QString(u"bob: "_s + shortened)}));
+    // What is cut off counts for the mention all the same.
+    attended.forget();
+    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :%1 me"_s.arg(QString(300, u'x'))));
+    QCOMPARE(attended.notifications(), QStringList{u"#a: bob: %1..."_s.arg(QString(252, u'x'))});
+}
+
+// As the lines of a WHOIS reply are that was asked for in a private tab.
+void TestAttention::tellsOfALineWithoutSender()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    attended.session.probe.showTab(u"bob"_s);
+    attended.session.probe.typeLine(u"/whois bob"_s);
+    attended.session.probe.showTab(u"Server"_s);
+    attended.forget();
+    QVERIFY(attended.session.say(u":irc.test 318 me bob :End"_s));
+    QVERIFY(attended.isMarked(u"bob"_s));
+    QCOMPARE(attended.notifications(),
+             (QStringList{u": *** WHOIS bob: @ ()"_s, u": *** bob is using  ()"_s}));
+}
+
+// The tab is there, and behind the one on show, by the time its first line is looked at.
+void TestAttention::opensATabWithItsMark()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    attended.session.probe.showTab(u"#a"_s);
+    attended.forget();
+    QVERIFY(attended.session.say(u":dave!u@h PRIVMSG me :hi"_s));
+    QVERIFY(attended.isMarked(u"dave"_s));
+    QCOMPARE(attended.notifications(), QStringList{u"dave: hi"_s});
+
+    // From "Server" one is led to the new tab at once.
+    attended.session.probe.showTab(u"Server"_s);
+    attended.forget();
+    QVERIFY(attended.session.say(u":erin!u@h PRIVMSG me :hi"_s));
+    QCOMPARE(attended.session.probe.currentTabName(), u"erin"_s);
+    QVERIFY(!attended.isMarked(u"erin"_s));
+    QCOMPARE(attended.notifications(), QStringList());
+}
+
+void TestAttention::marksATabOnce()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    HighlightTabBar &bar = attended.session.probe.tabBar();
+    attended.session.probe.highlightTab(u"#a"_s);
+    QVERIFY(attended.isHighlighted(u"#a"_s));
+    QVERIFY(attended.isMarked(u"#a"_s));
+    // A tab that has its mark is not marked again, even if the bar has lost it.
+    bar.unhighlightTab(1);
+    attended.session.probe.highlightTab(u"#a"_s);
+    QVERIFY(attended.isHighlighted(u"#a"_s));
+    QVERIFY(!attended.isMarked(u"#a"_s));
+}
+
+void TestAttention::keepsSilentAboutTheTabOnShow()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    for (const QString &tab : {u"#a"_s, u"bob"_s}) {
+        attended.session.probe.showTab(tab);
+        attended.forget();
+        QVERIFY(attended.session.say(
+                u":bob!u@h PRIVMSG %1 :hi me"_s.arg(tab == u"bob"_s ? u"me"_s : tab)));
+        QVERIFY(attended.isHighlighted(tab));
+        QVERIFY(!attended.isMarked(tab));
+        QCOMPARE(attended.notifications(), QStringList());
+    }
+}
+
+void TestAttention::forgetsAMarkWhenTheTabIsVisited()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    for (int round = 0; round < 2; ++round) {
+        QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :hi me"_s));
+        QVERIFY(attended.isHighlighted(u"#a"_s));
+        QVERIFY(attended.isMarked(u"#a"_s));
+        attended.session.probe.showTab(u"#a"_s);
+        QVERIFY(!attended.isHighlighted(u"#a"_s));
+        QVERIFY(!attended.isMarked(u"#a"_s));
+        attended.session.probe.showTab(u"Server"_s);
+    }
+}
+
+void TestAttention::marksNothingAfterAMentionOnShow()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    attended.session.probe.showTab(u"#a"_s);
+    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :hi me"_s));
+    attended.session.probe.showTab(u"Server"_s);
+    QVERIFY(attended.isHighlighted(u"#a"_s));
+
+    attended.forget();
+    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :me again"_s));
+    QVERIFY(!attended.isMarked(u"#a"_s));
+    QCOMPARE(attended.notifications(), QStringList{u"#a: bob: me again"_s});
+
+    attended.session.probe.showTab(u"#a"_s);
+    attended.session.probe.showTab(u"Server"_s);
+    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :and me"_s));
+    QVERIFY(attended.isMarked(u"#a"_s));
+}
+
+void TestAttention::notifiesOfATabThatIsMarkedAlready()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    QVERIFY(attended.session.sayAll(
+            {u":bob!u@h PRIVMSG #a :me 1"_s, u":bob!u@h PRIVMSG #a :me 2"_s}));
+    QCOMPARE(attended.notifications(), (QStringList{u"#a: bob: me 1"_s, u"#a: bob: me 2"_s}));
+}
+
+void TestAttention::highlightsNoTabThatIsNotThere()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    const QStringList names = attended.session.probe.tabs().keys();
+    attended.session.probe.highlightTab(u"nobody"_s);
+    QCOMPARE(attended.session.probe.tabs().keys(), names);
+}
+
+void TestAttention::highlightsATabWithoutAPage()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    attended.session.probe.tabs().insert(u"lost"_s, MainWindow::TabInfo());
+    attended.session.probe.highlightTab(u"lost"_s);
+    QVERIFY(attended.isHighlighted(u"lost"_s));
+    for (int index = 0; index < attended.session.probe.tabBar().count(); ++index)
+        QVERIFY(!attended.session.probe.tabBar().isHighlighted(index));
+}
+
+void TestAttention::notifiesInTheStatusBar()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    const QStatusBar *bar = attended.session.window.statusBar();
+    QCOMPARE(attended.session.probe.trayIcon(), nullptr);
+    attended.session.probe.showNotification(u"title"_s, u"a text: with %1"_s);
+    QCOMPARE(bar->currentMessage(), u"title: a text: with %1"_s);
+    // The bar counts down with the one timer that it has, and is empty afterwards.
+    auto *timer = bar->findChild<QTimer *>();
+    QVERIFY(timer != nullptr);
+    QVERIFY(timer->isActive());
+    QCOMPARE(timer->interval(), NotificationMs);
+    timer->start(0);
+    QTRY_COMPARE(bar->currentMessage(), QString());
+
+    attended.session.probe.showNotification(QString(), u"a text"_s);
+    QCOMPARE(bar->currentMessage(), u": a text"_s);
+}
+
+void TestAttention::notifiesNobodyInTheActiveWindow()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    QVERIFY(attended.enterWindow());
+    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :hi me"_s));
+    QCOMPARE(attended.notifications(), QStringList());
+    QVERIFY(attended.isMarked(u"#a"_s));
+    QCOMPARE(attended.session.probe.lastLine(u"#a"_s), u"bob|hi me"_s);
+
+    QVERIFY(attended.leaveWindow());
+    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :me still"_s));
+    QCOMPARE(attended.notifications(), QStringList{u"#a: bob: me still"_s});
+}
+
+void TestAttention::leavesTheStatusBarAloneWithATray()
+{
+    QVERIFY(QSystemTrayIcon::supportsMessages());
+    Attended attended;
+    QVERIFY(attended.begin());
+    QSystemTrayIcon tray;
+    attended.session.probe.trayIcon() = &tray;
+    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :hi me"_s));
+    QCOMPARE(attended.notifications(), QStringList());
+    QVERIFY(attended.isMarked(u"#a"_s));
+    attended.session.probe.trayIcon() = nullptr;
+}
+
+void TestAttention::showsNotificationsAsText_data()
+{
+    QTest::addColumn<QString>("nick");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("markup") << u"<b>x</b>"_s << u"me <a href='x:y'>here</a> &amp; <img src=x>"_s;
+    QTest::newRow("placeholders") << u"%2"_s << u"me %1 %2 %3"_s;
+    QTest::newRow("control characters") << u"b\u0002b"_s
+                                        << u"me \u0003"
+                                           u"04red\u001b[0m \u0007"_s;
+    QTest::newRow("right to left") << u"b\u202Eb"_s << u"me \u05D0 \u202Egnp.exe"_s;
+    QTest::newRow("a long nick") << QString(10'000, u'n') << u"me"_s;
+}
+
+void TestAttention::showsNotificationsAsText()
+{
+    QFETCH(const QString, nick);
+    QFETCH(const QString, text);
+    Attended attended;
+    QVERIFY(attended.begin());
+    QVERIFY(attended.session.say(u':' + nick + u"!u@h PRIVMSG #a :"_s + text));
+    QCOMPARE(attended.notifications(), QStringList{QString(u"#a: "_s + nick + u": "_s + text)});
+}
+
+void TestAttention::survivesAFlood()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    QStringList lines;
+    for (int i = 0; i < 1000; ++i) {
+        lines.append(u":bob!u@h PRIVMSG #a :me %1"_s.arg(i));
+        lines.append(u":p%1!u@h PRIVMSG me :hi"_s.arg(i % 20));
+    }
+    QVERIFY(attended.session.sayAll(lines));
+    QVERIFY(attended.isHighlighted(u"#a"_s));
+    QVERIFY(attended.isMarked(u"#a"_s));
+    QVERIFY(attended.notifications().contains(u"#a: bob: me 999"_s));
+}
+
+void TestAttention::writesNoLog()
+{
+    const QTemporaryDir folder;
+    QSettings settings;
+    settings.setValue(u"logEnabled"_s, true);
+    settings.setValue(u"logPath"_s, folder.path());
+    settings.sync();
+    Attended attended;
+    QVERIFY(attended.begin());
+    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :hi me"_s));
+    QVERIFY(QDir(folder.path()).isEmpty());
+}
+
+void TestAttention::givesTheProgramItsIconWithoutATray()
+{
+    QApplication::setWindowIcon(QIcon());
+    const WindowSession session;
+    QVERIFY(!QSystemTrayIcon::isSystemTrayAvailable());
+    QCOMPARE(session.probe.trayIcon(), nullptr);
+    QCOMPARE(session.window.findChild<QSystemTrayIcon *>(), nullptr);
+    const QIcon icon = QApplication::windowIcon();
+    QCOMPARE(icon.actualSize(QSize(128, 128)), QSize(128, 128));
+    QCOMPARE(icon.pixmap(QSize(128, 128)).toImage(), QPixmap(u":/icons/app_icon"_s).toImage());
+}
+
+QTEST_MAIN(TestAttention)
+#include "tst_Attention.moc"
