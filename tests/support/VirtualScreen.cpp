@@ -46,14 +46,17 @@ const QRgb *rowOf(const QImage &image, int y)
     return reinterpret_cast<const QRgb *>(image.constScanLine(y));
 }
 
+bool isNear(QRgb point, QRgb colour, int distance)
+{
+    return std::abs(qRed(point) - qRed(colour)) <= distance
+           && std::abs(qGreen(point) - qGreen(colour)) <= distance
+           && std::abs(qBlue(point) - qBlue(colour)) <= distance;
+}
+
 int countInRow(const QImage &image, int y, int from, int to, QRgb colour, int distance)
 {
-    const auto isNear = [&](QRgb point) {
-        return std::abs(qRed(point) - qRed(colour)) <= distance
-               && std::abs(qGreen(point) - qGreen(colour)) <= distance
-               && std::abs(qBlue(point) - qBlue(colour)) <= distance;
-    };
-    return int(std::count_if(rowOf(image, y) + from, rowOf(image, y) + to, isNear));
+    return int(std::count_if(rowOf(image, y) + from, rowOf(image, y) + to,
+                             [&](QRgb point) { return isNear(point, colour, distance); }));
 }
 
 } // namespace
@@ -126,6 +129,11 @@ QProcessEnvironment VirtualScreen::environment() const
     result.remove(u"WAYLAND_DISPLAY"_s);
     result.remove(u"XAUTHORITY"_s);
     result.remove(u"SESSION_MANAGER"_s);
+    // Nor is it to look like that desktop's programs.
+    for (const char *name :
+         {"XDG_CURRENT_DESKTOP", "DESKTOP_SESSION", "KDE_FULL_SESSION", "GNOME_DESKTOP_SESSION_ID",
+          "QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE"})
+        result.remove(QString::fromLatin1(name));
     return result;
 }
 
@@ -142,6 +150,20 @@ int VirtualScreen::countPoints(QRgb colour, int distance) const
     for (int y = 0; y < now.height(); ++y)
         count += countInRow(now, y, 0, now.width(), colour, distance);
     return count;
+}
+
+QRect VirtualScreen::findPoints(const QRect &area, QRgb colour, int distance) const
+{
+    const QImage now = picture();
+    const QRect seen = area & now.rect();
+    QRect found;
+    for (int y = seen.top(); y <= seen.bottom(); ++y) {
+        for (int x = seen.left(); x <= seen.right(); ++x) {
+            if (isNear(rowOf(now, y)[x], colour, distance))
+                found |= QRect(x, y, 1, 1);
+        }
+    }
+    return found;
 }
 
 int VirtualScreen::countTextRows(const QRect &area, QRgb colour, int distance) const
@@ -205,10 +227,19 @@ bool VirtualScreen::press(const QString &key) const
     return run({u"key"_s, u"--"_s, key});
 }
 
-bool VirtualScreen::click(QPoint point) const
+bool VirtualScreen::click(QPoint place, int button) const
 {
-    return run({u"mousemove"_s, QString::number(point.x()), QString::number(point.y()), u"click"_s,
-                u"1"_s});
+    return point(place) && run({u"click"_s, QString::number(button)});
+}
+
+bool VirtualScreen::point(QPoint place) const
+{
+    return run({u"mousemove"_s, QString::number(place.x()), QString::number(place.y())});
+}
+
+bool VirtualScreen::minimise() const
+{
+    return run({u"getactivewindow"_s, u"windowminimize"_s});
 }
 
 bool VirtualScreen::run(const QStringList &arguments, QString *output) const

@@ -32,6 +32,9 @@ public:
     /// red, green and blue.
     [[nodiscard]] int countPoints(QRgb colour, int distance = 0) const;
 
+    /// The smallest rectangle with all those points of the area; empty if there are none.
+    [[nodiscard]] QRect findPoints(const QRect &area, QRgb colour, int distance) const;
+
     /// How many rows of text an area shows that has nothing but text of this colour on a plain
     /// ground: what lies at least three lines of the screen apart is a row of its own.
     [[nodiscard]] int countTextRows(const QRect &area, QRgb colour, int distance) const;
@@ -47,7 +50,12 @@ public:
     bool type(const QString &text) const;
     /// Presses one key, written as X names it: "Return", "alt+F4".
     bool press(const QString &key) const;
-    bool click(QPoint point) const;
+    /// Clicks with the left button of the mouse (1), the middle (2) or the right one (3).
+    bool click(QPoint point, int button = 1) const;
+    /// Moves the mouse without a click.
+    bool point(QPoint place) const;
+    /// Minimises the window that has the keyboard.
+    bool minimise() const;
 
 private:
     bool startDisplay();

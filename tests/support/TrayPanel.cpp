@@ -1,0 +1,46 @@
+#include "TrayPanel.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Patience = 20000; // In ms.
+constexpr int Height = 32;
+constexpr int Width = 200; // Icons for which there is room.
+
+// Between the icon's lighter and its darker end.
+constexpr QRgb IconColour = qRgb(0x18, 0x7a, 0xe8);
+constexpr int IconDistance = 50;
+constexpr int IconSize = 10; // An icon is larger than that.
+
+} // namespace
+
+TrayPanel::TrayPanel(const VirtualScreen &shownOn)
+    : screen(shownOn)
+{
+}
+
+bool TrayPanel::start()
+{
+    panel.setProcessEnvironment(screen.environment());
+    const QStringList arguments{u"--edge"_s,      u"top"_s,
+                                u"--align"_s,     u"right"_s,
+                                u"--widthtype"_s, u"pixel"_s,
+                                u"--width"_s,     QString::number(Width),
+                                u"--height"_s,    QString::number(Height)};
+    return panel.launch(u"trayer"_s, arguments);
+}
+
+QPoint TrayPanel::icon() const
+{
+    const QRect corner(screen.picture().width() - Width, 0, Width, Height);
+    const QRect found = screen.findPoints(corner, IconColour, IconDistance);
+    return found.width() > IconSize && found.height() > IconSize ? found.center() : QPoint();
+}
+
+bool TrayPanel::waitForIcon() const
+{
+    return QTest::qWaitFor([this] { return !icon().isNull(); }, Patience);
+}

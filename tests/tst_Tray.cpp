@@ -1,0 +1,492 @@
+// The built program's icon in a real tray, and on a bus where a desktop takes icons in and shows
+// notifications. What others show of it is looked at from outside.
+
+#include "Child.h"
+#include "FakeDesktop.h"
+#include "PreparedStore.h"
+#include "PrivateBus.h"
+#include "ProgramOnScreen.h"
+#include "ScriptedServer.h"
+#include "TrayPanel.h"
+#include "VirtualScreen.h"
+
+#include <QApplication>
+#include <QDBusArgument>
+#include <QDir>
+#include <QPalette>
+#include <QRegularExpression>
+#include <QSystemTrayIcon>
+#include <QTest>
+#include <QWidget>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Patience = 20000; // In ms.
+constexpr int NotificationMs = 5000;
+
+const auto MainTitle = u"Velmora"_s;
+const auto OtherTitle = u"Somebody else"_s;
+
+constexpr QRgb OtherColour = qRgb(192, 0, 192);
+constexpr int OtherPoints = 50'000; // The other window has more points than this.
+
+constexpr int MenuPoints = 1000;    // A menu changes more points than this.
+constexpr int BalloonPoints = 4000; // And a notification by a window of its own more than this.
+
+// With these arguments the program is one that shows a window of another program, or that tells by
+// its exit status whether there is a tray.
+constexpr QLatin1StringView ShowAWindow = "--show-a-window"_L1;
+constexpr QLatin1StringView LookForATray = "--look-for-a-tray"_L1;
+
+int showAWindow(int argc, char **argv)
+{
+    const QApplication application(argc, argv);
+    QWidget window;
+    window.setWindowTitle(OtherTitle);
+    window.setGeometry(300, 300, 400, 300);
+    window.setPalette(QColor(OtherColour));
+    window.show();
+    return QApplication::exec();
+}
+
+int lookForATray(int argc, char **argv)
+{
+    const QApplication application(argc, argv);
+    return QSystemTrayIcon::isSystemTrayAvailable() ? 0 : 1;
+}
+
+// The sizes of the pictures that are read from a message.
+QList<QSize> readPictures(const QDBusArgument &argument)
+{
+    QList<QSize> sizes;
+    argument.beginArray();
+    while (!argument.atEnd()) {
+        int width = 0;
+        int height = 0;
+        QByteArray points;
+        argument.beginStructure();
+        argument >> width >> height >> points;
+        argument.endStructure();
+        sizes.append(QSize(width, height));
+    }
+    argument.endArray();
+    return sizes;
+}
+
+QString toolTip(const QDBusArgument &argument)
+{
+    QString icon;
+    QString title;
+    QString text;
+    argument.beginStructure();
+    argument >> icon;
+    readPictures(argument);
+    argument >> title >> text;
+    argument.endStructure();
+    return title;
+}
+
+QStringList labels(const QList<FakeDesktop::MenuEntry> &entries)
+{
+    QStringList texts;
+    for (const FakeDesktop::MenuEntry &entry : entries)
+        texts.append(entry.isSeparator ? u"-"_s : entry.label);
+    return texts;
+}
+
+QStringList texts(const QList<FakeDesktop::Notification> &notifications)
+{
+    QStringList result;
+    for (const FakeDesktop::Notification &notification : notifications)
+        result.append(notification.title + u" | "_s + notification.text);
+    return result;
+}
+
+/// A screen with the program on it, and with what the test puts there first.
+class Scene final
+{
+public:
+    [[nodiscard]] bool start() { return screen.start(); }
+
+    [[nodiscard]] bool addPanel()
+    {
+        panel = std::make_unique<TrayPanel>(screen);
+        return panel->start() && QTest::qWaitFor([this] { return hasTray(); }, Patience);
+    }
+    [[nodiscard]] bool addDesktop()
+    {
+        bus = std::make_unique<PrivateBus>();
+        if (!bus->start())
+            return false;
+        desktop = std::make_unique<FakeDesktop>(bus->address());
+        return true;
+    }
+
+    /// Starts the program and takes its connect dialog away.
+    [[nodiscard]] bool startProgram()
+    {
+        return program.start(wrapper()) && screen.press(u"Escape"_s) && waitForActive(MainTitle);
+    }
+    /// Starts the program and lets it connect and join #room, which is on show then.
+    [[nodiscard]] bool startSession()
+    {
+        store.addServer({.host = u"127.0.0.1"_s,
+                         .port = server.port(),
+                         .nickname = u"wanda"_s,
+                         .realName = u"Wanda"_s,
+                         .channels = {u"#room"_s}});
+        if (!program.start(wrapper()) || !program.pressConnect() || !server.waitForClient()
+            || !server.waitForLine(u"NICK wanda"_s)) {
+            return false;
+        }
+        server.send(u":irc.test 001 wanda :Welcome"_s);
+        server.send(u":wanda!u@h JOIN #room"_s);
+        return server.waitForLine(u"NAMES #room"_s);
+    }
+
+    /// Puts a window of another program over ours.
+    [[nodiscard]] bool cover()
+    {
+        other.setProcessEnvironment(screen.environment());
+        return other.launch(QCoreApplication::applicationFilePath(), {ShowAWindow})
+               && waitForActive(OtherTitle)
+               && QTest::qWaitFor([this] { return isCovered(); }, Patience);
+    }
+    [[nodiscard]] bool isCovered() const
+    {
+        return screen.countPoints(OtherColour) > OtherPoints && screen.activeTitle() == OtherTitle;
+    }
+    /// Waits until our window has the keyboard and lies before the other.
+    [[nodiscard]] bool waitForUncovered() const
+    {
+        return waitForActive(MainTitle)
+               && QTest::qWaitFor([this] { return screen.countPoints(OtherColour) == 0; },
+                                  Patience);
+    }
+    [[nodiscard]] bool minimise()
+    {
+        return screen.minimise() && QTest::qWaitFor([this] { return isMinimised(); }, Patience);
+    }
+    [[nodiscard]] bool waitForActive(const QString &title) const
+    {
+        return QTest::qWaitFor([&] { return screen.activeTitle() == title; }, Patience);
+    }
+    [[nodiscard]] bool isMinimised() const { return screen.activeTitle() != MainTitle; }
+
+    VirtualScreen screen;
+    std::unique_ptr<TrayPanel> panel;
+    std::unique_ptr<PrivateBus> bus;
+    std::unique_ptr<FakeDesktop> desktop;
+    ScriptedServer server;
+    PreparedStore store;
+    Child other;
+    ProgramOnScreen program{screen, store};
+
+private:
+    [[nodiscard]] QStringList wrapper() const
+    {
+        if (!bus)
+            return {};
+        return {u"env"_s, QString(u"DBUS_SESSION_BUS_ADDRESS="_s + bus->address())};
+    }
+    [[nodiscard]] bool hasTray() const
+    {
+        Child look;
+        look.setProcessEnvironment(screen.environment());
+        return look.launch(QCoreApplication::applicationFilePath(), {LookForATray})
+               && look.waitForFinished(Patience) && look.exitCode() == 0;
+    }
+};
+
+} // namespace
+
+class TestTray final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void restoresItsMinimisedWindowByAClick();
+    void raisesItsWindowByAClick();
+    void doesNothingByAMiddleClick();
+    void showsItsMenuByARightClick();
+    void comesBackByTheMenu();
+    void quitsByTheMenu();
+    void notifiesByAWindowOfItsOwn();
+
+    void announcesItselfToADesktop();
+    void offersItsMenuToADesktop();
+    void comesBackByTheDesktop();
+    void comesBackByTheDesktopsMenu();
+    void quitsByTheDesktopsMenu();
+    void notifiesByTheDesktop();
+    void notifiesOfTextAsItIs();
+    void outlivesTheDesktop();
+
+    void livesWithoutATray();
+
+private:
+    std::unique_ptr<Scene> scene;
+};
+
+void TestTray::init()
+{
+    scene = std::make_unique<Scene>();
+    QVERIFY2(scene->start(), qPrintable(scene->screen.failure()));
+}
+
+void TestTray::cleanup()
+{
+    if (QTest::currentTestFailed()) {
+        const QString file = QDir::current().absoluteFilePath(
+                u"%1.png"_s.arg(QString::fromLatin1(QTest::currentTestFunction())));
+        if (scene->screen.picture().save(file))
+            qInfo("Screenshot: %s", qPrintable(file));
+    }
+    QCOMPARE(scene->program.errorOutput(), QString());
+    scene.reset();
+}
+
+void TestTray::restoresItsMinimisedWindowByAClick()
+{
+    QVERIFY(scene->addPanel());
+    QVERIFY(scene->panel->icon().isNull());
+    QVERIFY(scene->startProgram());
+    QVERIFY(scene->panel->waitForIcon());
+    QVERIFY(scene->minimise());
+    QVERIFY(scene->screen.click(scene->panel->icon()));
+    QVERIFY(scene->waitForActive(MainTitle));
+}
+
+void TestTray::raisesItsWindowByAClick()
+{
+    QVERIFY(scene->addPanel());
+    QVERIFY(scene->startProgram());
+    QVERIFY(scene->panel->waitForIcon());
+    QVERIFY(scene->cover());
+    QVERIFY(scene->screen.click(scene->panel->icon()));
+    QVERIFY(scene->waitForUncovered());
+}
+
+void TestTray::doesNothingByAMiddleClick()
+{
+    QVERIFY(scene->addPanel());
+    QVERIFY(scene->startProgram());
+    QVERIFY(scene->panel->waitForIcon());
+    QVERIFY(scene->cover());
+    QVERIFY(scene->screen.click(scene->panel->icon(), 2));
+    // Whatever the click did is done by the time that the menu has come up.
+    const QImage before = scene->screen.picture();
+    QVERIFY(scene->screen.click(scene->panel->icon(), 3));
+    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) > MenuPoints, Patience);
+    QVERIFY(scene->isCovered());
+}
+
+void TestTray::showsItsMenuByARightClick()
+{
+    QVERIFY(scene->addPanel());
+    QVERIFY(scene->startProgram());
+    QVERIFY(scene->panel->waitForIcon());
+    QVERIFY(scene->cover());
+    QVERIFY(scene->screen.point(scene->panel->icon()));
+    const QImage before = scene->screen.picture();
+    QVERIFY(scene->screen.click(scene->panel->icon(), 3));
+    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) > MenuPoints, Patience);
+    QVERIFY(scene->isCovered());
+    QVERIFY(scene->screen.press(u"Escape"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) < MenuPoints, Patience);
+    QVERIFY(scene->isCovered());
+    QVERIFY(scene->program.isRunning());
+}
+
+void TestTray::comesBackByTheMenu()
+{
+    QVERIFY(scene->addPanel());
+    QVERIFY(scene->startProgram());
+    QVERIFY(scene->panel->waitForIcon());
+    QVERIFY(scene->minimise());
+    const QImage before = scene->screen.picture();
+    QVERIFY(scene->screen.click(scene->panel->icon(), 3));
+    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) > MenuPoints, Patience);
+    QVERIFY(scene->screen.press(u"Down"_s));
+    QVERIFY(scene->screen.press(u"Return"_s));
+    QVERIFY(scene->waitForActive(MainTitle));
+}
+
+void TestTray::quitsByTheMenu()
+{
+    QVERIFY(scene->addPanel());
+    QVERIFY(scene->startSession());
+    QVERIFY(scene->panel->waitForIcon());
+    const QImage before = scene->screen.picture();
+    QVERIFY(scene->screen.click(scene->panel->icon(), 3));
+    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) > MenuPoints, Patience);
+    QVERIFY(scene->screen.press(u"Up"_s));
+    QVERIFY(scene->screen.press(u"Return"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(!scene->program.isRunning(), Patience);
+    QCOMPARE(scene->program.exitStatus(), 0);
+    QVERIFY(scene->server.waitForLine(u"QUIT :Velmora leaving"_s));
+}
+
+// Where only a tray is, Qt shows a notification beside the icon by itself.
+void TestTray::notifiesByAWindowOfItsOwn()
+{
+    QVERIFY(scene->addPanel());
+    QVERIFY(scene->startSession());
+    QVERIFY(scene->panel->waitForIcon());
+    QTRY_COMPARE_WITH_TIMEOUT(scene->program.shownLines(), 1, Patience);
+    const QImage before = scene->screen.picture();
+    scene->server.send(u":bob!u@h PRIVMSG wanda :<b>psst</b>"_s);
+    QVERIFY(scene->server.waitForLine(u"WATCH +bob"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) > BalloonPoints, Patience);
+    // It goes again, and leaves the mark of the tab.
+    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) < BalloonPoints, Patience);
+}
+
+void TestTray::announcesItselfToADesktop()
+{
+    QVERIFY(scene->addDesktop());
+    QVERIFY(scene->startProgram());
+    QVERIFY(scene->desktop->waitForIcon());
+    const FakeDesktop &desktop = *scene->desktop;
+    QCOMPARE(desktop.iconProperty(u"Status"_s).toString(), u"Active"_s);
+    QCOMPARE(desktop.iconProperty(u"Title"_s).toString(), MainTitle);
+    QCOMPARE(toolTip(desktop.iconProperty(u"ToolTip"_s).value<QDBusArgument>()), MainTitle);
+    const auto pictures = desktop.iconProperty(u"IconPixmap"_s).value<QDBusArgument>();
+    QVERIFY(!readPictures(pictures).isEmpty());
+}
+
+void TestTray::offersItsMenuToADesktop()
+{
+    QVERIFY(scene->addDesktop());
+    QVERIFY(scene->startProgram());
+    QVERIFY(scene->desktop->waitForIcon());
+    QCOMPARE(labels(scene->desktop->menu()), (QStringList{u"Show Velmora"_s, u"-"_s, u"Quit"_s}));
+}
+
+void TestTray::comesBackByTheDesktop()
+{
+    QVERIFY(scene->addDesktop());
+    QVERIFY(scene->startProgram());
+    QVERIFY(scene->desktop->waitForIcon());
+    QVERIFY(scene->minimise());
+    QVERIFY(scene->desktop->callIcon(u"SecondaryActivate"_s));
+    QVERIFY(scene->desktop->callIcon(u"Activate"_s));
+    QVERIFY(scene->waitForActive(MainTitle));
+    QVERIFY(scene->cover());
+    QVERIFY(scene->desktop->callIcon(u"SecondaryActivate"_s));
+    QVERIFY(scene->desktop->callIcon(u"ContextMenu"_s));
+    QVERIFY(scene->isCovered());
+    QVERIFY(scene->desktop->callIcon(u"Activate"_s));
+    QVERIFY(scene->waitForUncovered());
+}
+
+void TestTray::comesBackByTheDesktopsMenu()
+{
+    QVERIFY(scene->addDesktop());
+    QVERIFY(scene->startProgram());
+    QVERIFY(scene->desktop->waitForIcon());
+    QVERIFY(scene->minimise());
+    QVERIFY(scene->desktop->choose(u"Show Velmora"_s));
+    QVERIFY(scene->waitForActive(MainTitle));
+    QVERIFY(scene->cover());
+    QVERIFY(scene->desktop->choose(u"Show Velmora"_s));
+    QVERIFY(scene->waitForUncovered());
+}
+
+void TestTray::quitsByTheDesktopsMenu()
+{
+    QVERIFY(scene->addDesktop());
+    QVERIFY(scene->startSession());
+    QVERIFY(scene->desktop->waitForIcon());
+    QVERIFY(scene->desktop->choose(u"Quit"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(!scene->program.isRunning(), Patience);
+    QCOMPARE(scene->program.exitStatus(), 0);
+    QVERIFY(scene->server.waitForLine(u"QUIT :Velmora leaving"_s));
+}
+
+void TestTray::notifiesByTheDesktop()
+{
+    QVERIFY(scene->addDesktop());
+    QVERIFY(scene->startSession());
+    QVERIFY(scene->desktop->waitForIcon());
+    const QString whole(255, u'x');
+    // #room is on show, and the window active: only that the tab is on show keeps it silent.
+    scene->server.send(u":bob!u@h PRIVMSG #room :hi wanda"_s);
+    scene->server.send(u":bob!u@h PRIVMSG #other :hello"_s);
+    scene->server.send(u":bob!u@h PRIVMSG #other :hi Wanda!"_s);
+    scene->server.send(u":bob!u@h PRIVMSG wanda :"_s + whole);
+    scene->server.send(u":bob!u@h PRIVMSG wanda :"_s + whole + u'x');
+    QTRY_COMPARE_WITH_TIMEOUT(scene->desktop->notifications().size(), 3, Patience);
+    const auto notified = scene->desktop->notifications();
+    QCOMPARE(texts(notified),
+             (QStringList{u"#other | bob: hi Wanda!"_s, QString(u"bob | "_s + whole),
+                          QString(u"bob | "_s + whole.first(252) + u"..."_s)}));
+    for (const FakeDesktop::Notification &notification : notified) {
+        QCOMPARE(notification.program, u"Velmora"_s);
+        QCOMPARE(notification.icon, u"dialog-information"_s);
+        QCOMPARE(notification.duration, NotificationMs);
+        QVERIFY(notification.actions.isEmpty());
+    }
+}
+
+// Qt hands the text on as it is; whether a desktop reads markup in it is the desktop's choice.
+void TestTray::notifiesOfTextAsItIs()
+{
+    QVERIFY(scene->addDesktop());
+    QVERIFY(scene->startSession());
+    QVERIFY(scene->desktop->waitForIcon());
+    const QStringList told{u"<b>bold</b> &amp; <a href=\"x:y\">here</a> <img src=\"x\">"_s,
+                           u"%1 %2 %n"_s, u"\u0002bold\u0002 \u001b[31m"_s,
+                           u"\u05D0 \u202Egnp.exe"_s, u"\U0001F642"_s};
+    for (const QString &text : told)
+        scene->server.send(u":<i>bob</i>!u@h PRIVMSG wanda :"_s + text);
+    QTRY_COMPARE_WITH_TIMEOUT(scene->desktop->notifications().size(), told.size(), Patience);
+    QStringList expected = told;
+    expected.replaceInStrings(QRegularExpression(u"^"_s), u"<i>bob</i> | "_s);
+    QCOMPARE(texts(scene->desktop->notifications()), expected);
+}
+
+void TestTray::outlivesTheDesktop()
+{
+    QVERIFY(scene->addDesktop());
+    QVERIFY(scene->startSession());
+    QVERIFY(scene->desktop->waitForIcon());
+    scene->desktop.reset();
+    scene->server.send(u":bob!u@h PRIVMSG wanda :psst"_s);
+    QVERIFY(scene->server.waitForLine(u"WATCH +bob"_s));
+    scene->bus->kill();
+    scene->server.send(u":bob!u@h PRIVMSG wanda :and again"_s);
+    QVERIFY(scene->program.say(u"still here"_s));
+    QVERIFY(scene->server.waitForLine(u"PRIVMSG #room :still here"_s));
+}
+
+void TestTray::livesWithoutATray()
+{
+    QVERIFY(scene->startSession());
+    scene->server.send(u":bob!u@h PRIVMSG wanda :psst"_s);
+    QVERIFY(scene->server.waitForLine(u"WATCH +bob"_s));
+    QVERIFY(scene->program.say(u"here"_s));
+    QVERIFY(scene->server.waitForLine(u"PRIVMSG #room :here"_s));
+    QVERIFY(scene->program.close());
+    QCOMPARE(scene->program.exitStatus(), 0);
+}
+
+int main(int argc, char **argv)
+{
+    if (argc > 1 && QLatin1StringView(argv[1]) == ShowAWindow)
+        return showAWindow(argc, argv);
+    if (argc > 1 && QLatin1StringView(argv[1]) == LookForATray)
+        return lookForATray(argc, argv);
+    QCoreApplication application(argc, argv);
+    TestTray test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_Tray.moc"
