@@ -219,6 +219,7 @@ private slots:
     void comesBackByTheMenu();
     void quitsByTheMenu();
     void notifiesByAWindowOfItsOwn();
+    void survivesALongNickInATray();
 
     void announcesItselfToADesktop();
     void offersItsMenuToADesktop();
@@ -347,6 +348,18 @@ void TestTray::notifiesByAWindowOfItsOwn()
     QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) > BalloonPoints, Patience);
     // It goes again, and leaves the mark of the tab.
     QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) < BalloonPoints, Patience);
+}
+
+void TestTray::survivesALongNickInATray()
+{
+    QVERIFY(scene->addPanel());
+    QVERIFY(scene->startSession());
+    QVERIFY(scene->panel->waitForIcon());
+    const QString nick(10'000, u'n');
+    scene->server.send(u':' + nick + u"!u@h PRIVMSG wanda :"_s + QString(10'000, u'x'));
+    QVERIFY(scene->server.waitForLine(u"WATCH +"_s + nick));
+    QVERIFY(scene->program.say(u"still here"_s));
+    QVERIFY(scene->server.waitForLine(u"PRIVMSG #room :still here"_s));
 }
 
 void TestTray::announcesItselfToADesktop()
