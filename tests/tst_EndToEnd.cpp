@@ -90,6 +90,7 @@ private slots:
     void runsItsCommands();
     void refusesAnUnknownCommand();
     void hearsAPrivateMessage();
+    void asksAboutSomebody();
     void takesAnotherNickWhenItsOwnIsInUse();
     void outlivesTheServerAndConnectsAgain();
     void takesItsLeaveWhenTheWindowCloses();
@@ -265,6 +266,22 @@ void TestEndToEnd::hearsAPrivateMessage()
     // The conversation opens, and its partner is watched from then on.
     QVERIFY(walk->proxy->waitForProgram(u"WATCH +bob"_s));
     QTRY_VERIFY_WITH_TIMEOUT(screen.countChanges(before) > TabPoints, Patience);
+}
+
+void TestEndToEnd::asksAboutSomebody()
+{
+    QVERIFY(enter());
+    const int before = walk->program.shownLines();
+    QVERIFY(walk->program.say(u"/whois bob"_s));
+    QVERIFY(walk->proxy->waitForProgram(u"WHOIS bob"_s));
+    QVERIFY(walk->proxy->waitForServer(u" 318 wanda bob "_s));
+    // Who it is, by which server, idle for how long, and in which channels.
+    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), before + 4, Patience);
+
+    // Of somebody who is not there, the lines that are always printed.
+    QVERIFY(walk->program.say(u"/whois nosuch"_s));
+    QVERIFY(walk->proxy->waitForServer(u" 318 wanda nosuch "_s));
+    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), before + 6, Patience);
 }
 
 void TestEndToEnd::takesAnotherNickWhenItsOwnIsInUse()
