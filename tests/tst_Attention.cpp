@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QStatusBar>
@@ -95,6 +96,7 @@ private slots:
     void decides_data();
     void decides();
     void decidesByTheNickOfTheMoment();
+    void drawsNoneToTheReservedTabs();
     void takesAPendingNickForItsOwn();
     void mentionsNobodyWithoutANick();
     void looksAtTheTextWithoutItsPrefix();
@@ -274,6 +276,23 @@ void TestAttention::decidesByTheNickOfTheMoment()
     QVERIFY(attended.session.sayAll(
             {u":bob!u@h PRIVMSG #a :me"_s, u":bob!u@h PRIVMSG #a :hi new[x"_s}));
     QCOMPARE(attended.notifications(), QStringList{u"#a: bob: hi new[x"_s});
+}
+
+void TestAttention::drawsNoneToTheReservedTabs()
+{
+    Attended attended;
+    QVERIFY(attended.begin());
+    const MainWindowProbe &probe = attended.session.probe;
+    probe.addListTab();
+    probe.showTab(u"#a"_s);
+    attended.forget();
+    probe.appendMessageToTab(u"Server"_s, u"hi me"_s, u"bob"_s);
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression(u"^appendMessageToTab: chatView is null for tab"_s));
+    probe.appendMessageToTab(u"List"_s, u"hi me"_s, u"bob"_s);
+    QVERIFY(!attended.isHighlighted(u"Server"_s));
+    QVERIFY(!attended.isHighlighted(u"List"_s));
+    QCOMPARE(attended.notifications(), QStringList());
 }
 
 void TestAttention::takesAPendingNickForItsOwn()

@@ -1,6 +1,5 @@
 #include "IRCConnection.h"
 #include "InspIrcd.h"
-#include "LoggingProxy.h"
 #include "Ngircd.h"
 #include "PlainClient.h"
 #include "RecordedLines.h"
@@ -11,7 +10,7 @@
 #include <QTest>
 #include <QTextTable>
 
-#include <memory>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -28,7 +27,7 @@ QString numeric(const QString &number, const QString &rest)
 }
 
 const auto User = numeric(u"311"_s, u"bob ident host.test * :Bob Real"_s);
-// Servers tell the server's name in one parameter less, and then nobody listens.
+// Real servers say this with one parameter less, as in the next line, and are not heard.
 const auto ServerHeard = numeric(u"312"_s, u"bob irc.far.test 2 :Far away"_s);
 const auto Server = numeric(u"312"_s, u"bob irc.far.test :Far away"_s);
 const auto Operator = numeric(u"313"_s, u"bob :is an IRC operator"_s);
@@ -47,19 +46,27 @@ QStringList printed(const WindowSession &session, const QString &tab = u"Server"
     return lines;
 }
 
-// The record with nothing but what is set.
-QStringList fields(const WhoInfo &record)
+// What a record has besides its defaults, in the order of its fields.
+QStringList told(const WhoInfo &record)
 {
-    return {record.username,
-            record.hostname,
-            record.realName,
-            record.server,
-            record.serverInfo,
-            record.channels,
-            record.awayMessage,
-            record.isOperator ? u"operator"_s : QString(),
-            QString::number(record.idleSeconds),
-            record.signonTime};
+    const QString idle = record.idleSeconds == -1 ? QString() : QString::number(record.idleSeconds);
+    const QList<std::pair<QString, QString>> all{
+            {u"username"_s, record.username},
+            {u"hostname"_s, record.hostname},
+            {u"realName"_s, record.realName},
+            {u"server"_s, record.server},
+            {u"serverInfo"_s, record.serverInfo},
+            {u"channels"_s, record.channels},
+            {u"awayMessage"_s, record.awayMessage},
+            {u"isOperator"_s, record.isOperator ? u"true"_s : QString()},
+            {u"idleSeconds"_s, idle},
+            {u"signonTime"_s, record.signonTime}};
+    QStringList result;
+    for (const auto &[name, value] : all) {
+        if (!value.isEmpty())
+            result.append(name + u'=' + value);
+    }
+    return result;
 }
 
 } // namespace
@@ -87,8 +94,8 @@ private slots:
     void answersTwiceInTheSameTab();
     void answersOnTheServerTabUnasked();
     void bringsBackTheTabThatAsked();
-    void keepsAnAwayMessageForLater();
-    void marksNobodyWhoIsOutsideAnyTab();
+    void keepsAnAwayMessageUntilTheNextReply();
+    void tellsNobodyOfGoingAwayWithoutAConversation();
 
     void survivesOddNumerics_data();
     void survivesOddNumerics();
@@ -111,47 +118,38 @@ void TestWhois::init()
 
 void TestWhois::startsARecordWithItsDefaults()
 {
-    const WhoInfo record;
-    QCOMPARE(fields(record), (QStringList{{}, {}, {}, {}, {}, {}, {}, {}, u"-1"_s, {}}));
-
+    QCOMPARE(told(WhoInfo()), QStringList());
     WhoInfo copy;
     copy = WhoInfo{u"u"_s, u"h"_s, u"r"_s, u"s"_s, u"i"_s, u"c"_s, u"a"_s, true, 5, u"t"_s};
-    const WhoInfo other = copy;
-    QCOMPARE(fields(other), (QStringList{u"u"_s, u"h"_s, u"r"_s, u"s"_s, u"i"_s, u"c"_s, u"a"_s,
-                                         u"operator"_s, u"5"_s, u"t"_s}));
+    const WhoInfo moved = std::move(copy);
+    QCOMPARE(told(moved),
+             (QStringList{u"username=u"_s, u"hostname=h"_s, u"realName=r"_s, u"server=s"_s,
+                          u"serverInfo=i"_s, u"channels=c"_s, u"awayMessage=a"_s,
+                          u"isOperator=true"_s, u"idleSeconds=5"_s, u"signonTime=t"_s}));
 }
 
 void TestWhois::gathersARecord_data()
 {
     QTest::addColumn<QStringList>("lines");
-    QTest::addColumn<QStringList>("record"); // By field; "-1" stands for no idle time.
+    QTest::addColumn<QStringList>("record");
 
-    const QString no;
-    const QString never = u"-1"_s;
-    QTest::newRow("user")
-            << QStringList{User}
-            << QStringList{u"ident"_s, u"host.test"_s, u"Bob Real"_s, no, no, no, no, no, never,
-                           no};
-    QTest::newRow("server") << QStringList{ServerHeard}
-                            << QStringList{no, no,    no, u"irc.far.test"_s, u"Far away"_s, no, no,
-                                           no, never, no};
-    QTest::newRow("operator") << QStringList{Operator}
-                              << QStringList{no, no, no, no, no, no, no, u"operator"_s, never, no};
-    QTest::newRow("idle") << QStringList{Idle}
-                          << QStringList{no, no, no, no,      no,
-                                         no, no, no, u"12"_s, u"seconds idle, signon time"_s};
-    QTest::newRow("channels") << QStringList{
-            Channels} << QStringList{no, no, no, no, no, u"@#a +#b #c"_s, no, no, never, no};
+    const QStringList user{u"username=ident"_s, u"hostname=host.test"_s, u"realName=Bob Real"_s};
+    const QStringList server{u"server=irc.far.test"_s, u"serverInfo=Far away"_s};
+    const QStringList channels{u"channels=@#a +#b #c"_s};
+    const QStringList away{u"awayMessage=Gone fishing"_s};
+    const QStringList oper{u"isOperator=true"_s};
+    const QStringList idle{u"idleSeconds=12"_s, u"signonTime=seconds idle, signon time"_s};
+
+    QTest::newRow("user") << QStringList{User} << user;
+    QTest::newRow("server") << QStringList{ServerHeard} << server;
+    QTest::newRow("operator") << QStringList{Operator} << oper;
+    QTest::newRow("idle") << QStringList{Idle} << idle;
+    QTest::newRow("channels") << QStringList{Channels} << channels;
     QTest::newRow("more channels") << QStringList{Channels, numeric(u"319"_s, u"bob :#d"_s)}
-                                   << QStringList{no, no, no, no, no, u"#d"_s, no, no, never, no};
-    QTest::newRow("away") << QStringList{Away}
-                          << QStringList{no, no, no, no, no, no, u"Gone fishing"_s, no, never, no};
+                                   << QStringList{u"channels=#d"_s};
+    QTest::newRow("away") << QStringList{Away} << away;
     QTest::newRow("everything") << QStringList{User, ServerHeard, Operator, Idle, Channels, Away}
-                                << QStringList{u"ident"_s,        u"host.test"_s,
-                                               u"Bob Real"_s,     u"irc.far.test"_s,
-                                               u"Far away"_s,     u"@#a +#b #c"_s,
-                                               u"Gone fishing"_s, u"operator"_s,
-                                               u"12"_s,           u"seconds idle, signon time"_s};
+                                << user + server + channels + away + oper + idle;
 }
 
 void TestWhois::gathersARecord()
@@ -161,7 +159,7 @@ void TestWhois::gathersARecord()
     QVERIFY(session.registerAs());
     QVERIFY(session.sayAll(lines));
     QCOMPARE(session.probe.whoisResults().keys(), QStringList{u"bob"_s});
-    QTEST(fields(session.probe.whoisResults().value(u"bob"_s)), "record");
+    QTEST(told(session.probe.whoisResults().value(u"bob"_s)), "record");
     QCOMPARE(printed(session), QStringList());
 }
 
@@ -338,7 +336,7 @@ void TestWhois::bringsBackTheTabThatAsked()
 }
 
 // A server says it too when one writes to somebody who is away.
-void TestWhois::keepsAnAwayMessageForLater()
+void TestWhois::keepsAnAwayMessageUntilTheNextReply()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -353,7 +351,7 @@ void TestWhois::keepsAnAwayMessageForLater()
                                             u"*** bob is using  ()"_s}));
 }
 
-void TestWhois::marksNobodyWhoIsOutsideAnyTab()
+void TestWhois::tellsNobodyOfGoingAwayWithoutAConversation()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
