@@ -1,5 +1,6 @@
 #include "ChatBackground.h"
 
+#include <QRegularExpression>
 #include <QTextBrowser>
 #include <QUrl>
 
@@ -24,9 +25,21 @@ QString frameSheet(const QString &theme, const QString &image, const QColor &col
                "border-image: none; }"_s.arg(border, color.name());
     if (QUrl::fromLocalFile(image).isValid())
         return u"QTextBrowser {   border: 1px solid %1;   background-color: white;   "
-               "border-image: url(\"%2\") 0 0 0 0 stretch stretch; }"_s.arg(border, image);
+               "%2 }"_s.arg(border, ChatBackground::imageDeclaration(image));
     return u"QTextBrowser {   border: 1px solid %1;   background-color: white;   "
            "border-image: none; }"_s.arg(border);
+}
+
+/// The path as the inside of a quoted string, out of which Qt reads the path as it is.
+QString escaped(const QString &path)
+{
+    static const QRegularExpression endsString(uR"((["\n\r\f]))"_s);
+    QString text = path;
+    // Twice, since Qt takes code numbers for characters first, and then drops single backslashes.
+    // Two plain ones would not do: before a hexadecimal digit the second one starts a code number.
+    text.replace(u'\\', uR"(\00005c\00005c)"_s);
+    text.replace(endsString, uR"(\\1)"_s);
+    return text;
 }
 
 QString scrollBarSheet()
@@ -54,4 +67,9 @@ void ChatBackground::applyTo(QTextBrowser &view) const
     view.setAutoFillBackground(true);
     view.setStyleSheet(sheet);
     view.viewport()->update();
+}
+
+QString ChatBackground::imageDeclaration(const QString &path)
+{
+    return u"border-image: url(\"%1\") 0 0 0 0 stretch stretch;"_s.arg(escaped(path));
 }

@@ -17,6 +17,10 @@ public:
 
     void applyTo(QTextBrowser &view) const;
 
+    /// The declaration that stretches the image at `path` over the whole of a widget. No character
+    /// of the path can end it.
+    [[nodiscard]] static QString imageDeclaration(const QString &path);
+
 private:
     QColor paletteColor;
     QString sheet;
