@@ -11,6 +11,7 @@
 #include "IrcText.h"
 #include "MyTabWidget.h"
 #include "NickList.h"
+#include "PreferencesDialog.h"
 #include "Prompts.h"
 #include "ServerStore.h"
 #include "SystemTray.h"
@@ -281,7 +282,8 @@ void MainWindow::setupMenuBar()
     addUnfinished(channel, tr("Channel &List"));
 
     QMenu *settings = menuBar()->addMenu(tr("&Settings"));
-    addWithoutRole(addUnfinished(settings, tr("&Preferences...")));
+    addWithoutRole(
+            settings->addAction(tr("&Preferences..."), this, &MainWindow::openPreferencesWindow));
 
     QMenu *about = menuBar()->addMenu(tr("About"));
     addWithoutRole(
@@ -386,6 +388,13 @@ void MainWindow::loadPreferences()
 
     applyChatFont();
     applyChatBackground();
+}
+
+void MainWindow::openPreferencesWindow()
+{
+    auto *dialog = new PreferencesDialog(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->show();
 }
 
 void MainWindow::applyChatFont()

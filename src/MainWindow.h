@@ -129,6 +129,8 @@ private slots:
     void onReconnectTriggered();
     /// Empty, and connected to nothing: there is no way to choose a theme yet.
     void onToggleTheme();
+    /// Opens a preferences dialog that is not modal, beside any that is open, and returns at once.
+    void openPreferencesWindow();
     void onWatchStatus(const QString &nick, bool online);
     /// Asks for an away message, or leaves the away state at once.
     void onSetAway();
@@ -136,6 +138,7 @@ private slots:
 
 private:
     friend class MainWindowProbe;
+    friend class PreferencesDialog; // Shows and changes the preferences.
 
     // Construction
     void setupUI();

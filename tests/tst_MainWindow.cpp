@@ -392,7 +392,7 @@ void TestMainWindow::enablesWhatIsThere_data()
     QTest::newRow("nick") << u"Change Nick..."_s << true;
     QTest::newRow("join") << u"&Join channel..."_s << true;
     QTest::newRow("list") << u"Channel &List"_s << false;
-    QTest::newRow("preferences") << u"&Preferences..."_s << false;
+    QTest::newRow("preferences") << u"&Preferences..."_s << true;
     QTest::newRow("about") << u"About Velmora"_s << true;
     QTest::newRow("help") << u"Help"_s << true;
 }
@@ -458,6 +458,7 @@ void TestMainWindow::declaresItsSlotsInOrder()
             u"onWhoisAway(QString nick, QString msg)"_s,
             u"onReconnectTriggered()"_s,
             u"onToggleTheme()"_s,
+            u"openPreferencesWindow()"_s,
             u"onWatchStatus(QString nick, bool online)"_s,
             u"onSetAway()"_s,
             u"onChangeNick()"_s,
