@@ -6,6 +6,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScopedValueRollback>
+#include <QStyle>
+#include <QStyleOptionFrame>
 #include <QTimerEvent>
 
 #include <algorithm>
@@ -14,6 +16,17 @@ namespace {
 
 // One slice of idle work: short enough that no key press or frame waits for it.
 constexpr int SliceMilliseconds = 4;
+
+bool isOpaque(const QImage &picture)
+{
+    for (int y = 0; y < picture.height(); ++y) {
+        const QRgb *line = reinterpret_cast<const QRgb *>(picture.constScanLine(y));
+        if (!std::all_of(line, line + picture.width(),
+                         [](QRgb pixel) { return qAlpha(pixel) == 255; }))
+            return false;
+    }
+    return !picture.isNull();
+}
 
 } // namespace
 
@@ -121,6 +134,7 @@ void ChatView::resizeEvent(QResizeEvent *event)
         QTextBrowser::resizeEvent(event);
     }
     restore(steady);
+    coverGround();
     if (isVisible())
         startMeasuring(steady.edge);
     viewport()->update();
@@ -134,7 +148,7 @@ void ChatView::changeEvent(QEvent *event)
         QTextBrowser::changeEvent(event);
     }
     restore(steady);
-    updateOpacity();
+    coverGround();
     if (isVisible())
         startMeasuring(steady.edge);
 }
@@ -142,7 +156,7 @@ void ChatView::changeEvent(QEvent *event)
 void ChatView::showEvent(QShowEvent *event)
 {
     QTextBrowser::showEvent(event);
-    updateOpacity();
+    coverGround();
     startMeasuring(steadyEdge());
 }
 
@@ -151,6 +165,7 @@ void ChatView::hideEvent(QHideEvent *event)
     QTextBrowser::hideEvent(event);
     idleTimer.stop();
     layout->setShownHeight(0);
+    ground = QPixmap();
 }
 
 void ChatView::startMeasuring(Edge edge)
@@ -164,11 +179,7 @@ void ChatView::paintEvent(QPaintEvent *event)
 {
     if (settle(steadyEdge()))
         viewport()->update();
-    if (viewport()->testAttribute(Qt::WA_OpaquePaintEvent)) {
-        QPainter painter(viewport());
-        for (const QRect &rect : event->region())
-            painter.fillRect(rect, backgroundBrush());
-    }
+    paintGround(event->region());
     QTextBrowser::paintEvent(event);
 }
 
@@ -177,15 +188,49 @@ QBrush ChatView::backgroundBrush() const
     return viewport()->palette().brush(viewport()->backgroundRole());
 }
 
-// A view with a style sheet lets Qt paint what lies behind it, which may be a picture that stays
-// where it is, and so each scroll paints everything. If one colour is all there is, and style
-// sheets leave it in the palette, this view paints it by itself; then Qt moves what is on the
-// screen and asks for the new line only.
-void ChatView::updateOpacity()
+// A view with a style sheet would let Qt paint what lies behind it, and so paint everything at each
+// scroll. This view paints it by itself. If one colour is all there is, and style sheets leave it
+// in the palette, then Qt moves what is on the screen and asks for the new line only. A picture
+// stays where it is, and is stretched to its size once and not at each scroll. Only where something
+// behind the view shines through is it left to Qt.
+void ChatView::coverGround()
+{
+    ground = isVisible() && !hasPlainGround() ? paintedGround() : QPixmap();
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent, hasPlainGround() || !ground.isNull());
+}
+
+bool ChatView::hasPlainGround() const
 {
     const QBrush brush = backgroundBrush();
-    viewport()->setAttribute(Qt::WA_OpaquePaintEvent,
-                             brush.style() == Qt::SolidPattern && brush.isOpaque());
+    return brush.style() == Qt::SolidPattern && brush.isOpaque();
+}
+
+QPixmap ChatView::paintedGround() const
+{
+    QImage picture(viewport()->size() * devicePixelRatioF(), QImage::Format_ARGB32_Premultiplied);
+    picture.setDevicePixelRatio(devicePixelRatioF());
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.translate(-viewport()->pos());
+    QStyleOptionFrame option;
+    initStyleOption(&option);
+    style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
+    painter.end();
+    return isOpaque(picture) ? QPixmap::fromImage(picture) : QPixmap();
+}
+
+void ChatView::paintGround(const QRegion &region)
+{
+    if (!viewport()->testAttribute(Qt::WA_OpaquePaintEvent))
+        return;
+    QPainter painter(viewport());
+    painter.setClipRegion(region);
+    if (ground.isNull()) {
+        for (const QRect &rect : region)
+            painter.fillRect(rect, backgroundBrush());
+    } else {
+        painter.drawPixmap(0, 0, ground);
+    }
 }
 
 void ChatView::scrollContentsBy(int dx, int dy)
@@ -198,6 +243,9 @@ void ChatView::scrollContentsBy(int dx, int dy)
         viewport()->update();
     else
         QTextBrowser::scrollContentsBy(dx, dy);
+    // A picture behind the text has been moved with it.
+    if (!ground.isNull())
+        viewport()->update();
 }
 
 void ChatView::mouseMoveEvent(QMouseEvent *event)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QBasicTimer>
+#include <QPixmap>
 #include <QTextBrowser>
 
 class ChatLayout;
@@ -52,11 +53,17 @@ private:
     void startMeasuring(Edge edge);
     void measureLater();
     [[nodiscard]] QBrush backgroundBrush() const;
-    void updateOpacity();
+    [[nodiscard]] bool hasPlainGround() const;
+    [[nodiscard]] QPixmap paintedGround() const;
+    void coverGround();
+    void paintGround(const QRegion &region);
 
     ChatLayout *layout = nullptr;
     QBasicTimer idleTimer;
     QString anchorUnderMouse;
+    // What lies behind the text, of the viewport's size, where it is more than one colour; else
+    // null.
+    QPixmap ground;
     // The scroll bar follows heights that have changed: the picture stays as it is.
     bool isAdjusting = false;
 };
