@@ -15,8 +15,8 @@ QStringList labels(const QWidget *window)
     QStringList texts;
     const QFormLayout *form = formOf(window);
     for (int row = 0; form != nullptr && row < form->rowCount(); ++row) {
-        const auto *label =
-                qobject_cast<QLabel *>(form->itemAt(row, QFormLayout::LabelRole)->widget());
+        const QLayoutItem *item = form->itemAt(row, QFormLayout::LabelRole);
+        const auto *label = item != nullptr ? qobject_cast<QLabel *>(item->widget()) : nullptr;
         texts.append(label != nullptr ? label->text() : QString());
     }
     return texts;
@@ -25,7 +25,10 @@ QStringList labels(const QWidget *window)
 QWidget *fieldOf(const QWidget *window, const QString &label)
 {
     const int row = static_cast<int>(labels(window).indexOf(label));
-    return row < 0 ? nullptr : formOf(window)->itemAt(row, QFormLayout::FieldRole)->widget();
+    if (row < 0)
+        return nullptr;
+    QLayoutItem *item = formOf(window)->itemAt(row, QFormLayout::FieldRole);
+    return item->layout() != nullptr ? item->layout()->itemAt(0)->widget() : item->widget();
 }
 
 } // namespace FormFields

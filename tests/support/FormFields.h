@@ -12,10 +12,11 @@ namespace FormFields {
 /// The form layout of `window`, or null if it has none.
 [[nodiscard]] QFormLayout *formOf(const QWidget *window);
 
-/// The labels of the form of `window` from the top; an empty text where a row has no text label.
+/// The labels of the form of `window` from the top; an empty text where a row has no text label
+/// in front.
 [[nodiscard]] QStringList labels(const QWidget *window);
 
-/// The field behind `label`, or null if there is no such label.
+/// The field behind `label`, the first one if there are several; null if there is no such label.
 [[nodiscard]] QWidget *fieldOf(const QWidget *window, const QString &label);
 
 /// The field behind `label` as a widget of the class wanted; null if it is none.

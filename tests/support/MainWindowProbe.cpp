@@ -44,6 +44,18 @@ QVariantMap MainWindowProbe::preferences() const
             {u"logEnabled"_s, window.logEnabled}};
 }
 
+QMap<QString, QString> MainWindowProbe::storedPreferences() const
+{
+    QMap<QString, QString> texts{{u"theme"_s, window.currentTheme}};
+    const QVariantMap members = preferences();
+    for (auto member = members.cbegin(); member != members.cend(); ++member)
+        texts.insert(member.key(), member->toString());
+    texts.insert(u"chatFont"_s, window.chatFont.toString());
+    const QColor &color = window.chatBgColor;
+    texts.insert(u"chatBgColor"_s, color.isValid() ? color.name() : QString());
+    return texts;
+}
+
 void MainWindowProbe::openTabs(const QStringList &names) const
 {
     for (const QString &name : names)

@@ -58,6 +58,11 @@ public:
     [[nodiscard]] bool &splitterReady() const { return window.splitterReady; }
     /// The members that preferences are kept in, by their names.
     [[nodiscard]] QVariantMap preferences() const;
+    /// The same in the form in which they are stored, and the theme with them.
+    [[nodiscard]] QMap<QString, QString> storedPreferences() const;
+    [[nodiscard]] QString &chatBgImage() const { return window.chatBgImage; }
+    [[nodiscard]] QColor &chatBgColor() const { return window.chatBgColor; }
+    [[nodiscard]] QFont &chatFont() const { return window.chatFont; }
     [[nodiscard]] MainWindow &probedWindow() const { return window; }
 
     // Operations
@@ -67,6 +72,10 @@ public:
         window.appendMessageToTab(tabName, text, sender, isStatus);
     }
     void applyTheme(const QString &theme) const { window.applyTheme(theme); }
+    void applyChatBackground() const { window.applyChatBackground(); }
+    void applyChatFont() const { window.applyChatFont(); }
+    void applyTimestampFormat() const { window.applyTimestampFormat(); }
+    void loadPreferences() const { window.loadPreferences(); }
     void closeTab(int index) const { window.closeTab(index); }
     void clearUserList(const QString &channel) const { window.clearUserList(channel); }
     void saveCurrentServerConfig() const { window.saveCurrentServerConfig(); }

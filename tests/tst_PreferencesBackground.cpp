@@ -1,0 +1,352 @@
+#include "PreferencesForm.h"
+#include "StyleSheetReader.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QScrollBar>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTextBrowser>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QTextBrowser *viewOf(const WindowSession &session, const QString &tabName)
+{
+    return session.probe.tabs().value(tabName).chatView;
+}
+
+void setBackground(const WindowSession &session, const QString &image, const QColor &color)
+{
+    session.probe.chatBgImage() = image;
+    session.probe.chatBgColor() = color;
+    session.probe.applyChatBackground();
+}
+
+// What the view shows in its lower half, where no text is.
+QColor shownGround(QTextBrowser *view)
+{
+    const QImage picture = view->grab().toImage();
+    return picture.pixelColor(picture.width() / 2, picture.height() * 3 / 4);
+}
+
+} // namespace
+
+class TestPreferencesBackground final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void dressesTheViews_data();
+    void dressesTheViews();
+    void dressesTheScrollBars_data();
+    void dressesTheScrollBars();
+    void fillsTheGround();
+    void passesTabsWithoutAViewBy();
+    void takesTheStoredBackgroundAtTheStart();
+    void prefersAStoredImageToAStoredColor();
+    void dressesEachNewTab_data();
+    void dressesEachNewTab();
+    void followsTheTheme();
+    void showsTheImage_data();
+    void showsTheImage();
+    void writesOrdinaryPathsAsTheyAre_data();
+    void writesOrdinaryPathsAsTheyAre();
+    void showsPlainGroundForAMissingImage();
+    void keepsTheImageInPlaceWhileTheTextScrolls();
+    void keepsTextReadable_data();
+    void keepsTextReadable();
+
+private:
+    TemporaryStore store;
+};
+
+void TestPreferencesBackground::init()
+{
+    store.clear();
+}
+
+void TestPreferencesBackground::dressesTheViews_data()
+{
+    QTest::addColumn<QString>("theme");
+    QTest::addColumn<QString>("image");
+    QTest::addColumn<QColor>("color");
+    QTest::addColumn<QString>("border");
+    QTest::addColumn<QString>("background");
+    QTest::addColumn<QString>("borderImage");
+    QTest::addColumn<QColor>("paletteColor");
+
+    const QString light = u"1px solid #ccc"_s;
+    const QString dark = u"1px solid #555"_s;
+    const QString none = u"none"_s;
+    const QString path = PreferencesForm::anImage();
+    const QString image = u"url(\"%1\") 0 0 0 0 stretch stretch"_s.arg(path);
+    const QColor blue(u"#1234ab"_s);
+    // Two slashes begin the name of a machine, and none is called so.
+    const QString noPath = u"//[/a.png"_s;
+
+    QTest::newRow("light") << u"light"_s << u""_s << QColor() << light << u"#ffffff"_s << none
+                           << QColor(Qt::white);
+    QTest::newRow("dark") << u"dark"_s << u""_s << QColor() << dark << u"#1e1e1e"_s << none
+                          << QColor(u"#1E1E1E"_s);
+    QTest::newRow("glass") << u"glass"_s << u""_s << QColor() << light << u"#ffffff"_s << none
+                           << QColor(Qt::white);
+    QTest::newRow("color") << u"light"_s << u""_s << blue << light << u"#1234ab"_s << none << blue;
+    QTest::newRow("color, dark") << u"dark"_s << u""_s << blue << dark << u"#1234ab"_s << none
+                                 << blue;
+    QTest::newRow("black") << u"light"_s << u""_s << QColor(Qt::black) << light << u"#000000"_s
+                           << none << QColor(Qt::black);
+    QTest::newRow("image") << u"light"_s << path << QColor() << light << u"white"_s << image
+                           << QColor(Qt::white);
+    QTest::newRow("image, dark") << u"dark"_s << path << QColor() << dark << u"white"_s << image
+                                 << QColor(Qt::white);
+    QTest::newRow("image and color")
+            << u"light"_s << path << blue << light << u"white"_s << image << QColor(Qt::white);
+    QTest::newRow("no path") << u"light"_s << noPath << blue << light << u"white"_s << none
+                             << QColor(Qt::white);
+}
+
+void TestPreferencesBackground::dressesTheViews()
+{
+    QFETCH(const QString, theme);
+    QFETCH(const QString, image);
+    QFETCH(const QColor, color);
+    QFETCH(const QColor, paletteColor);
+    const WindowSession session;
+    session.probe.openTabs({u"#a"_s, u"bob"_s});
+    session.probe.currentTheme() = theme;
+    setBackground(session, image, color);
+    for (const QString &name : {u"Server"_s, u"#a"_s, u"bob"_s}) {
+        QTextBrowser *view = viewOf(session, name);
+        const StyleSheetReader sheet(view->styleSheet());
+        QTEST(sheet.value(u"QTextBrowser"_s, u"border"_s), "border");
+        QTEST(sheet.value(u"QTextBrowser"_s, u"background-color"_s), "background");
+        QTEST(sheet.value(u"QTextBrowser"_s, u"border-image"_s), "borderImage");
+        // Over an image the sheet takes the colours away again.
+        if (sheet.value(u"QTextBrowser"_s, u"border-image"_s) == "none"_L1) {
+            QCOMPARE(view->palette().color(QPalette::Base), paletteColor);
+            QCOMPARE(view->palette().color(QPalette::Window), paletteColor);
+        }
+    }
+}
+
+void TestPreferencesBackground::dressesTheScrollBars_data()
+{
+    QTest::addColumn<QString>("image");
+    QTest::newRow("without an image") << QString();
+    QTest::newRow("with an image") << PreferencesForm::anImage();
+}
+
+void TestPreferencesBackground::dressesTheScrollBars()
+{
+    QFETCH(const QString, image);
+    const WindowSession session;
+    setBackground(session, image, QColor());
+    const QTextBrowser *view = viewOf(session, u"Server"_s);
+    const QString sheet = view->styleSheet();
+    QVERIFY(sheet.indexOf("QScrollBar"_L1) > sheet.indexOf("QTextBrowser"_L1));
+    QVERIFY(sheet.contains("rgba(128,128,128,0.5)"_L1));
+    QVERIFY(sheet.contains("border-radius: 4px"_L1));
+    QCOMPARE(view->verticalScrollBar()->sizeHint().width(), 8);
+    QCOMPARE(view->horizontalScrollBar()->sizeHint().height(), 8);
+}
+
+void TestPreferencesBackground::fillsTheGround()
+{
+    const WindowSession session;
+    QTextBrowser *view = viewOf(session, u"Server"_s);
+    view->setAutoFillBackground(false);
+    setBackground(session, QString(), QColor(u"#cfe8cf"_s));
+    QCOMPARE(shownGround(view), QColor(u"#cfe8cf"_s));
+    setBackground(session, QString(), QColor());
+    QCOMPARE(shownGround(view), QColor(Qt::white));
+}
+
+void TestPreferencesBackground::passesTabsWithoutAViewBy()
+{
+    const WindowSession session;
+    session.probe.addListTab();
+    setBackground(session, QString(), Qt::red);
+    QCOMPARE(session.probe.tabs().value(u"List"_s).page->styleSheet(), QString());
+}
+
+void TestPreferencesBackground::takesTheStoredBackgroundAtTheStart()
+{
+    QSettings().setValue(u"chatBgColor"_s, u"#cfe8cf"_s);
+    const WindowSession session;
+    QCOMPARE(shownGround(viewOf(session, u"Server"_s)), QColor(u"#cfe8cf"_s));
+}
+
+void TestPreferencesBackground::prefersAStoredImageToAStoredColor()
+{
+    QSettings().setValue(u"chatBgColor"_s, u"#cfe8cf"_s);
+    QSettings().setValue(u"chatBgImage"_s, PreferencesForm::anImage());
+    const WindowSession session;
+    QTextBrowser *view = viewOf(session, u"Server"_s);
+    QCOMPARE(shownGround(view), QColor(Qt::red));
+    QVERIFY(!view->styleSheet().contains("cfe8cf"_L1));
+    // Neither of the two is given up.
+    QCOMPARE(session.probe.chatBgColor(), QColor(u"#cfe8cf"_s));
+    QCOMPARE(QSettings().value(u"chatBgColor"_s).toString(), u"#cfe8cf"_s);
+}
+
+void TestPreferencesBackground::dressesEachNewTab_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("tab");
+    QTest::newRow("own join") << u":me!m@h JOIN #a"_s << u"#a"_s;
+    QTest::newRow("message to a channel") << u":bob!b@h PRIVMSG #b :hi"_s << u"#b"_s;
+    QTest::newRow("private message") << u":bob!b@h PRIVMSG me :hi"_s << u"bob"_s;
+}
+
+void TestPreferencesBackground::dressesEachNewTab()
+{
+    QFETCH(const QString, line);
+    QFETCH(const QString, tab);
+    QSettings().setValue(u"chatBgColor"_s, u"#cfe8cf"_s);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.say(line));
+    QVERIFY(viewOf(session, tab) != nullptr);
+    QCOMPARE(viewOf(session, tab)->styleSheet(), viewOf(session, u"Server"_s)->styleSheet());
+    QCOMPARE(viewOf(session, tab)->palette().color(QPalette::Base), QColor(u"#cfe8cf"_s));
+}
+
+void TestPreferencesBackground::followsTheTheme()
+{
+    const WindowSession session;
+    session.probe.applyTheme(u"dark"_s);
+    QCOMPARE(shownGround(viewOf(session, u"Server"_s)), QColor(u"#1E1E1E"_s));
+    session.probe.applyTheme(u"light"_s);
+    QCOMPARE(shownGround(viewOf(session, u"Server"_s)), QColor(Qt::white));
+}
+
+void TestPreferencesBackground::showsTheImage_data()
+{
+    QTest::addColumn<QString>("name");
+
+    QTest::newRow("plain") << u"picture.png"_s;
+    QTest::newRow("blanks") << u"my own picture .png"_s;
+    QTest::newRow("single quote") << u"mum's picture.png"_s;
+    QTest::newRow("double quotes") << u"the \"best\" picture.png"_s;
+    QTest::newRow("brackets") << u"a (b) [c] {d} <e>.png"_s;
+    QTest::newRow("closing brackets") << u"a)b}c].png"_s;
+    QTest::newRow("sheet's punctuation") << u"a;b:c,d.png"_s;
+    QTest::newRow("Cyrillic") << u"картинка.png"_s;
+    QTest::newRow("Japanese") << u"絵 日本.png"_s;
+    QTest::newRow("umlauts") << u"äöüß.png"_s;
+    QTest::newRow("emoji") << u"\U0001F600.png"_s;
+    QTest::newRow("URL's signs") << u"%20#a?b&c.png"_s;
+    QTest::newRow("place holder") << u"%1%2.png"_s;
+    QTest::newRow("backslash") << u"a\\xyz.png"_s;
+    QTest::newRow("backslash and digits") << u"a\\dead 12.png"_s;
+    QTest::newRow("two backslashes") << u"a\\\\b.png"_s;
+    QTest::newRow("backslash and quote") << u"a\\\"b.png"_s;
+    QTest::newRow("escaped quote") << u"a\\22 b.png"_s;
+    QTest::newRow("line break") << u"a\nb.png"_s;
+}
+
+void TestPreferencesBackground::showsTheImage()
+{
+    QFETCH(const QString, name);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(name);
+    QVERIFY(QFile::copy(PreferencesForm::anImage(), path));
+    WindowSession session;
+    setBackground(session, path, QColor());
+    QTextBrowser *view = viewOf(session, u"Server"_s);
+    QCOMPARE(shownGround(view), QColor(Qt::red));
+    // The rules behind the path are still in force.
+    QCOMPARE(view->verticalScrollBar()->sizeHint().width(), 8);
+
+    const PreferencesForm form(session);
+    const QImage preview = form.preview()->grab().toImage();
+    QCOMPARE(preview.pixelColor(preview.rect().center()), QColor(Qt::red));
+}
+
+void TestPreferencesBackground::writesOrdinaryPathsAsTheyAre_data()
+{
+    QTest::addColumn<QString>("path");
+
+    QTest::newRow("plain") << u"/a/b.png"_s;
+    QTest::newRow("blanks and brackets") << u"/a b/(c) [d].png"_s;
+    QTest::newRow("single quote") << u"/mum's.png"_s;
+    QTest::newRow("letters") << u"/картинка 絵.png"_s;
+    QTest::newRow("place holders") << u"/%1%2.png"_s;
+    QTest::newRow("of a drive") << u"C:/a b.png"_s;
+}
+
+void TestPreferencesBackground::writesOrdinaryPathsAsTheyAre()
+{
+    QFETCH(const QString, path);
+    const WindowSession session;
+    setBackground(session, path, QColor());
+    QVERIFY(viewOf(session, u"Server"_s)
+                    ->styleSheet()
+                    .contains(u"border-image: url(\"%1\") 0 0 0 0 stretch stretch;"_s.arg(path)));
+}
+
+void TestPreferencesBackground::showsPlainGroundForAMissingImage()
+{
+    const WindowSession session;
+    const QTemporaryDir folder;
+    setBackground(session, folder.filePath(u"gone.png"_s), QColor());
+    QTextBrowser *view = viewOf(session, u"Server"_s);
+    QCOMPARE(shownGround(view), QColor(Qt::white));
+    QCOMPARE(view->verticalScrollBar()->sizeHint().width(), 8);
+}
+
+void TestPreferencesBackground::keepsTheImageInPlaceWhileTheTextScrolls()
+{
+    const QTemporaryDir folder;
+    QImage halves(2, 2, QImage::Format_RGB32);
+    halves.fill(Qt::red);
+    halves.setPixelColor(0, 1, Qt::yellow);
+    halves.setPixelColor(1, 1, Qt::yellow);
+    const QString path = folder.filePath(u"halves.png"_s);
+    QVERIFY(halves.save(path));
+    const WindowSession session;
+    setBackground(session, path, QColor());
+    for (int line = 0; line < 200; ++line)
+        session.probe.appendMessageToTab(u"Server"_s, u"text"_s);
+    QTextBrowser *view = viewOf(session, u"Server"_s);
+    for (const int value : {0, 300, view->verticalScrollBar()->maximum()}) {
+        view->verticalScrollBar()->setValue(value);
+        const QImage picture = session.window.grab().toImage();
+        // To the right of the text, near the view's upper and lower edge.
+        const QPoint corner = view->mapTo(&session.window, QPoint(view->width() - 60, 0));
+        QCOMPARE(picture.pixelColor(corner + QPoint(0, 40)), QColor(Qt::red));
+        QCOMPARE(picture.pixelColor(corner + QPoint(0, view->height() - 40)), QColor(Qt::yellow));
+    }
+}
+
+void TestPreferencesBackground::keepsTextReadable_data()
+{
+    QTest::addColumn<QString>("image");
+    QTest::addColumn<QColor>("color");
+    QTest::newRow("none") << QString() << QColor();
+    QTest::newRow("color") << QString() << QColor(u"#cfe8cf"_s);
+    QTest::newRow("image") << PreferencesForm::anImage() << QColor();
+}
+
+void TestPreferencesBackground::keepsTextReadable()
+{
+    QFETCH(const QString, image);
+    QFETCH(const QColor, color);
+    const WindowSession session;
+    setBackground(session, image, color);
+    session.probe.appendMessageToTab(u"Server"_s, u"\u2588\u2588\u2588\u2588"_s);
+    QTextBrowser *view = viewOf(session, u"Server"_s);
+    // Blocks are nothing but the text's colour.
+    QTextCursor cursor = view->textCursor();
+    cursor.movePosition(QTextCursor::Left, QTextCursor::MoveAnchor, 2);
+    const QPoint middle = view->viewport()->mapTo(view, view->cursorRect(cursor).center());
+    QCOMPARE(view->grab().toImage().pixelColor(middle), QColor(u"#333333"_s));
+}
+
+QTEST_MAIN(TestPreferencesBackground)
+#include "tst_PreferencesBackground.moc"
