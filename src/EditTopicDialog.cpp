@@ -1,0 +1,241 @@
+#include "EditTopicDialog.h"
+
+#include "EmojiPicker.h"
+#include "IrcText.h"
+#include "ThemeManager.h"
+
+#include <QAction>
+#include <QColorDialog>
+#include <QDialogButtonBox>
+#include <QIcon>
+#include <QPainter>
+#include <QPalette>
+#include <QPixmap>
+#include <QPushButton>
+#include <QShortcut>
+#include <QTextCursor>
+#include <QTextEdit>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int IconSize = 24;
+
+constexpr int BlackIndex = 1;
+constexpr int WhiteIndex = 0;
+
+constexpr QColor LetterColor(0x33, 0x33, 0x33);
+constexpr QColor TextColorLetter(0x00, 0x7A, 0xFF);
+constexpr QColor BackgroundPlate(0xFF, 0xFF, 0x99);
+
+const QString BoldCode(QChar(0x02));
+const QString ItalicCode(QChar(0x1D));
+const QString UnderlineCode(QChar(0x1F));
+const QString ColorCode(QChar(0x03));
+
+/// What an icon of the tool bar shows.
+struct Drawing
+{
+    QString text;
+    QColor color = Qt::black;
+    int pixelSize = 18;
+    bool bold = false;
+    bool italic = false;
+    bool underline = false;
+    QColor plate =
+            QColor(); ///< Of the rounded ground under the text; there is none if it isn't valid.
+};
+
+QIcon draw(const Drawing &drawing)
+{
+    QPixmap pixmap(IconSize, IconSize);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (drawing.plate.isValid()) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(drawing.plate);
+        painter.drawRoundedRect(2, 2, 20, 20, 4, 4);
+    }
+    QFont font = painter.font();
+    font.setPixelSize(drawing.pixelSize);
+    font.setBold(drawing.bold);
+    font.setItalic(drawing.italic);
+    font.setUnderline(drawing.underline);
+    painter.setFont(font);
+    painter.setPen(drawing.color);
+    painter.drawText(pixmap.rect(), Qt::AlignCenter, drawing.text);
+    return QIcon(pixmap);
+}
+
+/// Index of the IRC colour that `color` is nearest to; of two that are as near, the lower.
+int nearestIrcColor(const QColor &color)
+{
+    const auto &table = IrcText::colors();
+    int nearest = 0;
+    int bestDistance = 1'000'000; // More than any two colours are apart.
+    for (int index = 0; index < static_cast<int>(table.size()); ++index) {
+        const QColor &candidate = table.at(static_cast<size_t>(index));
+        const int red = color.red() - candidate.red();
+        const int green = color.green() - candidate.green();
+        const int blue = color.blue() - candidate.blue();
+        const int distance = red * red + green * green + blue * blue;
+        if (distance < bestDistance) {
+            nearest = index;
+            bestDistance = distance;
+        }
+    }
+    return nearest;
+}
+
+/// Index of the colour of letters that are legible on the IRC colour `background`.
+int legibleOn(int background)
+{
+    const QColor color = IrcText::colors().at(static_cast<size_t>(background));
+    const int brightness =
+            static_cast<int>(0.299 * color.red() + 0.587 * color.green() + 0.114 * color.blue());
+    return brightness > 127 ? BlackIndex : WhiteIndex;
+}
+
+} // namespace
+
+EditTopicDialog::EditTopicDialog(const QString &channel, const QString &topic, const QString &theme,
+                                 QWidget *parent)
+    : QDialog(parent)
+    , currentTheme(theme)
+{
+    setWindowTitle(tr("Edit Topic for %1").arg(channel));
+    setMinimumSize(560, 380);
+    setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
+                   | Qt::WindowCloseButtonHint);
+    buildForm(topic);
+
+    // Return alone is a line break.
+    auto *save = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Return), this);
+    connect(save, &QShortcut::activated, this, &QDialog::accept);
+
+    applyTheme();
+    // The tool bar's letters are dark in every theme and stand on the dialog itself.
+    setStyleSheet(styleSheet() + u" QDialog { background-color: #FFFFFF; }"_s);
+}
+
+QString EditTopicDialog::newTopic() const
+{
+    return topicEdit->toPlainText().trimmed();
+}
+
+void EditTopicDialog::insertIrcFormatting(const QString &code)
+{
+    QTextCursor cursor = topicEdit->textCursor();
+    if (cursor.hasSelection())
+        cursor.insertText(QString(code + cursor.selectedText() + code));
+    else
+        cursor.insertText(code);
+    topicEdit->setTextCursor(cursor);
+}
+
+void EditTopicDialog::chooseIrcColor(bool background)
+{
+    const QColor color = QColorDialog::getColor(
+            Qt::white, this, background ? tr("Choose Background Color") : tr("Choose Text Color"));
+    if (!color.isValid())
+        return;
+    const int index = nearestIrcColor(color);
+    QTextCursor cursor = topicEdit->textCursor();
+    const QString selected = cursor.selectedText();
+    QString text = ColorCode;
+    if (background)
+        text += QString::number(legibleOn(index)) + u',';
+    text += QString::number(index);
+    // A background is closed at once even if there is nothing under it.
+    if (background || !selected.isEmpty())
+        text += selected + ColorCode;
+    cursor.insertText(text);
+    topicEdit->setTextCursor(cursor);
+}
+
+void EditTopicDialog::openEmojiPicker()
+{
+    auto *picker = new EmojiPicker(this, currentTheme);
+    picker->move(mapToGlobal(rect().center()) - QPoint(160, 150));
+    connect(picker, &EmojiPicker::emojiSelected, topicEdit, [this](const QString &emoji) {
+        QTextCursor cursor = topicEdit->textCursor();
+        cursor.insertText(emoji);
+        topicEdit->setTextCursor(cursor);
+    });
+    picker->setAttribute(Qt::WA_DeleteOnClose);
+    picker->show();
+}
+
+void EditTopicDialog::applyTheme()
+{
+    setAttribute(Qt::WA_TranslucentBackground, false);
+    setAutoFillBackground(true);
+    setStyleSheet(ThemeManager::dialogStyleSheet(currentTheme));
+}
+
+void EditTopicDialog::buildForm(const QString &topic)
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(16, 16, 16, 12);
+    layout->setSpacing(8);
+    layout->addWidget(buildToolBar());
+
+    topicEdit = new QTextEdit;
+    topicEdit->setAcceptRichText(false);
+    topicEdit->setMinimumHeight(140);
+    topicEdit->setStyleSheet(
+            u"QTextEdit { background-color: #FFFFFF; border: 1px solid #ccc; border-radius: 6px; "
+            "padding: 8px; font-size: 14px; }"
+            "QTextEdit:focus { border: 2px solid #007AFF; padding: 7px; }"_s);
+    // The ground is white; on a dark desktop the letters would be too.
+    QPalette palette = topicEdit->palette();
+    palette.setColor(QPalette::Text, Qt::black);
+    topicEdit->setPalette(palette);
+    topicEdit->setPlainText(topic);
+    layout->addWidget(topicEdit);
+
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
+    buttons->button(QDialogButtonBox::Save)->setObjectName(u"connectButton"_s);
+    buttons->button(QDialogButtonBox::Cancel)->setObjectName(u"cancelButton"_s);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    layout->addWidget(buttons);
+}
+
+QToolBar *EditTopicDialog::buildToolBar()
+{
+    auto *bar = new QToolBar;
+    bar->setIconSize(QSize(IconSize, IconSize));
+    bar->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    bar->setStyleSheet(
+            u"QToolBar { border: none; spacing: 2px; background: transparent; }"
+            "QToolButton { min-width: 32px; min-height: 32px; margin: 0px; padding: 4px; "
+            "border-radius: 4px; }"
+            "QToolButton:hover { background: rgba(128,128,128,0.15); }"_s);
+    const auto add = [&](const QString &text, const Drawing &drawing, const auto &work) {
+        QAction *action = bar->addAction(draw(drawing), text);
+        connect(action, &QAction::triggered, this, work);
+        return action;
+    };
+    const auto addFormat = [&](const QString &text, const Drawing &drawing, const QString &code,
+                               QKeySequence::StandardKey shortcut) {
+        add(text, drawing, [this, code] { insertIrcFormatting(code); })->setShortcut(shortcut);
+    };
+    addFormat(tr("Bold"), {.text = u"B"_s, .color = LetterColor, .bold = true}, BoldCode,
+              QKeySequence::Bold);
+    addFormat(tr("Italic"), {.text = u"I"_s, .color = LetterColor, .italic = true}, ItalicCode,
+              QKeySequence::Italic);
+    addFormat(tr("Underline"), {.text = u"U"_s, .color = LetterColor, .underline = true},
+              UnderlineCode, QKeySequence::Underline);
+    add(tr("Text Color"), {.text = u"A"_s, .color = TextColorLetter, .bold = true},
+        [this] { chooseIrcColor(false); });
+    add(tr("Background Color"),
+        {.text = u"A"_s, .color = LetterColor, .bold = true, .plate = BackgroundPlate},
+        [this] { chooseIrcColor(true); });
+    add(tr("Emoji"), {.text = u"😊"_s, .pixelSize = 20}, [this] { openEmojiPicker(); });
+    return bar;
+}
