@@ -80,32 +80,6 @@ EmojiPicker::EmojiPicker(QWidget *parent, const QString &theme)
     setupUI();
 }
 
-QPoint EmojiPicker::placeBeside(const QRect &button, const QSize &size, const QRect &available)
-{
-    int x = 0;
-    int y = button.y() - size.height() / 2;
-    if (button.x() + button.width() + size.width() + 2 * Gap <= available.right()) {
-        x = button.x() + button.width() + Gap;
-    } else if (button.x() - size.width() - 2 * Gap >= available.left()) {
-        x = button.x() - size.width() - Gap;
-    } else {
-        x = button.x() - (size.width() - button.width()) / 2;
-        y = button.y() - size.height() - Gap;
-        if (y < available.top())
-            y = button.y() + button.height() + Gap;
-    }
-
-    if (x < available.left())
-        x = available.left() + Gap;
-    if (x + size.width() > available.right())
-        x = available.right() - size.width() - Gap;
-    if (y < available.top())
-        y = available.top() + Gap;
-    if (y + size.height() > available.bottom())
-        y = available.bottom() - size.height() - Gap;
-    return {x, y};
-}
-
 void EmojiPicker::setupUI()
 {
     const bool isDark = currentTheme == "dark"_L1;
@@ -165,4 +139,30 @@ void EmojiPicker::setupUI()
         if (column != 0)
             ++row;
     }
+}
+
+QPoint placeEmojiPicker(const QRect &button, const QSize &size, const QRect &available)
+{
+    int x = 0;
+    int y = button.y() - size.height() / 2;
+    if (button.x() + button.width() + size.width() + 2 * Gap <= available.right()) {
+        x = button.x() + button.width() + Gap;
+    } else if (button.x() - size.width() - 2 * Gap >= available.left()) {
+        x = button.x() - size.width() - Gap;
+    } else {
+        x = button.x() - (size.width() - button.width()) / 2;
+        y = button.y() - size.height() - Gap;
+        if (y < available.top())
+            y = button.y() + button.height() + Gap;
+    }
+
+    if (x < available.left())
+        x = available.left() + Gap;
+    if (x + size.width() > available.right())
+        x = available.right() - size.width() - Gap;
+    if (y < available.top())
+        y = available.top() + Gap;
+    if (y + size.height() > available.bottom())
+        y = available.bottom() - size.height() - Gap;
+    return {x, y};
 }

@@ -5,6 +5,8 @@
 #include "ChatBackground.h"
 #include "Commands.h"
 #include "ConnectDialog.h"
+#include "EditTopicDialog.h"
+#include "EmojiPicker.h"
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
 #include "InfoDialogs.h"
@@ -31,6 +33,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QSettings>
 #include <QShortcut>
 #include <QSplitter>
@@ -114,6 +117,20 @@ QStringList whoisLines(const QString &nick, const MainWindow::WhoInfo &info)
     return lines;
 }
 
+// A modal window that is up stands on the stack of whoever waits in its event loop. It is let go,
+// so that it ends there and is not deleted as a child of `owner`.
+void letModalWindowsGo(const QWidget &owner)
+{
+    const QList<QWidget *> children = owner.findChildren<QWidget *>();
+    for (QWidget *child : children) {
+        const bool ownsItself = child->testAttribute(Qt::WA_DeleteOnClose);
+        if (child->isModal() && child->isVisible() && !ownsItself) {
+            child->hide();
+            child->setParent(nullptr);
+        }
+    }
+}
+
 QString placeholderFor(const QString &tabName)
 {
     return tabName == ServerTab ? MainWindow::tr("Type a command...")
@@ -140,6 +157,9 @@ MainWindow::MainWindow(QWidget *parent)
     QTimer::singleShot(0, this, [this] { showConnectDialog(); });
     updateStatusBar();
     initSystemTray();
+    // Told by the destructor of the base, while the children are still there.
+    connect(this, &QObject::destroyed, this,
+            [window = static_cast<const QWidget *>(this)] { letModalWindowsGo(*window); });
 }
 
 void MainWindow::requestCloseTab(int index)
@@ -208,6 +228,7 @@ void MainWindow::setupUI()
     connect(userList, &QListWidget::itemDoubleClicked, this, &MainWindow::onUserDoubleClicked);
     connect(splitter, &QSplitter::splitterMoved, this, &MainWindow::onSplitterMoved);
     connect(inputLine, &QLineEdit::returnPressed, this, &MainWindow::onSendInput);
+    connect(emojiButton, &QPushButton::clicked, this, &MainWindow::toggleEmojiPicker);
 
     setCentralWidget(central);
     inputLine->setFocus();
@@ -672,7 +693,11 @@ void MainWindow::openTab(const QString &name)
         info.topicBar = info.page->findChild<QWidget *>(u"topicBar"_s);
         info.topicLabel = info.page->findChild<QLabel *>(u"topicLabel"_s);
         info.editTopicBtn = info.page->findChild<QPushButton *>(u"editTopicBtn"_s);
+        if (info.editTopicBtn)
+            connect(info.editTopicBtn, &QPushButton::clicked, this,
+                    [this, name] { editTopic(name); });
         updateTopicLabel(name);
+        updateTopicEditButton(name);
     } else if (isPrivateName(name)) {
         info.peerNick = name;
         watch(name);
@@ -751,6 +776,7 @@ void MainWindow::onTabChanged(int index)
         if (tab != tabs.end() && tab->topicBar) {
             tab->topicBar->show();
             updateTopicLabel(name);
+            updateTopicEditButton(name);
         }
     }
     updateNickCompletionModel();
@@ -828,6 +854,35 @@ void MainWindow::updateTopicLabel(const QString &channel)
         tab.topicLabel->clear();
     else
         tab.topicLabel->setText(IrcText::toHtml(topic));
+}
+
+void MainWindow::updateTopicEditButton(const QString &channel)
+{
+    if (QPushButton *button = tabs.value(channel).editTopicBtn)
+        button->setVisible(isUserOperator(channel));
+}
+
+void MainWindow::editTopic(const QString &channel)
+{
+    if (!connection->isConnected())
+        return;
+    // The button stays in sight until something else happens after the status was lost.
+    if (!isUserOperator(channel)) {
+        QMessageBox::warning(this, tr("Permission denied"),
+                             tr("You must be an operator to change the topic."), QMessageBox::Ok);
+        return;
+    }
+    const QPointer<MainWindow> self = this;
+    EditTopicDialog dialog(channel, channelTopics.value(channel), currentTheme, this);
+    if (dialog.exec() != QDialog::Accepted || !self)
+        return;
+    // Shown at once. Whatever became of the link, the tab or the operator status meanwhile, the
+    // text is what the user wants; a server that refuses it says so, and its next word on the topic
+    // puts the label right.
+    const QString topic = dialog.newTopic();
+    connection->sendRaw(u"TOPIC %1 :%2"_s.arg(channel, topic));
+    channelTopics.insert(channel, topic);
+    updateTopicLabel(channel);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -1002,6 +1057,7 @@ void MainWindow::showUserGone(const QString &channel, const QString &entry)
         return;
     removeUserFromList(channel, entry);
     updateNickCompletionModel();
+    updateTopicEditButton(channel);
 }
 
 void MainWindow::onPrivmsg(const QString &from, const QString &target, const QString &text)
@@ -1021,6 +1077,7 @@ void MainWindow::onJoin(const QString &nick, const QString &channel)
             tabWidget->setCurrentWidget(info.page);
             applyChatBackground();
         }
+        updateTopicEditButton(channel);
         return;
     }
     if (tabs.contains(channel)) {
@@ -1108,6 +1165,8 @@ void MainWindow::renameUser(const QString &channel, const QString &oldNick, cons
     removeUserFromList(channel, oldEntry);
     addUserToList(channel, newEntry);
     updateNickCompletionModel();
+    if (oldNick == connection->currentNick() || newNick == connection->currentNick())
+        updateTopicEditButton(channel);
 }
 
 void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick)
@@ -1145,12 +1204,13 @@ void MainWindow::onNamesFinished(const QString &channel)
     QStringList entries = pendingNames.take(channel);
     NickList::sortByRank(entries);
     channelUsers.insert(channel, entries);
-    if (channel != currentTabName)
-        return;
-    userList->clear();
-    userList->addItems(entries);
-    updateNickCompletionModel();
-    updateOwnUserAppearance();
+    if (channel == currentTabName) {
+        userList->clear();
+        userList->addItems(entries);
+        updateNickCompletionModel();
+        updateOwnUserAppearance();
+    }
+    updateTopicEditButton(channel);
 }
 
 void MainWindow::onTopic(const QString &channel, const QString &topic)
@@ -1433,6 +1493,21 @@ void MainWindow::onJoinChannel()
 
 // ---------------------------------------------------------------------------------------------
 // Input
+
+void MainWindow::toggleEmojiPicker()
+{
+    auto *picker = new EmojiPicker(this, currentTheme);
+    picker->adjustSize();
+    picker->move(placeEmojiPicker(QRect(emojiButton->mapToGlobal(QPoint()), emojiButton->size()),
+                                  picker->sizeHint(),
+                                  QGuiApplication::primaryScreen()->availableGeometry()));
+    connect(picker, &EmojiPicker::emojiSelected, inputLine, [this](const QString &emoji) {
+        inputLine->insert(emoji);
+        inputLine->setFocus();
+    });
+    picker->setAttribute(Qt::WA_DeleteOnClose);
+    picker->show();
+}
 
 void MainWindow::onSendInput()
 {

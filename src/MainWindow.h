@@ -117,6 +117,8 @@ private slots:
     /// `nickCompleter` is what users meet.
     void completeNick();
     void showUserContextMenu(const QPoint &pos);
+    /// Opens a new picker each time: a click outside has closed an earlier one.
+    void toggleEmojiPicker();
     void onTabContextMenu(const QPoint &pos);
     void onWhoisUser(const QString &nick, const QString &user, const QString &host,
                      const QString &real);
@@ -132,6 +134,8 @@ private slots:
     /// Opens a preferences dialog that is not modal, beside any that is open, and returns at once.
     void openPreferencesWindow();
     void onWatchStatus(const QString &nick, bool online);
+    /// Lets an operator write a new topic, in an event loop of its own, and sends it.
+    void editTopic(const QString &channel);
     /// Asks for an away message, or leaves the away state at once.
     void onSetAway();
     void onChangeNick();
@@ -187,6 +191,8 @@ private:
     void addCloseButtonToAllTabs();
     QWidget *createCloseButton();
     void updateTopicLabel(const QString &channel);
+    /// Shows the button that edits the topic to operators only.
+    void updateTopicEditButton(const QString &channel);
 
     // Lines
     /// The one door through which a line reaches the screen: writes a row to the tab `tabName`,
