@@ -24,9 +24,6 @@ namespace {
 
 constexpr int IconSize = 24;
 
-constexpr int BlackIndex = 1;
-constexpr int WhiteIndex = 0;
-
 constexpr QColor LetterColor(0x33, 0x33, 0x33);
 constexpr QColor TextColorLetter(0x00, 0x7A, 0xFF);
 constexpr QColor BackgroundPlate(0xFF, 0xFF, 0x99);
@@ -71,14 +68,19 @@ QIcon draw(const Drawing &drawing)
     return QIcon(pixmap);
 }
 
+const QColor &ircColor(int index)
+{
+    return IrcText::colors().at(static_cast<size_t>(index));
+}
+
 /// Index of the IRC colour that `color` is nearest to; of two that are as near, the lower.
 int nearestIrcColor(const QColor &color)
 {
-    const auto &table = IrcText::colors();
+    const int count = static_cast<int>(IrcText::colors().size());
     int nearest = 0;
     int bestDistance = 1'000'000; // More than any two colours are apart.
-    for (int index = 0; index < static_cast<int>(table.size()); ++index) {
-        const QColor &candidate = table.at(static_cast<size_t>(index));
+    for (int index = 0; index < count; ++index) {
+        const QColor &candidate = ircColor(index);
         const int red = color.red() - candidate.red();
         const int green = color.green() - candidate.green();
         const int blue = color.blue() - candidate.blue();
@@ -89,15 +91,6 @@ int nearestIrcColor(const QColor &color)
         }
     }
     return nearest;
-}
-
-/// Index of the colour of letters that are legible on the IRC colour `background`.
-int legibleOn(int background)
-{
-    const QColor color = IrcText::colors().at(static_cast<size_t>(background));
-    const int brightness =
-            static_cast<int>(0.299 * color.red() + 0.587 * color.green() + 0.114 * color.blue());
-    return brightness > 127 ? BlackIndex : WhiteIndex;
 }
 
 } // namespace
@@ -148,7 +141,7 @@ void EditTopicDialog::chooseIrcColor(bool background)
     const QString selected = cursor.selectedText();
     QString text = ColorCode;
     if (background)
-        text += QString::number(legibleOn(index)) + u',';
+        text += QString::number(IrcText::legibleOn(ircColor(index))) + u',';
     text += QString::number(index);
     // A background is closed at once even if there is nothing under it.
     if (background || !selected.isEmpty())

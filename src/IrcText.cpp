@@ -216,14 +216,6 @@ const QColor &colourAt(int index)
     return Colours.at(static_cast<std::size_t>(index));
 }
 
-/// Black or white as an index, whichever can be read on `colour`.
-int legibleOn(const QColor &colour)
-{
-    const auto luminance =
-            static_cast<int>(colour.red() * 0.299 + colour.green() * 0.587 + colour.blue() * 0.114);
-    return luminance >= 128 ? 1 : 0;
-}
-
 void CodePass::applyColours(int newForeground, int newBackground)
 {
     closeColour();
@@ -231,8 +223,8 @@ void CodePass::applyColours(int newForeground, int newBackground)
     if (newForeground < 0)
         return;
 
-    foreground =
-            newForeground == newBackground ? legibleOn(colourAt(newBackground)) : newForeground;
+    foreground = newForeground == newBackground ? IrcText::legibleOn(colourAt(newBackground))
+                                                : newForeground;
     background = newBackground;
     html += "<span style=\"color:"_L1 % colourAt(foreground).name() % u';';
     if (background >= 0)
@@ -285,6 +277,13 @@ namespace IrcText {
 const std::array<QColor, 16> &colors()
 {
     return Colours;
+}
+
+int legibleOn(const QColor &colour)
+{
+    const auto luminance =
+            static_cast<int>(colour.red() * 0.299 + colour.green() * 0.587 + colour.blue() * 0.114);
+    return luminance >= 128 ? 1 : 0;
 }
 
 void insertWithLinks(QTextCursor &cursor, const QString &text, const QTextCharFormat &base)

@@ -17,6 +17,9 @@ namespace IrcText {
 /// The sixteen IRC colours, by the number that a colour code carries.
 const std::array<QColor, 16> &colors();
 
+/// Number of black or of white, whichever can be read on a ground of this colour.
+int legibleOn(const QColor &colour);
+
 /// Writes `text` at `cursor`, with web and mail addresses as anchors.
 ///
 /// What lies outside a link carries `base`; a link carries `base` as an underlined anchor in a blue

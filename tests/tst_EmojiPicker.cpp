@@ -1,0 +1,522 @@
+#include "EmojiPicker.h"
+#include "StyleSheetReader.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+#include <QWindow>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QRect FullHd(0, 0, 1920, 1080);
+constexpr QSize PickerSize(330, 620);
+
+QWidget *container(const QWidget &picker)
+{
+    return picker.findChild<QWidget *>(u"emojiContainer"_s, Qt::FindDirectChildrenOnly);
+}
+
+QGridLayout *grid(const QWidget &picker)
+{
+    return qobject_cast<QGridLayout *>(container(picker)->layout());
+}
+
+template <typename Wanted>
+Wanted *at(const QWidget &picker, int row, int column)
+{
+    const QLayoutItem *item = grid(picker)->itemAtPosition(row, column);
+    return item ? qobject_cast<Wanted *>(item->widget()) : nullptr;
+}
+
+QPushButton *button(const QWidget &picker, const QString &emoji)
+{
+    const auto buttons = picker.findChildren<QPushButton *>();
+    for (QPushButton *candidate : buttons) {
+        if (candidate->text() == emoji)
+            return candidate;
+    }
+    return nullptr;
+}
+
+void addThemes()
+{
+    QTest::addColumn<QString>("theme");
+    for (const auto &theme : {u"light"_s, u"dark"_s, u"glass"_s, u"Dark"_s, QString()})
+        QTest::newRow(qUtf8Printable(theme)) << theme;
+}
+
+/// A window with a channel on show, so that its emoji button is there.
+struct Conversation
+{
+    Conversation() { session.probe.openTabs({u"#c"_s}); }
+
+    [[nodiscard]] QList<EmojiPicker *> pickers() const
+    {
+        return session.window.findChildren<EmojiPicker *>();
+    }
+    [[nodiscard]] EmojiPicker *open() const
+    {
+        session.probe.emojiButton().click();
+        return pickers().isEmpty() ? nullptr : pickers().last();
+    }
+
+    WindowSession session;
+};
+
+} // namespace
+
+class TestEmojiPicker final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void isAFramelessPopup();
+    void holdsEveryEmoji_data();
+    void holdsEveryEmoji();
+    void holdsNothingElse();
+    void makesButtonsToPointAt();
+    void laysOutItsGrid();
+    void dressesItsContainer_data();
+    void dressesItsContainer();
+    void dressesItsHeadings_data();
+    void dressesItsHeadings();
+    void dressesItsButtons_data();
+    void dressesItsButtons();
+    void showsItsTableWhole();
+
+    void emitsOnceAndCloses();
+    void tellsBeforeItCloses();
+    void emitsTheVariationSelector_data();
+    void emitsTheVariationSelector();
+    void closesAtAClickOutside();
+    void closesAtEscape();
+
+    void findsItsPlace_data();
+    void findsItsPlace();
+
+    void opensBesideTheInputLine();
+    void opensInTheWindowsTheme();
+    void opensANewOneEachTime();
+    void insertsAtTheCursor();
+    void replacesTheSelection();
+    void insertsNothingAfterAClickOutside();
+    void goesWithTheWindow();
+
+private:
+    TemporaryStore store;
+};
+
+void TestEmojiPicker::init()
+{
+    store.clear();
+    // The platform without a display says what it can't do for a popup.
+    QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
+}
+
+void TestEmojiPicker::isAFramelessPopup()
+{
+    const EmojiPicker picker(nullptr, u"light"_s);
+    QCOMPARE(picker.windowType(), Qt::Popup);
+    QVERIFY(picker.windowFlags().testFlag(Qt::FramelessWindowHint));
+    QVERIFY(picker.testAttribute(Qt::WA_TranslucentBackground));
+    QVERIFY(picker.testAttribute(Qt::WA_ShowWithoutActivating));
+}
+
+void TestEmojiPicker::holdsEveryEmoji_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<QString>("heading");
+    QTest::addColumn<QString>("first");
+    QTest::addColumn<QString>("second");
+
+    QTest::newRow("smileys") << 0 << u"Смайлы"_s << u"😀 😃 😄 😁 😅 😂 🤣 😊"_s
+                             << u"😇 🙂 😉 😌 😍 🥰 😘 😗"_s;
+    QTest::newRow("gestures") << 3 << u"Жесты"_s
+                              << u"👍 👎 👌 ✌\uFE0F 🤞 🤟 🤘 🤙"_s
+                              << u"👋 🤚 🖐\uFE0F ✋ 🖖 👏 🙌 🤝"_s;
+    QTest::newRow("hearts") << 6 << u"Сердца"_s << u"❤\uFE0F 🧡 💛 💚 💙 💜 🖤 🤍"_s
+                            << u"🤎 💔 ❣\uFE0F 💕 💞 💓 💗 💖"_s;
+    QTest::newRow("emotions") << 9 << u"Эмоции"_s << u"🔥 ⭐ 🌟 ✨ 💫 🎉 🎊 🎈"_s << u"💯 ✅ ❌ 💡 💤 💢 💣 💥"_s;
+    QTest::newRow("animals") << 12 << u"Животные"_s << u"🐶 🐱 🐭 🐹 🐰 🦊 🐻 🐼"_s
+                             << u"🐨 🐯 🦁 🐮 🐷 🐸 🐵 🐔"_s;
+    QTest::newRow("food") << 15 << u"Еда"_s << u"🍎 🍕 🍔 🍟 🍩 🍪 🎂 🍰"_s
+                          << u"☕ 🍵 🍺 🍷 🍸 🍹 🧃 🥤"_s;
+}
+
+void TestEmojiPicker::holdsEveryEmoji()
+{
+    QFETCH(const int, row);
+    QFETCH(const QString, first);
+    QFETCH(const QString, second);
+
+    const EmojiPicker picker(nullptr, u"light"_s);
+    const auto *label = at<QLabel>(picker, row, 0);
+    QVERIFY(label != nullptr);
+    QTEST(label->text(), "heading");
+    QCOMPARE(at<QLabel>(picker, row, 7), label);
+    QCOMPARE(at<QWidget>(picker, row, 8), nullptr);
+
+    const QStringList expected[] = {first.split(u' '), second.split(u' ')};
+    for (int line = 0; line < 2; ++line) {
+        QCOMPARE(expected[line].size(), 8);
+        for (int column = 0; column < 8; ++column) {
+            const auto *found = at<QPushButton>(picker, row + 1 + line, column);
+            QVERIFY(found != nullptr);
+            QCOMPARE(found->text(), expected[line].at(column));
+            QCOMPARE(found->toolTip(), expected[line].at(column));
+        }
+    }
+}
+
+void TestEmojiPicker::holdsNothingElse()
+{
+    const EmojiPicker picker(nullptr, u"light"_s);
+    QCOMPARE(picker.findChildren<QPushButton *>().size(), 96);
+    QCOMPARE(picker.findChildren<QLabel *>().size(), 6);
+    QCOMPARE(grid(picker)->count(), 102);
+    QCOMPARE(grid(picker)->rowCount(), 18);
+}
+
+void TestEmojiPicker::makesButtonsToPointAt()
+{
+    const EmojiPicker picker(nullptr, u"light"_s);
+    const auto buttons = picker.findChildren<QPushButton *>();
+    for (const QPushButton *each : buttons) {
+        QCOMPARE(each->minimumSize(), QSize(36, 36));
+        QCOMPARE(each->maximumSize(), QSize(36, 36));
+        QCOMPARE(each->cursor().shape(), Qt::PointingHandCursor);
+    }
+}
+
+void TestEmojiPicker::laysOutItsGrid()
+{
+    const EmojiPicker picker(nullptr, u"light"_s);
+    QVERIFY(qobject_cast<QVBoxLayout *>(picker.layout()) != nullptr);
+    QCOMPARE(picker.layout()->contentsMargins(), QMargins());
+    QCOMPARE(picker.layout()->itemAt(0)->widget(), container(picker));
+    QCOMPARE(grid(picker)->horizontalSpacing(), 4);
+    QCOMPARE(grid(picker)->verticalSpacing(), 4);
+    QCOMPARE(grid(picker)->contentsMargins(), QMargins(8, 8, 8, 8));
+    QCOMPARE(container(picker)->minimumWidth(), 320);
+    QCOMPARE(container(picker)->maximumWidth(), 340);
+}
+
+void TestEmojiPicker::dressesItsContainer_data()
+{
+    QTest::addColumn<QString>("theme");
+    QTest::addColumn<QString>("background");
+    QTest::addColumn<QString>("border");
+
+    const auto light = u"rgba(255,255,255,0.98)"_s;
+    const auto lightBorder = u"1px solid rgba(0,0,0,0.1)"_s;
+    QTest::newRow("light") << u"light"_s << light << lightBorder;
+    QTest::newRow("dark") << u"dark"_s << u"rgba(40,40,40,0.95)"_s
+                          << u"1px solid rgba(255,255,255,0.1)"_s;
+    QTest::newRow("glass") << u"glass"_s << u"rgba(255,255,255,0.7)"_s
+                           << u"1px solid rgba(255,255,255,0.5)"_s;
+    QTest::newRow("in another case") << u"Dark"_s << light << lightBorder;
+    QTest::newRow("none") << QString() << light << lightBorder;
+}
+
+void TestEmojiPicker::dressesItsContainer()
+{
+    QFETCH(const QString, theme);
+    const EmojiPicker picker(nullptr, theme);
+    const StyleSheetReader sheet(container(picker)->styleSheet());
+    QCOMPARE(sheet.selectors(), QStringList{u"#emojiContainer"_s});
+    QTEST(sheet.value(u"#emojiContainer"_s, u"background-color"_s), "background");
+    QTEST(sheet.value(u"#emojiContainer"_s, u"border"_s), "border");
+    QCOMPARE(sheet.value(u"#emojiContainer"_s, u"border-radius"_s), u"12px"_s);
+    QCOMPARE(sheet.value(u"#emojiContainer"_s, u"padding"_s), u"8px"_s);
+}
+
+void TestEmojiPicker::dressesItsHeadings_data()
+{
+    addThemes();
+}
+
+void TestEmojiPicker::dressesItsHeadings()
+{
+    QFETCH(const QString, theme);
+    const EmojiPicker picker(nullptr, theme);
+    const QString color = theme == u"dark"_s ? u"rgba(255,255,255,0.5)"_s : u"rgba(0,0,0,0.5)"_s;
+    const auto labels = picker.findChildren<QLabel *>();
+    for (const QLabel *label : labels) {
+        QCOMPARE(label->styleSheet(),
+                 u"color: %1; font-size: 10px; font-weight: bold; padding: 4px 2px 2px 2px; "
+                 "text-transform: uppercase; letter-spacing: 1px;"_s.arg(color));
+    }
+}
+
+void TestEmojiPicker::dressesItsButtons_data()
+{
+    addThemes();
+}
+
+void TestEmojiPicker::dressesItsButtons()
+{
+    QFETCH(const QString, theme);
+    const bool isDark = theme == u"dark"_s;
+    const StyleSheetReader::Declarations look{{u"background"_s, u"transparent"_s},
+                                              {u"border"_s, u"none"_s},
+                                              {u"border-radius"_s, u"8px"_s},
+                                              {u"font-size"_s, u"20px"_s},
+                                              {u"padding"_s, u"0px"_s},
+                                              {u"color"_s, isDark ? u"white"_s : u"black"_s}};
+    const EmojiPicker picker(nullptr, theme);
+    const auto buttons = picker.findChildren<QPushButton *>();
+    for (const QPushButton *each : buttons) {
+        const StyleSheetReader sheet(each->styleSheet());
+        QCOMPARE(sheet.rule(u"QPushButton"_s), look);
+        QCOMPARE(sheet.value(u"QPushButton:hover"_s, u"background"_s),
+                 isDark ? u"rgba(255,255,255,0.15)"_s : u"rgba(0,0,0,0.08)"_s);
+        QCOMPARE(sheet.value(u"QPushButton:pressed"_s, u"background"_s),
+                 isDark ? u"rgba(255,255,255,0.25)"_s : u"rgba(0,0,0,0.15)"_s);
+    }
+}
+
+void TestEmojiPicker::showsItsTableWhole()
+{
+    EmojiPicker picker(nullptr, u"light"_s);
+    picker.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&picker));
+    QRect covered;
+    const auto buttons = picker.findChildren<QPushButton *>();
+    for (const QPushButton *each : buttons) {
+        const QRect area(each->mapTo(&picker, QPoint()), each->size());
+        QCOMPARE(area.size(), QSize(36, 36));
+        QVERIFY(picker.rect().contains(area));
+        covered |= area;
+    }
+    QCOMPARE(covered.width(), 8 * 36 + 7 * 4);
+    const auto labels = picker.findChildren<QLabel *>();
+    for (const QLabel *label : labels)
+        QVERIFY(label->width() >= label->sizeHint().width());
+}
+
+void TestEmojiPicker::emitsOnceAndCloses()
+{
+    EmojiPicker picker(nullptr, u"light"_s);
+    const QSignalSpy selections(&picker, &EmojiPicker::emojiSelected);
+    picker.show();
+    QTest::mouseClick(button(picker, u"🦊"_s), Qt::LeftButton);
+    QCOMPARE(selections, (QList<QVariantList>{{u"🦊"_s}}));
+    QVERIFY(!picker.isVisible());
+}
+
+void TestEmojiPicker::tellsBeforeItCloses()
+{
+    EmojiPicker picker(nullptr, u"light"_s);
+    bool wasUp = false;
+    connect(&picker, &EmojiPicker::emojiSelected, &picker, [&] { wasUp = picker.isVisible(); });
+    picker.show();
+    button(picker, u"😀"_s)->click();
+    QVERIFY(wasUp);
+    QVERIFY(!picker.isVisible());
+}
+
+void TestEmojiPicker::emitsTheVariationSelector_data()
+{
+    QTest::addColumn<QString>("emoji");
+
+    QTest::newRow("victory hand") << u"\u270C\uFE0F"_s;
+    QTest::newRow("hand") << u"\U0001F590\uFE0F"_s;
+    QTest::newRow("heart") << u"\u2764\uFE0F"_s;
+    QTest::newRow("heart exclamation") << u"\u2763\uFE0F"_s;
+}
+
+void TestEmojiPicker::emitsTheVariationSelector()
+{
+    QFETCH(const QString, emoji);
+    EmojiPicker picker(nullptr, u"light"_s);
+    const QSignalSpy selections(&picker, &EmojiPicker::emojiSelected);
+    QVERIFY(button(picker, emoji) != nullptr);
+    button(picker, emoji)->click();
+    QCOMPARE(selections, (QList<QVariantList>{{emoji}}));
+}
+
+void TestEmojiPicker::closesAtAClickOutside()
+{
+    QWidget below;
+    below.resize(600, 400);
+    below.show();
+    EmojiPicker picker(&below, u"light"_s);
+    const QSignalSpy selections(&picker, &EmojiPicker::emojiSelected);
+    picker.move(below.mapToGlobal(QPoint(200, 0)));
+    picker.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&picker));
+    QTest::mouseClick(below.windowHandle(), Qt::LeftButton, {}, QPoint(50, 50));
+    QTRY_VERIFY(!picker.isVisible());
+    QCOMPARE(selections.size(), 0);
+}
+
+void TestEmojiPicker::closesAtEscape()
+{
+    EmojiPicker picker(nullptr, u"light"_s);
+    const QSignalSpy selections(&picker, &EmojiPicker::emojiSelected);
+    picker.show();
+    QTest::keyClick(&picker, Qt::Key_Escape);
+    QVERIFY(!picker.isVisible());
+    QCOMPARE(selections.size(), 0);
+}
+
+void TestEmojiPicker::findsItsPlace_data()
+{
+    QTest::addColumn<QRect>("available");
+    QTest::addColumn<QPoint>("button");
+    QTest::addColumn<QPoint>("place");
+
+    const auto add = [](const char *name, const QRect &available, QPoint button, QPoint place) {
+        QTest::newRow(name) << available << button << place;
+    };
+    // The button is 36 by 30, the picker 330 by 620. The right edge of the first screen is 1919.
+    add("right of it", FullHd, {800, 500}, {841, 190});
+    add("right of it for the last time", FullHd, {1543, 500}, {1584, 190});
+    add("left of it", FullHd, {1544, 500}, {1209, 190});
+    add("at the right edge", FullHd, {1884, 500}, {1549, 190});
+    add("too near to the top", FullHd, {800, 309}, {841, 5});
+    add("just not too near to the top", FullHd, {800, 310}, {841, 0});
+    add("just not too near to the bottom", FullHd, {800, 769}, {841, 459});
+    add("too near to the bottom", FullHd, {800, 770}, {841, 454});
+
+    // A screen for which neither side has room.
+    const QRect narrow(0, 0, 700, 1080);
+    add("left of it for the last time", narrow, {340, 500}, {5, 190});
+    add("over it", narrow, {339, 700}, {192, 75});
+    add("over it for the last time", narrow, {339, 625}, {192, 0});
+    add("under it", narrow, {339, 624}, {192, 454});
+    add("under it without a clamp", narrow, {339, 400}, {192, 435});
+    add("under it for lack of room", narrow, {339, 100}, {192, 135});
+
+    // Clamps of the centred place.
+    const QRect slim(0, 0, 400, 1080);
+    add("over it, too far to the left", slim, {30, 700}, {5, 75});
+    add("over it, at the left edge", slim, {147, 700}, {0, 75});
+    add("over it, too far to the right", slim, {300, 700}, {64, 75});
+
+    // Available areas start where panels end, and on a second screen far from zero.
+    const QRect second(1920, 40, 1280, 1000);
+    add("right of it on a second screen", second, {2000, 600}, {2041, 290});
+    add("left of it on a second screen", second, {3100, 600}, {2765, 290});
+    add("under a panel", second, {2000, 60}, {2041, 45});
+    const QRect negative(-700, -1080, 700, 1080);
+    add("left of it on a screen before", negative, {-100, -500}, {-435, -810});
+    add("over it on a screen before", negative, {-361, -300}, {-508, -925});
+
+    // On a screen that it does not fit on, the last clamp holds.
+    const QRect tiny(0, 0, 300, 300);
+    add("too big for the screen", tiny, {100, 200}, {-36, -326});
+}
+
+void TestEmojiPicker::findsItsPlace()
+{
+    QFETCH(const QRect, available);
+    QFETCH(const QPoint, button);
+    QTEST(placeEmojiPicker(QRect(button, QSize(36, 30)), PickerSize, available), "place");
+}
+
+void TestEmojiPicker::opensBesideTheInputLine()
+{
+    const Conversation conversation;
+    conversation.session.window.move(100, 50);
+    const EmojiPicker *picker = conversation.open();
+    QVERIFY(picker != nullptr);
+    QVERIFY(picker->isVisible());
+    QCOMPARE(picker->parentWidget(), &conversation.session.window);
+    const QPushButton &button = conversation.session.probe.emojiButton();
+    QCOMPARE(picker->pos(),
+             placeEmojiPicker(QRect(button.mapToGlobal(QPoint()), button.size()),
+                              picker->sizeHint(),
+                              QGuiApplication::primaryScreen()->availableGeometry()));
+    QCOMPARE(picker->size(), picker->sizeHint());
+}
+
+void TestEmojiPicker::opensInTheWindowsTheme()
+{
+    const Conversation conversation;
+    conversation.session.probe.currentTheme() = u"dark"_s;
+    const EmojiPicker *picker = conversation.open();
+    QVERIFY(picker != nullptr);
+    QVERIFY(container(*picker)->styleSheet().contains(u"rgba(40,40,40,0.95)"_s));
+}
+
+void TestEmojiPicker::opensANewOneEachTime()
+{
+    const Conversation conversation;
+    const QPointer<EmojiPicker> first = conversation.open();
+    QVERIFY(first != nullptr);
+    first->close();
+    const QPointer<EmojiPicker> second = conversation.open();
+    QVERIFY(second != nullptr);
+    QVERIFY(second != first);
+    QTRY_VERIFY(first == nullptr);
+    QVERIFY(second->isVisible());
+    second->close();
+    QTRY_VERIFY(second == nullptr);
+    QCOMPARE(conversation.pickers().size(), 0);
+}
+
+void TestEmojiPicker::insertsAtTheCursor()
+{
+    const Conversation conversation;
+    QLineEdit &line = conversation.session.probe.inputLine();
+    line.setText(u"good  morning"_s);
+    line.setCursorPosition(5);
+    const QPointer<EmojiPicker> picker = conversation.open();
+    QVERIFY(picker != nullptr);
+    conversation.session.probe.emojiButton().setFocus();
+    QTest::mouseClick(button(*picker, u"❤\uFE0F"_s), Qt::LeftButton);
+    QCOMPARE(line.text(), u"good ❤\uFE0F morning"_s);
+    QCOMPARE(line.cursorPosition(), 7);
+    QCOMPARE(conversation.session.window.focusWidget(), &line);
+    QTRY_VERIFY(picker == nullptr);
+}
+
+void TestEmojiPicker::replacesTheSelection()
+{
+    const Conversation conversation;
+    QLineEdit &line = conversation.session.probe.inputLine();
+    line.setText(u"good grief"_s);
+    line.setSelection(5, 5);
+    const EmojiPicker *picker = conversation.open();
+    QVERIFY(picker != nullptr);
+    button(*picker, u"🎉"_s)->click();
+    QCOMPARE(line.text(), u"good 🎉"_s);
+    QVERIFY(!line.hasSelectedText());
+}
+
+void TestEmojiPicker::insertsNothingAfterAClickOutside()
+{
+    const Conversation conversation;
+    const QPointer<EmojiPicker> picker = conversation.open();
+    QVERIFY(picker != nullptr);
+    QVERIFY(QTest::qWaitForWindowExposed(picker));
+    QTest::mouseClick(conversation.session.window.windowHandle(), Qt::LeftButton, {},
+                      QPoint(50, 200));
+    QTRY_VERIFY(picker == nullptr);
+    QCOMPARE(conversation.session.probe.inputLine().text(), QString());
+}
+
+void TestEmojiPicker::goesWithTheWindow()
+{
+    Conversation conversation;
+    const QPointer<EmojiPicker> picker = conversation.open();
+    QVERIFY(picker != nullptr);
+    conversation.session.destroyWindow();
+    QVERIFY(picker == nullptr);
+    QVERIFY(QApplication::activePopupWidget() == nullptr);
+}
+
+QTEST_MAIN(TestEmojiPicker)
+#include "tst_EmojiPicker.moc"
