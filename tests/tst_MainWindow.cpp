@@ -448,6 +448,7 @@ void TestMainWindow::declaresItsSlotsInOrder()
             u"onUserDoubleClicked(QListWidgetItem* item)"_s,
             u"completeNick()"_s,
             u"showUserContextMenu(QPoint pos)"_s,
+            u"toggleEmojiPicker()"_s,
             u"onTabContextMenu(QPoint pos)"_s,
             u"onWhoisUser(QString nick, QString user, QString host, QString real)"_s,
             u"onWhoisServer(QString nick, QString server, QString info)"_s,
@@ -460,6 +461,7 @@ void TestMainWindow::declaresItsSlotsInOrder()
             u"onToggleTheme()"_s,
             u"openPreferencesWindow()"_s,
             u"onWatchStatus(QString nick, bool online)"_s,
+            u"editTopic(QString channel)"_s,
             u"onSetAway()"_s,
             u"onChangeNick()"_s,
     };
@@ -480,6 +482,7 @@ void TestMainWindow::connectsItsWidgets()
     QVERIFY(disconnect(&users, &QListWidget::itemDoubleClicked, &window, nullptr));
     QVERIFY(disconnect(&probe.splitter(), &QSplitter::splitterMoved, &window, nullptr));
     QVERIFY(disconnect(&probe.inputLine(), &QLineEdit::returnPressed, &window, nullptr));
+    QVERIFY(disconnect(&probe.emojiButton(), &QPushButton::clicked, &window, nullptr));
     QVERIFY(disconnect(window.findChild<QShortcut *>(), &QShortcut::activated, &window, nullptr));
 }
 
