@@ -26,6 +26,11 @@ struct EmojiCategory
     QStringList emojis;
 };
 
+bool isDark(const QString &theme)
+{
+    return theme == "dark"_L1;
+}
+
 // The picker's few colours are its own: it floats over windows of every kind.
 QString containerSheet(const QString &theme)
 {
@@ -33,7 +38,7 @@ QString containerSheet(const QString &theme)
         return u"#emojiContainer { background-color: rgba(255,255,255,0.7); border: 1px solid "
                "rgba(255,255,255,0.5); border-radius: 12px; padding: 8px; }"_s;
     }
-    if (theme == "dark"_L1) {
+    if (isDark(theme)) {
         return u"#emojiContainer { background-color: rgba(40,40,40,0.95); border: 1px solid "
                "rgba(255,255,255,0.1); border-radius: 12px; padding: 8px; }"_s;
     }
@@ -41,32 +46,22 @@ QString containerSheet(const QString &theme)
            "rgba(0,0,0,0.1); border-radius: 12px; padding: 8px; }"_s;
 }
 
-QString headingSheet(bool isDark)
+QString headingSheet(const QString &theme)
 {
     return u"color: %1; font-size: 10px; font-weight: bold; padding: 4px 2px 2px 2px; "
            "text-transform: uppercase; letter-spacing: 1px;"_s.arg(
-                   isDark ? "rgba(255,255,255,0.5)"_L1 : "rgba(0,0,0,0.5)"_L1);
+                   isDark(theme) ? "rgba(255,255,255,0.5)"_L1 : "rgba(0,0,0,0.5)"_L1);
 }
 
-QString buttonSheet(bool isDark)
+QString buttonSheet(const QString &theme)
 {
     return u"QPushButton { background: transparent; border: none; border-radius: 8px; "
            "font-size: 20px; padding: 0px; color: %1; }"
            "QPushButton:hover { background: %2; }"
            "QPushButton:pressed { background: %3; }"_s.arg(
-                   isDark ? "white"_L1 : "black"_L1,
-                   isDark ? "rgba(255,255,255,0.15)"_L1 : "rgba(0,0,0,0.08)"_L1,
-                   isDark ? "rgba(255,255,255,0.25)"_L1 : "rgba(0,0,0,0.15)"_L1);
-}
-
-QPushButton *makeButton(const QString &emoji, const QString &sheet)
-{
-    auto *button = new QPushButton(emoji);
-    button->setToolTip(emoji);
-    button->setFixedSize(ButtonSize, ButtonSize);
-    button->setCursor(Qt::PointingHandCursor);
-    button->setStyleSheet(sheet);
-    return button;
+                   isDark(theme) ? "white"_L1 : "black"_L1,
+                   isDark(theme) ? "rgba(255,255,255,0.15)"_L1 : "rgba(0,0,0,0.08)"_L1,
+                   isDark(theme) ? "rgba(255,255,255,0.25)"_L1 : "rgba(0,0,0,0.15)"_L1);
 }
 
 } // namespace
@@ -82,7 +77,6 @@ EmojiPicker::EmojiPicker(QWidget *parent, const QString &theme)
 
 void EmojiPicker::setupUI()
 {
-    const bool isDark = currentTheme == "dark"_L1;
     // Some of these are text symbols by themselves; the selector at their end makes them emojis.
     const QList<EmojiCategory> categories{
             {u"Смайлы"_s,
@@ -103,34 +97,17 @@ void EmojiPicker::setupUI()
                      .split(u' ')},
     };
 
-    auto *container = new QWidget(this);
-    container->setObjectName(u"emojiContainer"_s);
-    container->setStyleSheet(containerSheet(currentTheme));
-    container->setMinimumWidth(320);
-    container->setMaximumWidth(340);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(container);
-    auto *grid = new QGridLayout(container);
-    grid->setSpacing(4);
-    grid->setContentsMargins(8, 8, 8, 8);
-
-    const QString sheet = buttonSheet(isDark);
+    QGridLayout *grid = createGrid();
     int row = 0;
     for (const EmojiCategory &category : categories) {
         if (!category.name.isEmpty()) {
             auto *heading = new QLabel(category.name);
-            heading->setStyleSheet(headingSheet(isDark));
+            heading->setStyleSheet(headingSheet(currentTheme));
             grid->addWidget(heading, row++, 0, 1, Columns);
         }
         int column = 0;
         for (const QString &emoji : category.emojis) {
-            QPushButton *button = makeButton(emoji, sheet);
-            grid->addWidget(button, row, column);
-            connect(button, &QPushButton::clicked, this, [this, emoji] {
-                emit emojiSelected(emoji);
-                close();
-            });
+            addEmoji(grid, emoji, row, column);
             if (++column == Columns) {
                 column = 0;
                 ++row;
@@ -139,6 +116,37 @@ void EmojiPicker::setupUI()
         if (column != 0)
             ++row;
     }
+}
+
+QGridLayout *EmojiPicker::createGrid()
+{
+    auto *container = new QWidget(this);
+    container->setObjectName(u"emojiContainer"_s);
+    container->setStyleSheet(containerSheet(currentTheme));
+    container->setMinimumWidth(320);
+    container->setMaximumWidth(340);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(container);
+
+    auto *grid = new QGridLayout(container);
+    grid->setSpacing(4);
+    grid->setContentsMargins(8, 8, 8, 8);
+    return grid;
+}
+
+void EmojiPicker::addEmoji(QGridLayout *grid, const QString &emoji, int row, int column)
+{
+    auto *button = new QPushButton(emoji);
+    button->setToolTip(emoji);
+    button->setFixedSize(ButtonSize, ButtonSize);
+    button->setCursor(Qt::PointingHandCursor);
+    button->setStyleSheet(buttonSheet(currentTheme));
+    grid->addWidget(button, row, column);
+    connect(button, &QPushButton::clicked, this, [this, emoji] {
+        emit emojiSelected(emoji);
+        close();
+    });
 }
 
 QPoint placeEmojiPicker(const QRect &button, const QSize &size, const QRect &available)

@@ -3,6 +3,7 @@
 #include <QDialog>
 #include <QString>
 
+class QGridLayout;
 class QPoint;
 class QRect;
 class QSize;
@@ -28,6 +29,8 @@ signals:
 
 private:
     void setupUI();
+    [[nodiscard]] QGridLayout *createGrid();
+    void addEmoji(QGridLayout *grid, const QString &emoji, int row, int column);
 
     QString currentTheme;
 };
