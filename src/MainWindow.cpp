@@ -13,6 +13,8 @@
 #include "IrcText.h"
 #include "MyTabWidget.h"
 #include "NickList.h"
+#include "NumericTreeWidgetItem.h"
+#include "PlainTextMenu.h"
 #include "PreferencesDialog.h"
 #include "Prompts.h"
 #include "ServerStore.h"
@@ -25,6 +27,7 @@
 #include <QDateTime>
 #include <QGuiApplication>
 #include <QInputDialog>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -67,6 +70,16 @@ constexpr quint16 ReconnectPort = 6667;
 constexpr int ReconnectDelayMs = 1000;
 
 constexpr int NotificationMs = 5000;
+// Columns of the channel list.
+constexpr int ChannelColumn = 0;
+constexpr int UsersColumn = 1;
+constexpr int TopicColumn = 2;
+
+const QString DarkTreeSheet =
+        u"QTreeWidget { background-color: #1E1E1E; color: #DDDDDD; "
+        "alternate-background-color: #252525; }"
+        "QTreeWidget::item:hover { background-color: #3A3A3A; }"
+        "QTreeWidget::item:selected { background-color: #505050; }"_s;
 
 bool isChannelName(const QString &name)
 {
@@ -229,6 +242,7 @@ void MainWindow::setupUI()
     connect(splitter, &QSplitter::splitterMoved, this, &MainWindow::onSplitterMoved);
     connect(inputLine, &QLineEdit::returnPressed, this, &MainWindow::onSendInput);
     connect(emojiButton, &QPushButton::clicked, this, &MainWindow::toggleEmojiPicker);
+    connect(listSearchEdit, &QLineEdit::textChanged, this, &MainWindow::filterChannelList);
 
     setCentralWidget(central);
     inputLine->setFocus();
@@ -300,7 +314,10 @@ void MainWindow::setupMenuBar()
 
     QMenu *channel = menuBar()->addMenu(tr("&Channel"));
     channel->addAction(tr("&Join channel..."), this, &MainWindow::onJoinChannel);
-    addUnfinished(channel, tr("Channel &List"));
+    channel->addAction(tr("Channel &List"), this, [this] {
+        if (connection->isRegistered())
+            requestChannelList();
+    });
 
     QMenu *settings = menuBar()->addMenu(tr("&Settings"));
     addWithoutRole(
@@ -345,6 +362,10 @@ void MainWindow::connectSession()
     connect(connection, &IRCConnection::topicReceived, this, &MainWindow::onTopic);
     connect(connection, &IRCConnection::quitReceived, this, &MainWindow::onQuit);
     connect(connection, &IRCConnection::kickReceived, this, &MainWindow::onKick);
+    connect(connection, &IRCConnection::listStartReceived, this, &MainWindow::onListStart);
+    connect(connection, &IRCConnection::listChannelReceived, this, &MainWindow::onListChannel);
+    connect(connection, &IRCConnection::listEndReceived, this, &MainWindow::onListEnd);
+    connect(connection, &IRCConnection::listInfoReceived, this, &MainWindow::onListInfo);
     connectPresence();
     connect(connection, &IRCConnection::ownNickChanged, this, [this] {
         updateStatusBar();
@@ -1489,6 +1510,152 @@ void MainWindow::onJoinChannel()
                                   QLineEdit::Normal, QString(), &isAccepted);
     if (isAccepted && !channel.isEmpty())
         connection->joinChannel(asChannelName(channel));
+// ---------------------------------------------------------------------------------------------
+// Channel list
+
+void MainWindow::requestChannelList()
+{
+    createListTab();
+    if (listTree)
+        listTree->clear();
+    if (listInfoLabel)
+        listInfoLabel->setText(tr("Server: loading..."));
+    // A nick can be called like the tab, and then the page is that conversation's.
+    if (const auto tab = tabs.constFind(ListTab); tab != tabs.cend())
+        tabWidget->setCurrentWidget(tab->page);
+    connection->sendRaw(u"LIST"_s);
+}
+
+void MainWindow::createListTab()
+{
+    if (tabs.contains(ListTab))
+        return;
+    TabInfo info;
+    info.page = new QWidget;
+    auto *layout = new QVBoxLayout(info.page);
+    layout->setContentsMargins(0, 0, 0, 0);
+
+    listInfoLabel = new QLabel(tr("Server: loading..."));
+    listInfoLabel->setTextFormat(Qt::PlainText);
+    // The server gives the text, which is not to make the window as wide as itself.
+    listInfoLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    listInfoLabel->setStyleSheet(u"font-weight: bold; padding: 4px;"_s);
+    layout->addWidget(listInfoLabel);
+
+    listTree = new QTreeWidget;
+    listTree->setHeaderLabels({tr("Channel"), tr("Users"), tr("Topic")});
+    listTree->setRootIsDecorated(false);
+    listTree->setAlternatingRowColors(true);
+    listTree->setSortingEnabled(false);
+    QHeaderView *header = listTree->header();
+    header->setMinimumHeight(30);
+    header->setStyleSheet(u"QHeaderView::section { padding: 4px; font-weight: bold; }"_s);
+    listTree->setStyleSheet(currentTheme == "dark"_L1 ? DarkTreeSheet : QString());
+    header->setSectionResizeMode(ChannelColumn, QHeaderView::Interactive);
+    header->setMinimumSectionSize(120);
+    header->resizeSection(ChannelColumn, 200);
+    listTree->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(listTree, &QWidget::customContextMenuRequested, this,
+            &MainWindow::showChannelListContextMenu);
+    connect(listTree, &QTreeWidget::itemDoubleClicked, this,
+            &MainWindow::onChannelListDoubleClicked);
+    layout->addWidget(listTree);
+
+    insertTab(ListTab, info);
+}
+
+void MainWindow::onListStart()
+{
+    listReceiving = true;
+    appendToServerTab(u"*** Receiving channel list..."_s);
+    if (listTree)
+        listTree->setUpdatesEnabled(false);
+}
+
+void MainWindow::onListChannel(const QString &channel, const QString &userCount,
+                               const QString &topic)
+{
+    if (!listTree)
+        return;
+    auto *item = new NumericTreeWidgetItem;
+    item->setText(ChannelColumn, channel);
+    item->setText(UsersColumn, userCount);
+    item->setText(TopicColumn, topic);
+    item->setData(UsersColumn, Qt::UserRole, userCount.toInt());
+    item->setHidden(false);
+    listTree->addTopLevelItem(item);
+}
+
+void MainWindow::onListEnd()
+{
+    if (listTree) {
+        listTree->setUpdatesEnabled(true);
+        listTree->setSortingEnabled(true);
+        listTree->sortItems(UsersColumn, Qt::DescendingOrder);
+    }
+    listReceiving = false;
+    appendToServerTab(u"*** Channel list complete."_s);
+}
+
+void MainWindow::onListInfo(const QString &serverName, int totalChannels, int totalUsers)
+{
+    if (!listInfoLabel)
+        return;
+    // All at once: the name, which may hold such a mark, is not looked through for the next.
+    listInfoLabel->setText(tr("%1: %2 channels, %3 users")
+                                   .arg(serverName, QString::number(totalChannels),
+                                        QString::number(totalUsers)));
+}
+
+void MainWindow::filterChannelList(const QString &text)
+{
+    if (!listTree)
+        return;
+    for (int row = 0; row < listTree->topLevelItemCount(); ++row) {
+        QTreeWidgetItem *item = listTree->topLevelItem(row);
+        const bool isMatch = text.isEmpty()
+                             || item->text(ChannelColumn).contains(text, Qt::CaseInsensitive)
+                             || item->text(TopicColumn).contains(text, Qt::CaseInsensitive);
+        item->setHidden(!isMatch);
+    }
+}
+
+void MainWindow::showChannelListContextMenu(const QPoint &pos)
+{
+    const QTreeWidgetItem *item = listTree ? listTree->itemAt(pos) : nullptr;
+    if (!item)
+        return;
+    // The row, and the tree itself, may be gone by the time that an entry is chosen.
+    const QString channel = item->text(ChannelColumn);
+    const bool isAutojoined = autojoinChannels.contains(channel);
+
+    PlainTextMenu menu;
+    const QAction *join = menu.addAction(tr("Join %1").arg(channel));
+    QAction *autojoin = menu.addAction(tr("Autojoin on connect"));
+    autojoin->setCheckable(true);
+    autojoin->setChecked(isAutojoined);
+    const QAction *chosen = menu.exec(listTree->mapToGlobal(pos));
+    if (!chosen)
+        return;
+    if (chosen == join)
+        connection->joinChannel(channel);
+    else
+        setChannelAutojoin(channel, !isAutojoined);
+}
+
+void MainWindow::onChannelListDoubleClicked(QTreeWidgetItem *item, int)
+{
+    if (!item || !connection->isConnected())
+        return;
+    const QString channel = item->text(ChannelColumn);
+    if (!channel.isEmpty() && !tabs.contains(channel)) {
+        // Without the widgets of its topic, which thus stays empty in this tab.
+        insertTab(channel, createTabInfo(channel, true));
+        applyChatBackground();
+    }
+    if (const auto tab = tabs.constFind(channel); tab != tabs.cend())
+        tabWidget->setCurrentWidget(tab->page);
+    connection->joinChannel(channel);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -1608,7 +1775,7 @@ void MainWindow::commandList(const Commands::Command &)
         appendToServerTab(u"*** Please wait for registration to complete before using /list."_s);
         return;
     }
-    connection->sendRaw(u"LIST"_s);
+    requestChannelList();
 }
 
 void MainWindow::commandAway(const Commands::Command &command)

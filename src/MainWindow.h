@@ -30,6 +30,7 @@ class QSystemTrayIcon;
 class QTextBrowser;
 class QTextTable;
 class QTreeWidget;
+class QTreeWidgetItem;
 
 namespace Commands {
 struct Command;
@@ -108,8 +109,14 @@ private slots:
     void onQuit(const QString &nick, const QString &reason);
     void onKick(const QString &channel, const QString &kickedNick, const QString &kickerNick,
                 const QString &reason);
+    void onListStart();
+    void onListChannel(const QString &channel, const QString &userCount, const QString &topic);
+    void onListEnd();
+    void onListInfo(const QString &serverName, int totalChannels, int totalUsers);
     void onTabChanged(int index);
     void closeTab(int index);
+    void onChannelListDoubleClicked(QTreeWidgetItem *item, int column);
+    void filterChannelList(const QString &text);
     /// Empty: a width set by dragging holds only until the ratio is next imposed.
     void onSplitterMoved(int pos, int index);
     void onUserDoubleClicked(QListWidgetItem *item);
@@ -117,6 +124,7 @@ private slots:
     /// `nickCompleter` is what users meet.
     void completeNick();
     void showUserContextMenu(const QPoint &pos);
+    void showChannelListContextMenu(const QPoint &pos);
     /// Opens a new picker each time: a click outside has closed an earlier one.
     void toggleEmojiPicker();
     void onTabContextMenu(const QPoint &pos);
@@ -256,6 +264,10 @@ private:
     /// What can be completed in the tab on show; `users` are the channel's entries.
     QStringList completionCandidates(const QStringList &users) const;
     void setCompletionCandidates(const QStringList &candidates);
+    // Channel list
+    /// Opens the "List" tab if it isn't open, empties it, and asks the server for its channels.
+    void requestChannelList();
+    void createListTab();
 
     // Input
     using CommandHandler = void (MainWindow::*)(const Commands::Command &);
