@@ -2,6 +2,7 @@
 
 #include "Attention.h"
 #include "ChannelPage.h"
+#include "ChannelSearch.h"
 #include "ChatBackground.h"
 #include "Commands.h"
 #include "ConnectDialog.h"
@@ -26,8 +27,8 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QGuiApplication>
-#include <QInputDialog>
 #include <QHeaderView>
+#include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -75,11 +76,10 @@ constexpr int ChannelColumn = 0;
 constexpr int UsersColumn = 1;
 constexpr int TopicColumn = 2;
 
-const QString DarkTreeSheet =
-        u"QTreeWidget { background-color: #1E1E1E; color: #DDDDDD; "
-        "alternate-background-color: #252525; }"
-        "QTreeWidget::item:hover { background-color: #3A3A3A; }"
-        "QTreeWidget::item:selected { background-color: #505050; }"_s;
+const QString DarkTreeSheet = u"QTreeWidget { background-color: #1E1E1E; color: #DDDDDD; "
+                              "alternate-background-color: #252525; }"
+                              "QTreeWidget::item:hover { background-color: #3A3A3A; }"
+                              "QTreeWidget::item:selected { background-color: #505050; }"_s;
 
 bool isChannelName(const QString &name)
 {
@@ -1510,6 +1510,8 @@ void MainWindow::onJoinChannel()
                                   QLineEdit::Normal, QString(), &isAccepted);
     if (isAccepted && !channel.isEmpty())
         connection->joinChannel(asChannelName(channel));
+}
+
 // ---------------------------------------------------------------------------------------------
 // Channel list
 
@@ -1584,17 +1586,30 @@ void MainWindow::onListChannel(const QString &channel, const QString &userCount,
     item->setData(UsersColumn, Qt::UserRole, userCount.toInt());
     item->setHidden(false);
     listTree->addTopLevelItem(item);
+    ChannelSearch::of(*listTree).add(*item);
 }
 
 void MainWindow::onListEnd()
 {
     if (listTree) {
         listTree->setUpdatesEnabled(true);
-        listTree->setSortingEnabled(true);
-        listTree->sortItems(UsersColumn, Qt::DescendingOrder);
+        sortChannelList();
     }
     listReceiving = false;
     appendToServerTab(u"*** Channel list complete."_s);
+}
+
+void MainWindow::sortChannelList()
+{
+    QHeaderView *header = listTree->header();
+    // Each of the two steps below would sort a long list on the way: the first one by the header's
+    // old column, and the second one also for the header's signal.
+    const QSignalBlocker blocker(header);
+    if (!listTree->isSortingEnabled()) {
+        header->setSortIndicator(-1, Qt::DescendingOrder);
+        listTree->setSortingEnabled(true);
+    }
+    listTree->sortItems(UsersColumn, Qt::DescendingOrder);
 }
 
 void MainWindow::onListInfo(const QString &serverName, int totalChannels, int totalUsers)
@@ -1602,22 +1617,15 @@ void MainWindow::onListInfo(const QString &serverName, int totalChannels, int to
     if (!listInfoLabel)
         return;
     // All at once: the name, which may hold such a mark, is not looked through for the next.
-    listInfoLabel->setText(tr("%1: %2 channels, %3 users")
-                                   .arg(serverName, QString::number(totalChannels),
-                                        QString::number(totalUsers)));
+    listInfoLabel->setText(
+            tr("%1: %2 channels, %3 users")
+                    .arg(serverName, QString::number(totalChannels), QString::number(totalUsers)));
 }
 
 void MainWindow::filterChannelList(const QString &text)
 {
-    if (!listTree)
-        return;
-    for (int row = 0; row < listTree->topLevelItemCount(); ++row) {
-        QTreeWidgetItem *item = listTree->topLevelItem(row);
-        const bool isMatch = text.isEmpty()
-                             || item->text(ChannelColumn).contains(text, Qt::CaseInsensitive)
-                             || item->text(TopicColumn).contains(text, Qt::CaseInsensitive);
-        item->setHidden(!isMatch);
-    }
+    if (listTree)
+        ChannelSearch::of(*listTree).showMatches(text);
 }
 
 void MainWindow::showChannelListContextMenu(const QPoint &pos)

@@ -268,6 +268,8 @@ private:
     /// Opens the "List" tab if it isn't open, empties it, and asks the server for its channels.
     void requestChannelList();
     void createListTab();
+    /// Puts the fullest channels first and leaves the sorting on.
+    void sortChannelList();
 
     // Input
     using CommandHandler = void (MainWindow::*)(const Commands::Command &);

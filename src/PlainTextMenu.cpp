@@ -34,7 +34,6 @@ void PlainTextMenu::actionEvent(QActionEvent *event)
     for (const QAction *entry : entries)
         ampersands = std::max(ampersands, entry->text().count(u'&'));
     setMinimumWidth(0);
-    const qsizetype width =
-            sizeHint().width() + ampersands * fontMetrics().horizontalAdvance(u'&');
+    const qsizetype width = sizeHint().width() + ampersands * fontMetrics().horizontalAdvance(u'&');
     setMinimumWidth(static_cast<int>(std::min<qsizetype>(width, WidestMenu)));
 }

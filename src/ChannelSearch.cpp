@@ -1,0 +1,100 @@
+#include "ChannelSearch.h"
+
+#include <QTreeWidget>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int NameColumn = 0;
+constexpr int TopicColumn = 2;
+
+// A byte that UTF-8 never has, so that nothing is found across two texts.
+constexpr char EndOfText = '\xFF';
+
+// Letter by letter, as QString compares without regard to case: folding a text as a whole would
+// make two letters of some.
+std::string folded(const QString &text)
+{
+    QString result;
+    result.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar unit = text.at(i);
+        if (unit.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) {
+            const char32_t letter = QChar::surrogateToUcs4(unit, text.at(++i));
+            result.append(QChar::fromUcs4(QChar::toCaseFolded(letter)));
+        } else {
+            result.append(unit.toCaseFolded());
+        }
+    }
+    return result.toStdString();
+}
+
+} // namespace
+
+ChannelSearch &ChannelSearch::of(QTreeWidget &tree)
+{
+    auto *search = tree.findChild<ChannelSearch *>(QString(), Qt::FindDirectChildrenOnly);
+    return search ? *search : *new ChannelSearch(tree);
+}
+
+ChannelSearch::ChannelSearch(QTreeWidget &searched)
+    : QObject(&searched)
+    , tree(searched)
+{
+    const QAbstractItemModel *model = tree.model();
+    // Rows that come are not asked for here: a tree that is to be sorted would do so first.
+    connect(model, &QAbstractItemModel::rowsRemoved, this, &ChannelSearch::forget);
+    connect(model, &QAbstractItemModel::dataChanged, this, &ChannelSearch::forget);
+    connect(model, &QAbstractItemModel::modelReset, this, &ChannelSearch::forget);
+}
+
+void ChannelSearch::add(const QTreeWidgetItem &row)
+{
+    numbers.insert(&row, ends.size());
+    texts += folded(row.text(NameColumn)) + EndOfText;
+    texts += folded(row.text(TopicColumn)) + EndOfText;
+    ends.push_back(texts.size());
+}
+
+void ChannelSearch::forget()
+{
+    numbers.clear();
+    texts = {};
+    ends = {};
+}
+
+std::vector<bool> ChannelSearch::find(const QString &text) const
+{
+    std::vector<bool> found(ends.size());
+    const std::string wanted = folded(text);
+    auto end = ends.cbegin();
+    for (std::size_t place = texts.find(wanted); place != std::string::npos;
+         place = texts.find(wanted, *end)) {
+        end = std::upper_bound(end, ends.cend(), place);
+        found[static_cast<std::size_t>(end - ends.cbegin())] = true;
+    }
+    return found;
+}
+
+void ChannelSearch::showMatches(const QString &text)
+{
+    const int count = tree.topLevelItemCount();
+    if (numbers.size() != count) {
+        forget();
+        for (int row = 0; row < count; ++row)
+            add(*tree.topLevelItem(row));
+    }
+    std::vector<bool> hidden(static_cast<std::size_t>(count));
+    if (!text.isEmpty()) {
+        const std::vector<bool> found = find(text);
+        for (int row = 0; row < count; ++row)
+            hidden[static_cast<std::size_t>(row)] = !found[numbers.value(tree.topLevelItem(row))];
+    }
+    // By the row: an item would have to look for its own row first.
+    for (int row = 0; row < count; ++row) {
+        const bool isHidden = hidden[static_cast<std::size_t>(row)];
+        if (tree.isRowHidden(row, QModelIndex()) != isHidden)
+            tree.setRowHidden(row, QModelIndex(), isHidden);
+    }
+}

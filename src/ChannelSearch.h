@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QHash>
+#include <QObject>
+#include <QString>
+
+#include <string>
+#include <vector>
+
+class QTreeWidget;
+class QTreeWidgetItem;
+
+/// The search through a channel list, which is to keep up with typing in a list of any length.
+///
+/// Going through the texts of a tree row by row is slow, since each lies somewhere else. So a copy
+/// of them is kept in one piece; it costs about as many bytes as the texts have letters. It follows
+/// the tree by itself when rows change, move or go.
+class ChannelSearch final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ChannelSearch)
+
+public:
+    /// The search of `tree`, which owns it. It is made by the first call.
+    static ChannelSearch &of(QTreeWidget &tree);
+
+    /// Takes a row in right away that is being added to the tree. One that nobody hands over costs
+    /// the next search the time to go through the whole tree.
+    void add(const QTreeWidgetItem &row);
+
+    /// Shows the rows whose name in column 0 or topic in column 2 contains `text` without regard to
+    /// case, and hides the others. An empty text shows all rows.
+    void showMatches(const QString &text);
+
+private:
+    explicit ChannelSearch(QTreeWidget &searched);
+
+    void forget();
+    std::vector<bool> find(const QString &text) const;
+
+    QTreeWidget &tree;
+    QHash<const QTreeWidgetItem *, std::size_t> numbers; // Rows in the order of their arrival.
+    std::string texts;             // In UTF-8 and with case folded, each with a mark behind it.
+    std::vector<std::size_t> ends; // Where in them the texts of each row end, by its number.
+};
