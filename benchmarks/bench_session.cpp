@@ -268,7 +268,15 @@ bool reportNames(VirtualScreen *screen)
         const QByteArray source = ":guest" + QByteArray::number(i) + "!guest@host.example ";
         changes += source + "JOIN #bench\r\n" + source + "QUIT :bye\r\n";
     }
-    printCost(u"1,000 joins and quits beside 5,000 names"_s, session.send(changes));
+    printCost(u"1,000 joins and quits beside 5,000 names"_s, session.send(changes), 1);
+    QByteArray quits;
+    QByteArray joins;
+    for (int i = 0; i < 5000; i += 5) {
+        const QByteArray source = ":user" + QByteArray::number(i) + "!user@host.example ";
+        quits += source + "QUIT :a.example b.example\r\n";
+        joins += source + "JOIN #bench\r\n";
+    }
+    printCost(u"a net split: 1,000 of 5,000 quit and join"_s, session.send(quits + joins), 1);
     return true;
 }
 

@@ -31,6 +31,10 @@ constexpr qint64 PatienceForPong = 45000;
 
 constexpr qsizetype LongestAlternative = 30;
 
+// In bytes. A server that sends everything it has at once is heard in pieces, between which the
+// window answers its user.
+constexpr qint64 LongestRead = 256 * 1024;
+
 #ifdef TCP_KEEPIDLE
 constexpr int IdleTimeOption = TCP_KEEPIDLE;
 #else
@@ -95,6 +99,7 @@ void IRCConnection::connectToServer(const QString &newHost, quint16 newPort, con
         socket = new QTcpSocket(this);
         socket->connectToHost(host, port, QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
     }
+    socket->setReadBufferSize(LongestRead);
     socket->setSocketOption(QAbstractSocket::KeepAliveOption, 1);
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
 

@@ -1046,9 +1046,13 @@ void MainWindow::removeUserFromList(const QString &channel, const QString &entry
 {
     if (channel != currentTabName)
         return;
-    const QList<QListWidgetItem *> items = userList->findItems(entry, Qt::MatchExactly);
-    if (!items.isEmpty())
-        delete items.first();
+    // The first one, found without QListWidget::findItems(), which is slow in a long list.
+    for (int row = 0; row < userList->count(); ++row) {
+        if (userList->item(row)->text() == entry) {
+            delete userList->item(row);
+            return;
+        }
+    }
 }
 
 void MainWindow::clearUserList(const QString &channel)
@@ -1105,8 +1109,7 @@ void MainWindow::onJoin(const QString &nick, const QString &channel)
         QStringList &users = channelUsers[channel];
         // Compared with the whole entry: a known "@alice" is no match for a joining "alice".
         if (!users.contains(nick, Qt::CaseInsensitive)) {
-            users.append(nick);
-            NickList::sortPlain(users);
+            NickList::insertPlain(users, nick);
             addUserToList(channel, nick);
             if (channel == currentTabName)
                 updateNickCompletionModel();

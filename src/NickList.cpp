@@ -6,6 +6,18 @@ namespace {
 
 constexpr QStringView Prefixes = u"~&@%+";
 
+bool isBefore(const QString &left, const QString &right)
+{
+    return QString::compare(left, right, Qt::CaseInsensitive) < 0;
+}
+
+// Without a copy, since whoever looks for a nick asks this of thousands of entries.
+bool isEntryOf(const QString &entry, const QString &nick)
+{
+    const bool hasPrefix = !entry.isEmpty() && NickList::isPrefix(entry.front());
+    return QStringView(entry).sliced(hasPrefix ? 1 : 0) == nick;
+}
+
 } // namespace
 
 namespace NickList {
@@ -30,7 +42,7 @@ qsizetype indexOfNick(const QStringList &entries, const QString &nick)
 {
     const auto found =
             std::find_if(entries.cbegin(), entries.cend(),
-                         [&nick](const QString &entry) { return stripPrefix(entry) == nick; });
+                         [&nick](const QString &entry) { return isEntryOf(entry, nick); });
     return found == entries.cend() ? -1 : found - entries.cbegin();
 }
 
@@ -47,9 +59,18 @@ void sortByRank(QStringList &entries)
 
 void sortPlain(QStringList &entries)
 {
-    std::sort(entries.begin(), entries.end(), [](const QString &left, const QString &right) {
-        return QString::compare(left, right, Qt::CaseInsensitive) < 0;
-    });
+    std::sort(entries.begin(), entries.end(), isBefore);
+}
+
+void insertPlain(QStringList &entries, const QString &entry)
+{
+    if (!std::is_sorted(entries.cbegin(), entries.cend(), isBefore)) {
+        entries.append(entry);
+        sortPlain(entries);
+        return;
+    }
+    // As after any join but the first, of which a net that comes together again brings many.
+    entries.insert(std::upper_bound(entries.cbegin(), entries.cend(), entry, isBefore), entry);
 }
 
 } // namespace NickList

@@ -31,4 +31,8 @@ void sortByRank(QStringList &entries);
 /// channel takes this order whenever somebody joins, until the next name list.
 void sortPlain(QStringList &entries);
 
+/// Adds `entry` and brings all of `entries` into the order of `sortPlain`. Cheap if they are in
+/// that order already.
+void insertPlain(QStringList &entries, const QString &entry);
+
 } // namespace NickList
