@@ -22,11 +22,10 @@ constexpr int RowCount = 50000;
 
 QByteArray listing()
 {
-    static const QByteArrayList names{"linux", "music", "weather-", "help", "chess", "retro.",
-                                      "cooking", "python-", "Games_", "offtopic"};
+    static const QByteArrayList names{"linux",  "music",   "weather-", "help",   "chess",
+                                      "retro.", "cooking", "python-",  "Games_", "offtopic"};
     static const QByteArrayList topics{
-            "Welcome! Please read the rules before you ask: https://example.org/rules",
-            "",
+            "Welcome! Please read the rules before you ask: https://example.org/rules", "",
             "All about the new release | no flooding | logs are public",
             "The quick brown fox jumps over the lazy dog, and then sleeps until the next morning"};
     QByteArray result = ":irc.test 321 me Channel :Users Name\r\n";
@@ -38,8 +37,7 @@ QByteArray listing()
     return result + ":irc.test 323 me :End of /LIST\r\n";
 }
 
-void print(const QString &work, const QString &unit, double value,
-           std::optional<double> limit = {})
+void print(const QString &work, const QString &unit, double value, std::optional<double> limit = {})
 {
     Report::print({.work = work, .unit = unit, .value = value, .limit = limit, .stock = {}});
 }
@@ -80,12 +78,14 @@ void reportSearch(WindowSession &session)
         const QSignalBlocker blocker(search);
         return Report::median(1, [&] { setEachRow(tree, text); });
     };
-    for (const QString &text : {u"w"_s, u"we"_s, u"wea"_s, u"weat"_s, u"weath"_s, u"wea"_s, u""_s}) {
+    for (const QString &text :
+         {u"w"_s, u"we"_s, u"wea"_s, u"weat"_s, u"weath"_s, u"wea"_s, u""_s}) {
         double mine = key(text);
-        double settle = Report::median(1,[]{Report::settle();});
+        double settle = Report::median(1, [] { Report::settle(); });
         double again = everyRow(text);
-        double settle2 = Report::median(1,[]{Report::settle();});
-        QTextStream(stdout) << text << ' ' << mine << ' ' << again << " settle " << settle << ' ' << settle2 << Qt::endl;
+        double settle2 = Report::median(1, [] { Report::settle(); });
+        QTextStream(stdout) << text << ' ' << mine << ' ' << again << " settle " << settle << ' '
+                            << settle2 << Qt::endl;
     }
 }
 

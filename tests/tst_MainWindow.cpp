@@ -391,7 +391,7 @@ void TestMainWindow::enablesWhatIsThere_data()
     QTest::newRow("away") << u"Marked Away..."_s << true;
     QTest::newRow("nick") << u"Change Nick..."_s << true;
     QTest::newRow("join") << u"&Join channel..."_s << true;
-    QTest::newRow("list") << u"Channel &List"_s << false;
+    QTest::newRow("list") << u"Channel &List"_s << true;
     QTest::newRow("preferences") << u"&Preferences..."_s << true;
     QTest::newRow("about") << u"About Velmora"_s << true;
     QTest::newRow("help") << u"Help"_s << true;
@@ -442,12 +442,19 @@ void TestMainWindow::declaresItsSlotsInOrder()
             u"onTopic(QString channel, QString topic)"_s,
             u"onQuit(QString nick, QString reason)"_s,
             u"onKick(QString channel, QString kickedNick, QString kickerNick, QString reason)"_s,
+            u"onListStart()"_s,
+            u"onListChannel(QString channel, QString userCount, QString topic)"_s,
+            u"onListEnd()"_s,
+            u"onListInfo(QString serverName, int totalChannels, int totalUsers)"_s,
             u"onTabChanged(int index)"_s,
             u"closeTab(int index)"_s,
+            u"onChannelListDoubleClicked(QTreeWidgetItem* item, int column)"_s,
+            u"filterChannelList(QString text)"_s,
             u"onSplitterMoved(int pos, int index)"_s,
             u"onUserDoubleClicked(QListWidgetItem* item)"_s,
             u"completeNick()"_s,
             u"showUserContextMenu(QPoint pos)"_s,
+            u"showChannelListContextMenu(QPoint pos)"_s,
             u"toggleEmojiPicker()"_s,
             u"onTabContextMenu(QPoint pos)"_s,
             u"onWhoisUser(QString nick, QString user, QString host, QString real)"_s,
@@ -483,6 +490,7 @@ void TestMainWindow::connectsItsWidgets()
     QVERIFY(disconnect(&probe.splitter(), &QSplitter::splitterMoved, &window, nullptr));
     QVERIFY(disconnect(&probe.inputLine(), &QLineEdit::returnPressed, &window, nullptr));
     QVERIFY(disconnect(&probe.emojiButton(), &QPushButton::clicked, &window, nullptr));
+    QVERIFY(disconnect(&probe.listSearchEdit(), &QLineEdit::textChanged, &window, nullptr));
     QVERIFY(disconnect(window.findChild<QShortcut *>(), &QShortcut::activated, &window, nullptr));
 }
 

@@ -14,6 +14,8 @@ private slots:
     void findsANickBehindItsPrefix();
     void sortsByRankThenByNick();
     void sortsPlainByWholeEntry();
+    void insertsWhereThePlainSortPuts_data();
+    void insertsWhereThePlainSortPuts();
 };
 
 void TestNickList::stripsOnePrefixAndRanks_data()
@@ -68,6 +70,33 @@ void TestNickList::sortsPlainByWholeEntry()
     NickList::sortPlain(entries);
     QCOMPARE(entries, (QStringList{u"%half"_s, u"&adm"_s, u"+voice"_s, u"@op"_s, u"Alice"_s,
                                    u"bob"_s, u"~owner"_s}));
+}
+
+void TestNickList::insertsWhereThePlainSortPuts_data()
+{
+    QTest::addColumn<QStringList>("entries");
+    QTest::addColumn<QString>("entry");
+
+    const QStringList ranked{u"~owner"_s, u"@op"_s, u"+voice"_s, u"Alice"_s, u"bob"_s};
+    const QStringList plain{u"+voice"_s, u"@op"_s, u"Alice"_s, u"bob"_s, u"~owner"_s};
+    QTest::newRow("into none") << QStringList() << u"carol"_s;
+    QTest::newRow("first") << plain << u"%half"_s;
+    QTest::newRow("in between") << plain << u"amy"_s;
+    QTest::newRow("without regard to case") << plain << u"BEN"_s;
+    QTest::newRow("last") << plain << u"~zoe"_s;
+    QTest::newRow("after a list by rank") << ranked << u"amy"_s;
+    QTest::newRow("after a rename") << QStringList{u"+voice"_s, u"zoe"_s, u"bob"_s} << u"amy"_s;
+}
+
+void TestNickList::insertsWhereThePlainSortPuts()
+{
+    QFETCH(QStringList, entries);
+    QFETCH(const QString, entry);
+    QStringList sorted = entries;
+    sorted.append(entry);
+    NickList::sortPlain(sorted);
+    NickList::insertPlain(entries, entry);
+    QCOMPARE(entries, sorted);
 }
 
 QTEST_GUILESS_MAIN(TestNickList)

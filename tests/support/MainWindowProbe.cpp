@@ -12,6 +12,7 @@
 #include <QTest>
 #include <QTextBrowser>
 #include <QTextTable>
+#include <QTreeWidget>
 
 using namespace Qt::StringLiterals;
 
@@ -62,12 +63,15 @@ void MainWindowProbe::openTabs(const QStringList &names) const
         window.appendMessageToTab(name, u"a line"_s, QString(), false);
 }
 
-void MainWindowProbe::addListTab() const
+QStringList MainWindowProbe::listColumn(int column) const
 {
-    MainWindow::TabInfo info;
-    info.page = new QWidget;
-    window.tabs.insert(u"List"_s, info);
-    window.tabWidget->addTab(info.page, u"List"_s);
+    QStringList texts;
+    for (int row = 0; row < window.listTree->topLevelItemCount(); ++row) {
+        const QTreeWidgetItem *item = window.listTree->topLevelItem(row);
+        if (!item->isHidden())
+            texts.append(item->text(column));
+    }
+    return texts;
 }
 
 QStringList MainWindowProbe::tabTexts() const

@@ -106,7 +106,10 @@ public:
     /// Opens these tabs in their order, as a line in each of them does.
     void openTabs(const QStringList &names) const;
     /// Adds an empty "List" tab, which no line can open.
-    void addListTab() const;
+    void addListTab() const { window.createListTab(); }
+    /// The texts of one column of the channel list from top to bottom, of those rows that are not
+    /// hidden.
+    [[nodiscard]] QStringList listColumn(int column) const;
 
     // What a user sees
     /// The tabs' texts from left to right.

@@ -1,0 +1,343 @@
+#include "IRCConnection.h"
+#include "ModalAnswers.h"
+#include "MyTabWidget.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QSettings>
+#include <QTest>
+#include <QTextBrowser>
+#include <QTreeWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto Server = u"Server"_s;
+const auto List = u"List"_s;
+const auto Autojoin = u"Autojoin on connect"_s;
+
+// A session that shows a complete list with these channels, in this order.
+bool begin(WindowSession &session, const QStringList &channels)
+{
+    if (!session.registerAs())
+        return false;
+    session.choose(u"Channel &List"_s);
+    QStringList lines{u":irc.test 321 me :Channels"_s};
+    for (qsizetype i = 0; i < channels.size(); ++i) {
+        lines.append(u":irc.test 322 me %1 %2 :Topic"_s.arg(channels.at(i),
+                                                            QString::number(channels.size() - i)));
+    }
+    lines.append(u":irc.test 323 me :End"_s);
+    if (!session.sayAll(lines))
+        return false;
+    static_cast<void>(session.takeSent());
+    return session.probe.listColumn(0) == channels;
+}
+
+void requestMenu(const WindowSession &session, int row)
+{
+    QTreeWidget &tree = *session.probe.listTree();
+    const QPoint place = row < 0 ? QPoint(5, tree.viewport()->height() - 5)
+                                 : tree.visualItemRect(tree.topLevelItem(row)).center();
+    emit tree.customContextMenuRequested(place);
+}
+
+void doubleClick(const WindowSession &session, int row)
+{
+    QTreeWidget &tree = *session.probe.listTree();
+    const QPoint place = tree.visualItemRect(tree.topLevelItem(row)).center();
+    QTest::mouseDClick(tree.viewport(), Qt::LeftButton, {}, place);
+}
+
+} // namespace
+
+class TestChannelListMenu final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void showsNoMenuBesideTheRows();
+    void showsTheMenu_data();
+    void showsTheMenu();
+    void joinsFromTheMenu();
+    void doesNothingIfTheMenuIsDismissed();
+    void togglesAutojoin();
+    void survivesWhatHappensUnderTheMenu_data();
+    void survivesWhatHappensUnderTheMenu();
+    void turnsTheAutojoinRoundThatItShowed();
+
+    void opensAChannelByDoubleClick();
+    void goesToAnOpenChannelByDoubleClick();
+    void doesNothingByDoubleClickWithoutALink();
+    void leavesTheTopicOfSuchATabEmpty();
+    void opensOddNamesByDoubleClick_data();
+    void opensOddNamesByDoubleClick();
+
+private:
+    TemporaryStore store;
+};
+
+void TestChannelListMenu::init()
+{
+    store.clear();
+}
+
+void TestChannelListMenu::showsNoMenuBesideTheRows()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s}));
+    const ModalAnswers answers;
+    requestMenu(session, -1);
+    QCoreApplication::processEvents();
+    QCOMPARE(answers.problems(), QStringList());
+}
+
+void TestChannelListMenu::showsTheMenu_data()
+{
+    QTest::addColumn<QString>("channel");
+    QTest::addColumn<bool>("isAutojoined");
+
+    QTest::newRow("channel") << u"#a"_s << false;
+    QTest::newRow("autojoined") << u"#auto"_s << true;
+    QTest::newRow("in another case") << u"#Auto"_s << false;
+    QTest::newRow("ampersand") << u"#a&b"_s << false;
+    QTest::newRow("markup") << u"#<b>%1</b>"_s << false;
+    QTest::newRow("huge") << QString(u'#' + QString(10000, u'x')) << false;
+}
+
+void TestChannelListMenu::showsTheMenu()
+{
+    QFETCH(const QString, channel);
+    QFETCH(const bool, isAutojoined);
+    WindowSession session;
+    QVERIFY(begin(session, {channel}));
+    session.probe.autojoinChannels() = QStringList{u"#auto"_s};
+    ModalAnswers answers;
+    answers.queueForMenu([&](QMenu *menu) {
+        const QList<QAction *> entries = menu->actions();
+        QCOMPARE(entries.size(), 2);
+        QCOMPARE(entries.at(0)->text(), u"Join "_s + channel);
+        QVERIFY(!entries.at(0)->isCheckable());
+        QCOMPARE(entries.at(1)->text(), Autojoin);
+        QVERIFY(entries.at(1)->isCheckable());
+        QCOMPARE(entries.at(1)->isChecked(), isAutojoined);
+        QCOMPARE(menu->parent(), nullptr);
+        menu->close();
+    });
+    requestMenu(session, 0);
+    QCOMPARE(answers.problems(), QStringList());
+}
+
+void TestChannelListMenu::joinsFromTheMenu()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s, u"#b&c"_s}));
+    ModalAnswers answers;
+    answers.queueForMenu(ModalAnswers::choosing(u"Join #b&c"_s));
+    requestMenu(session, 1);
+    QCOMPARE(answers.problems(), QStringList());
+    QCOMPARE(session.takeSent(), QStringList{u"JOIN #b&c"_s});
+    // Its tab comes with the server's answer.
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
+}
+
+void TestChannelListMenu::doesNothingIfTheMenuIsDismissed()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s}));
+    const QStringList before = session.probe.lines(Server);
+    ModalAnswers answers;
+    answers.queueForMenu([](QMenu *menu) { QTest::keyClick(menu, Qt::Key_Escape); });
+    requestMenu(session, 0);
+    QCOMPARE(answers.problems(), QStringList());
+    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.probe.lines(Server), before);
+    QVERIFY(session.probe.autojoinChannels().isEmpty());
+}
+
+void TestChannelListMenu::togglesAutojoin()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s}));
+    const QString key = u"servers/%1/autojoin"_s.arg(session.probe.currentServerId());
+    const qsizetype before = session.probe.lines(Server).size();
+    ModalAnswers answers;
+    answers.queueForMenu(ModalAnswers::choosing(Autojoin));
+    requestMenu(session, 0);
+    QCOMPARE(session.probe.autojoinChannels(), QStringList{u"#a"_s});
+    QCOMPARE(session.probe.connection().serverConfig().autojoin, QStringList{u"#a"_s});
+    QCOMPARE(QSettings().value(key).toStringList(), QStringList{u"#a"_s});
+    answers.queueForMenu(ModalAnswers::choosing(Autojoin));
+    requestMenu(session, 0);
+    QVERIFY(session.probe.autojoinChannels().isEmpty());
+    QVERIFY(session.probe.connection().serverConfig().autojoin.isEmpty());
+    QVERIFY(QSettings().value(key).toStringList().isEmpty());
+    QCOMPARE(answers.problems(), QStringList());
+    QCOMPARE(session.probe.lines(Server).mid(before),
+             (QStringList{u"*** Added #a to autojoin list"_s,
+                          u"*** Removed #a from autojoin list"_s}));
+    QCOMPARE(session.takeSent(), QStringList());
+}
+
+void TestChannelListMenu::survivesWhatHappensUnderTheMenu_data()
+{
+    QTest::addColumn<QString>("event");
+
+    QTest::newRow("the list is emptied") << u"empty"_s;
+    QTest::newRow("the list is filled anew") << u"fill"_s;
+    QTest::newRow("the tab is closed") << u"close"_s;
+    QTest::newRow("the tree is gone") << u"delete"_s;
+    QTest::newRow("the link drops") << u"drop"_s;
+}
+
+void TestChannelListMenu::survivesWhatHappensUnderTheMenu()
+{
+    QFETCH(const QString, event);
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s, u"#b"_s}));
+    for (const QString &entry : {Autojoin, u"Join #a"_s}) {
+        ModalAnswers answers;
+        bool happened = true;
+        answers.queueForMenu([&](QMenu *menu) {
+            if (event == "empty"_L1)
+                session.choose(u"Channel &List"_s);
+            else if (event == "fill"_L1)
+                happened = session.sayAll({u":irc.test 322 me #c 9 :x"_s, u":irc.test 323 me :"_s});
+            else if (event == "drop"_L1)
+                session.server.close();
+            else if (session.probe.listTree())
+                session.probe.closeTab(1);
+            if (event == "delete"_L1)
+                delete session.window.findChild<QTreeWidget *>();
+            if (event == "drop"_L1) {
+                happened =
+                        QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); });
+            }
+            ModalAnswers::choosing(entry)(menu);
+        });
+        requestMenu(session, 0);
+        QCOMPARE(answers.problems(), QStringList());
+        QVERIFY(happened);
+        if (entry == Autojoin)
+            QCOMPARE(session.probe.autojoinChannels(), QStringList{u"#a"_s});
+        // The others leave no row to choose again from.
+        if (event != "fill"_L1 && event != "drop"_L1)
+            return;
+    }
+    if (event == "drop"_L1)
+        QCOMPARE(session.probe.lastLine(Server), u"*** Error: Socket is not connected"_s);
+}
+
+void TestChannelListMenu::turnsTheAutojoinRoundThatItShowed()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s}));
+    ModalAnswers answers;
+    answers.queueForMenu([&](QMenu *menu) {
+        session.probe.setChannelAutojoin(u"#a"_s, true);
+        ModalAnswers::choosing(Autojoin)(menu);
+    });
+    requestMenu(session, 0);
+    QCOMPARE(answers.problems(), QStringList());
+    QCOMPARE(session.probe.autojoinChannels(), QStringList{u"#a"_s});
+}
+
+void TestChannelListMenu::opensAChannelByDoubleClick()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s, u"#b"_s}));
+    doubleClick(session, 1);
+    QCOMPARE(session.takeSent(), QStringList{u"JOIN #b"_s});
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List, u"#b"_s}));
+    QCOMPARE(session.probe.currentTabName(), u"#b"_s);
+    QCOMPARE(session.probe.tabWidget().tabToolTip(2), u"#b"_s);
+    const MainWindow::TabInfo tab = session.probe.tabs().value(u"#b"_s);
+    QCOMPARE(tab.page, session.probe.tabWidget().widget(2));
+    QCOMPARE(tab.chatView, tab.page->findChild<QTextBrowser *>());
+    QVERIFY(tab.chatView != nullptr);
+    QCOMPARE(tab.table, nullptr);
+    QCOMPARE(tab.peerNick, QString());
+    QCOMPARE(tab.topicBar, nullptr);
+    QCOMPARE(tab.topicLabel, nullptr);
+    QCOMPARE(tab.editTopicBtn, nullptr);
+}
+
+void TestChannelListMenu::goesToAnOpenChannelByDoubleClick()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s}));
+    QVERIFY(session.join(u"#a"_s, u"me"_s));
+    static_cast<void>(session.takeSent());
+    session.probe.showTab(List);
+    doubleClick(session, 0);
+    QCOMPARE(session.probe.currentTabName(), u"#a"_s);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List, u"#a"_s}));
+    QCOMPARE(session.takeSent(), QStringList{u"JOIN #a"_s});
+}
+
+void TestChannelListMenu::doesNothingByDoubleClickWithoutALink()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s}));
+    session.server.close();
+    QTRY_VERIFY(!session.probe.connection().isConnected());
+    const QStringList before = session.probe.lines(Server);
+    doubleClick(session, 0);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
+    QCOMPARE(session.probe.lines(Server), before);
+}
+
+void TestChannelListMenu::leavesTheTopicOfSuchATabEmpty()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s, u"#b"_s}));
+    doubleClick(session, 0);
+    for (const QString &channel : {u"#a"_s, u"#b"_s}) {
+        QVERIFY(session.join(channel, u"@me"_s));
+        QVERIFY(session.say(u":irc.test 332 me %1 :The topic"_s.arg(channel)));
+        session.probe.showTab(List);
+        session.probe.showTab(channel);
+    }
+    const QWidget *opened = session.probe.tabs().value(u"#a"_s).page;
+    QCOMPARE(opened->findChild<QLabel *>(u"topicLabel"_s)->text(), QString());
+    QVERIFY(opened->findChild<QPushButton *>(u"editTopicBtn"_s)->isHidden());
+    const MainWindow::TabInfo joined = session.probe.tabs().value(u"#b"_s);
+    QCOMPARE(joined.topicLabel->text(), u"The topic"_s);
+    QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"me|joined #a"_s});
+}
+
+void TestChannelListMenu::opensOddNamesByDoubleClick_data()
+{
+    QTest::addColumn<QString>("channel");
+    QTest::addColumn<QStringList>("tabs");
+
+    QTest::newRow("another prefix") << u"&local"_s << QStringList{Server, List, u"&local"_s};
+    QTest::newRow("the server tab's") << Server << QStringList{Server, List};
+    QTest::newRow("the list's own") << List << QStringList{Server, List};
+    QTest::newRow("markup") << u"#<b>x</b>"_s << QStringList{Server, List, u"#<b>x</b>"_s};
+    QTest::newRow("another case") << u"#A"_s << QStringList{Server, List, u"#A"_s};
+    const QString huge = u'#' + QString(10000, u'x');
+    QTest::newRow("huge") << huge << QStringList{Server, List, huge};
+}
+
+void TestChannelListMenu::opensOddNamesByDoubleClick()
+{
+    QFETCH(const QString, channel);
+    WindowSession session;
+    QVERIFY(begin(session, {channel}));
+    const int width = session.window.width();
+    doubleClick(session, 0);
+    QTEST(session.probe.tabTexts(), "tabs");
+    QCOMPARE(session.probe.currentTabName(), channel);
+    QCOMPARE(session.takeSent(), QStringList{u"JOIN "_s + channel});
+    QCOMPARE(session.window.width(), width);
+}
+
+QTEST_MAIN(TestChannelListMenu)
+#include "tst_ChannelListMenu.moc"

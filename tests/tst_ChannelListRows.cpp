@@ -1,0 +1,354 @@
+#include "IRCConnection.h"
+#include "MyTabWidget.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTest>
+#include <QTreeWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto Server = u"Server"_s;
+
+const auto Start = u":irc.test 321 me Channel :Users  Name"_s;
+const auto End = u":irc.test 323 me :End of /LIST"_s;
+
+QString row(const QString &channel, const QString &users, const QString &topic = {})
+{
+    return u":irc.test 322 me %1 %2 :%3"_s.arg(channel, users, topic);
+}
+
+// A session whose user has asked for the channel list.
+bool begin(WindowSession &session)
+{
+    if (!session.registerAs())
+        return false;
+    session.choose(u"Channel &List"_s);
+    return session.probe.listTree() != nullptr;
+}
+
+bool list(WindowSession &session, const QStringList &rows)
+{
+    return session.sayAll(QStringList{Start} + rows + QStringList{End});
+}
+
+} // namespace
+
+class TestChannelListRows final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void takesRowsAsTheyAre();
+    void paintsNothingUntilTheListIsComplete();
+    void tellsOfTheListingOnTheServerTab();
+    void tallies_data();
+    void tallies();
+    void addsUpWithoutAStart();
+    void sortsTheFullestFirst();
+    void countsOtherTextAsNobody();
+    void sortsByClickOnAHeader();
+    void keepsASecondListingInOrder();
+    void filtersByNameAndTopic();
+    void showsLaterRowsWhateverTheSearch();
+    void showsAllRowsAgain();
+    void takesBadRows_data();
+    void takesBadRows();
+    void takesHugeTexts();
+    void takesManyRowsAtOnce();
+
+private:
+    TemporaryStore store;
+};
+
+void TestChannelListRows::init()
+{
+    store.clear();
+}
+
+void TestChannelListRows::takesRowsAsTheyAre()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    QVERIFY(session.sayAll({Start, row(u"#a"_s, u"007"_s, u"\u0002Bold\u000F \u00034,1red"_s)}));
+    const QTreeWidgetItem *item = session.probe.listTree()->topLevelItem(0);
+    QVERIFY(item != nullptr);
+    QCOMPARE(item->text(0), u"#a"_s);
+    QCOMPARE(item->text(1), u"007"_s);
+    QCOMPARE(item->text(2), u"\u0002Bold\u000F \u00034,1red"_s);
+    QCOMPARE(item->data(1, Qt::UserRole), QVariant(7));
+    QCOMPARE(item->data(0, Qt::UserRole), QVariant());
+    QCOMPARE(item->data(2, Qt::UserRole), QVariant());
+    QVERIFY(!item->isHidden());
+    QVERIFY(item->toolTip(2).isEmpty());
+}
+
+void TestChannelListRows::paintsNothingUntilTheListIsComplete()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    const QTreeWidget &tree = *session.probe.listTree();
+    QVERIFY(tree.updatesEnabled());
+    QVERIFY(session.sayAll({Start, row(u"#b"_s, u"1"_s), row(u"#a"_s, u"2"_s)}));
+    QVERIFY(!tree.updatesEnabled());
+    QVERIFY(!tree.isSortingEnabled());
+    // In the order of arrival until then.
+    QCOMPARE(session.probe.listColumn(0), (QStringList{u"#b"_s, u"#a"_s}));
+    QVERIFY(session.say(End));
+    QVERIFY(tree.updatesEnabled());
+    QVERIFY(tree.isSortingEnabled());
+}
+
+void TestChannelListRows::tellsOfTheListingOnTheServerTab()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    const qsizetype before = session.probe.lines(Server).size();
+    QVERIFY(session.sayAll(
+            {Start, row(u"#a"_s, u"1"_s), u":irc.test NOTICE me :muted"_s, u"PING :irc.test"_s}));
+    QVERIFY(session.probe.listReceiving());
+    QCOMPARE(session.probe.lines(Server).mid(before),
+             QStringList{u"*** Receiving channel list..."_s});
+    QVERIFY(session.say(End));
+    QVERIFY(!session.probe.listReceiving());
+    QCOMPARE(session.probe.lines(Server).mid(before),
+             (QStringList{u"*** Receiving channel list..."_s, u"*** Channel list complete."_s}));
+}
+
+void TestChannelListRows::tallies_data()
+{
+    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<QString>("label");
+
+    QTest::newRow("rows") << QStringList{Start, row(u"#a"_s, u"2"_s), row(u"#b"_s, u"40"_s)}
+                          << u"irc.test: 2 channels, 42 users"_s;
+    QTest::newRow("none") << QStringList{Start} << u"irc.test: 0 channels, 0 users"_s;
+    QTest::newRow("no number") << QStringList{Start, row(u"#a"_s, u"many"_s)}
+                               << u"irc.test: 1 channels, 0 users"_s;
+    QTest::newRow("no prefix") << QStringList{u"321 me Channel :Users"_s, row(u"#a"_s, u"2"_s)}
+                               << u": 1 channels, 2 users"_s;
+    QTest::newRow("large") << QStringList{Start, row(u"#a"_s, u"1234567"_s)}
+                           << u"irc.test: 1 channels, 1234567 users"_s;
+    QTest::newRow("markup") << QStringList{u":<b>%2</b>&amp; 321 me :"_s, row(u"#a"_s, u"2"_s)}
+                            << u"<b>%2</b>&amp;: 1 channels, 2 users"_s;
+}
+
+void TestChannelListRows::tallies()
+{
+    QFETCH(const QStringList, lines);
+    WindowSession session;
+    QVERIFY(begin(session));
+    session.probe.listSearchEdit().setText(u"nothing"_s);
+    QVERIFY(session.sayAll(lines + QStringList{End}));
+    QTEST(session.probe.listInfoLabel()->text(), "label");
+}
+
+void TestChannelListRows::addsUpWithoutAStart()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    QVERIFY(list(session, {row(u"#a"_s, u"2"_s)}));
+    session.choose(u"Channel &List"_s);
+    QVERIFY(session.sayAll({row(u"#a"_s, u"3"_s), End}));
+    QCOMPARE(session.probe.listInfoLabel()->text(), u"irc.test: 2 channels, 5 users"_s);
+    QCOMPARE(session.probe.listTree()->topLevelItemCount(), 1);
+}
+
+void TestChannelListRows::sortsTheFullestFirst()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    QVERIFY(list(session, {row(u"#nine"_s, u"9"_s), row(u"#ten"_s, u"10"_s),
+                           row(u"#hundred"_s, u"100"_s), row(u"#none"_s, u"0"_s)}));
+    QCOMPARE(session.probe.listColumn(1), (QStringList{u"100"_s, u"10"_s, u"9"_s, u"0"_s}));
+    const QHeaderView &header = *session.probe.listTree()->header();
+    QVERIFY(header.isSortIndicatorShown());
+    QCOMPARE(header.sortIndicatorSection(), 1);
+    QCOMPARE(header.sortIndicatorOrder(), Qt::DescendingOrder);
+}
+
+void TestChannelListRows::countsOtherTextAsNobody()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    QVERIFY(list(session, {row(u"#many"_s, u"many"_s), row(u"#less"_s, u"-1"_s),
+                           row(u"#one"_s, u"1"_s), row(u"#huge"_s, u"99999999999"_s)}));
+    QCOMPARE(session.probe.listColumn(0).first(), u"#one"_s);
+    QCOMPARE(session.probe.listColumn(0).last(), u"#less"_s);
+    QCOMPARE(session.probe.listInfoLabel()->text(), u"irc.test: 4 channels, 0 users"_s);
+}
+
+void TestChannelListRows::sortsByClickOnAHeader()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    QVERIFY(list(session, {row(u"#b"_s, u"1"_s, u"z"_s), row(u"#C"_s, u"2"_s, u"Y"_s),
+                           row(u"#a"_s, u"3"_s, u"x"_s)}));
+    QHeaderView &header = *session.probe.listTree()->header();
+    const auto click = [&header](int section) {
+        QTest::mouseClick(header.viewport(), Qt::LeftButton, {},
+                          QPoint(header.sectionViewportPosition(section) + 40, 15));
+    };
+    click(0);
+    QCOMPARE(session.probe.listColumn(0), (QStringList{u"#a"_s, u"#b"_s, u"#C"_s}));
+    click(0);
+    QCOMPARE(session.probe.listColumn(0), (QStringList{u"#C"_s, u"#b"_s, u"#a"_s}));
+    click(2);
+    QCOMPARE(session.probe.listColumn(2), (QStringList{u"x"_s, u"Y"_s, u"z"_s}));
+    click(1);
+    QCOMPARE(session.probe.listColumn(1), (QStringList{u"1"_s, u"2"_s, u"3"_s}));
+}
+
+void TestChannelListRows::keepsASecondListingInOrder()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    QVERIFY(list(session, {row(u"#a"_s, u"1"_s)}));
+    session.probe.listTree()->sortItems(0, Qt::AscendingOrder);
+    session.choose(u"Channel &List"_s);
+    QVERIFY(session.sayAll({Start, row(u"#b"_s, u"3"_s), row(u"#a"_s, u"1"_s)}));
+    QVERIFY(!session.probe.listTree()->updatesEnabled());
+    QVERIFY(session.probe.listTree()->isSortingEnabled());
+    QCOMPARE(session.probe.listColumn(0), (QStringList{u"#a"_s, u"#b"_s}));
+    QVERIFY(session.sayAll({row(u"#c"_s, u"2"_s), End}));
+    QCOMPARE(session.probe.listColumn(0), (QStringList{u"#b"_s, u"#c"_s, u"#a"_s}));
+    QVERIFY(session.probe.listTree()->updatesEnabled());
+}
+
+void TestChannelListRows::filtersByNameAndTopic()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    QVERIFY(list(session, {row(u"#linux"_s, u"3"_s, u"Kernel talk"_s),
+                           row(u"#music"_s, u"2"_s, u"on LINUX too"_s),
+                           row(u"#chess"_s, u"1"_s, u"3 linus"_s)}));
+    QTest::keyClicks(&session.probe.listSearchEdit(), u"Linux"_s);
+    QCOMPARE(session.probe.listColumn(0), (QStringList{u"#linux"_s, u"#music"_s}));
+    QTest::keyClick(&session.probe.listSearchEdit(), Qt::Key_Backspace);
+    QTest::keyClick(&session.probe.listSearchEdit(), Qt::Key_Backspace);
+    QCOMPARE(session.probe.listColumn(0), (QStringList{u"#linux"_s, u"#music"_s, u"#chess"_s}));
+    session.probe.listSearchEdit().setText(u"3"_s);
+    QCOMPARE(session.probe.listColumn(0), QStringList{u"#chess"_s});
+    session.probe.listSearchEdit().setText(u"#*"_s);
+    QCOMPARE(session.probe.listColumn(0), QStringList());
+}
+
+void TestChannelListRows::showsLaterRowsWhateverTheSearch()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    QVERIFY(session.sayAll({Start, row(u"#a"_s, u"3"_s), row(u"#b"_s, u"2"_s)}));
+    session.probe.listSearchEdit().setText(u"#a"_s);
+    QVERIFY(session.sayAll({row(u"#c"_s, u"1"_s), End}));
+    QCOMPARE(session.probe.listColumn(0), (QStringList{u"#a"_s, u"#c"_s}));
+    session.probe.listSearchEdit().setText(u"#"_s);
+    session.probe.listSearchEdit().setText(u"#a"_s);
+    QCOMPARE(session.probe.listColumn(0), QStringList{u"#a"_s});
+}
+
+void TestChannelListRows::showsAllRowsAgain()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    QVERIFY(list(session, {row(u"#a"_s, u"3"_s), row(u"#b"_s, u"2"_s)}));
+    session.probe.listSearchEdit().setText(u"#b"_s);
+    QCOMPARE(session.probe.listColumn(0), QStringList{u"#b"_s});
+    session.probe.listSearchEdit().clear();
+    QCOMPARE(session.probe.listColumn(0), (QStringList{u"#a"_s, u"#b"_s}));
+}
+
+void TestChannelListRows::takesBadRows_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QStringList>("texts");
+
+    const auto add = [](const char *name, const QString &line, const QStringList &texts) {
+        QTest::newRow(name) << line << texts;
+    };
+    add("nothing", u":irc.test 322"_s, {});
+    add("the nick alone", u":irc.test 322 me"_s, {});
+    add("no users", u":irc.test 322 me #a"_s, {});
+    add("no users but a topic", u":irc.test 322 me #a :topic"_s, {});
+    add("no topic", u":irc.test 322 me #a 5"_s, {u"#a"_s, u"5"_s, QString()});
+    add("no prefix", u"322 me #a 5 :x"_s, {u"#a"_s, u"5"_s, u"x"_s});
+    add("more than there is room for", u":irc.test 322 me #a 5 6 7 :x"_s,
+        {u"#a"_s, u"5"_s, u"x"_s});
+    add("a name that is no channel's", row(u"alice"_s, u"5"_s, u"x"_s),
+        {u"alice"_s, u"5"_s, u"x"_s});
+    add("the tab's own name", row(u"List"_s, u"5"_s, u"x"_s), {u"List"_s, u"5"_s, u"x"_s});
+    add("markup", row(u"#<b>x</b>&amp;"_s, u"<i>5</i>"_s, u"<img src=x>&lt;"_s),
+        {u"#<b>x</b>&amp;"_s, u"<i>5</i>"_s, u"<img src=x>&lt;"_s});
+    add("control characters",
+        row(u"#\u0001\u0007\u001B[0m"_s, u"\u00025"_s, u"\u0003\n\t\r\u007F"_s),
+        {u"#\u0001\u0007\u001B[0m"_s, u"\u00025"_s, u"\u0003\n\t\r\u007F"_s});
+    add("right to left", row(u"#\u202Eشبكة"_s, u"\u0665"_s, u"\u05D0\u202E\u05D1\u2067x"_s),
+        {u"#\u202Eشبكة"_s, u"\u0665"_s, u"\u05D0\u202E\u05D1\u2067x"_s});
+    add("combining", row(u"#Z\u0300\u0301\u0302\u0303"_s, u"5"_s, QString(2000, u'\u0335')),
+        {u"#Z\u0300\u0301\u0302\u0303"_s, u"5"_s, QString(2000, u'\u0335')});
+}
+
+void TestChannelListRows::takesBadRows()
+{
+    QFETCH(const QString, line);
+    QFETCH(const QStringList, texts);
+    WindowSession session;
+    QVERIFY(begin(session));
+    QVERIFY(list(session, {line}));
+    QStringList shown;
+    for (int column = 0; column < 3 && session.probe.listTree()->topLevelItemCount() > 0; ++column)
+        shown += session.probe.listColumn(column);
+    QCOMPARE(shown, texts);
+    QVERIFY(session.probe.listInfoLabel()->text().startsWith(
+            u"irc.test: %1 channels"_s.arg(texts.isEmpty() ? 0 : 1)));
+    session.probe.listSearchEdit().setText(texts.value(0).right(2));
+    session.probe.listSearchEdit().setText(u"not there"_s);
+    QCOMPARE(session.probe.listColumn(0), QStringList());
+    session.window.grab();
+}
+
+void TestChannelListRows::takesHugeTexts()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    const QString name = u'#' + QString(10000, u'x');
+    const QString topic(10000, u'\u05D0');
+    const QString users(10000, u'9');
+    const int width = session.window.width();
+    QVERIFY(session.sayAll({u':' + QString(10000, u's') + u" 321 me :"_s, row(name, users, topic),
+                            row(u"#b"_s, u"1"_s), End}));
+    session.window.grab();
+    QCOMPARE(session.probe.listColumn(0).last(), name);
+    QCOMPARE(session.probe.listColumn(1).last(), users);
+    QCOMPARE(session.probe.listColumn(2).last(), topic);
+    QVERIFY(session.probe.listInfoLabel()->text().endsWith(u"s: 2 channels, 1 users"_s));
+    QCOMPARE(session.window.width(), width);
+    QCOMPARE(session.probe.listTree()->header()->sectionSize(0), 200);
+    session.probe.listSearchEdit().setText(topic);
+    QCOMPARE(session.probe.listColumn(0), QStringList{name});
+}
+
+void TestChannelListRows::takesManyRowsAtOnce()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    QStringList rows;
+    for (int number = 0; number < 3000; ++number)
+        rows.append(row(u"#c%1"_s.arg(number), QString::number(number * 7 % 3000), u"Ünïcode"_s));
+    QVERIFY(list(session, rows));
+    const QStringList users = session.probe.listColumn(1);
+    QCOMPARE(users.size(), 3000);
+    for (int place = 0; place < 3000; ++place)
+        QCOMPARE(users.at(place).toInt(), 2999 - place);
+    session.probe.listSearchEdit().setText(u"#c299"_s);
+    QCOMPARE(session.probe.listColumn(0).size(), 11);
+}
+
+QTEST_MAIN(TestChannelListRows)
+#include "tst_ChannelListRows.moc"
