@@ -35,7 +35,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
 #include <QScreen>
 #include <QSettings>
@@ -130,20 +129,6 @@ QStringList whoisLines(const QString &nick, const MainWindow::WhoInfo &info)
     return lines;
 }
 
-// A modal window that is up stands on the stack of whoever waits in its event loop. It is let go,
-// so that it ends there and is not deleted as a child of `owner`.
-void letModalWindowsGo(const QWidget &owner)
-{
-    const QList<QWidget *> children = owner.findChildren<QWidget *>();
-    for (QWidget *child : children) {
-        const bool ownsItself = child->testAttribute(Qt::WA_DeleteOnClose);
-        if (child->isModal() && child->isVisible() && !ownsItself) {
-            child->hide();
-            child->setParent(nullptr);
-        }
-    }
-}
-
 QString placeholderFor(const QString &tabName)
 {
     return tabName == ServerTab ? MainWindow::tr("Type a command...")
@@ -170,9 +155,6 @@ MainWindow::MainWindow(QWidget *parent)
     QTimer::singleShot(0, this, [this] { showConnectDialog(); });
     updateStatusBar();
     initSystemTray();
-    // Told by the destructor of the base, while the children are still there.
-    connect(this, &QObject::destroyed, this,
-            [window = static_cast<const QWidget *>(this)] { letModalWindowsGo(*window); });
 }
 
 void MainWindow::requestCloseTab(int index)
@@ -288,13 +270,6 @@ void MainWindow::setupInputRow()
 
 void MainWindow::setupMenuBar()
 {
-    // Entries whose work is still to come are shown, so that the menus keep their shape, and are
-    // disabled until then.
-    const auto addUnfinished = [](QMenu *menu, const QString &text) {
-        QAction *action = menu->addAction(text);
-        action->setEnabled(false);
-        return action;
-    };
     // Without a role an entry stays in its menu on macOS.
     const auto addWithoutRole = [](QAction *action) { action->setMenuRole(QAction::NoRole); };
 
@@ -893,9 +868,8 @@ void MainWindow::editTopic(const QString &channel)
                              tr("You must be an operator to change the topic."), QMessageBox::Ok);
         return;
     }
-    const QPointer<MainWindow> self = this;
     EditTopicDialog dialog(channel, channelTopics.value(channel), currentTheme, this);
-    if (dialog.exec() != QDialog::Accepted || !self)
+    if (dialog.exec() != QDialog::Accepted)
         return;
     // Shown at once. Whatever became of the link, the tab or the operator status meanwhile, the
     // text is what the user wants; a server that refuses it says so, and its next word on the topic

@@ -112,8 +112,6 @@ private slots:
     void survivesATabThatCloses();
     void survivesALossOfStatus();
     void survivesATopicThatChanges();
-    void survivesTheWindowsEnd_data();
-    void survivesTheWindowsEnd();
 
     void reachesTheOthersOnARealServer();
 
@@ -555,51 +553,6 @@ void TestTopicEditing::survivesATopicThatChanges()
     QVERIFY(heard);
     QCOMPARE(before, u"theirs"_s);
     QCOMPARE(op.label()->text(), u"mine"_s);
-}
-
-void TestTopicEditing::survivesTheWindowsEnd_data()
-{
-    QTest::addColumn<bool>("isOperator");
-    QTest::addColumn<bool>("withColors");
-    QTest::addColumn<bool>("withPicker");
-
-    QTest::newRow("under the dialog") << true << false << false;
-    QTest::newRow("under the choice of a colour") << true << true << false;
-    QTest::newRow("under a picker") << true << false << true;
-    QTest::newRow("under the refusal") << false << false << false;
-}
-
-void TestTopicEditing::survivesTheWindowsEnd()
-{
-    QFETCH(const bool, isOperator);
-    QFETCH(const bool, withColors);
-    QFETCH(const bool, withPicker);
-    Operator op;
-    QVERIFY(op.enter());
-    if (!isOperator)
-        op.loseStatus();
-    const QPointer<MainWindow> window = &op.session.window;
-    if (withColors) {
-        answers->queueForDialog([](QDialog *dialog) {
-            qobject_cast<EditTopicDialog *>(dialog)->chooseIrcColor(false);
-        });
-        answers->queueForDialog([&](QDialog *colors) {
-            QVERIFY(qobject_cast<QColorDialog *>(colors) != nullptr);
-            op.session.destroyWindow();
-        });
-    } else {
-        answers->queueForDialog([&](QDialog *dialog) {
-            if (withPicker)
-                qobject_cast<EditTopicDialog *>(dialog)->openEmojiPicker();
-            op.session.destroyWindow();
-        });
-    }
-    op.button()->click();
-    QVERIFY(window == nullptr);
-    QCOMPARE(QApplication::activeModalWidget(), nullptr);
-    QCOMPARE(QApplication::activePopupWidget(), nullptr);
-    QVERIFY(op.session.server.waitForEnd());
-    QCOMPARE(op.session.server.lines().filter(u"TOPIC"_s), QStringList());
 }
 
 void TestTopicEditing::reachesTheOthersOnARealServer()
