@@ -60,6 +60,7 @@ void ChannelSearch::add(const QTreeWidgetItem &row)
 void ChannelSearch::forget()
 {
     numbers.clear();
+    places = {};
     texts = {};
     ends = {};
 }
@@ -77,6 +78,16 @@ std::vector<bool> ChannelSearch::find(const QString &text) const
     return found;
 }
 
+std::size_t ChannelSearch::numberOf(int row)
+{
+    // A row that stands where it stood at the last search is not looked up again.
+    Place &place = places[static_cast<std::size_t>(row)];
+    const QTreeWidgetItem *item = tree.topLevelItem(row);
+    if (place.item != item)
+        place = {item, numbers.value(item)};
+    return place.number;
+}
+
 void ChannelSearch::showMatches(const QString &text)
 {
     const int count = tree.topLevelItemCount();
@@ -88,8 +99,9 @@ void ChannelSearch::showMatches(const QString &text)
     std::vector<bool> hidden(static_cast<std::size_t>(count));
     if (!text.isEmpty()) {
         const std::vector<bool> found = find(text);
+        places.resize(hidden.size());
         for (int row = 0; row < count; ++row)
-            hidden[static_cast<std::size_t>(row)] = !found[numbers.value(tree.topLevelItem(row))];
+            hidden[static_cast<std::size_t>(row)] = !found[numberOf(row)];
     }
     // By the row: an item would have to look for its own row first.
     for (int row = 0; row < count; ++row) {

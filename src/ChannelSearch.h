@@ -37,9 +37,17 @@ private:
 
     void forget();
     std::vector<bool> find(const QString &text) const;
+    std::size_t numberOf(int row);
+
+    struct Place
+    {
+        const QTreeWidgetItem *item = nullptr;
+        std::size_t number = 0;
+    };
 
     QTreeWidget &tree;
     QHash<const QTreeWidgetItem *, std::size_t> numbers; // Rows in the order of their arrival.
+    std::vector<Place> places;     // What each row of the tree was found to be.
     std::string texts;             // In UTF-8 and with case folded, each with a mark behind it.
     std::vector<std::size_t> ends; // Where in them the texts of each row end, by its number.
 };

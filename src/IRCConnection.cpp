@@ -33,7 +33,7 @@ constexpr qsizetype LongestAlternative = 30;
 
 // In bytes. A server that sends everything it has at once is heard in pieces, between which the
 // window answers its user.
-constexpr qint64 LongestRead = 256 * 1024;
+constexpr qint64 LongestRead = 512 * 1024;
 
 #ifdef TCP_KEEPIDLE
 constexpr int IdleTimeOption = TCP_KEEPIDLE;
