@@ -22,6 +22,7 @@
 #include "SystemTray.h"
 #include "ThemeManager.h"
 
+#include <QAbstractItemView>
 #include <QClipboard>
 #include <QCompleter>
 #include <QCoreApplication>
@@ -1663,6 +1664,10 @@ void MainWindow::toggleEmojiPicker()
 
 void MainWindow::onSendInput()
 {
+    // Return takes the nick that has been chosen in the popup; the line goes on from there.
+    const QAbstractItemView *popup = nickCompleter->popup();
+    if (popup->isVisible() && popup->currentIndex().isValid())
+        return;
     const QString text = inputLine->text().trimmed();
     inputLine->clear();
     inputDrafts.insert(currentTabName, QString());

@@ -73,6 +73,7 @@ private slots:
     void offersNicks();
     void takesWhatIsClicked();
     void takesWhatIsChosenByKeys();
+    void takesTheChosenNickByReturn();
     void sendsTheLineUnderThePopup();
     void goesOnWhileItIsOpen();
 
@@ -365,7 +366,25 @@ void TestNickCompletion::takesWhatIsChosenByKeys()
     QCOMPARE(session.probe.inputLine().text(), u"Albert: hi"_s);
 }
 
-// The popup has the keyboard, and Return sends the line all the same.
+void TestNickCompletion::takesTheChosenNickByReturn()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@alice +Albert me"_s));
+    static_cast<void>(session.takeSent());
+    type(session.probe, u"al"_s);
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    QTest::keyClick(popup, Qt::Key_Down);
+    QTest::keyClick(popup, Qt::Key_Return);
+    QVERIFY(!popup->isVisible());
+    QCOMPARE(session.probe.inputLine().text(), u"alice"_s);
+    QCOMPARE(session.takeSent(), QStringList());
+    QTest::keyClicks(&session.probe.inputLine(), u": hi"_s);
+    QTest::keyClick(&session.probe.inputLine(), Qt::Key_Return);
+    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :alice: hi"_s});
+}
+
+// With nothing chosen there Return sends the line, although the popup has the keyboard.
 void TestNickCompletion::sendsTheLineUnderThePopup()
 {
     WindowSession session;
