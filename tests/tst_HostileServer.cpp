@@ -308,6 +308,8 @@ void TestHostileServer::takesOddNames()
     QVERIFY(session.probe.tabs().contains(u"short"_s));
     QVERIFY(session.say(u":bob!u@h NICK %1"_s.arg(name)));
     QVERIFY(session.say(u":me!u@h NICK me%1"_s.arg(name)));
+    // The line about it names the user in a tab that is not on show, and is notified here.
+    session.probe.updateStatusBar();
     QCOMPARE(session.window.statusBar()->currentMessage(),
              QString(u"Connected to 127.0.0.1 as me"_s + name));
     QVERIFY(session.say(u":me%1!u@h NICK me"_s.arg(name)));
