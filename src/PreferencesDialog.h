@@ -35,6 +35,13 @@ public:
     explicit PreferencesDialog(MainWindow *parent);
     ~PreferencesDialog() override;
 
+    /// Hands everything to the window and to the store, and sets the light theme.
+    void saveAndApply();
+    /// Shows the image or the colour that is chosen here, or that there is none.
+    void updateBgPreview();
+    /// Puts on the window's theme.
+    void applyTheme();
+
 protected:
     void showEvent(QShowEvent *event) override;
 
@@ -55,11 +62,7 @@ private:
     void chooseLogPath();
     void resetBackground();
 
-    /// Hands everything to the window and to the store, and sets the light theme.
-    void saveAndApply();
     void store() const;
-    void updateBgPreview();
-    void applyTheme();
 
     MainWindow *mainWindow;
     QDialogButtonBox *buttonBox = nullptr;
