@@ -156,14 +156,16 @@ void TestPreferencesDialog::isAWindowOfOneSize()
 {
     WindowSession session;
     const PreferencesForm form(session);
-    QCOMPARE(form.dialog->windowTitle(), u"Preferences"_s);
-    QVERIFY(form.dialog->testAttribute(Qt::WA_DeleteOnClose));
-    QVERIFY(!form.dialog->windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
-    QVERIFY(!form.dialog->windowFlags().testFlag(Qt::WindowFullscreenButtonHint));
-    QCOMPARE(form.dialog->minimumSize(), form.dialog->maximumSize());
-    QCOMPARE(form.dialog->size(), form.dialog->minimumSize());
-    QVERIFY(form.dialog->width() >= 560);
-    QVERIFY(form.dialog->height() >= 520);
+    const QDialog *dialog = form.dialog;
+    QVERIFY(dialog);
+    QCOMPARE(dialog->windowTitle(), u"Preferences"_s);
+    QVERIFY(dialog->testAttribute(Qt::WA_DeleteOnClose));
+    QVERIFY(!dialog->windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
+    QVERIFY(!dialog->windowFlags().testFlag(Qt::WindowFullscreenButtonHint));
+    QCOMPARE(dialog->minimumSize(), dialog->maximumSize());
+    QCOMPARE(dialog->size(), dialog->minimumSize());
+    QVERIFY(dialog->width() >= 560);
+    QVERIFY(dialog->height() >= 520);
 }
 
 void TestPreferencesDialog::laysOutTheWindow()
