@@ -9,8 +9,11 @@ build_packages=(cmake g++ ninja-build qt6-base-dev qt6-svg-dev
     ca-certificates fonts-dejavu-core fonts-noto-color-emoji)
 # A screen in memory, with a window manager and something that types.
 screen_packages=(openbox xdotool xvfb)
-# The servers, the tray and the certificates that the tests make.
-test_packages=(dbus-daemon faketime inspircd ngircd openssl trayer)
+# The servers, the tray and the certificates that the tests make, and what looks through the
+# desktop's files.
+test_packages=(appstream dbus-daemon desktop-file-utils faketime inspircd ngircd openssl trayer)
+# What packing needs beside the build.
+package_packages=(dpkg-dev file gzip)
 
 say() {
     printf '==> %s\n' "$*"

@@ -13,6 +13,8 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(u"Velmora"_s);
     QApplication::setApplicationVersion(u"2.0"_s);
     QApplication::setOrganizationName(u"Velmora"_s);
+    // Desktops find name and icon of the window and of its notifications by that of the entry.
+    QGuiApplication::setDesktopFileName(QStringLiteral(VELMORA_ID));
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
 
     QSettings settings;

@@ -1,0 +1,15 @@
+# Turns an installed tree into one that Debian's policy asks for, right before it is packed: manual
+# and changelogs compressed without a time in them, and the license in the file named copyright.
+if(NOT CPACK_GENERATOR STREQUAL "DEB")
+    return()
+endif()
+
+set(share ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/share)
+set(documents ${share}/doc/velmora)
+file(REMOVE ${documents}/LICENSE)
+file(RENAME ${documents}/CHANGELOG.md ${documents}/changelog)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/copyright ${documents}/copyright COPYONLY)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/changelog ${documents}/changelog.Debian COPYONLY)
+execute_process(
+    COMMAND gzip -9n ${documents}/changelog ${documents}/changelog.Debian ${share}/man/man1/velmora.1
+    COMMAND_ERROR_IS_FATAL ANY)
