@@ -129,6 +129,8 @@ void TestScripts::refusesUnknownArguments_data()
     QTest::addColumn<QString>("command");
     QTest::newRow("run") << u"scripts/run --sing"_s;
     QTest::newRow("test") << u"scripts/test --sing"_s;
+    QTest::newRow("package") << u"scripts/package --sing"_s;
+    QTest::newRow("icons") << u"scripts/icons --sing"_s;
     QTest::newRow("a preset without a name") << u"scripts/test --preset"_s;
 }
 

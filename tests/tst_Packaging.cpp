@@ -1,0 +1,263 @@
+#include <QDirIterator>
+#include <QImageReader>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QXmlStreamReader>
+#include <QtEndian>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Patience = 60000; // In ms.
+
+const QString Id = QStringLiteral(VELMORA_ID);
+const QString Version = QStringLiteral(VELMORA_VERSION);
+const QString Source = QStringLiteral(VELMORA_SOURCE);
+
+QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// What a command says, which is nothing where it finds no fault; "failed" leads what it says then.
+QString complaints(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(program, arguments);
+    if (!process.waitForFinished(Patience))
+        return u"failed: "_s + process.errorString();
+    const QString said = QString::fromLocal8Bit(process.readAll());
+    return process.exitCode() == 0 ? said : QString(u"failed: "_s + said);
+}
+
+QStringList filesBelow(const QString &folder)
+{
+    QStringList files;
+    QDirIterator iterator(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (iterator.hasNext())
+        files += QDir(folder).relativeFilePath(iterator.next());
+    files.sort();
+    return files;
+}
+
+// The text of every element of that name.
+QStringList elements(const QByteArray &xml, const QString &name)
+{
+    QStringList texts;
+    QXmlStreamReader reader(xml);
+    while (!reader.atEnd()) {
+        if (reader.readNext() == QXmlStreamReader::StartElement && reader.name() == name)
+            texts += reader.readElementText(QXmlStreamReader::IncludeChildElements);
+    }
+    return reader.hasError() ? QStringList(reader.errorString()) : texts;
+}
+
+// The value of a key of the desktop entry.
+QString value(const QByteArray &entry, const QString &key)
+{
+    const QRegularExpression line(u"^%1=(.*)$"_s.arg(key), QRegularExpression::MultilineOption);
+    return line.match(QString::fromUtf8(entry)).captured(1);
+}
+
+quint32 bigEndian(const QByteArray &bytes, qsizetype at)
+{
+    return qFromBigEndian<quint32>(bytes.constData() + at);
+}
+
+} // namespace
+
+class TestPackaging final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void installsWhatIsListedAndNoMore();
+    void namesEverythingByOneId();
+    void startsTheInstalledProgramFromTheMenu();
+    void hasIconsOfTheirSizes_data();
+    void hasIconsOfTheirSizes();
+    void packsTheIconForWindows();
+    void packsTheIconForMacOS();
+    void writesABundleDescriptionThatCanBeRead();
+    void tellsOneVersion_data();
+    void tellsOneVersion();
+    void writesADesktopEntryWithoutFault();
+    void writesADescriptionWithoutFault();
+
+private:
+    QString installed(const QString &path) const { return root.filePath(u"usr/"_s + path); }
+    QString entryPath() const { return installed(u"share/applications/%1.desktop"_s.arg(Id)); }
+    QString descriptionPath() const
+    {
+        return installed(u"share/metainfo/%1.metainfo.xml"_s.arg(Id));
+    }
+
+    QTemporaryDir root;
+};
+
+void TestPackaging::initTestCase()
+{
+    QVERIFY(root.isValid());
+    qputenv("DESTDIR", root.path().toLocal8Bit());
+    const QString said =
+            complaints(QStringLiteral(VELMORA_CMAKE),
+                       {u"--install"_s, QStringLiteral(VELMORA_BUILD), u"--prefix"_s, u"/usr"_s});
+    qunsetenv("DESTDIR");
+    QVERIFY2(!said.startsWith("failed"_L1), qPrintable(said));
+}
+
+void TestPackaging::installsWhatIsListedAndNoMore()
+{
+    QStringList expected{
+            u"usr/bin/velmora"_s,
+            u"usr/share/applications/%1.desktop"_s.arg(Id),
+            u"usr/share/doc/velmora/CHANGELOG.md"_s,
+            u"usr/share/doc/velmora/LICENSE"_s,
+            u"usr/share/doc/velmora/guide.md"_s,
+            u"usr/share/icons/hicolor/scalable/apps/%1.svg"_s.arg(Id),
+            u"usr/share/man/man1/velmora.1"_s,
+            u"usr/share/metainfo/%1.metainfo.xml"_s.arg(Id),
+    };
+    for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512})
+        expected += u"usr/share/icons/hicolor/%1x%1/apps/%2.png"_s.arg(size).arg(Id);
+    expected.sort();
+    QCOMPARE(filesBelow(root.path()), expected);
+    QVERIFY(QFileInfo(installed(u"bin/velmora"_s)).isExecutable());
+}
+
+void TestPackaging::namesEverythingByOneId()
+{
+    QCOMPARE(value(contents(entryPath()), u"Icon"_s), Id);
+    const QByteArray description = contents(descriptionPath());
+    QCOMPARE(elements(description, u"id"_s), QStringList(Id));
+    QCOMPARE(elements(description, u"icon"_s), QStringList(Id));
+    QCOMPARE(elements(description, u"launchable"_s), QStringList(Id + u".desktop"_s));
+    // What the program tells the desktop lies in it as UTF-16.
+    const QByteArray told(reinterpret_cast<const char *>(Id.utf16()), Id.size() * 2);
+    QVERIFY(contents(installed(u"bin/velmora"_s)).contains(told));
+}
+
+void TestPackaging::startsTheInstalledProgramFromTheMenu()
+{
+    const QByteArray entry = contents(entryPath());
+    QVERIFY(QFile::exists(installed(u"bin/"_s + value(entry, u"Exec"_s))));
+    QCOMPARE(value(entry, u"Categories"_s), u"Network;Chat;IRCClient;Qt;"_s);
+    // Windows under X bear the file's name as their class.
+    QCOMPARE(value(entry, u"StartupWMClass"_s), value(entry, u"Exec"_s));
+}
+
+void TestPackaging::hasIconsOfTheirSizes_data()
+{
+    QTest::addColumn<int>("size");
+    for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512})
+        QTest::addRow("%d", size) << size;
+}
+
+void TestPackaging::hasIconsOfTheirSizes()
+{
+    QFETCH(const int, size);
+    const QImage icon(installed(u"share/icons/hicolor/%1x%1/apps/%2.png"_s.arg(size).arg(Id)));
+    QCOMPARE(icon.size(), QSize(size, size));
+    QVERIFY(icon.hasAlphaChannel());
+    QCOMPARE(qAlpha(icon.pixel(0, 0)), 0); // A speech bubble leaves the corners free.
+    QCOMPARE(qAlpha(icon.pixel(size / 2, size / 4)), 255);
+}
+
+void TestPackaging::packsTheIconForWindows()
+{
+    QImageReader reader(Source + u"/packaging/icons/velmora.ico"_s);
+    QList<int> sizes;
+    for (int index = 0; index < reader.imageCount(); ++index) {
+        QVERIFY(reader.jumpToImage(index));
+        const QImage icon = reader.read();
+        QCOMPARE(icon.width(), icon.height());
+        sizes += icon.width();
+    }
+    QCOMPARE(sizes, QList<int>({16, 24, 32, 48, 64, 256}));
+}
+
+void TestPackaging::packsTheIconForMacOS()
+{
+    const QByteArray icns = contents(Source + u"/packaging/icons/velmora.icns"_s);
+    QVERIFY(icns.startsWith("icns"));
+    QCOMPARE(bigEndian(icns, 4), quint32(icns.size()));
+
+    // Each picture stands behind four letters for its kind and the length of both.
+    QMap<QByteArray, int> sizes;
+    for (qsizetype at = 8; at < icns.size();) {
+        const qsizetype length = bigEndian(icns, at + 4);
+        QVERIFY(length > 8);
+        QVERIFY(at + length <= icns.size());
+        sizes.insert(icns.mid(at, 4), QImage::fromData(icns.mid(at + 8, length - 8)).width());
+        at += length;
+    }
+    const QMap<QByteArray, int> expected{{"icp4", 16},  {"icp5", 32},  {"ic07", 128}, {"ic08", 256},
+                                         {"ic09", 512}, {"ic11", 32},  {"ic12", 64},  {"ic13", 256},
+                                         {"ic14", 512}, {"ic10", 1024}};
+    QCOMPARE(sizes, expected);
+}
+
+void TestPackaging::writesABundleDescriptionThatCanBeRead()
+{
+    const QByteArray list = contents(Source + u"/packaging/macos/Info.plist.in"_s);
+    const QStringList keys = elements(list, u"key"_s);
+    const QStringList needed{u"CFBundleExecutable"_s, u"CFBundleIconFile"_s,
+                             u"CFBundleIdentifier"_s, u"CFBundleShortVersionString"_s,
+                             u"NSHighResolutionCapable"_s};
+    for (const QString &key : needed)
+        QVERIFY2(keys.contains(key), qPrintable(key));
+    QVERIFY(elements(list, u"string"_s).contains(u"${VELMORA_ID}"_s));
+    QVERIFY(elements(list, u"string"_s).contains(u"${PROJECT_VERSION}"_s));
+}
+
+void TestPackaging::tellsOneVersion_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("before");
+    QTest::newRow("manual") << u"packaging/velmora.1"_s << u"\"Velmora "_s;
+    QTest::newRow("description") << u"packaging/%1.metainfo.xml"_s.arg(Id)
+                                 << u"<release version=\""_s;
+    QTest::newRow("package") << u"packaging/debian/changelog"_s << u"velmora ("_s;
+    QTest::newRow("changes") << u"CHANGELOG.md"_s << u"\n## "_s;
+    QTest::newRow("program") << u"src/main.cpp"_s << u"setApplicationVersion(u\""_s;
+}
+
+// The latest stands first wherever there are several.
+void TestPackaging::tellsOneVersion()
+{
+    QFETCH(const QString, file);
+    QFETCH(const QString, before);
+    const QString text = QString::fromUtf8(contents(Source + u'/' + file));
+    const QRegularExpression version(QRegularExpression::escape(before) + u"([0-9.]+)"_s);
+    QCOMPARE(version.match(text).captured(1), Version);
+}
+
+void TestPackaging::writesADesktopEntryWithoutFault()
+{
+    const QString program = QStandardPaths::findExecutable(u"desktop-file-validate"_s);
+    QVERIFY2(!program.isEmpty(), "desktop-file-utils is not installed");
+    QCOMPARE(complaints(program, {entryPath()}), QString());
+}
+
+void TestPackaging::writesADescriptionWithoutFault()
+{
+    const QString program = QStandardPaths::findExecutable(u"appstreamcli"_s);
+    QVERIFY2(!program.isEmpty(), "appstream is not installed");
+    const QString said = complaints(program, {u"validate"_s, u"--no-net"_s, descriptionPath()});
+    QVERIFY2(!said.startsWith("failed"_L1), qPrintable(said));
+    // Nobody but an example may end in ".example", which the validator therefore does not know.
+    const QRegularExpression fault(u"^[EWI]: (?!.*cid-maybe-not-rdns)"_s,
+                                   QRegularExpression::MultilineOption);
+    QVERIFY2(!said.contains(fault), qPrintable(said));
+}
+
+QTEST_GUILESS_MAIN(TestPackaging)
+
+#include "tst_Packaging.moc"
