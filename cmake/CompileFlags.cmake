@@ -1,8 +1,10 @@
 # One interface target carries every compile flag; all of our targets link it.
 add_library(velmora_flags INTERFACE)
 
+# Nothing that Qt has deprecated until 6.9 is there to be used; Qt 6.4 knows the first name only.
 target_compile_definitions(velmora_flags INTERFACE
-    QT_DISABLE_DEPRECATED_BEFORE=0x060400
+    QT_DISABLE_DEPRECATED_BEFORE=0x060900
+    QT_DISABLE_DEPRECATED_UP_TO=0x060900
     QT_NO_CAST_FROM_ASCII
     QT_NO_CAST_TO_ASCII
     QT_NO_CAST_FROM_BYTEARRAY
@@ -12,13 +14,20 @@ target_compile_definitions(velmora_flags INTERFACE
     QT_USE_QSTRINGBUILDER
 )
 
-target_compile_options(velmora_flags INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
-    -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wnull-dereference -Wextra-semi
-    -Wzero-as-null-pointer-constant
-    $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond;-Wlogical-op;-Wuseless-cast;-Wsuggest-override>
-    $<$<BOOL:${VELMORA_WERROR}>:-Werror>
-)
+# The headers of Windows would otherwise make macros of min and max.
+if(WIN32)
+    target_compile_definitions(velmora_flags INTERFACE NOMINMAX)
+endif()
+
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+    target_compile_options(velmora_flags INTERFACE
+        -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+        -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wnull-dereference -Wextra-semi
+        -Wzero-as-null-pointer-constant -Wsuggest-override
+        $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond;-Wlogical-op;-Wuseless-cast>
+        $<$<BOOL:${VELMORA_WERROR}>:-Werror>
+    )
+endif()
 
 if(VELMORA_SANITIZE)
     target_compile_options(velmora_flags INTERFACE

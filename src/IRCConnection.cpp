@@ -35,10 +35,19 @@ constexpr qsizetype LongestAlternative = 30;
 // window answers its user.
 constexpr qint64 LongestRead = 512 * 1024;
 
-#ifdef TCP_KEEPIDLE
+#if defined(Q_OS_WIN)
+// Windows has had these since 2017, but the headers of MinGW have no names for them.
+constexpr int IdleTimeOption = 3;
+constexpr int IntervalOption = 17;
+constexpr int ProbesOption = 16;
+#else
+#if defined(TCP_KEEPIDLE)
 constexpr int IdleTimeOption = TCP_KEEPIDLE;
 #else
 constexpr int IdleTimeOption = TCP_KEEPALIVE; // macOS's name for it.
+#endif
+constexpr int IntervalOption = TCP_KEEPINTVL;
+constexpr int ProbesOption = TCP_KEEPCNT;
 #endif
 
 void setOption(qintptr descriptor, int level, int option, int value)
@@ -378,8 +387,8 @@ void IRCConnection::configureSocketKeepAlive()
     // Times in seconds: the first probe after a minute of silence, dead after five in vain.
     setOption(descriptor, SOL_SOCKET, SO_KEEPALIVE, 1);
     setOption(descriptor, IPPROTO_TCP, IdleTimeOption, 60);
-    setOption(descriptor, IPPROTO_TCP, TCP_KEEPINTVL, 10);
-    setOption(descriptor, IPPROTO_TCP, TCP_KEEPCNT, 5);
+    setOption(descriptor, IPPROTO_TCP, IntervalOption, 10);
+    setOption(descriptor, IPPROTO_TCP, ProbesOption, 5);
 }
 
 void IRCConnection::disableSleep()
