@@ -1,0 +1,61 @@
+#include "Fuzzing.h"
+
+#include "TemporaryStore.h"
+
+#include <QApplication>
+#include <QHashSeed>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+void keepSilent(QtMsgType /*type*/, const QMessageLogContext & /*context*/,
+                const QString & /*text*/)
+{
+}
+
+} // namespace
+
+// What the font library keeps for itself until the process ends is not ours to free.
+extern "C" const char *__lsan_default_suppressions();
+extern "C" const char *__lsan_default_suppressions()
+{
+    return "leak:libfontconfig\n";
+}
+
+namespace Fuzzing {
+
+void start()
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("LC_ALL", "C.UTF-8");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    qputenv("DBUS_SYSTEM_BUS_ADDRESS", "disabled:");
+    qInstallMessageHandler(keepSilent);
+    // An input that fails is to fail again.
+    QHashSeed::setDeterministicGlobalSeed();
+
+    static int argc = 1;
+    static char name[] = "fuzzer";
+    static char *argv[] = {name, nullptr};
+    // libFuzzer leaves the process without unwinding it.
+    static const auto *const application = new QApplication(argc, argv);
+    static_cast<void>(application);
+    static const TemporaryStore store;
+}
+
+void demand(bool holds, const char *rule)
+{
+    if (holds)
+        return;
+    std::fprintf(stderr, "This does not hold: %s\n", rule);
+    std::abort();
+}
+
+QByteArray bytesOf(const std::uint8_t *data, std::size_t size)
+{
+    return QByteArray(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+}
+
+} // namespace Fuzzing

@@ -1,0 +1,127 @@
+// What hostile lines become in a conversation: one row each, whose text is the line, in one block;
+// and anchors whose target is what they show.
+//
+// The input is the rows, parted by 0xFF, each a nick and a text parted by 0xFE; no text holds these
+// bytes. Some of the conversations are painted too.
+
+#include "ChatTable.h"
+#include "ChatView.h"
+#include "Fuzzing.h"
+#include "IrcText.h"
+
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextTable>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QList<ChatRow> rowsOf(const QByteArray &input)
+{
+    QList<ChatRow> rows;
+    for (const QByteArray &line : input.split('\xFF')) {
+        ChatRow row;
+        const QByteArrayList parts = line.split('\xFE');
+        row.time = u"[12:34:56]"_s;
+        row.nick = parts.size() > 1 ? QString::fromUtf8(parts.first()) : QString();
+        row.text = QString::fromUtf8(parts.last());
+        row.dimmed = line.size() % 4 == 1;
+        row.ownAway = line.size() % 4 == 2;
+        rows.append(row);
+    }
+    return rows;
+}
+
+bool startsBlock(QChar unit)
+{
+    return u"\n\r\x2029\xfdd0\xfdd1"_s.contains(unit);
+}
+
+void checkAnchors(const QTextBlock &block)
+{
+    for (auto run = block.begin(); !run.atEnd(); ++run) {
+        const QTextCharFormat format = run.fragment().charFormat();
+        const QString text = run.fragment().text();
+        if (format.isAnchor())
+            Fuzzing::demand(format.anchorHref() == text
+                                    || format.anchorHref() == QString(u"mailto:"_s + text),
+                            "an anchor leads to what it shows");
+    }
+}
+
+void checkLinks(const QString &text)
+{
+    QTextDocument document;
+    QTextCursor cursor(&document);
+    IrcText::insertWithLinks(cursor, text, QTextCharFormat());
+    if (std::none_of(text.cbegin(), text.cend(), startsBlock)) {
+        Fuzzing::demand(document.firstBlock().text() == text, "the text is inserted as it is");
+        checkAnchors(document.firstBlock());
+    }
+    Fuzzing::demand(cursor.atEnd(), "the cursor ends behind the text");
+}
+
+// The characters that would start another block stand for themselves no longer.
+QString withinBlock(const QString &text)
+{
+    QString shown = text;
+    shown.replace(u"\r\n"_s, u"\n"_s);
+    for (QChar &unit : shown) {
+        if (unit == QChar(0xfdd0) || unit == QChar(0xfdd1))
+            unit = QChar::ReplacementCharacter;
+        else if (startsBlock(unit))
+            unit = QChar::LineSeparator;
+    }
+    return shown;
+}
+
+void checkCell(const QTextTable &table, int row, int column, const QString &text)
+{
+    const QTextTableCell cell = table.cellAt(row, column);
+    const QTextBlock block = cell.firstCursorPosition().block();
+    Fuzzing::demand(block == cell.lastCursorPosition().block(), "a cell is one block");
+    Fuzzing::demand(block.text() == text, "a cell shows the text");
+}
+
+void paint(ChatView &view)
+{
+    view.resize(300, 200);
+    view.grab();
+    view.resize(180, 120);
+    view.grab();
+}
+
+} // namespace
+
+int LLVMFuzzerInitialize(int * /*argc*/, char *** /*argv*/)
+{
+    Fuzzing::start();
+    return 0;
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    const QList<ChatRow> rows = rowsOf(Fuzzing::bytesOf(data, size));
+    for (const ChatRow &row : rows)
+        checkLinks(row.text);
+
+    ChatView view;
+    const int columns = size % 2 == 0 ? 3 : 2;
+    QTextTable *table = ChatTable::create(view, columns);
+    ChatTable::appendRows(*table, rows);
+    Fuzzing::demand(table->rows() == rows.size() + 1, "each line is a row");
+    for (int index = 0; index < rows.size(); ++index) {
+        const ChatRow &row = rows.at(index);
+        checkCell(*table, index + 1, columns - 1, withinBlock(row.text));
+        const QString nick = ChatTable::elidedNick(row.nick);
+        if (columns == 3)
+            checkCell(*table, index + 1, 1, withinBlock(nick) + u"  "_s);
+    }
+    if (size % 8 < 2)
+        paint(view);
+    return 0;
+}
