@@ -189,8 +189,20 @@ void ChatLayout::reflow()
     }
     newestEstimate = static_cast<int>(rows.size()) - 1;
     heights.assign(std::move(newHeights));
+    measureEnd(0);
     announceSize();
     emit update();
+}
+
+// Lays out the end of the conversation as far as it is on show, but no row above `first`. Only then
+// is it sure whether the whole of it fits the view: with estimates in place of these rows the
+// scroll bar could come, change the width and thereby the estimates, go, and so on without an end.
+void ChatLayout::measureEnd(int first)
+{
+    const int end = rowCount();
+    for (int row = end - 1; row >= first && heights.top(end) - heights.top(row + 1) < shownHeight;
+         --row)
+        cellsOf(row);
 }
 
 void ChatLayout::addRows(int count)
@@ -202,13 +214,10 @@ void ChatLayout::addRows(int count)
         ++estimates;
         estimate(row);
     }
-    const int end = rowCount();
-    for (int row = end - 1; row >= first && heights.top(end) - heights.top(row + 1) < shownHeight;
-         --row)
-        cellsOf(row);
+    measureEnd(first);
     if (count > 0) {
         emit update(QRectF(0, rowTop(first), documentSize().width(),
-                           heights.top(end) - heights.top(first)));
+                           rowTop(rowCount()) - rowTop(first)));
     }
 }
 

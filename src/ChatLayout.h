@@ -51,8 +51,9 @@ public:
     /// at a point walks the blocks until one contains the point.
     [[nodiscard]] QRectF blockBoundingRect(const QTextBlock &block) const override;
 
-    /// Lays out new rows at once as far as they fill `height` pixels at the end of the document.
-    /// With 0, as for a document that nobody sees, new rows are estimated only.
+    /// Lays out new rows, and those that a new width changes, at once as far as they fill `height`
+    /// pixels at the end of the document. With 0, as for a document that nobody sees, they are
+    /// estimated only.
     void setShownHeight(int height);
 
     /// Lays out the rows between two heights of the document. Returns true if a row's height
@@ -108,6 +109,7 @@ private:
     void takeSettings();
     void reflow();
     void addRows(int count);
+    void measureEnd(int first);
     void forget(QTextBlock block, int end);
     void estimate(int row);
     [[nodiscard]] int estimatedHeight(const Row &row) const;

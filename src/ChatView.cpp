@@ -92,11 +92,15 @@ bool ChatView::settle(Edge edge)
     // Rows that turn out smaller let further ones into sight.
     for (;;) {
         const int top = verticalScrollBar()->value();
-        if (!layout->measure(top, top + viewport()->height()))
+        const int height = viewport()->height();
+        layout->setShownHeight(height);
+        if (!layout->measure(top, top + height))
             break;
         isChanged = true;
         verticalScrollBar()->setValue(scrollValue(steady));
     }
+    if (!isVisible())
+        layout->setShownHeight(0);
     return isChanged || verticalScrollBar()->value() != before;
 }
 
@@ -170,6 +174,7 @@ void ChatView::hideEvent(QHideEvent *event)
 
 void ChatView::startMeasuring(Edge edge)
 {
+    // Also for a view without a row, whose first ones may come soon.
     layout->setShownHeight(viewport()->height());
     settle(edge);
     measureLater();

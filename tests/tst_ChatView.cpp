@@ -73,6 +73,7 @@ private slots:
     void holdsThePlaceOfAReader();
     void holdsThePlaceWhileRowsAreMeasured();
     void scrollsIntoRowsNotYetMeasured();
+    void settlesWhereAWordIsWiderThanItsColumn();
     void putsOnTheScreenWhatIsThere();
     void paintsThroughStyleSheets_data();
     void paintsThroughStyleSheets();
@@ -255,6 +256,22 @@ void TestChatView::scrollsIntoRowsNotYetMeasured()
         QCOMPARE(onScreen(*view->viewport()), painted(*view->viewport()));
     }
     QCOMPARE(layout.rowAt(bar.value()), 0);
+}
+
+// The lines of such a row are estimated as too many, the height decides on the scroll bar, and the
+// bar takes its share of the width.
+void TestChatView::settlesWhereAWordIsWiderThanItsColumn()
+{
+    QList<ChatRow> rows;
+    for (const int length : {3, 6, 9})
+        rows.append({.time = u"[12:00]"_s, .nick = u"ann"_s, .text = u" andanoth"_s.left(length)});
+    for (int height = 120; height < 180; ++height) {
+        ViewPair pair(QSize(230, height));
+        pair.append(rows);
+        pair.resize(QSize(237, height));
+        QVERIFY(pair.measure());
+        QCOMPARE(pair.difference(), QString());
+    }
 }
 
 void TestChatView::putsOnTheScreenWhatIsThere()
