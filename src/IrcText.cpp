@@ -65,6 +65,14 @@ void sortByStart(QList<Link> &links)
               [](const Link &left, const Link &right) { return left.start < right.start; });
 }
 
+/// True if `link` overlaps one of `urls`, which stand in their order and apart from each other.
+bool overlapsAny(const Link &link, const QList<Link> &urls)
+{
+    const auto next = std::partition_point(
+            urls.cbegin(), urls.cend(), [&link](const Link &url) { return url.end <= link.start; });
+    return next != urls.cend() && next->start < link.end;
+}
+
 /// The links of a chat row in their order: a mail address that overlaps a URL is none.
 QList<Link> rowLinks(const QString &text)
 {
@@ -72,10 +80,7 @@ QList<Link> rowLinks(const QString &text)
     const QList<Link> urls = kinds.url.linksIn(text);
     QList<Link> links = urls;
     for (Link &address : kinds.address.linksIn(text)) {
-        const bool overlaps = std::any_of(urls.cbegin(), urls.cend(), [&address](const Link &url) {
-            return address.start < url.end && address.end > url.start;
-        });
-        if (overlaps)
+        if (overlapsAny(address, urls))
             continue;
         address.target.prepend("mailto:"_L1);
         links.append(address);
@@ -244,6 +249,10 @@ bool insideTag(QStringView html, qsizetype from, qsizetype position)
     return false;
 }
 
+/// Beyond this size of HTML no rest of a topic is repeated any more. A line of the length that
+/// servers keep to makes a fraction of it; a longer one could be made to fill the memory.
+constexpr qsizetype MostRepeatedHtml = 1'000'000;
+
 /// The pass over a topic's HTML that makes anchors of links.
 QString withAnchors(const QString &html)
 {
@@ -257,6 +266,8 @@ QString withAnchors(const QString &html)
         // Directly behind a tag a link stays plain text.
         if (insideTag(html, copied, link.start)
             || (link.start > 0 && html.at(link.start - 1) == u'>'))
+            continue;
+        if (link.start < copied && linked.size() >= MostRepeatedHtml)
             continue;
         // An address inside the URL just written starts before `copied`. The length is negative
         // then, which means the rest of the text to mid(): the rest is written here and, since

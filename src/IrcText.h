@@ -37,7 +37,8 @@ void insertWithLinks(QTextCursor &cursor, const QString &text, const QTextCharFo
 ///
 /// The anchors are laid over the finished HTML, and two things follow which readers of topics have
 /// come to know. A code right behind a URL stands as a tag in the URL's target and text. A mail
-/// address inside a URL becomes a second anchor, and the rest of the topic is repeated before it.
+/// address inside a URL becomes a second anchor, and the rest of the topic is repeated before it,
+/// until there are a million characters of HTML: from then on such an address stays text.
 QString toHtml(const QString &topic);
 
 } // namespace IrcText

@@ -33,6 +33,8 @@ private slots:
     void linksATopic();
     void hostileTopicKeepsItsText_data();
     void hostileTopicKeepsItsText();
+    void repeatsNoTopicWithoutBound_data();
+    void repeatsNoTopicWithoutBound();
 };
 
 namespace {
@@ -492,6 +494,30 @@ void TestIrcText::hostileTopicKeepsItsText()
     // Codes at every place: each URL stays text behind its tag.
     const QString html = IrcText::toHtml(coded(u"{b}http://a.org "_s.repeated(8000)));
     QVERIFY(html == u"<b>http://a.org </b>http://a.org "_s.repeated(4000));
+}
+
+void TestIrcText::repeatsNoTopicWithoutBound_data()
+{
+    QTest::addColumn<QString>("topic");
+
+    QTest::newRow("URLs with an address each") << u"http://a@b.co "_s.repeated(7000);
+    QTest::newRow("one URL full of addresses")
+            << QString(u"http://"_s + u"a@b.co,"_s.repeated(14000));
+}
+
+void TestIrcText::repeatsNoTopicWithoutBound()
+{
+    QFETCH(const QString, topic);
+    QVERIFY(IrcText::toHtml(topic).size() < 2'000'000);
+
+    // What fits into a line is repeated in full: for each address the rest behind its URL.
+    const QString line = u"http://a@b.co "_s.repeated(36);
+    qsizetype repeated = 0;
+    for (int left = 35; left >= 0; --left)
+        repeated += 1 + 14 * left;
+    const QString anchors =
+            u"<a href=\"http://a@b.co\">http://a@b.co</a><a href=\"a@b.co\">a@b.co</a>"_s;
+    QCOMPARE(IrcText::toHtml(line).size(), repeated + 36 * (anchors.size() + 1));
 }
 
 QTEST_MAIN(TestIrcText)
