@@ -90,6 +90,7 @@ void checkCell(const QTextTable &table, int row, int column, const QString &text
 void paint(ChatView &view)
 {
     view.resize(300, 200);
+    view.show();
     view.grab();
     view.resize(180, 120);
     view.grab();
