@@ -127,6 +127,8 @@ void TestScripts::knowsWhetherThereIsADisplay()
 void TestScripts::refusesUnknownArguments_data()
 {
     QTest::addColumn<QString>("command");
+    QTest::newRow("fuzz") << u"scripts/fuzz --sing"_s;
+    QTest::newRow("fuzz for no time") << u"scripts/fuzz 0"_s;
     QTest::newRow("run") << u"scripts/run --sing"_s;
     QTest::newRow("test") << u"scripts/test --sing"_s;
     QTest::newRow("package") << u"scripts/package --sing"_s;
