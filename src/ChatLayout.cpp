@@ -2,6 +2,7 @@
 
 #include "CellSelections.h"
 
+#include <QAccessible>
 #include <QPainter>
 #include <QTextDocument>
 #include <QTextFrame>
@@ -15,6 +16,10 @@ namespace {
 
 // Rows whose shaped text is kept: some screens full.
 constexpr int CachedRows = 300;
+
+// From here on, ending a change takes longer than anything else that a new line needs.
+constexpr int RowsOfLongConversation = 1000;
+constexpr int OpenChangeMilliseconds = 2000;
 
 bool isSameOption(const QTextOption &one, const QTextOption &other)
 {
@@ -109,8 +114,43 @@ void ChatLayout::setShownHeight(int height)
         cache.clear();
 }
 
+void ChatLayout::beginRows()
+{
+    // Screen readers learn of new text through the document's signals.
+    if (rowCount() < RowsOfLongConversation || QAccessible::isActive()
+        || openChangeTimer.isActive())
+        return;
+    QTextCursor(document()).beginEditBlock();
+    openChangeStart = table->lastPosition();
+    openChangeTimer.start(OpenChangeMilliseconds, this);
+}
+
+void ChatLayout::endRows()
+{
+    // Otherwise Qt has told of them.
+    if (!openChangeTimer.isActive())
+        return;
+    addRows(rowsInDocument() - rowCount());
+    announceSize();
+}
+
+void ChatLayout::endOpenChange()
+{
+    openChangeTimer.stop();
+    QTextCursor(document()).endEditBlock();
+    openChangeStart = 0;
+}
+
+int ChatLayout::rowsInDocument() const
+{
+    return table ? (document()->blockCount() - 2) / columns.count() : 0;
+}
+
 void ChatLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
+    // The end of a change whose rows are known already.
+    if (openChangeStart > 0 && from >= openChangeStart)
+        return;
     if (!table)
         startOver();
     // Qt reports a change of the page, the font or the options as the whole document's insertion.
@@ -118,7 +158,7 @@ void ChatLayout::documentChanged(int from, int charsRemoved, int charsAdded)
             from == 0 && charsRemoved == 0 && charsAdded == document()->characterCount();
     if (isWhole)
         takeSettings();
-    const int count = table ? (document()->blockCount() - 2) / columns.count() : 0;
+    const int count = rowsInDocument();
     if (count < rowCount())
         startOver();
     if (!isWhole && table) {
@@ -380,6 +420,10 @@ void ChatLayout::announceSize()
 
 void ChatLayout::timerEvent(QTimerEvent *event)
 {
+    if (event->timerId() == openChangeTimer.timerId()) {
+        endOpenChange();
+        return;
+    }
     if (event->timerId() != repairTimer.timerId()) {
         QAbstractTextDocumentLayout::timerEvent(event);
         return;

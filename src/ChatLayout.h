@@ -51,6 +51,15 @@ public:
     /// at a point walks the blocks until one contains the point.
     [[nodiscard]] QRectF blockBoundingRect(const QTextBlock &block) const override;
 
+    /// To be called before rows are added, and `endRows` after that.
+    ///
+    /// Each time a change of a document ends, Qt looks through all pieces of the document. In a
+    /// long conversation the change is therefore kept open for two seconds, and the rows of that
+    /// time become part of it. They are laid out and announced by `endRows` at once; it is only the
+    /// document's own signals that wait for the end of the change.
+    void beginRows();
+    void endRows();
+
     /// Lays out new rows, and those that a new width changes, at once as far as they fill `height`
     /// pixels at the end of the document. With 0, as for a document that nobody sees, they are
     /// estimated only.
@@ -108,8 +117,10 @@ private:
     void startOver();
     void takeSettings();
     void reflow();
+    [[nodiscard]] int rowsInDocument() const;
     void addRows(int count);
     void measureEnd(int first);
+    void endOpenChange();
     void forget(QTextBlock block, int end);
     void estimate(int row);
     [[nodiscard]] int estimatedHeight(const Row &row) const;
@@ -144,6 +155,11 @@ private:
     TextEstimator estimator;
     // Numbers of the blocks whose own layouts were given lines.
     mutable QSet<int> lentLayouts;
+
+    // Runs as long as a change of the document is kept open.
+    QBasicTimer openChangeTimer;
+    // Where the first row of the open change starts; nothing above it has changed.
+    int openChangeStart = 0;
 
     // What the current layout was made for.
     int pageWidth = 0;

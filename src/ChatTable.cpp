@@ -1,5 +1,6 @@
 #include "ChatTable.h"
 
+#include "ChatLayout.h"
 #include "IrcText.h"
 
 #include <QTextBlock>
@@ -172,6 +173,9 @@ void ChatTable::appendRows(QTextTable &table, const QList<ChatRow> &rows)
 {
     if (rows.isEmpty())
         return;
+    auto *layout = qobject_cast<ChatLayout *>(table.document()->documentLayout());
+    if (layout)
+        layout->beginRows();
     QTextCursor cursor(table.document());
     cursor.beginEditBlock();
     table.appendRows(static_cast<int>(rows.size()));
@@ -191,6 +195,8 @@ void ChatTable::appendRows(QTextTable &table, const QList<ChatRow> &rows)
         fillTime(cursor, *row);
     }
     cursor.endEditBlock();
+    if (layout)
+        layout->endRows();
 }
 
 QString ChatTable::elidedNick(const QString &nick)

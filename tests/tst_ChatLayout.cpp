@@ -57,6 +57,8 @@ private slots:
     void paintsWithoutAView();
     void startsOverInANewTable();
     void followsRemovedRows();
+    void keepsAChangeOpenInALongConversation();
+    void looksTheSameDuringAnOpenChange();
 };
 
 void TestChatLayout::looksLikeQtsLayout_data()
@@ -408,6 +410,73 @@ void TestChatLayout::followsRemovedRows()
     QVERIFY(pair.measure());
     QCOMPARE(pair.own.document()->size(), pair.stock.document()->size());
     QCOMPARE(pair.differenceAnywhere(), QString());
+}
+
+void TestChatLayout::keepsAChangeOpenInALongConversation()
+{
+    ChatView view;
+    view.show();
+    QTextTable *table = ChatTable::create(view, 3);
+    const QSignalSpy changes(view.document(), &QTextDocument::contentsChange);
+    ChatTable::appendRows(*table, ChatCorpus::plainRows(998));
+    QCOMPARE(changes.count(), 1);
+    ChatTable::appendRow(*table, ChatCorpus::plainRows(1).constFirst());
+    QCOMPARE(changes.count(), 2);
+
+    const auto &layout = *qobject_cast<ChatLayout *>(view.document()->documentLayout());
+    for (int rows = 1001; rows < 1020; ++rows) {
+        ChatTable::appendRow(*table, ChatCorpus::plainRows(1, rows).constFirst());
+        QCOMPARE(table->rows(), rows);
+        QCOMPARE(layout.rowCount(), rows);
+        QCOMPARE(qreal(layout.rowTop(rows) + 4), view.document()->size().height());
+    }
+    QCOMPARE(changes.count(), 2);
+    // The end of the change brings nothing new.
+    const QSignalSpy updates(&layout, &QAbstractTextDocumentLayout::update);
+    QTRY_COMPARE(changes.count(), 3);
+    QCOMPARE(updates.count(), 0);
+    ChatTable::appendRow(*table, ChatCorpus::plainRows(1).constFirst());
+    QTRY_COMPARE(changes.count(), 4);
+    QCOMPARE(layout.rowCount(), 1020);
+}
+
+void TestChatLayout::looksTheSameDuringAnOpenChange()
+{
+    ViewPair pair(QSize(450, 300));
+    pair.append(ChatCorpus::plainRows(1000));
+    QVERIFY(pair.measure());
+    const QSignalSpy changes(pair.own.document(), &QTextDocument::contentsChange);
+    const auto scrollToEnd = [](QTextBrowser &view) {
+        QTextCursor cursor = view.textCursor();
+        cursor.movePosition(QTextCursor::End);
+        view.setTextCursor(cursor);
+        view.ensureCursorVisible();
+    };
+    for (const ChatRow &row : ChatCorpus::rows().first(8)) {
+        pair.append({row});
+        pair.both(scrollToEnd);
+        QCOMPARE(pair.own.verticalScrollBar()->value(), pair.stock.verticalScrollBar()->value());
+        QCOMPARE(pair.difference(), QString());
+    }
+    QTRY_VERIFY(changes.count() > 0);
+    QCOMPARE(pair.difference(), QString());
+
+    pair.append(ChatCorpus::rows().first(1));
+    pair.resize(QSize(380, 320));
+    QVERIFY(pair.measure());
+    QCOMPARE(pair.differenceAnywhere(), QString());
+
+    // A change of other rows counts when the open change ends.
+    pair.append(ChatCorpus::rows().first(1));
+    pair.both([](QTextBrowser &view) {
+        QTextCursor cursor(view.document());
+        cursor.setPosition(cellPosition(view, 5, 2));
+        cursor.insertText(u"more and more and more "_s.repeated(10));
+    });
+    QTRY_COMPARE(pair.own.document()->size(), pair.stock.document()->size());
+    QVERIFY(pair.measure());
+    pair.scrollTo(0);
+    QCOMPARE(pair.difference(), QString());
 }
 
 QTEST_MAIN(TestChatLayout)
