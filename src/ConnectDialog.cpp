@@ -49,8 +49,8 @@ ConnectDialog::ConnectDialog(QWidget *parent)
     setAttribute(Qt::WA_TranslucentBackground, false);
 
     makeConnections(); // Before the rows come, so that the one that gets selected fills the fields.
+    applyTheme();      // Before the rows come as well: each would be measured for it.
     loadSettings();
-    applyTheme();
 
     adjustSize();
     setFixedSize(size());
@@ -139,7 +139,7 @@ void ConnectDialog::loadSettings()
     const QSet<QString> ids = ServerStore::listServers(defaultServers(), deletedDefaults);
     serverConfigs.clear();
     for (const QString &id : ids)
-        serverConfigs.insert(id, loadServerConfig(id));
+        serverConfigs.insert(id, ServerStore::loadConfig(settings, id));
     showServers(ids, settings);
     reorderServerList();
     selectFirstServer(settings.value(u"connection/history"_s).toStringList());
@@ -402,7 +402,10 @@ void ConnectDialog::makeConnections()
 void ConnectDialog::applyTheme()
 {
     ConnectDialogStyle::setBackground(this, currentTheme);
-    setStyleSheet(ConnectDialogStyle::dialogSheet(currentTheme));
+    const QString sheet = ConnectDialogStyle::dialogSheet(currentTheme);
+    // To set it anew would style each child anew and measure each row of the list.
+    if (styleSheet() != sheet)
+        setStyleSheet(sheet);
 }
 
 void ConnectDialog::storeFieldsOfSelectedServer()

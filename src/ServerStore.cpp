@@ -74,6 +74,11 @@ QStringList parseChannels(const QString &text)
 ServerConfig loadConfig(const QString &id, const ServerConfig &defaults)
 {
     QSettings settings;
+    return loadConfig(settings, id, defaults);
+}
+
+ServerConfig loadConfig(QSettings &settings, const QString &id, const ServerConfig &defaults)
+{
     settings.beginGroup(groupName(id));
     ServerConfig config = defaults;
     config.nickname = settings.value(u"nickname"_s, defaults.nickname).toString();

@@ -66,6 +66,11 @@ enum class OddIdAddress {
 /// The stored record of the server `id`. What the store does not hold is taken from `defaults`.
 [[nodiscard]] ServerConfig loadConfig(const QString &id, const ServerConfig &defaults = {});
 
+/// The same from `settings`, for many records in a row: each `QSettings` that is made asks the
+/// system about all files that might belong to the store.
+[[nodiscard]] ServerConfig loadConfig(QSettings &settings, const QString &id,
+                                      const ServerConfig &defaults = {});
+
 /// The stored channels to join of the server `id`; empty if there are none.
 [[nodiscard]] QStringList loadAutojoin(const QString &id);
 

@@ -30,6 +30,7 @@ private slots:
     void declaresItsSlotsInOrder();
     void dressesByTheme_data();
     void dressesByTheme();
+    void dressesOnlyInAnotherTheme();
     void keepsFixedValuesInEveryTheme_data();
     void keepsFixedValuesInEveryTheme();
     void isTranslucentForGlassAlone_data();
@@ -220,6 +221,26 @@ void TestConnectDialog::dressesByTheme()
         page.dialog.setCurrentTheme(name);
         QTEST(StyleSheetReader(page.dialog.styleSheet()).value(selector, property), "other");
     }
+}
+
+void TestConnectDialog::dressesOnlyInAnotherTheme()
+{
+    class StyleChanges final : public QObject
+    {
+    public:
+        bool eventFilter(QObject *, QEvent *event) override
+        {
+            count += event->type() == QEvent::StyleChange ? 1 : 0;
+            return false;
+        }
+        int count = 0;
+    } changes;
+    ConnectDialogPage page;
+    page.list->installEventFilter(&changes);
+    page.dialog.setCurrentTheme(u"light"_s);
+    QCOMPARE(changes.count, 0);
+    page.dialog.setCurrentTheme(u"dark"_s);
+    QVERIFY(changes.count > 0);
 }
 
 void TestConnectDialog::keepsFixedValuesInEveryTheme_data()
