@@ -1,19 +1,14 @@
 // The built program in a real window, on a real server, with other people on it. What it does is
 // read off the wire; the screen is looked at for what the wire can't tell.
 
-#include "LoggingProxy.h"
 #include "Ngircd.h"
-#include "PlainClient.h"
-#include "PreparedStore.h"
-#include "ProgramOnScreen.h"
 #include "ScriptedServer.h"
 #include "TlsAuthority.h"
 #include "VirtualScreen.h"
+#include "Walk.h"
 
-#include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QSslServer>
 #include <QTemporaryDir>
@@ -26,31 +21,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Patience = 15000; // In ms.
-
-// The status bar, connected and not.
-constexpr QRgb Green = qRgb(0xd4, 0xed, 0xda);
-constexpr QRgb Red = qRgb(0xf8, 0xd7, 0xda);
-constexpr int BarPoints = 5000; // A status bar has more points than this.
+constexpr int Patience = Walk::Patience;
 
 constexpr QRgb BobColour = qRgb(0xad, 0x14, 0x57);
 constexpr int NickPoints = 20; // A short nick has more points of its colour than this.
 constexpr int TabPoints = 150; // A new tab changes more points than this.
-
-/// Everything that one walk needs, made anew for each.
-struct Walk
-{
-    explicit Walk(const VirtualScreen &screen)
-        : program(screen, store)
-    {
-    }
-
-    Ngircd server;
-    std::unique_ptr<LoggingProxy> proxy;
-    PlainClient bob;
-    PreparedStore store;
-    ProgramOnScreen program;
-};
 
 // A command that runs another in a system whose certificates are those of the folder. Programs
 // look for authorities in the system's own places only, so we lay the folder over these, in a mount
@@ -99,13 +74,8 @@ private slots:
     void refusesACertificateThatVouchesForItself();
 
 private:
-    /// Puts a server before the program's dialog: the proxy before the real one.
-    bool prepare(LoggingProxy::Joins joins, const QString &nick);
+    /// Puts a server that speaks TLS before the program's dialog.
     bool prepareTls(quint16 port);
-    /// Starts the program and lets it connect and join #room.
-    bool enter();
-    bool showsStatus(QRgb colour) const;
-    QStringList sentByProgram() const;
 
     VirtualScreen screen;
     std::unique_ptr<Walk> walk;
@@ -118,39 +88,16 @@ void TestEndToEnd::initTestCase()
 
 void TestEndToEnd::init()
 {
-    walk = std::make_unique<Walk>(screen);
+    walk = std::make_unique<Walk>(screen, std::make_unique<Ngircd>());
 }
 
 void TestEndToEnd::cleanup()
 {
-    if (QTest::currentTestFailed()) {
-        const QString file = QDir::current().absoluteFilePath(
-                u"%1.png"_s.arg(QString::fromLatin1(QTest::currentTestFunction())));
-        if (screen.picture().save(file))
-            qInfo("Screenshot: %s", qPrintable(file));
-        if (walk->proxy)
-            qInfo("On the wire:\n%s", qPrintable(walk->proxy->lines().join(u'\n')));
-    }
-    if (walk->program.isRunning()) {
-        QVERIFY(walk->program.close());
-        QCOMPARE(walk->program.exitStatus(), 0);
-    }
+    if (QTest::currentTestFailed())
+        walk->report(QString::fromLatin1(QTest::currentTestFunction()));
+    QVERIFY(walk->end());
     QCOMPARE(walk->program.errorOutput(), QString());
     walk.reset();
-}
-
-bool TestEndToEnd::prepare(LoggingProxy::Joins joins, const QString &nick)
-{
-    if (!walk->server.start() || !walk->bob.enter(walk->server.port(), u"bob"_s))
-        return false;
-    walk->bob.send(u"JOIN #room"_s);
-    walk->proxy = std::make_unique<LoggingProxy>(walk->server.port(), joins);
-    walk->store.addServer({.host = u"127.0.0.1"_s,
-                           .port = walk->proxy->port(),
-                           .nickname = nick,
-                           .realName = u"Wanda Walker"_s,
-                           .channels = {u"#room"_s}});
-    return walk->bob.waitFor(u" 366 bob #room "_s);
 }
 
 bool TestEndToEnd::prepareTls(quint16 port)
@@ -164,27 +111,9 @@ bool TestEndToEnd::prepareTls(quint16 port)
     return port != 0;
 }
 
-bool TestEndToEnd::enter()
-{
-    return prepare(LoggingProxy::Joins::Rewritten, u"wanda"_s) && walk->program.start()
-           && walk->program.pressConnect() && walk->proxy->waitForProgram(u"NAMES #room"_s)
-           && walk->proxy->waitForServer(u" 366 wanda #room "_s)
-           && QTest::qWaitFor([this] { return showsStatus(Green); }, Patience);
-}
-
-bool TestEndToEnd::showsStatus(QRgb colour) const
-{
-    return screen.countPoints(colour) > BarPoints;
-}
-
-QStringList TestEndToEnd::sentByProgram() const
-{
-    return walk->proxy->lines().filter(QRegularExpression(u"^>> "_s));
-}
-
 void TestEndToEnd::connectsFromTheDialogByKeyboard()
 {
-    QVERIFY(enter());
+    QVERIFY(walk->enter());
     QVERIFY(walk->bob.waitFor(u" JOIN :#room"_s));
     QCOMPARE(walk->proxy->bytesFromProgram(), "NICK wanda\r\nUSER wanda 0 * :Wanda Walker\r\n"
                                               "JOIN #room\r\nNAMES #room\r\n"_ba);
@@ -197,7 +126,7 @@ void TestEndToEnd::connectsFromTheDialogByKeyboard()
 
 void TestEndToEnd::talksBothWays()
 {
-    QVERIFY(enter());
+    QVERIFY(walk->enter());
     const int before = walk->program.shownLines();
     QVERIFY(walk->program.say(u"Good evening, everybody"_s));
     QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :Good evening, everybody"_s));
@@ -211,7 +140,7 @@ void TestEndToEnd::talksBothWays()
 
 void TestEndToEnd::runsItsCommands()
 {
-    QVERIFY(enter());
+    QVERIFY(walk->enter());
     ProgramOnScreen &program = walk->program;
     const LoggingProxy &wire = *walk->proxy;
     const PlainClient &bob = walk->bob;
@@ -249,18 +178,18 @@ void TestEndToEnd::runsItsCommands()
 
 void TestEndToEnd::refusesAnUnknownCommand()
 {
-    QVERIFY(enter());
+    QVERIFY(walk->enter());
     const int before = walk->program.shownLines();
     QVERIFY(walk->program.say(u"/frobnicate the server"_s));
     QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), before + 1, Patience);
     QVERIFY(walk->program.say(u"still here"_s));
     QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :still here"_s));
-    QCOMPARE(sentByProgram().filter(u"frobnicate"_s, Qt::CaseInsensitive), QStringList());
+    QCOMPARE(walk->sentByProgram().filter(u"frobnicate"_s, Qt::CaseInsensitive), QStringList());
 }
 
 void TestEndToEnd::hearsAPrivateMessage()
 {
-    QVERIFY(enter());
+    QVERIFY(walk->enter());
     const QImage before = screen.picture();
     walk->bob.send(u"PRIVMSG wanda :psst"_s);
     // The conversation opens, and its partner is watched from then on.
@@ -270,7 +199,7 @@ void TestEndToEnd::hearsAPrivateMessage()
 
 void TestEndToEnd::asksAboutSomebody()
 {
-    QVERIFY(enter());
+    QVERIFY(walk->enter());
     const int before = walk->program.shownLines();
     QVERIFY(walk->program.say(u"/whois bob"_s));
     QVERIFY(walk->proxy->waitForProgram(u"WHOIS bob"_s));
@@ -286,7 +215,7 @@ void TestEndToEnd::asksAboutSomebody()
 
 void TestEndToEnd::takesAnotherNickWhenItsOwnIsInUse()
 {
-    QVERIFY(prepare(LoggingProxy::Joins::Rewritten, u"bob"_s));
+    QVERIFY(walk->prepare(LoggingProxy::Joins::Rewritten, u"bob"_s, {u"#room"_s}));
     QVERIFY(walk->program.start());
     QVERIFY(walk->program.pressConnect());
     QVERIFY(walk->proxy->waitForServer(u" 433 "_s));
@@ -298,9 +227,9 @@ void TestEndToEnd::takesAnotherNickWhenItsOwnIsInUse()
 
 void TestEndToEnd::outlivesTheServerAndConnectsAgain()
 {
-    QVERIFY(enter());
-    walk->server.kill();
-    QTRY_VERIFY_WITH_TIMEOUT(showsStatus(Red), Patience);
+    QVERIFY(walk->enter());
+    walk->server->kill();
+    QTRY_VERIFY_WITH_TIMEOUT(walk->showsStatus(Walk::Red), Patience);
     QVERIFY(walk->program.isRunning());
 
     Ngircd next;
@@ -309,24 +238,24 @@ void TestEndToEnd::outlivesTheServerAndConnectsAgain()
     QVERIFY(walk->program.openConnectDialog());
     QVERIFY(walk->program.pressConnect());
     QVERIFY(walk->proxy->waitForProgram(u"JOIN #room"_s, 2));
-    QTRY_VERIFY_WITH_TIMEOUT(showsStatus(Green), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(walk->showsStatus(Walk::Green), Patience);
 }
 
 void TestEndToEnd::takesItsLeaveWhenTheWindowCloses()
 {
-    QVERIFY(enter());
+    QVERIFY(walk->enter());
     QVERIFY(walk->program.close());
     QCOMPARE(walk->program.exitStatus(), 0);
     QVERIFY(walk->proxy->waitForProgram(u"QUIT :Velmora leaving"_s));
     QVERIFY(walk->proxy->waitForEnd());
-    QCOMPARE(sentByProgram().last(), u">> QUIT :Velmora leaving"_s);
+    QCOMPARE(walk->sentByProgram().last(), u">> QUIT :Velmora leaving"_s);
     QVERIFY(walk->bob.waitFor(u":wanda!"_s));
     QVERIFY(walk->bob.waitFor(u" QUIT "_s));
 }
 
 void TestEndToEnd::livesWithAJoinWhoseChannelIsTrailing()
 {
-    QVERIFY(prepare(LoggingProxy::Joins::AsTheyAre, u"wanda"_s));
+    QVERIFY(walk->prepare(LoggingProxy::Joins::AsTheyAre, u"wanda"_s, {u"#room"_s}));
     QVERIFY(walk->program.start());
     QVERIFY(walk->program.pressConnect());
     QVERIFY(walk->proxy->waitForServer(u" JOIN :#room"_s));
@@ -356,7 +285,7 @@ void TestEndToEnd::trustsAnAuthorityOfTheSystem()
     QVERIFY(server.waitForLine(u"USER wanda 0 * :Wanda Walker"_s));
     server.send(u":irc.test 001 wanda :Welcome"_s);
     QVERIFY(server.waitForLine(u"JOIN #room"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(showsStatus(Green), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(walk->showsStatus(Walk::Green), Patience);
 }
 
 void TestEndToEnd::refusesACertificateThatVouchesForItself()
@@ -373,7 +302,7 @@ void TestEndToEnd::refusesACertificateThatVouchesForItself()
     QTRY_VERIFY_WITH_TIMEOUT(!refusal.isEmpty(), Patience);
     // That it was connected, the error, and that it is disconnected.
     QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), 3, Patience);
-    QTRY_VERIFY_WITH_TIMEOUT(showsStatus(Red), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(walk->showsStatus(Walk::Red), Patience);
     QVERIFY(walk->program.isRunning());
 }
 

@@ -11,6 +11,7 @@ constexpr int Patience = 20000; // In ms. Builds with sanitizers on a busy machi
 
 const auto MainTitle = u"Velmora"_s;
 const auto DialogTitle = u"Connect to IRC Server"_s;
+const auto PreferencesTitle = u"Preferences"_s;
 
 // The input line lies above the status bar at the lower left.
 constexpr QPoint InputFromBottomLeft{200, -50};
@@ -21,8 +22,15 @@ constexpr int StampWidth = 80;
 constexpr QRgb StampColour = qRgb(136, 136, 136);
 constexpr int StampDistance = 40;
 
-// The first menu of the menu bar.
+// From the upper left of the window: two menus of the menu bar, the tabs, and the channel list's
+// first column under its header.
 constexpr QPoint ServerMenu{25, 10};
+constexpr QPoint SettingsMenu{190, 10};
+constexpr QRect TabBar{10, 28, 1000, 32};
+constexpr QRect ChannelNames{15, 120, 180, 500};
+// The user list takes the window's right fifth.
+constexpr int UserNamesFromRight = 245;
+constexpr QRect UserNames{0, 35, 220, 300};
 
 } // namespace
 
@@ -60,6 +68,17 @@ bool ProgramOnScreen::openConnectDialog()
            && waitForActive(DialogTitle);
 }
 
+bool ProgramOnScreen::openPreferences()
+{
+    return screen.click(window.topLeft() + SettingsMenu) && screen.press(u"p"_s)
+           && waitForActive(PreferencesTitle);
+}
+
+bool ProgramOnScreen::closeDialog()
+{
+    return screen.press(u"Escape"_s) && waitForActive(MainTitle);
+}
+
 bool ProgramOnScreen::say(const QString &text)
 {
     const QPoint input = window.bottomLeft() + InputFromBottomLeft;
@@ -71,6 +90,21 @@ int ProgramOnScreen::shownLines() const
     QRect stamps = window.marginsRemoved(ViewMargins);
     stamps.setWidth(StampWidth);
     return screen.countTextRows(stamps, StampColour, StampDistance);
+}
+
+QRect ProgramOnScreen::tabBar() const
+{
+    return TabBar.translated(window.topLeft());
+}
+
+QRect ProgramOnScreen::channelNames() const
+{
+    return ChannelNames.translated(window.topLeft());
+}
+
+QRect ProgramOnScreen::userNames() const
+{
+    return UserNames.translated(window.topRight() - QPoint(UserNamesFromRight, 0));
 }
 
 bool ProgramOnScreen::close()

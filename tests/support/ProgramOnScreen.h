@@ -31,11 +31,23 @@ public:
     /// Opens the connect dialog anew from the menu.
     [[nodiscard]] bool openConnectDialog();
 
+    /// Opens the preferences from the menu.
+    [[nodiscard]] bool openPreferences();
+    /// Closes the dialog that has the keyboard by Escape.
+    [[nodiscard]] bool closeDialog();
+
     /// Clicks into the input line, types the text and presses Return.
     [[nodiscard]] bool say(const QString &text);
 
     /// How many lines the open tab shows, by their time stamps.
     [[nodiscard]] int shownLines() const;
+
+    /// Where the tabs of the main window lie.
+    [[nodiscard]] QRect tabBar() const;
+    /// Where the names of the channel list stand, without the header.
+    [[nodiscard]] QRect channelNames() const;
+    /// Where the names of the user list stand.
+    [[nodiscard]] QRect userNames() const;
 
     /// Closes the window as its title bar does, and waits for the program to end.
     [[nodiscard]] bool close();

@@ -232,6 +232,11 @@ bool VirtualScreen::click(QPoint place, int button) const
     return point(place) && run({u"click"_s, QString::number(button)});
 }
 
+bool VirtualScreen::doubleClick(QPoint place) const
+{
+    return point(place) && run({u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"40"_s, u"1"_s});
+}
+
 bool VirtualScreen::point(QPoint place) const
 {
     return run({u"mousemove"_s, QString::number(place.x()), QString::number(place.y())});

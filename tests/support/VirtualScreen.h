@@ -52,6 +52,7 @@ public:
     bool press(const QString &key) const;
     /// Clicks with the left button of the mouse (1), the middle (2) or the right one (3).
     bool click(QPoint point, int button = 1) const;
+    bool doubleClick(QPoint point) const;
     /// Moves the mouse without a click.
     bool point(QPoint place) const;
     /// Minimises the window that has the keyboard.

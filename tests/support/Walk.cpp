@@ -1,0 +1,77 @@
+#include "Walk.h"
+
+#include <QDir>
+#include <QRegularExpression>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int BarPoints = 5000; // A status bar has more points than this.
+
+} // namespace
+
+Walk::Walk(const VirtualScreen &shownOn, std::unique_ptr<ServerProcess> realServer)
+    : screen(shownOn)
+    , server(std::move(realServer))
+    , program(screen, store)
+{
+}
+
+bool Walk::prepare(LoggingProxy::Joins joins, const QString &nick, const QStringList &channels)
+{
+    if (!server->start() || !bob.enter(server->port(), u"bob"_s))
+        return false;
+    for (const QString &channel : channels) {
+        bob.send(u"JOIN "_s + channel);
+        if (!bob.waitFor(u" 366 bob %1 "_s.arg(channel)))
+            return false;
+    }
+    proxy = std::make_unique<LoggingProxy>(server->port(), joins);
+    store.addServer({.host = u"127.0.0.1"_s,
+                     .port = proxy->port(),
+                     .nickname = nick,
+                     .realName = u"Wanda Walker"_s,
+                     .channels = channels});
+    return proxy->port() != 0;
+}
+
+bool Walk::enter(const QStringList &channels)
+{
+    if (!prepare(LoggingProxy::Joins::Rewritten, u"wanda"_s, channels) || !program.start()
+        || !program.pressConnect())
+        return false;
+    for (const QString &channel : channels) {
+        if (!proxy->waitForProgram(u"NAMES "_s + channel)
+            || !proxy->waitForServer(u" 366 wanda %1 "_s.arg(channel)))
+            return false;
+    }
+    // Our own join is all that has been said there.
+    return QTest::qWaitFor([this] { return showsStatus(Green) && program.shownLines() == 1; },
+                           Patience);
+}
+
+bool Walk::showsStatus(QRgb colour) const
+{
+    return screen.countPoints(colour) > BarPoints;
+}
+
+QStringList Walk::sentByProgram() const
+{
+    return proxy->lines().filter(QRegularExpression(u"^>> "_s));
+}
+
+void Walk::report(const QString &name) const
+{
+    const QString file = QDir::current().absoluteFilePath(name + u".png");
+    if (screen.picture().save(file))
+        qInfo("Screenshot: %s", qPrintable(file));
+    if (proxy)
+        qInfo("On the wire:\n%s", qPrintable(proxy->lines().join(u'\n')));
+}
+
+bool Walk::end()
+{
+    return !program.isRunning() || (program.close() && program.exitStatus() == 0);
+}

@@ -1,0 +1,247 @@
+// The built program in a real window, on a real server that tells who comes and goes: what is done
+// there with channels and people by mouse.
+
+#include "InspIrcd.h"
+#include "VirtualScreen.h"
+#include "Walk.h"
+
+#include <QTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Patience = Walk::Patience;
+
+// The text of lists and menus. The edges of letters are mixed with the ground, and the frames
+// around are much paler.
+constexpr QRgb TextColour = qRgb(0x33, 0x33, 0x33);
+constexpr int TextDistance = 60;
+constexpr int TwoRows = 20; // The text of two rows is higher than this, that of one is not.
+
+constexpr QRgb CurrentTab = qRgb(0x00, 0x7a, 0xff);
+constexpr QRgb BlinkColour = qRgb(0xff, 0xb8, 0x00);
+constexpr int ColourDistance = 30;
+
+// From the upper left of a first row, the lower left of a last one, and the upper left of a tab.
+constexpr QPoint IntoFirstRow{6, 5};
+constexpr QPoint IntoLastRow{6, -4};
+constexpr QPoint ToCloseButton{13, 17};
+
+// From where the right button was pressed to the menu's second entry, which lies beside the names,
+// and to where there is nothing but the menu.
+constexpr QPoint ToWhois{40, 27};
+constexpr QRect MenuBelowNames{20, 40, 120, 60};
+
+} // namespace
+
+class TestEndToEndPeople final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void joinsFromTheChannelList();
+    void asksAboutSomebodyFromTheUserList();
+    void chatsInPrivateFromTheUserList_data();
+    void chatsInPrivateFromTheUserList();
+    void tellsWhenThePartnerComesAndGoes();
+    void blinksForAMentionUntilTheVisit();
+
+private:
+    QRect shownText(const QRect &area) const;
+    /// A place on the first entry of the user list: bob's, who is the operator.
+    QPoint placeOfBob() const;
+    /// Opens a private conversation with bob by a double click on his name.
+    bool openChat();
+    QRect currentTab() const;
+    /// Where tabs are in the blink colour now.
+    QRect blinkingText() const;
+    /// Where tabs blink, watched until all of it has come and gone twice. Nothing if it does not.
+    QRect watchBlinking() const;
+
+    VirtualScreen screen;
+    std::unique_ptr<Walk> walk;
+};
+
+void TestEndToEndPeople::initTestCase()
+{
+    QVERIFY2(screen.start(), qPrintable(screen.failure()));
+}
+
+void TestEndToEndPeople::init()
+{
+    walk = std::make_unique<Walk>(screen, std::make_unique<InspIrcd>());
+}
+
+void TestEndToEndPeople::cleanup()
+{
+    if (QTest::currentTestFailed())
+        walk->report(QString::fromLatin1(QTest::currentTestFunction()));
+    QVERIFY(walk->end());
+    QCOMPARE(walk->program.errorOutput(), QString());
+    walk.reset();
+}
+
+QRect TestEndToEndPeople::shownText(const QRect &area) const
+{
+    return screen.findPoints(area, TextColour, TextDistance);
+}
+
+QPoint TestEndToEndPeople::placeOfBob() const
+{
+    QRect names;
+    static_cast<void>(QTest::qWaitFor(
+            [&] {
+                names = shownText(walk->program.userNames());
+                return names.height() > TwoRows;
+            },
+            Patience));
+    return names.topLeft() + IntoFirstRow;
+}
+
+bool TestEndToEndPeople::openChat()
+{
+    return screen.doubleClick(placeOfBob()) && walk->proxy->waitForProgram(u"WATCH +bob"_s)
+           && walk->proxy->waitForServer(u" 604 wanda bob "_s);
+}
+
+QRect TestEndToEndPeople::currentTab() const
+{
+    return screen.findPoints(walk->program.tabBar(), CurrentTab, ColourDistance);
+}
+
+QRect TestEndToEndPeople::blinkingText() const
+{
+    return screen.findPoints(walk->program.tabBar(), BlinkColour, ColourDistance);
+}
+
+QRect TestEndToEndPeople::watchBlinking() const
+{
+    QRect found;
+    for (const bool isOn : {true, false, true, false}) {
+        const auto hasTurned = [&] {
+            const QRect now = blinkingText();
+            found |= now;
+            return now.isEmpty() != isOn;
+        };
+        if (!QTest::qWaitFor(hasTurned, Patience))
+            return {};
+    }
+    return found;
+}
+
+void TestEndToEndPeople::joinsFromTheChannelList()
+{
+    QVERIFY(walk->enter());
+    walk->bob.send(u"JOIN #hall"_s);
+    QVERIFY(walk->bob.waitFor(u" 366 bob #hall "_s));
+
+    QVERIFY(walk->program.say(u"/list"_s));
+    QVERIFY(walk->proxy->waitForProgram(u"LIST"_s));
+    QVERIFY(walk->proxy->waitForServer(u" 323 wanda "_s));
+    const QRect names = walk->program.channelNames();
+    QTRY_VERIFY_WITH_TIMEOUT(shownText(names).height() > TwoRows, Patience);
+    // The line below the list has the keyboard, and only what it finds stays.
+    QVERIFY(screen.type(u"hall"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(shownText(names).height() < TwoRows, Patience);
+    QVERIFY(screen.press(u"ctrl+a"_s));
+    QVERIFY(screen.press(u"Delete"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(shownText(names).height() > TwoRows, Patience);
+
+    // The channel with fewer people is the lower one.
+    QVERIFY(screen.doubleClick(shownText(names).bottomLeft() + IntoLastRow));
+    QVERIFY(walk->proxy->waitForProgram(u"JOIN #hall"_s));
+    QVERIFY(walk->bob.waitFor(u" JOIN :#hall"_s));
+    QVERIFY(walk->program.say(u"here I am"_s));
+    QVERIFY(walk->bob.waitFor(u"PRIVMSG #hall :here I am"_s));
+}
+
+void TestEndToEndPeople::asksAboutSomebodyFromTheUserList()
+{
+    QVERIFY(walk->enter());
+    const QPoint bob = placeOfBob();
+    const QRect menu = MenuBelowNames.translated(bob);
+    QVERIFY(shownText(menu).isEmpty());
+    QVERIFY(screen.click(bob, 3));
+    QTRY_VERIFY_WITH_TIMEOUT(!shownText(menu).isEmpty(), Patience);
+
+    QVERIFY(screen.click(bob + ToWhois));
+    QVERIFY(walk->proxy->waitForProgram(u"WHOIS bob"_s));
+    QVERIFY(walk->proxy->waitForServer(u" 318 wanda bob "_s));
+    // Behind our own join: who it is, by which server, idle for how long, and in which channels.
+    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), 1 + 4, Patience);
+}
+
+void TestEndToEndPeople::chatsInPrivateFromTheUserList_data()
+{
+    QTest::addColumn<bool>("isClosedByMouse");
+    QTest::newRow("closed by Ctrl+W") << false;
+    QTest::newRow("closed by its button") << true;
+}
+
+void TestEndToEndPeople::chatsInPrivateFromTheUserList()
+{
+    QFETCH(const bool, isClosedByMouse);
+    QVERIFY(walk->enter());
+    const QRect room = currentTab();
+    QVERIFY(openChat());
+    QTRY_VERIFY_WITH_TIMEOUT(currentTab().left() > room.right(), Patience);
+    QVERIFY(walk->program.say(u"psst"_s));
+    QVERIFY(walk->bob.waitFor(u"PRIVMSG bob :psst"_s));
+
+    QCOMPARE(walk->proxy->countFromProgram(u"WATCH -bob"_s), 0);
+    QVERIFY(isClosedByMouse ? screen.click(currentTab().topLeft() + ToCloseButton)
+                            : screen.press(u"ctrl+w"_s));
+    QVERIFY(walk->proxy->waitForProgram(u"WATCH -bob"_s));
+    QVERIFY(walk->proxy->waitForServer(u" 602 wanda bob "_s));
+    QTRY_COMPARE_WITH_TIMEOUT(currentTab(), room, Patience);
+    QCOMPARE(walk->proxy->countFromProgram(u"WATCH +bob"_s), 1);
+}
+
+void TestEndToEndPeople::tellsWhenThePartnerComesAndGoes()
+{
+    QVERIFY(walk->enter());
+    QVERIFY(openChat());
+    QVERIFY(walk->program.say(u"are you there?"_s));
+    QVERIFY(walk->bob.waitFor(u"PRIVMSG bob :are you there?"_s));
+    // That he is there, which the server tells at once, and the question.
+    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), 2, Patience);
+
+    walk->bob.send(u"QUIT :off"_s);
+    QVERIFY(walk->proxy->waitForServer(u" 601 wanda bob "_s));
+    // The server tells it twice: to the channel's people and to those who watch.
+    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), 4, Patience);
+
+    PlainClient again;
+    QVERIFY(again.enter(walk->server->port(), u"bob"_s));
+    QVERIFY(walk->proxy->waitForServer(u" 600 wanda bob "_s));
+    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), 5, Patience);
+}
+
+void TestEndToEndPeople::blinksForAMentionUntilTheVisit()
+{
+    QVERIFY(walk->enter({u"#room"_s, u"#hall"_s}));
+    QVERIFY(blinkingText().isEmpty());
+    walk->bob.send(u"PRIVMSG #hall :wanda: over here"_s);
+    const QRect hall = watchBlinking();
+    QVERIFY(!hall.isEmpty());
+    QVERIFY(hall.left() > currentTab().right());
+
+    QVERIFY(screen.click(hall.center()));
+    QTRY_VERIFY_WITH_TIMEOUT(currentTab().contains(hall.center()), Patience);
+    // While the channel that was left blinks, the visited one is seen to be still.
+    walk->bob.send(u"PRIVMSG #room :and back, wanda"_s);
+    const QRect room = watchBlinking();
+    QVERIFY(!room.isEmpty());
+    QVERIFY(room.right() < hall.left());
+}
+
+QTEST_GUILESS_MAIN(TestEndToEndPeople)
+
+#include "tst_EndToEndPeople.moc"
