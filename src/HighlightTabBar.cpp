@@ -90,10 +90,13 @@ void HighlightTabBar::paintEvent(QPaintEvent *event)
         QStyleOptionTab option;
         initStyleOption(&option, index);
         const HighlightInfo info = highlights.value(index);
-        if (info.highlighted)
+        if (info.highlighted) {
             drawHighlightedTab(painter, option, info.blinkOn);
-        else
+        } else {
+            // A style underlines what follows a single one, and does not show it.
+            option.text.replace(u'&', "&&"_L1);
             drawTab(painter, option);
+        }
     }
 }
 

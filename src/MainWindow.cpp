@@ -16,6 +16,7 @@
 #include "NickList.h"
 #include "NumericTreeWidgetItem.h"
 #include "PlainTextMenu.h"
+#include "PlainToolTips.h"
 #include "PreferencesDialog.h"
 #include "Prompts.h"
 #include "ServerStore.h"
@@ -186,6 +187,7 @@ void MainWindow::setupUI()
     tabWidget->setPublicTabBar(tabBar);
     tabBar->setExpanding(true);
     tabBar->setTheme(currentTheme);
+    new PlainToolTips(*tabBar);
     tabWidget->setTabsClosable(false); // Tabs have close buttons of their own, on the left.
     tabBar->setContextMenuPolicy(Qt::CustomContextMenu);
     // Qt reads the theme's "max-width: none" as no width at all and would cut every longer name

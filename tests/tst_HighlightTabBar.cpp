@@ -183,6 +183,7 @@ private slots:
     void paintsTabsInTheirOrder();
     void paintsOnlyTabsInTheRegion();
     void stylePaintsAnUnmarkedTab();
+    void paintsAmpersands();
     void stylePaintsAMarkedTabWithoutItsText_data();
     void stylePaintsAMarkedTabWithoutItsText();
     void markedTextIsBoldAndCentred();
@@ -463,6 +464,15 @@ void TestHighlightTabBar::stylePaintsAnUnmarkedTab()
     QCOMPARE(option.rect, fixture.bar.tabRect(1));
     QCOMPARE(option.palette.color(QPalette::WindowText),
              fixture.bar.palette().color(QPalette::WindowText));
+}
+
+void TestHighlightTabBar::paintsAmpersands()
+{
+    Fixture fixture;
+    fixture.bar.setTabText(1, u"#a&b&&c"_s);
+    // To a style a pair of them is one that is shown.
+    QCOMPARE(fixture.drawnOption(1).text, u"#a&&b&&&&c"_s);
+    QCOMPARE(fixture.bar.tabText(1), u"#a&b&&c"_s);
 }
 
 void TestHighlightTabBar::stylePaintsAMarkedTabWithoutItsText_data()

@@ -1,0 +1,35 @@
+#include "PlainToolTips.h"
+
+#include <QHelpEvent>
+#include <QTabBar>
+#include <QToolTip>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype LongestTip = 500;
+
+} // namespace
+
+PlainToolTips::PlainToolTips(QTabBar &bar)
+    : QObject(&bar)
+    , tabBar(bar)
+{
+    bar.installEventFilter(this);
+}
+
+bool PlainToolTips::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QObject::eventFilter(watched, event);
+    const auto *help = static_cast<QHelpEvent *>(event);
+    QString tip = tabBar.tabToolTip(tabBar.tabAt(help->pos()));
+    if (tip.size() > LongestTip)
+        tip = tip.first(LongestTip) + u'…';
+    // A tip without any text hides the one on show.
+    if (!tip.isEmpty())
+        tip = u"<span>%1</span>"_s.arg(tip.toHtmlEscaped());
+    QToolTip::showText(help->globalPos(), tip, &tabBar);
+    return true;
+}
