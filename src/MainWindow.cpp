@@ -20,6 +20,7 @@
 #include "PreferencesDialog.h"
 #include "Prompts.h"
 #include "ServerStore.h"
+#include "StatusTipStopper.h"
 #include "SystemTray.h"
 #include "ThemeManager.h"
 
@@ -273,6 +274,7 @@ void MainWindow::setupInputRow()
 
 void MainWindow::setupMenuBar()
 {
+    installEventFilter(new StatusTipStopper(this));
     // Without a role an entry stays in its menu on macOS.
     const auto addWithoutRole = [](QAction *action) { action->setMenuRole(QAction::NoRole); };
 

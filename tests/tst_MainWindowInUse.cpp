@@ -3,7 +3,10 @@
 #include "TemporaryStore.h"
 #include "WindowSession.h"
 
+#include <QApplication>
 #include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
 #include <QShortcut>
 #include <QSignalSpy>
 #include <QSplitter>
@@ -42,6 +45,7 @@ private slots:
     void handlesSessionEvents();
     void keepsTopics();
     void followsTheOwnNick();
+    void keepsItsStatusWhileMenusAreUsed();
     void keepsTheRatioWhenResized();
     void forgetsADraggedRatioWhenResized();
     void forgetsADraggedRatioWhenTheTabChanges();
@@ -166,6 +170,23 @@ void TestMainWindowInUse::followsTheOwnNick()
     QVERIFY(probe.userList().item(0)->font().italic());
     QVERIFY(!probe.userList().item(1)->font().italic());
     QCOMPARE(probe.pendingNick(), QString());
+}
+
+void TestMainWindowInUse::keepsItsStatusWhileMenusAreUsed()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    const QStatusBar &bar = *session.window.statusBar();
+    QCOMPARE(bar.currentMessage(), u"Connected to 127.0.0.1 as me"_s);
+    QMenuBar &menus = *session.window.menuBar();
+    const QList<QAction *> actions = menus.actions();
+    for (QAction *action : actions) {
+        QTest::mouseClick(&menus, Qt::LeftButton, {}, menus.actionGeometry(action).center());
+        QTRY_COMPARE(QApplication::activePopupWidget(), action->menu());
+        QTest::keyClick(action->menu(), Qt::Key_Down);
+        QTest::keyClick(action->menu(), Qt::Key_Escape);
+        QCOMPARE(bar.currentMessage(), u"Connected to 127.0.0.1 as me"_s);
+    }
 }
 
 void TestMainWindowInUse::keepsTheRatioWhenResized()
