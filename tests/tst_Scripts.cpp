@@ -130,6 +130,7 @@ void TestScripts::refusesUnknownArguments_data()
     QTest::newRow("fuzz") << u"scripts/fuzz --sing"_s;
     QTest::newRow("fuzz for no time") << u"scripts/fuzz 0"_s;
     QTest::newRow("run") << u"scripts/run --sing"_s;
+    QTest::newRow("screenshots") << u"scripts/screenshots --sing"_s;
     QTest::newRow("test") << u"scripts/test --sing"_s;
     QTest::newRow("package") << u"scripts/package --sing"_s;
     QTest::newRow("icons") << u"scripts/icons --sing"_s;

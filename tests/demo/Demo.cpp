@@ -9,6 +9,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QEventLoop>
+#include <QMargins>
 #include <QTest>
 #include <QTextStream>
 #include <QTimer>
@@ -25,11 +26,20 @@ namespace {
 constexpr auto TimeForAll = 60s;
 constexpr auto SignalCheck = 200ms; // How soon a signal is noticed.
 
-// The colours in which the program writes the nicks of the two.
+// The colours in which the program writes two of the nicks.
 constexpr QRgb MaraColour = qRgb(0x2e, 0x7d, 0x32);
 constexpr QRgb HugoColour = qRgb(0xad, 0x14, 0x57);
 constexpr int ColourDistance = 24; // The edges of letters are mixed with the background.
 constexpr int NickPoints = 40;     // A written nick has more points of its colour than this.
+
+const auto Remark = u"I am, if I may. I'll bring the coffee."_s;
+
+constexpr QRgb BlinkColour = qRgb(0xff, 0xb8, 0x00);
+constexpr QRgb TextColour = qRgb(0x33, 0x33, 0x33);
+constexpr int ListHeight = 150; // The server's channels take more than this.
+
+constexpr QMargins Frame{1, 20, 1, 1}; // What the window manager draws around a window.
+constexpr QPoint OutOfTheWay{1399, 899};
 
 volatile std::sig_atomic_t interrupted = 0;
 
@@ -38,12 +48,12 @@ void tell(const QString &text)
     QTextStream(stdout) << text << Qt::endl;
 }
 
-PreparedStore::Server newcomer(const DemoServer &server)
+PreparedStore::Server guest(const DemoServer &server)
 {
     return {.host = u"127.0.0.1"_s,
             .port = server.port(),
-            .nickname = u"newcomer"_s,
-            .realName = u"A newcomer"_s,
+            .nickname = u"ida"_s,
+            .realName = u"Ida"_s,
             .channels = {u"#velmora"_s}};
 }
 
@@ -59,16 +69,21 @@ public:
     QString connect();
     QString watchConversation();
     QString speak();
+    QString lookAround();
     QString leave();
 
-    /// Keeps what the screen shows now and names the file.
-    void keep(const QString &name);
+    /// Keeps a picture of the whole screen and names the file.
+    void keepScreen(const QString &name) const;
     /// Says how the program is and what it has written to its error output.
     void tellAboutProgram();
 
 private:
+    /// Keeps a picture of the window that has the keyboard.
+    void keepWindow(const QString &name) const;
+    void keep(const QString &name, const QImage &picture) const;
     bool waitFor(const std::function<bool()> &condition) const;
     bool shows(QRgb colour, int before) const;
+    bool seesBlink() const;
 
     QDir folder;
     QDeadlineTimer deadline{TimeForAll};
@@ -86,10 +101,12 @@ QString Walk::connect()
         return screen.failure();
     if (server.port() == 0)
         return u"the server found no free port"_s;
-    store.addServer(newcomer(server));
+    store.addServer(guest(server));
+    // Nothing is to look as if the mouse was on it.
+    screen.point(OutOfTheWay);
     if (!program.start())
         return u"the program doesn't open its connect dialog"_s;
-    keep(u"1-connect-dialog"_s);
+    keepWindow(u"connect-dialog"_s);
     maraBefore = screen.countPoints(MaraColour, ColourDistance);
     hugoBefore = screen.countPoints(HugoColour, ColourDistance);
     tell(u"Pressing Connect"_s);
@@ -107,23 +124,40 @@ QString Walk::watchConversation()
         return u"the conversation doesn't come to its end"_s;
     if (!waitFor([this] { return shows(MaraColour, maraBefore) && shows(HugoColour, hugoBefore); }))
         return u"the conversation isn't seen on the screen"_s;
-    keep(u"2-conversation"_s);
     return {};
 }
 
 QString Walk::speak()
 {
-    tell(u"Saying hello"_s);
+    tell(u"Saying something"_s);
     const int before = screen.countPoints(MaraColour, ColourDistance);
-    if (!program.say(u"Hello, everybody!"_s)
-        || !waitFor([this] { return server.hasHeard(u"PRIVMSG #velmora :Hello, everybody!"_s); }))
+    if (!program.say(Remark)
+        || !waitFor([this] { return server.hasHeard(u"PRIVMSG #velmora :"_s + Remark); }))
         return u"what is typed doesn't reach the server"_s;
     if (!waitFor([this] { return server.answerCount() > 0; }))
         return u"nobody answers"_s;
     if (!waitFor([&] { return shows(MaraColour, before); }))
         return u"the answer isn't seen on the screen"_s;
-    keep(u"3-answer"_s);
+    if (!waitFor([this] { return !seesBlink(); }) || !waitFor([this] { return seesBlink(); }))
+        return u"nothing blinks for what is said in private"_s;
+    keepWindow(u"main-window"_s);
     return {};
+}
+
+QString Walk::lookAround()
+{
+    tell(u"Looking at the channel list and the preferences"_s);
+    const auto showsList = [this] {
+        return screen.findPoints(program.channelNames(), TextColour, ColourDistance).height()
+               > ListHeight;
+    };
+    if (!program.say(u"/list"_s) || !waitFor(showsList))
+        return u"the channel list isn't seen on the screen"_s;
+    keepWindow(u"channel-list"_s);
+    if (!program.openPreferences())
+        return u"the preferences don't open"_s;
+    keepWindow(u"preferences"_s);
+    return program.closeDialog() ? QString() : u"the preferences don't close"_s;
 }
 
 QString Walk::leave()
@@ -138,10 +172,22 @@ QString Walk::leave()
     return {};
 }
 
-void Walk::keep(const QString &name)
+void Walk::keepScreen(const QString &name) const
+{
+    keep(name, screen.picture());
+}
+
+void Walk::keepWindow(const QString &name) const
+{
+    const QRect window = screen.activeWindow();
+    screen.point(OutOfTheWay);
+    keep(name, screen.picture().copy(window.marginsAdded(Frame)));
+}
+
+void Walk::keep(const QString &name, const QImage &picture) const
 {
     const QString file = folder.absoluteFilePath(name + u".png");
-    if (folder.mkpath(u"."_s) && screen.picture().save(file))
+    if (folder.mkpath(u"."_s) && picture.save(file))
         tell(u"Screenshot: %1"_s.arg(file));
 }
 
@@ -165,6 +211,11 @@ bool Walk::shows(QRgb colour, int before) const
     return screen.countPoints(colour, ColourDistance) >= before + NickPoints;
 }
 
+bool Walk::seesBlink() const
+{
+    return !screen.findPoints(program.tabBar(), BlinkColour, ColourDistance).isEmpty();
+}
+
 } // namespace
 
 void Demo::endOnSignals()
@@ -177,7 +228,7 @@ int Demo::runAttended()
 {
     const DemoServer server;
     PreparedStore store;
-    store.addServer(newcomer(server));
+    store.addServer(guest(server));
 
     Child program;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -209,12 +260,13 @@ int Demo::runAttended()
 int Demo::runUnattended(const QString &folder)
 {
     Walk walk(folder);
-    for (const auto step : {&Walk::connect, &Walk::watchConversation, &Walk::speak, &Walk::leave}) {
+    for (const auto step : {&Walk::connect, &Walk::watchConversation, &Walk::speak,
+                            &Walk::lookAround, &Walk::leave}) {
         const QString reason = (walk.*step)();
         if (reason.isEmpty())
             continue;
         tell(u"error: %1"_s.arg(interrupted != 0 ? u"interrupted"_s : reason));
-        walk.keep(u"failure"_s);
+        walk.keepScreen(u"failure"_s);
         walk.tellAboutProgram();
         return EXIT_FAILURE;
     }

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// The demo in its two forms: a server with two people who talk, and the program connected to it.
+/// The demo in its two forms: a server with people who talk, and the program connected to it.
 /// What is started here ends here, also when the demo itself is told to end.
 ///
 /// Each function takes as long as the demo does and gives back the exit status of the process.
@@ -15,7 +15,8 @@ void endOnSignals();
 [[nodiscard]] int runAttended();
 
 /// Drives the program on a screen in memory until the conversation was seen on the wire and on
-/// the screen, and leaves pictures in `folder`, which is made if it is not there.
+/// the screen, and leaves pictures in `folder`, which is made if it is not there: of the connect
+/// dialog, the main window, the channel list and the preferences, or of a failure.
 [[nodiscard]] int runUnattended(const QString &folder);
 
 } // namespace Demo

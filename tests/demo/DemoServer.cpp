@@ -1,5 +1,6 @@
 #include "DemoServer.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 
@@ -8,37 +9,84 @@ using namespace std::chrono_literals;
 
 namespace {
 
+enum class Deed { Speaks, Whispers, Joins };
+
 struct Line
 {
     QLatin1StringView who;
+    Deed deed = Deed::Speaks;
     QStringView text;
 };
 
+struct Room
+{
+    QLatin1StringView name;
+    int people = 0;
+    QLatin1StringView topic;
+};
+
 constexpr auto Channel = "#velmora"_L1;
+constexpr auto Topic =
+        u"\u0002Walks and talks\u0002 \u00B7 the next one: \u000303Saturday\u0003, nine "
+        u"o'clock at the station \u00B7 https://www.openstreetmap.org/";
+
 constexpr auto Mara = "mara"_L1;
 constexpr auto Hugo = "hugo"_L1;
+constexpr auto Greta = "greta"_L1;
+constexpr auto Nils = "nils"_L1;
+constexpr auto Yuki = "yuki"_L1; // Comes later.
 
 constexpr auto Pace = 900ms; // Between two lines, so that a reader can follow.
 
 constexpr std::array Conversation{
-        Line{Mara, u"Good evening! Look, somebody has come in."},
-        Line{Hugo, u"Welcome! This is a little server on your own machine."},
-        Line{Mara, u"There are only the two of us, and we were written in advance."},
-        Line{Hugo, u"Each nick has its own colour, so you see at once who is speaking."},
-        Line{Mara, u"Links can be clicked: https://www.debian.org/"},
-        Line{Hugo, u"Umlauts äöü and ελληνικά go through, and so does 🙂"},
-        Line{Mara, u"A longer line is wrapped under its own beginning and not under the time or "
-                   u"the nick, so that the column of nicks stays easy to follow with the eye even "
-                   u"when somebody has a lot to tell, as some people do."},
-        Line{Hugo, u"Say something! We answer. Or try /msg mara hello"},
+        Line{Mara, Deed::Speaks, u"Good evening! We are just talking about the weekend."},
+        Line{Hugo, Deed::Speaks, u"They say it will stay dry until Sunday."},
+        Line{Nils, Deed::Speaks,
+             u"Then let's go up to the lake. Here is the way: "
+             u"https://www.openstreetmap.org/search?query=lake"},
+        Line{Greta, Deed::Speaks, u"All the way round, or only as far as the mill?"},
+        Line{Nils, Deed::Speaks,
+             u"All the way round. That's four hours and a half with a rest at the mill, and from "
+             u"the ridge behind it you can see the whole valley down to the town, which is worth "
+             u"the climb, even for those of us who would rather sit in the shade and read."},
+        Line{Yuki, Deed::Joins, {}},
+        Line{Yuki, Deed::Speaks, u"Did somebody say lake? Is there room for one more? 🙂"},
+        Line{Hugo, Deed::Speaks, u"Always. But bring something to eat, the mill is closed."},
+        Line{Nils, Deed::Whispers, u"Could you take me along to the station?"},
+        Line{Greta, Deed::Speaks, u"I'll make my Käsekuchen, or a τυρόπιτα if the oven agrees."},
+        Line{Yuki, Deed::Speaks, u"Both! 🍰"},
+        Line{Mara, Deed::Speaks, u"Nine o'clock at the station, then. Who else is coming?"},
 };
 
 constexpr std::array<QStringView, 4> Answers{
-        u"Hello %1! Nice to hear from you.",
+        u"Lovely, %1. See you there!",
         u"You don't say, %1.",
-        u"I'd say the same, %1. Then again, I can't say much else.",
+        u"I'd say the same, %1. Then again, I was written in advance and can't say much else.",
         u"Try /away and /back, %1, or /nick with a new name.",
 };
+
+constexpr std::array Rooms{
+        Room{"#astronomy"_L1, 58, "Clear skies | Jupiter is up all night this month"_L1},
+        Room{"#books"_L1, 87, "What are you reading? | This month: short stories"_L1},
+        Room{"#chess"_L1, 34, "Blitz on Fridays at 20:00 UTC"_L1},
+        Room{"#cinema"_L1, 73, "No endings without a warning, please"_L1},
+        Room{"#cooking"_L1, 212, "Soup season! | Ask for the recipe of the week"_L1},
+        Room{"#cycling"_L1, 46, ""_L1},
+        Room{"#gardening"_L1, 61, "It's not too late for the garlic"_L1},
+        Room{"#help"_L1, 143, "Ask your question and wait a while: somebody will come by"_L1},
+        Room{"#linux"_L1, 655,
+             "Say which distribution you use | Long output goes to a paste site"_L1},
+        Room{"#lobby"_L1, 301, "Welcome! Be kind to one another"_L1},
+        Room{"#music"_L1, 176, "Now playing: whatever you like"_L1},
+        Room{"#photography"_L1, 65, "This week: reflections"_L1},
+        Room{"#trains"_L1, 41, "The night train is back"_L1},
+        Room{Channel, 6, "Walks and talks"_L1},
+};
+
+bool isInTheCast(const QString &nick)
+{
+    return nick == Mara || nick == Hugo || nick == Greta || nick == Nils || nick == Yuki;
+}
 
 QString sourceOf(const QString &nick)
 {
@@ -120,10 +168,13 @@ void DemoServer::sayNextLine()
         return;
     }
     const Line &line = Conversation.at(size_t(saidLines++));
-    const QString text = u"%1 PRIVMSG %2 :%3"_s.arg(sourceOf(line.who), Channel, line.text);
     for (auto guest = guests.cbegin(); guest != guests.cend(); ++guest) {
-        if (guest->inChannel)
-            server.send(text, guest.key());
+        if (!guest->inChannel)
+            continue;
+        const QString target = line.deed == Deed::Whispers ? guest->nick : QString(Channel);
+        const QString deed = line.deed == Deed::Joins ? u"JOIN "_s + target
+                                                      : u"PRIVMSG %1 :%2"_s.arg(target, line.text);
+        server.send(sourceOf(line.who) + u' ' + deed, guest.key());
     }
 }
 
@@ -134,7 +185,7 @@ void DemoServer::answer(int client, const QString &target)
         return; // Gone before the answer was ready.
     const int turn = answers++;
     const QString text = Answers.at(size_t(turn) % Answers.size()).toString().arg(guest->nick);
-    // In the channel the two take turns; in private the one who was spoken to answers.
+    // In the channel two of them take turns; in private the one who was spoken to answers.
     const bool inPrivate = target != Channel;
     const QString who = inPrivate ? target : QString(turn % 2 == 0 ? Mara : Hugo);
     const QString where = inPrivate ? guest->nick : target;
@@ -144,7 +195,7 @@ void DemoServer::answer(int client, const QString &target)
 void DemoServer::onNick(int client, const QString &nick)
 {
     Guest &guest = guests[client];
-    if (nick == Mara || nick == Hugo) {
+    if (isInTheCast(nick)) {
         reply(client, "433"_L1, nick + u" :Nickname is already in use"_s);
         return;
     }
@@ -161,6 +212,8 @@ void DemoServer::onUser(int client)
     reply(client, "002"_L1, u":Your host is demo, on your own machine"_s);
     reply(client, "375"_L1, u":- demo message of the day"_s);
     reply(client, "372"_L1, u":- Nothing that is said here leaves this machine."_s);
+    reply(client, "372"_L1,
+          u":- Those in %1 were written in advance. Talk to them!"_s.arg(Channel));
     reply(client, "376"_L1, u":End of message of the day"_s);
 }
 
@@ -170,7 +223,7 @@ void DemoServer::onJoin(int client, const QString &channel)
     echo(client, u"JOIN "_s + channel);
     if (channel == Channel) {
         guests[client].inChannel = true;
-        reply(client, "332"_L1, channel + u" :Two people who were written in advance"_s);
+        reply(client, "332"_L1, channel + u" :"_s + Topic);
         talk.start();
     }
     sendNames(client, channel);
@@ -185,7 +238,7 @@ void DemoServer::onPart(int client, const QString &channel)
 
 void DemoServer::onPrivmsg(int client, const QString &target)
 {
-    if (target != Channel && target != Mara && target != Hugo) {
+    if (target != Channel && !isInTheCast(target)) {
         reply(client, "401"_L1, target + u" :No such nick/channel"_s);
         return;
     }
@@ -203,13 +256,15 @@ void DemoServer::onAway(int client, bool away)
 void DemoServer::onList(int client)
 {
     reply(client, "321"_L1, u"Channel :Users  Name"_s);
-    reply(client, "322"_L1, u"%1 3 :Two people who were written in advance"_s.arg(Channel));
+    for (const Room &room : Rooms)
+        reply(client, "322"_L1,
+              u"%1 %2 :%3"_s.arg(room.name, QString::number(room.people), room.topic));
     reply(client, "323"_L1, u":End of LIST"_s);
 }
 
 void DemoServer::onWhois(int client, const QString &nick)
 {
-    if (nick == Mara || nick == Hugo) {
+    if (isInTheCast(nick)) {
         reply(client, "311"_L1, u"%1 %1 demo * :Written in advance"_s.arg(nick));
         reply(client, "319"_L1, u"%1 :@%2"_s.arg(nick, Channel));
     }
@@ -218,7 +273,14 @@ void DemoServer::onWhois(int client, const QString &nick)
 
 void DemoServer::sendNames(int client, const QString &channel)
 {
-    const QString people = channel == Channel ? u"@%1 +%2 "_s.arg(Mara, Hugo) : QString();
+    QString people;
+    if (channel == Channel) {
+        people = u"@%1 +%2 %3 %4 "_s.arg(Mara, Hugo, Nils, Greta);
+        const auto heard = Conversation.cbegin() + saidLines;
+        if (std::any_of(Conversation.cbegin(), heard,
+                        [](const Line &line) { return line.deed == Deed::Joins; }))
+            people += Yuki + u' ';
+    }
     reply(client, "353"_L1, u"= %1 :%2%3"_s.arg(channel, people, guests[client].nick));
     reply(client, "366"_L1, channel + u" :End of NAMES list"_s);
 }

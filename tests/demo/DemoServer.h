@@ -5,8 +5,8 @@
 #include <QHash>
 #include <QTimer>
 
-/// A small IRC server on the loopback with one channel, #velmora, in which two people talk to each
-/// other and answer whoever speaks to them. For the demo and its tests.
+/// A small IRC server on the loopback where a few people talk to each other in #velmora and
+/// answer whoever speaks to them. Its list has more channels. For the demo and its tests.
 class DemoServer final : public QObject
 {
     Q_OBJECT
@@ -18,11 +18,11 @@ public:
     /// 0 if the server could not listen.
     [[nodiscard]] quint16 port() const;
 
-    /// Whether somebody has joined #velmora and heard all that the two have to say by themselves.
+    /// Whether somebody has joined #velmora and heard all that they have to say by themselves.
     [[nodiscard]] bool conversationIsOver() const;
     /// Whether somebody has sent exactly this line.
     [[nodiscard]] bool hasHeard(const QString &line) const;
-    /// How many answers the two have given.
+    /// How many answers they have given.
     [[nodiscard]] int answerCount() const;
 
 private:

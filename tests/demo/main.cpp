@@ -10,7 +10,7 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
-            u"A small IRC server with two people who talk, and Velmora connected to it."_s);
+            u"A small IRC server with people who talk, and Velmora connected to it."_s);
     parser.addHelpOption();
     const QCommandLineOption screenshots(
             u"screenshots"_s, u"Run on a screen in memory and leave pictures in this folder."_s,
