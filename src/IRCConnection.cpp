@@ -33,7 +33,7 @@ constexpr qsizetype LongestAlternative = 30;
 
 // In bytes. A server that sends everything it has at once is heard in pieces, between which the
 // window answers its user.
-constexpr qint64 LongestRead = 512 * 1024;
+constexpr qint64 LongestRead = 524'288;
 
 #if defined(Q_OS_WIN)
 // Windows has had these since 2017, but the headers of MinGW have no names for them.
