@@ -1,0 +1,446 @@
+#include "PreferencesForm.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <array>
+#include <csignal>
+#include <functional>
+#include <linux/capability.h>
+#include <memory>
+#include <optional>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Something that keeps the store from being written, as long as it lives.
+class Fault
+{
+    Q_DISABLE_COPY_MOVE(Fault)
+
+public:
+    Fault() = default;
+    virtual ~Fault() = default;
+};
+
+// Lays down the power of root, whom permissions do not bind. It changes nothing for others.
+class PermissionsBind
+{
+    Q_DISABLE_COPY_MOVE(PermissionsBind)
+
+public:
+    PermissionsBind()
+    {
+        isRoot = syscall(SYS_capget, &header, before.data()) == 0;
+        std::array<__user_cap_data_struct, 2> weaker = before;
+        weaker.front().effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
+        isRoot = isRoot && syscall(SYS_capset, &header, weaker.data()) == 0;
+    }
+    ~PermissionsBind()
+    {
+        if (isRoot)
+            syscall(SYS_capset, &header, before.data());
+    }
+
+private:
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    std::array<__user_cap_data_struct, 2> before{};
+    bool isRoot = false;
+};
+
+// A file or folder with no more than these permissions.
+class Restricted final : public Fault
+{
+public:
+    Restricted(const QString &path, QFile::Permissions permissions)
+        : restricted(path)
+        , before(QFile::permissions(path))
+    {
+        QFile::setPermissions(path, permissions);
+    }
+    ~Restricted() override { QFile::setPermissions(restricted, before); }
+
+private:
+    QString restricted;
+    QFile::Permissions before;
+    PermissionsBind bind;
+};
+
+// Something of another kind in the place of a file or folder.
+class Displaced final : public Fault
+{
+public:
+    explicit Displaced(const QString &path)
+        : place(path)
+        , isFolder(QFileInfo(path).isDir())
+    {
+        QDir().rename(place, aside());
+        if (isFolder)
+            static_cast<void>(QFile(place).open(QIODevice::WriteOnly));
+        else
+            QDir().mkdir(place);
+    }
+    ~Displaced() override
+    {
+        if (isFolder)
+            QFile::remove(place);
+        else
+            QDir(place).removeRecursively();
+        QDir().rename(aside(), place);
+    }
+
+private:
+    [[nodiscard]] QString aside() const { return place + u".aside"_s; }
+
+    QString place;
+    bool isFolder;
+};
+
+// A disk with room for files of this many bytes only: writing ends in their midst.
+class FullDisk final : public Fault
+{
+public:
+    explicit FullDisk(rlim_t room)
+        : handlerBefore(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &before);
+        rlimit limit = before;
+        limit.rlim_cur = room;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() override
+    {
+        setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handlerBefore);
+    }
+
+private:
+    using Handler = void (*)(int);
+
+    Handler handlerBefore;
+    rlimit before{};
+};
+
+using MakeFault = std::function<std::unique_ptr<Fault>(const QString &)>;
+using Change = std::function<void(const QString &)>;
+
+QByteArray contentOf(const QString &fileName)
+{
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void write(const QString &fileName, const QByteArray &content)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        qFatal("Cannot write %s", qUtf8Printable(fileName));
+}
+
+QString folderOf(const QString &fileName)
+{
+    return QFileInfo(fileName).path();
+}
+
+QStringList everythingIn(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System
+                                  | QDir::NoDotAndDotDot);
+}
+
+// What the file itself holds. All QSettings of one file share what they could not write yet, so
+// that a copy is read.
+QVariantMap onDisk(const QString &fileName)
+{
+    const QTemporaryDir folder;
+    const QString copy = folder.filePath(u"copy.conf"_s);
+    QFile::copy(fileName, copy);
+    const QSettings settings(copy, QSettings::IniFormat);
+    QVariantMap values;
+    const QStringList keys = settings.allKeys();
+    for (const QString &key : keys) {
+        if (!key.isEmpty())
+            values.insert(key, settings.value(key));
+    }
+    return values;
+}
+
+QByteArray garbage()
+{
+    QByteArray bytes;
+    for (int index = 0; index < 4096; ++index)
+        bytes.append(static_cast<char>(index * index * 31 + index / 7));
+    return bytes;
+}
+
+void addFaults()
+{
+    QTest::addColumn<MakeFault>("make");
+
+    const auto restricted = [](QFile::Permissions permissions) {
+        return [permissions](const QString &path) {
+            return std::make_unique<Restricted>(path, permissions);
+        };
+    };
+    QTest::newRow("read-only folder") << MakeFault([](const QString &fileName) {
+        return std::make_unique<Restricted>(folderOf(fileName), QFile::ReadOwner | QFile::ExeOwner);
+    });
+    QTest::newRow("locked folder") << MakeFault([](const QString &fileName) {
+        return std::make_unique<Restricted>(folderOf(fileName), QFile::Permissions());
+    });
+    QTest::newRow("read-only file") << MakeFault(restricted(QFile::ReadOwner));
+    QTest::newRow("unreadable file") << MakeFault(restricted(QFile::Permissions()));
+    QTest::newRow("a file for the folder") << MakeFault([](const QString &fileName) {
+        return std::make_unique<Displaced>(folderOf(fileName));
+    });
+    QTest::newRow("a folder for the file") << MakeFault(
+            [](const QString &fileName) { return std::make_unique<Displaced>(fileName); });
+    QTest::newRow("full disk") << MakeFault(
+            [](const QString &) { return std::make_unique<FullDisk>(0); });
+}
+
+void addChanges()
+{
+    QTest::addColumn<Change>("change");
+
+    const auto writing = [](const QByteArray &content) {
+        return Change([content](const QString &fileName) { write(fileName, content); });
+    };
+    QTest::newRow("file gone") << Change([](const QString &fileName) { QFile::remove(fileName); });
+    QTest::newRow("folder gone") << Change(
+            [](const QString &fileName) { QDir(folderOf(fileName)).removeRecursively(); });
+    QTest::newRow("emptied") << writing({});
+    QTest::newRow("by hand") << writing("[General]\ntheme=dark\nemojiSize=31\nmine=kept\n\n"
+                                        "[servers]\nhome_1\\nickname=hand\n"_ba);
+    QTest::newRow("nonsense by hand")
+            << writing("[General\nemojiSize=@Rect(1)\nreconnectDelay=@Variant(\\0\\0\\0\\x1f\n"
+                       "autoReconnect=@Invalid()\n]]\n=\n[servers]\n=x\nfavorites=@QSize(\n"_ba);
+    QTest::newRow("garbage") << writing(garbage());
+    QTest::newRow("zeros") << writing(QByteArray(4096, '\0'));
+    QTest::newRow("first half") << Change([](const QString &fileName) {
+        const QByteArray content = contentOf(fileName);
+        write(fileName, content.first(content.size() / 2));
+    });
+    QTest::newRow("second half") << Change([](const QString &fileName) {
+        const QByteArray content = contentOf(fileName);
+        write(fileName, content.last(content.size() / 2));
+    });
+}
+
+} // namespace
+
+class TestStoreFaults final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void goesOnWithoutWriting_data() { addFaults(); }
+    void goesOnWithoutWriting();
+    void startsWithoutWriting_data() { addFaults(); }
+    void startsWithoutWriting();
+    void completesACutFile_data();
+    void completesACutFile();
+    void goesOnWithAChangedFile_data() { addChanges(); }
+    void goesOnWithAChangedFile();
+    void startsOnAChangedFile_data() { addChanges(); }
+    void startsOnAChangedFile();
+    void keepsWhatIsLegible_data();
+    void keepsWhatIsLegible();
+
+private:
+    [[nodiscard]] QString use(WindowSession &session, int round) const;
+    [[nodiscard]] QString missing(const WindowSession &session, int round) const;
+
+    std::unique_ptr<TemporaryStore> store;
+    QString fileName;
+};
+
+void TestStoreFaults::init()
+{
+    // Each test gets a folder of its own: what Qt keeps in mind of a file goes with its path.
+    store = std::make_unique<TemporaryStore>();
+    fileName = store->fileName();
+}
+
+// Does what makes the program read and write its store, and a little else. Says what went wrong.
+QString TestStoreFaults::use(WindowSession &session, int round) const
+{
+    const MainWindowProbe &probe = session.probe;
+    if (!session.registerAs(u"me"_s, u"#start"_s) || !session.join(u"#a"_s, u"me @bob"_s))
+        return u"not connected"_s;
+    const QString text = u"round %1"_s.arg(round);
+    if (!session.say(u":bob!b@h PRIVMSG #a :%1"_s.arg(text))
+        || probe.lastLine(u"#a"_s) != u"bob|" + text)
+        return u"not shown, but: "_s + probe.lastLine(u"#a"_s);
+
+    PreferencesForm form(session);
+    form.set(u"emojiSize"_s, QString::number(20 + round));
+    form.clickOk();
+    if (probe.preferences().value(u"emojiSize"_s).toInt() != 20 + round)
+        return u"preference not in force"_s;
+
+    probe.setChannelAutojoin(text, true);
+    if (probe.autojoinChannels() != QStringList{u"#start"_s, u'#' + text})
+        return u"autojoin: "_s + probe.autojoinChannels().join(u' ');
+    return form.answers.problems().join(u'\n');
+}
+
+// What of `use` the file does not hold; nothing if all is there.
+QString TestStoreFaults::missing(const WindowSession &session, int round) const
+{
+    const QVariantMap values = onDisk(fileName);
+    const QString id = session.probe.currentServerId();
+    QStringList missing;
+    if (values.value(u"emojiSize"_s).toInt() != 20 + round)
+        missing << u"preference"_s;
+    if (values.value(u"servers/"_s + id + u"/autojoin"_s).toStringList()
+        != QStringList{u"#start"_s, u"#round %1"_s.arg(round)})
+        missing << u"autojoin"_s;
+    if (values.value(u"servers/"_s + id + u"/nickname"_s).toString() != "me"_L1)
+        missing << u"nick"_s;
+    if (!values.value(u"connection/history"_s)
+                 .toStringList()
+                 .contains(QString(id).replace(u'_', u':')))
+        missing << u"history"_s;
+    return missing.join(u", "_s);
+}
+
+void TestStoreFaults::goesOnWithoutWriting()
+{
+    QFETCH(const MakeFault, make);
+
+    WindowSession session;
+    QCOMPARE(use(session, 1), QString());
+    QCOMPARE(missing(session, 1), QString());
+    const QByteArray before = contentOf(fileName);
+    {
+        const std::unique_ptr<Fault> fault = make(fileName);
+        QCOMPARE(use(session, 2), QString());
+        QCOMPARE(use(session, 3), QString());
+    }
+    QCOMPARE(contentOf(fileName), before);
+    QCOMPARE(everythingIn(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
+
+    QCOMPARE(use(session, 4), QString());
+    QCOMPARE(missing(session, 4), QString());
+}
+
+void TestStoreFaults::startsWithoutWriting()
+{
+    QFETCH(const MakeFault, make);
+
+    {
+        WindowSession earlier;
+        QCOMPARE(use(earlier, 1), QString());
+    }
+    const QByteArray before = contentOf(fileName);
+    std::optional<WindowSession> session;
+    {
+        const std::unique_ptr<Fault> fault = make(fileName);
+        session.emplace();
+        QCOMPARE(use(*session, 2), QString());
+    }
+    QCOMPARE(contentOf(fileName), before);
+    QCOMPARE(everythingIn(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
+
+    QCOMPARE(use(*session, 3), QString());
+    QCOMPARE(missing(*session, 3), QString());
+}
+
+void TestStoreFaults::completesACutFile_data()
+{
+    QTest::addColumn<int>("room");
+
+    QTest::newRow("in the preferences") << 200;
+    QTest::newRow("in the servers") << 2000;
+    QTest::newRow("near its end") << 4000;
+}
+
+// QSaveFile of Qt 6.4 takes a file for written whose last buffer found no room, and puts it in the
+// place of the old one. The program's own QSettings, which lives as long as it does, still knows
+// all of it.
+void TestStoreFaults::completesACutFile()
+{
+    QFETCH(const int, room);
+
+    const QSettings ofMain;
+    WindowSession session;
+    QCOMPARE(use(session, 1), QString());
+    const QStringList keys = onDisk(fileName).keys();
+    QVERIFY(QFileInfo(fileName).size() > room);
+    {
+        const FullDisk fault(static_cast<rlim_t>(room));
+        QCOMPARE(use(session, 2), QString());
+        QCOMPARE(use(session, 3), QString());
+    }
+    QCOMPARE(everythingIn(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
+    QCOMPARE(use(session, 4), QString());
+    QCOMPARE(missing(session, 4), QString());
+    QCOMPARE(onDisk(fileName).keys(), keys);
+}
+
+void TestStoreFaults::goesOnWithAChangedFile()
+{
+    QFETCH(const Change, change);
+
+    WindowSession session;
+    QCOMPARE(use(session, 1), QString());
+    change(fileName);
+    QCOMPARE(use(session, 2), QString());
+    QCOMPARE(missing(session, 2), QString());
+    QCOMPARE(use(session, 3), QString());
+    QCOMPARE(missing(session, 3), QString());
+}
+
+void TestStoreFaults::startsOnAChangedFile()
+{
+    QFETCH(const Change, change);
+
+    {
+        WindowSession earlier;
+        QCOMPARE(use(earlier, 1), QString());
+    }
+    change(fileName);
+    WindowSession session;
+    QCOMPARE(use(session, 2), QString());
+    QCOMPARE(missing(session, 2), QString());
+}
+
+void TestStoreFaults::keepsWhatIsLegible_data()
+{
+    QTest::addColumn<QByteArray>("content");
+
+    const QByteArray mine = "[General]\nmine=kept\n\n[servers]\nhome_1\\nickname=hand\n"_ba;
+    QTest::newRow("by hand") << mine;
+    QTest::newRow("garbage behind it") << QByteArray(mine + '\n' + garbage());
+    QTest::newRow("cut off behind it") << QByteArray(mine + "home_1\\password=\"se");
+}
+
+void TestStoreFaults::keepsWhatIsLegible()
+{
+    QFETCH(const QByteArray, content);
+
+    WindowSession session;
+    QCOMPARE(use(session, 1), QString());
+    write(fileName, content);
+    QCOMPARE(use(session, 2), QString());
+    const QVariantMap values = onDisk(fileName);
+    QCOMPARE(values.value(u"mine"_s).toString(), u"kept"_s);
+    QCOMPARE(values.value(u"servers/home_1/nickname"_s).toString(), u"hand"_s);
+    QCOMPARE(missing(session, 2), QString());
+}
+
+QTEST_MAIN(TestStoreFaults)
+#include "tst_StoreFaults.moc"
