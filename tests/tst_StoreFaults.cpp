@@ -378,11 +378,12 @@ void TestStoreFaults::completesACutFile()
     const QSettings ofMain;
     WindowSession session;
     QCOMPARE(use(session, 1), QString());
+    // The dialog lists a server that it has seen, so that a second round adds a key.
+    QCOMPARE(use(session, 2), QString());
     const QStringList keys = onDisk(fileName).keys();
     QVERIFY(QFileInfo(fileName).size() > room);
     {
         const FullDisk fault(static_cast<rlim_t>(room));
-        QCOMPARE(use(session, 2), QString());
         QCOMPARE(use(session, 3), QString());
     }
     QCOMPARE(everythingIn(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
