@@ -376,6 +376,9 @@ void TestStoreFaults::completesACutFile()
     QFETCH(const int, room);
 
     const QSettings ofMain;
+    // The last of the file, which nothing that the session does writes anew.
+    const QString other = u"servers/zz.test_1/password"_s;
+    QSettings().setValue(other, u"secret"_s);
     WindowSession session;
     QCOMPARE(use(session, 1), QString());
     // The dialog lists a server that it has seen, so that a second round adds a key.
@@ -390,6 +393,7 @@ void TestStoreFaults::completesACutFile()
     QCOMPARE(use(session, 4), QString());
     QCOMPARE(missing(session, 4), QString());
     QCOMPARE(onDisk(fileName).keys(), keys);
+    QCOMPARE(onDisk(fileName).value(other).toString(), u"secret"_s);
 }
 
 void TestStoreFaults::goesOnWithAChangedFile()
