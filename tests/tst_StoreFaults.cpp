@@ -369,8 +369,8 @@ void TestStoreFaults::completesACutFile_data()
 }
 
 // QSaveFile of Qt 6.4 takes a file for written whose last buffer found no room, and puts it in the
-// place of the old one. The program's own QSettings, which lives as long as it does, still knows
-// all of it.
+// place of the old one. Qt still has all of it in memory then; a QSettings that lives as long as
+// the program, as the one of main does, keeps it there.
 void TestStoreFaults::completesACutFile()
 {
     QFETCH(const int, room);
