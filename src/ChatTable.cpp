@@ -55,11 +55,17 @@ QChar withinBlock(QChar character)
     return isFrameMark ? QChar::ReplacementCharacter : QChar::LineSeparator;
 }
 
+// The pair of carriage return and line feed is one break.
+QString withUnitedBreaks(QString text)
+{
+    return text.replace(u"\r\n"_s, u"\n"_s);
+}
+
 QString withinBlock(const QString &text)
 {
-    QString result = text;
-    std::transform(text.begin(), text.end(), result.begin(),
-                   [](QChar character) { return withinBlock(character); });
+    QString result = withUnitedBreaks(text);
+    for (QChar &character : result)
+        character = withinBlock(character);
     return result;
 }
 
@@ -103,8 +109,7 @@ void align(QTextCursor &cursor, Qt::Alignment alignment)
 // the text as it came.
 void insertAsOneBlock(QTextCursor &cursor, const QString &text, const QTextCharFormat &base)
 {
-    QString raw = text;
-    raw.replace(u"\r\n"_s, u"\n"_s);
+    const QString raw = withUnitedBreaks(text);
     QTextDocument scratch;
     QTextCursor writer(&scratch);
     IrcText::insertWithLinks(writer, raw, base);

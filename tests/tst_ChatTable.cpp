@@ -316,6 +316,7 @@ void TestChatTable::keepsOneBlockPerCell_data()
 
     QTest::newRow("carriage return") << u"a\rb"_s << u"a\u2028b"_s;
     QTest::newRow("line feed") << u"a\nb"_s << u"a\u2028b"_s;
+    QTest::newRow("both as a pair") << u"a\r\nb\n\rc"_s << u"a\u2028b\u2028\u2028c"_s;
     QTest::newRow("paragraph") << u"a\u2029b"_s << u"a\u2028b"_s;
     QTest::newRow("beginning of frame") << u"a\xfdd0"
                                            u"b"_s
