@@ -32,7 +32,7 @@ QString stripPrefix(const QString &entry)
     return !entry.isEmpty() && isPrefix(entry.front()) ? entry.mid(1) : entry;
 }
 
-int rank(const QString &entry)
+int prefixRank(const QString &entry)
 {
     const qsizetype index = entry.isEmpty() ? -1 : Prefixes.indexOf(entry.front());
     return index < 0 ? static_cast<int>(Prefixes.size()) + 1 : static_cast<int>(index) + 1;
@@ -49,8 +49,8 @@ qsizetype indexOfNick(const QStringList &entries, const QString &nick)
 void sortByRank(QStringList &entries)
 {
     std::sort(entries.begin(), entries.end(), [](const QString &left, const QString &right) {
-        const int leftRank = rank(left);
-        const int rightRank = rank(right);
+        const int leftRank = prefixRank(left);
+        const int rightRank = prefixRank(right);
         if (leftRank != rightRank)
             return leftRank < rightRank;
         return QString::compare(stripPrefix(left), stripPrefix(right), Qt::CaseInsensitive) < 0;

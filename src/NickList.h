@@ -17,7 +17,7 @@ bool isPrefix(QChar character);
 QString stripPrefix(const QString &entry);
 
 /// Rank of an entry, 1 for "~" to 5 for "+", and 6 for an empty or unprefixed one.
-int rank(const QString &entry);
+int prefixRank(const QString &entry);
 
 /// Index of the first entry whose nick equals `nick` exactly, or -1.
 qsizetype indexOfNick(const QStringList &entries, const QString &nick);

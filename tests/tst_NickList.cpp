@@ -41,7 +41,7 @@ void TestNickList::stripsOnePrefixAndRanks()
 {
     QFETCH(const QString, entry);
     QTEST(NickList::stripPrefix(entry), "nick");
-    QTEST(NickList::rank(entry), "rank");
+    QTEST(NickList::prefixRank(entry), "rank");
 }
 
 void TestNickList::findsANickBehindItsPrefix()
