@@ -9,12 +9,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
 // Kerning may widen a pair of letters, and some fonts overhang at the end of a line.
 constexpr qreal KerningShare = 1.02;
 constexpr qreal Overhang = 2;
+
+// What a whole number can hold, or a text of a hundred million letters would be narrower than none.
+constexpr qreal Widest = std::numeric_limits<int>::max() / 2;
 
 // Formats come and go with each new link; beyond this many the collection starts anew.
 constexpr int MaximumFormats = 2000;
@@ -81,7 +85,7 @@ TextExtent layOutCell(QTextLayout &layout, const QTextBlock &block, qreal width)
             extent.isWrapped = true;
     }
     layout.endLayout();
-    extent.width = static_cast<int>(std::ceil(widest));
+    extent.width = static_cast<int>(std::min(std::ceil(widest), Widest));
     extent.isSure = !extent.isWrapped;
     return extent;
 }
@@ -145,7 +149,9 @@ TextExtent TextEstimator::estimate(const QTextBlock &block, QPaintDevice *device
     }
     if (extent.height == 0)
         extent.height = measuresOf(block.charFormat().font(), device).lineHeight;
-    extent.width = width > 0 ? static_cast<int>(std::ceil(width * KerningShare + Overhang)) : 0;
+    if (width > 0)
+        extent.width =
+                static_cast<int>(std::min(std::ceil(width * KerningShare + Overhang), Widest));
     return extent;
 }
 

@@ -55,11 +55,21 @@ QString scrollBarSheet()
 ChatBackground::ChatBackground(const QString &theme, const QString &image, const QColor &color)
     : paletteColor(colorBehind(theme, image, color))
     , sheet(frameSheet(theme, image, paletteColor) + scrollBarSheet())
+    , isWholeInSheet(image.isEmpty())
 {
+}
+
+bool ChatBackground::isWornBy(const QTextBrowser &view) const
+{
+    return isWholeInSheet && view.styleSheet() == sheet
+           && view.palette().color(QPalette::Base) == paletteColor
+           && view.palette().color(QPalette::Window) == paletteColor;
 }
 
 void ChatBackground::applyTo(QTextBrowser &view) const
 {
+    if (isWornBy(view))
+        return;
     QPalette palette = view.palette();
     palette.setColor(QPalette::Base, paletteColor);
     palette.setColor(QPalette::Window, paletteColor);

@@ -15,6 +15,8 @@ public:
     /// `image` is the path of a file, or empty; an invalid `color` stands for none.
     ChatBackground(const QString &theme, const QString &image, const QColor &color);
 
+    /// A view that wears the background already is left alone, which counts when there are
+    /// hundreds; but not where an image is part of it, whose file may have changed.
     void applyTo(QTextBrowser &view) const;
 
     /// The declaration that stretches the image at `path` over the whole of a widget. No character
@@ -22,6 +24,9 @@ public:
     [[nodiscard]] static QString imageDeclaration(const QString &path);
 
 private:
+    [[nodiscard]] bool isWornBy(const QTextBrowser &view) const;
+
     QColor paletteColor;
     QString sheet;
+    bool isWholeInSheet = true;
 };

@@ -21,6 +21,9 @@ constexpr int CachedRows = 300;
 constexpr int RowsOfLongConversation = 1000;
 constexpr int OpenChangeMilliseconds = 2000;
 
+// In a window without room for a letter a long text would need more pixels than there are numbers.
+constexpr qint64 HighestEstimate = 1'000'000;
+
 bool isSameOption(const QTextOption &one, const QTextOption &other)
 {
     return one.alignment() == other.alignment() && one.flags() == other.flags()
@@ -302,9 +305,11 @@ bool ChatLayout::fits(const Row &row) const
 
 int ChatLayout::estimatedHeight(const Row &row) const
 {
-    const int room = std::max(columns.room(columns.last()), 1);
-    const int lines = std::max((row.text.width + room - 1) / room, 1);
-    return std::max(row.text.height * lines, row.sideHeight) + 2 * columns.cellPadding();
+    // Before the first show there is no width at which anything would wrap.
+    const int room = pageWidth > 0 ? std::max(columns.room(columns.last()), 1) : row.text.width;
+    const int lines = row.text.width > room ? (row.text.width - 1) / room + 1 : 1;
+    const qint64 height = std::min(qint64(row.text.height) * lines, HighestEstimate);
+    return std::max(static_cast<int>(height), row.sideHeight) + 2 * columns.cellPadding();
 }
 
 void ChatLayout::setHeight(int row, int height, bool isExact)

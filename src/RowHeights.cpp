@@ -1,9 +1,14 @@
 #include "RowHeights.h"
 
+#include <algorithm>
 #include <bit>
+#include <limits>
 #include <utility>
 
 namespace {
+
+// What a scroll bar can take, with room for the margins.
+constexpr std::int64_t Highest = std::numeric_limits<int>::max() / 2;
 
 // Number of rows that the sum at `index`, counted from 1, covers.
 std::size_t span(std::size_t index)
@@ -15,10 +20,10 @@ std::size_t span(std::size_t index)
 
 int RowHeights::top(int row) const
 {
-    int result = 0;
+    std::int64_t result = 0;
     for (auto index = static_cast<std::size_t>(row); index > 0; index -= span(index))
         result += sums[index - 1];
-    return result;
+    return static_cast<int>(std::min(result, Highest));
 }
 
 int RowHeights::rowAbove(double y) const
@@ -28,9 +33,9 @@ int RowHeights::rowAbove(double y) const
     std::size_t row = 0;
     double rest = y;
     for (std::size_t step = std::bit_floor(heights.size()); step > 0; step /= 2) {
-        if (row + step <= sums.size() && sums[row + step - 1] < rest) {
+        if (row + step <= sums.size() && static_cast<double>(sums[row + step - 1]) < rest) {
             row += step;
-            rest -= sums[row - 1];
+            rest -= static_cast<double>(sums[row - 1]);
         }
     }
     // Below the last row there is only the last row.
@@ -41,7 +46,7 @@ void RowHeights::append(int height)
 {
     heights.push_back(height);
     const std::size_t index = heights.size();
-    int sum = height;
+    std::int64_t sum = height;
     for (std::size_t part = 1; part < span(index); part *= 2)
         sum += sums[index - part - 1];
     sums.push_back(sum);
@@ -59,7 +64,7 @@ void RowHeights::set(int row, int height)
 void RowHeights::assign(std::vector<int> newHeights)
 {
     heights = std::move(newHeights);
-    sums = heights;
+    sums.assign(heights.cbegin(), heights.cend());
     for (std::size_t index = 1; index <= sums.size(); ++index) {
         const std::size_t next = index + span(index);
         if (next <= sums.size())

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 /// Heights of the rows of a growing table, in whole pixels, kept so that the height above a row and
 /// the row at a height are found in logarithmic time (a Fenwick tree).
+///
+/// A `row` is at least 0 and below `count()`, which is not checked.
 class RowHeights final
 {
 public:
@@ -14,7 +17,8 @@ public:
 
     [[nodiscard]] int height(int row) const { return heights[static_cast<std::size_t>(row)]; }
 
-    /// Height of all rows above `row`, which may be `count()`.
+    /// Height of all rows above `row`, which may be `count()`; half of the largest `int` if they
+    /// are higher than that.
     [[nodiscard]] int top(int row) const;
 
     /// The last row whose top lies above `y`, so that a row's very first pixel still belongs to the
@@ -33,5 +37,5 @@ public:
 private:
     std::vector<int> heights;
     // sums[i] is the height of the rows from i + 1 - (the lowest set bit of i + 1) to i.
-    std::vector<int> sums;
+    std::vector<std::int64_t> sums;
 };

@@ -55,6 +55,7 @@ private slots:
     void findsPositionsAsQtsLayout();
     void findsAnchorsAsQtsLayout();
     void paintsWithoutAView();
+    void wrapsNothingBeforeTheFirstShow();
     void startsOverInANewTable();
     void followsRemovedRows();
     void keepsAChangeOpenInALongConversation();
@@ -380,6 +381,15 @@ void TestChatLayout::paintsWithoutAView()
                            &QAbstractTextDocumentLayout::documentSizeChanged);
     QTRY_COMPARE(sizes.count(), 1);
     QCOMPARE(own->size(), stock->size());
+}
+
+void TestChatLayout::wrapsNothingBeforeTheFirstShow()
+{
+    ChatView view;
+    const ChatRow row{.time = u"12:34"_s, .nick = u"alice"_s, .text = u"word "_s.repeated(10000)};
+    ChatTable::appendRows(*ChatTable::create(view, 3), {row, row, row});
+    QVERIFY2(view.document()->size().height() < 200,
+             qPrintable(QString::number(view.document()->size().height())));
 }
 
 void TestChatLayout::startsOverInANewTable()

@@ -32,6 +32,18 @@ QColor shownGround(QTextBrowser *view)
     return picture.pixelColor(picture.width() / 2, picture.height() * 3 / 4);
 }
 
+class StyleChanges final : public QObject
+{
+public:
+    bool eventFilter(QObject * /*watched*/, QEvent *event) override
+    {
+        count += event->type() == QEvent::StyleChange ? 1 : 0;
+        return false;
+    }
+
+    int count = 0;
+};
+
 } // namespace
 
 class TestPreferencesBackground final : public QObject
@@ -49,6 +61,7 @@ private slots:
     void passesTabsWithoutAViewBy();
     void takesTheStoredBackgroundAtTheStart();
     void prefersAStoredImageToAStoredColor();
+    void leavesViewsAloneThatWearIt();
     void dressesEachNewTab_data();
     void dressesEachNewTab();
     void followsTheTheme();
@@ -192,6 +205,22 @@ void TestPreferencesBackground::prefersAStoredImageToAStoredColor()
     // Neither of the two is given up.
     QCOMPARE(session.probe.chatBgColor(), QColor(u"#cfe8cf"_s));
     QCOMPARE(QSettings().value(u"chatBgColor"_s).toString(), u"#cfe8cf"_s);
+}
+
+void TestPreferencesBackground::leavesViewsAloneThatWearIt()
+{
+    WindowSession session;
+    setBackground(session, QString(), Qt::red);
+    StyleChanges changes;
+    viewOf(session, u"Server"_s)->installEventFilter(&changes);
+    session.probe.applyChatBackground();
+    QCOMPARE(changes.count, 0);
+    // Whose file may be another one by now.
+    setBackground(session, u"/nowhere/image.png"_s, QColor());
+    const int withImage = changes.count;
+    QVERIFY(withImage > 0);
+    session.probe.applyChatBackground();
+    QVERIFY(changes.count > withImage);
 }
 
 void TestPreferencesBackground::dressesEachNewTab_data()

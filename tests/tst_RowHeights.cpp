@@ -2,6 +2,7 @@
 
 #include <QTest>
 
+#include <limits>
 #include <numeric>
 #include <random>
 
@@ -14,6 +15,7 @@ private slots:
     void findsTopsAndRows();
     void givesARowsStartToTheRowBefore();
     void agreesWithPlainSums();
+    void endsBeforeNumbersDo();
 };
 
 void TestRowHeights::startsEmpty()
@@ -81,6 +83,19 @@ void TestRowHeights::agreesWithPlainSums()
     assigned.assign(plain);
     for (int row = 0; row <= heights.count(); ++row)
         QCOMPARE(assigned.top(row), heights.top(row));
+}
+
+void TestRowHeights::endsBeforeNumbersDo()
+{
+    RowHeights heights;
+    for (int row = 0; row < 4; ++row)
+        heights.append(std::numeric_limits<int>::max());
+    QCOMPARE(heights.total(), std::numeric_limits<int>::max() / 2);
+    heights.set(3, 1);
+    heights.assign({std::numeric_limits<int>::max(), std::numeric_limits<int>::max(), 1});
+    QCOMPARE(heights.top(3), std::numeric_limits<int>::max() / 2);
+    QCOMPARE(heights.rowAbove(2.0 * std::numeric_limits<int>::max()), 1);
+    QCOMPARE(heights.rowAbove(3.0 * std::numeric_limits<int>::max()), 2);
 }
 
 QTEST_GUILESS_MAIN(TestRowHeights)
