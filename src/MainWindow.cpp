@@ -511,9 +511,7 @@ void MainWindow::showConnectDialog()
 {
     // The channels of the running session are safe before another server is picked.
     if (connection->isConnected() && !currentServerId.isEmpty()) {
-        ServerConfig config = connection->serverConfig();
-        config.autojoin = autojoinChannels;
-        connection->setServerConfig(config);
+        recordAutojoin();
         saveCurrentServerConfig();
     }
     auto *dialog = new ConnectDialog(this);
@@ -572,9 +570,7 @@ void MainWindow::onRegistered()
         const QStringList stored = ServerStore::loadAutojoin(currentServerId);
         if (!stored.isEmpty()) {
             autojoinChannels = stored;
-            ServerConfig config = connection->serverConfig();
-            config.autojoin = stored;
-            connection->setServerConfig(config);
+            recordAutojoin();
         }
     }
     for (const QString &channel : std::as_const(autojoinChannels)) {
@@ -646,6 +642,13 @@ void MainWindow::loadCurrentServerConfig()
     autojoinChannels = config.autojoin;
 }
 
+void MainWindow::recordAutojoin()
+{
+    ServerConfig config = connection->serverConfig();
+    config.autojoin = autojoinChannels;
+    connection->setServerConfig(config);
+}
+
 void MainWindow::setChannelAutojoin(const QString &channel, bool enable)
 {
     const QString name = asChannelName(channel);
@@ -654,9 +657,7 @@ void MainWindow::setChannelAutojoin(const QString &channel, bool enable)
     else if (!autojoinChannels.contains(name))
         autojoinChannels.append(name);
 
-    ServerConfig config = connection->serverConfig();
-    config.autojoin = autojoinChannels;
-    connection->setServerConfig(config);
+    recordAutojoin();
     saveCurrentServerConfig();
     appendToServerTab(
             (enable ? u"*** Added %1 to autojoin list"_s : u"*** Removed %1 from autojoin list"_s)
@@ -1322,8 +1323,7 @@ bool MainWindow::isUserOperator(const QString &channel) const
         return false;
     const QStringList users = channelUsers.value(channel);
     const qsizetype index = NickList::indexOfNick(users, connection->currentNick());
-    // The entry of a nick that is empty may be empty itself.
-    return index >= 0 && !users.at(index).isEmpty() && u"~&@%"_s.contains(users.at(index).front());
+    return index >= 0 && NickList::isOperator(users.at(index));
 }
 
 // ---------------------------------------------------------------------------------------------

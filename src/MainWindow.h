@@ -184,6 +184,8 @@ private:
     void saveCurrentServerConfig();
     /// Refreshes the session's record from the store. Nothing calls it; it completes the pair.
     void loadCurrentServerConfig();
+    /// Takes the autojoin list over into the session's record, but not into the store.
+    void recordAutojoin();
     /// Puts `channel` on the session's autojoin list, or takes it off, and stores the list at once.
     void setChannelAutojoin(const QString &channel, bool enable);
 

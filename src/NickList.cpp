@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QStringView Prefixes = u"~&@%+";
@@ -11,11 +13,11 @@ bool isBefore(const QString &left, const QString &right)
     return QString::compare(left, right, Qt::CaseInsensitive) < 0;
 }
 
-// Without a copy, since whoever looks for a nick asks this of thousands of entries.
-bool isEntryOf(const QString &entry, const QString &nick)
+// Without a copy, since whoever sorts or looks for a nick asks this of thousands of entries.
+QStringView nickOf(QStringView entry)
 {
     const bool hasPrefix = !entry.isEmpty() && NickList::isPrefix(entry.front());
-    return QStringView(entry).sliced(hasPrefix ? 1 : 0) == nick;
+    return entry.sliced(hasPrefix ? 1 : 0);
 }
 
 } // namespace
@@ -29,7 +31,7 @@ bool isPrefix(QChar character)
 
 QString stripPrefix(const QString &entry)
 {
-    return !entry.isEmpty() && isPrefix(entry.front()) ? entry.mid(1) : entry;
+    return nickOf(entry).toString();
 }
 
 int prefixRank(const QString &entry)
@@ -38,11 +40,16 @@ int prefixRank(const QString &entry)
     return index < 0 ? static_cast<int>(Prefixes.size()) + 1 : static_cast<int>(index) + 1;
 }
 
+bool isOperator(const QString &entry)
+{
+    return prefixRank(entry) < prefixRank(u"+"_s);
+}
+
 qsizetype indexOfNick(const QStringList &entries, const QString &nick)
 {
     const auto found =
             std::find_if(entries.cbegin(), entries.cend(),
-                         [&nick](const QString &entry) { return isEntryOf(entry, nick); });
+                         [&nick](const QString &entry) { return nickOf(entry) == nick; });
     return found == entries.cend() ? -1 : found - entries.cbegin();
 }
 
@@ -53,7 +60,7 @@ void sortByRank(QStringList &entries)
         const int rightRank = prefixRank(right);
         if (leftRank != rightRank)
             return leftRank < rightRank;
-        return QString::compare(stripPrefix(left), stripPrefix(right), Qt::CaseInsensitive) < 0;
+        return nickOf(left).compare(nickOf(right), Qt::CaseInsensitive) < 0;
     });
 }
 

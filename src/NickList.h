@@ -19,6 +19,9 @@ QString stripPrefix(const QString &entry);
 /// Rank of an entry, 1 for "~" to 5 for "+", and 6 for an empty or unprefixed one.
 int prefixRank(const QString &entry);
 
+/// True for an entry with one of the prefixes "~&@%".
+bool isOperator(const QString &entry);
+
 /// Index of the first entry whose nick equals `nick` exactly, or -1.
 qsizetype indexOfNick(const QStringList &entries, const QString &nick);
 
@@ -31,8 +34,8 @@ void sortByRank(QStringList &entries);
 /// channel takes this order whenever somebody joins, until the next name list.
 void sortPlain(QStringList &entries);
 
-/// Adds `entry` and brings all of `entries` into the order of `sortPlain`. Cheap if they are in
-/// that order already.
+/// Adds `entry` and brings all of `entries` into the order of `sortPlain`; in linear time if they
+/// are in that order already.
 void insertPlain(QStringList &entries, const QString &entry);
 
 } // namespace NickList

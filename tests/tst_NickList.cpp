@@ -42,6 +42,8 @@ void TestNickList::stripsOnePrefixAndRanks()
     QFETCH(const QString, entry);
     QTEST(NickList::stripPrefix(entry), "nick");
     QTEST(NickList::prefixRank(entry), "rank");
+    QFETCH(const int, rank);
+    QCOMPARE(NickList::isOperator(entry), rank <= 4);
 }
 
 void TestNickList::findsANickBehindItsPrefix()
