@@ -7,8 +7,9 @@ namespace Attention {
 
 /// True if `text` has `nick` in it as a whole word, in any case. An empty nick is never mentioned.
 ///
-/// A word's end is a regular expression's "\b". A nick that ends in a character outside the word
-/// class, such as a bracket, is thus mentioned only where a word character follows it.
+/// A word's ends are a regular expression's "\b". A nick that begins or ends in a character outside
+/// the word class, such as a bracket, is thus mentioned only where a word character stands beside
+/// it.
 [[nodiscard]] bool mentions(const QString &text, const QString &nick);
 
 /// `text`, or its first 252 code units and "..." if it has more than 255.

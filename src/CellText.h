@@ -39,7 +39,8 @@ struct TextExtent
     bool isSure = false;
 };
 
-/// Breaks the text of `block` into the lines of `layout` for a cell of `width` pixels.
+/// Breaks the text of `block` into the lines of `layout`. `width` is the room that its cell has for
+/// text, in pixels.
 ///
 /// The lines are those of Qt's own document layout. `layout` is the block's own or was made for it.
 TextExtent layOutCell(QTextLayout &layout, const QTextBlock &block, qreal width);
@@ -62,7 +63,7 @@ int hitText(const QTextLayout &layout, const QPointF &point, Qt::HitTestAccuracy
 class TextEstimator final
 {
 public:
-    /// Measures of the text of `block`, painted on `device`.
+    /// Measures of the text of `block`, painted on `device`; on the screen, if that is null.
     TextExtent estimate(const QTextBlock &block, QPaintDevice *device);
 
     /// Forgets all fonts: the document has another default font.

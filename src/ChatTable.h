@@ -14,7 +14,7 @@ struct ChatRow
     QString time;
     /// The sender in full, or empty for a line of the system. Tables of two columns don't show it.
     QString nick;
-    /// The text as it is shown, a leading blank included.
+    /// The text as it is shown, with the leading blank that most rows have.
     QString text;
     /// Grey text, for what happens around the conversation.
     bool dimmed = false;

@@ -136,7 +136,7 @@ void ConnectDialog::loadSettings()
     QSettings settings;
     loadFavorites();
     loadDeletedDefaults();
-    const QSet<QString> ids = ServerStore::listServers(defaultServers(), deletedDefaults);
+    const QSet<QString> ids = ServerStore::seedAndListServers(defaultServers(), deletedDefaults);
     serverConfigs.clear();
     for (const QString &id : ids)
         serverConfigs.insert(id, ServerStore::loadConfig(settings, id));

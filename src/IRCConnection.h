@@ -22,6 +22,11 @@ class QTimer;
 ///
 /// Failures never throw and are never retried: each one is an `errorOccurred` with text for the
 /// user. Text is UTF-8 in both directions.
+///
+/// A line ends at CR LF only, and nothing limits its length. A read takes what has come, up to
+/// 512 KiB, and is decoded by itself, so a character cut by its end comes out as replacement
+/// characters. After 60 seconds without traffic the server is asked for a sign of life, and left
+/// after another 45 without an answer; both are looked for every 10 seconds.
 class IRCConnection final : public QObject
 {
     Q_OBJECT
@@ -49,9 +54,11 @@ public:
 
     /// True from the server's welcome until the next `connectToServer`, so also after a disconnect.
     [[nodiscard]] bool isRegistered() const;
+    /// For the parser, which sees the welcome.
     void setRegistered(bool isDone);
 
-    /// The nick that the session believes it has, or asked for last during registration.
+    /// The nick that the session believes it has, or asked for last after a refusal, whenever that
+    /// came: until the server's NICK line it may know the user by another one.
     [[nodiscard]] QString currentNick() const;
 
     /// The host given to the last `connectToServer`.
@@ -64,7 +71,9 @@ public:
     /// Sends `line` as it stands, with CR LF behind it. Its length is not looked at, and a CR or LF
     /// inside is not taken out. Without a connection the text is lost and `errorOccurred` says so.
     void sendRaw(const QString &line);
+    /// Each of these sends one line with `sendRaw`, whose failures are theirs.
     void joinChannel(const QString &channel);
+    /// With the reason "Leaving".
     void partChannel(const QString &channel);
     void sendPrivmsg(const QString &target, const QString &text);
 
@@ -75,7 +84,8 @@ public:
     /// Adds `nick` to the server's WATCH list or takes it off. Does nothing without a connection.
     void sendWatch(const QString &nick, bool add);
 
-    /// Totals of the running channel listing, kept by the parser.
+    /// Totals of the running channel listing, kept by the parser. A server may tell any count of
+    /// users, negative ones included; their sum stops at the ends of `int`.
     void resetListCounters();
     void addListChannel(int userCount);
     void setListServerName(const QString &name);
@@ -116,7 +126,7 @@ signals:
     /// Somebody joined, the user included.
     void joinReceived(const QString &nick, const QString &channel);
     void partReceived(const QString &nick, const QString &channel, const QString &reason);
-    /// A nick in sight changed, the user's included, or registration moved on to the next nick.
+    /// A nick in sight changed, the user's included, or a refused one gave way to the next.
     void nickChanged(const QString &oldNick, const QString &newNick);
     /// One line of a name list; the names keep their mode prefixes.
     void namesList(const QString &channel, const QList<QString> &names);
@@ -145,7 +155,7 @@ signals:
     void whoisAwayReceived(const QString &nick, const QString &msg);
     void watchStatus(const QString &nick, bool online);
     /// The user's own nick changed. It comes before the `nickChanged` that caused it is seen by
-    /// anybody else, and not while registration tries one nick after the other.
+    /// anybody else, and not for a nick that is only tried after a refusal.
     void ownNickChanged(const QString &newNick);
 
 private slots:

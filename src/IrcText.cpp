@@ -251,7 +251,7 @@ bool insideTag(QStringView html, qsizetype from, qsizetype position)
 
 /// Beyond this size of HTML no rest of a topic is repeated any more. A line of the length that
 /// servers keep to makes a fraction of it; a longer one could be made to fill the memory.
-constexpr qsizetype MostRepeatedHtml = 1'000'000;
+constexpr qsizetype LargestHtmlWithRepeats = 1'000'000;
 
 /// The pass over a topic's HTML that makes anchors of links.
 QString withAnchors(const QString &html)
@@ -267,7 +267,7 @@ QString withAnchors(const QString &html)
         if (insideTag(html, copied, link.start)
             || (link.start > 0 && html.at(link.start - 1) == u'>'))
             continue;
-        if (link.start < copied && linked.size() >= MostRepeatedHtml)
+        if (link.start < copied && linked.size() >= LargestHtmlWithRepeats)
             continue;
         // An address inside the URL just written starts before `copied`. The length is negative
         // then, which means the rest of the text to mid(): the rest is written here and, since

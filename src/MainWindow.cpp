@@ -1072,10 +1072,10 @@ void MainWindow::onPrivmsg(const QString &from, const QString &target, const QSt
 
 void MainWindow::onJoin(const QString &nick, const QString &channel)
 {
-    // For our own first join this line opens the tab.
+    // For our own first join this line opens the tab; should it ever not, the channel still gets
+    // one.
     appendMessageToTab(channel, u"joined %1"_s.arg(channel), nick, true);
     if (nick == connection->currentNick()) {
-        // That line opens the tab; should it ever not, the channel still gets one.
         if (!tabs.contains(channel)) {
             const TabInfo info = createTabInfo(channel, true);
             insertTab(channel, info);

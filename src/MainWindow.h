@@ -206,7 +206,9 @@ private:
 
     // Lines
     /// The one door through which a line reaches the screen: writes a row to the tab `tabName`,
-    /// which is opened if there is none, and scrolls it to the bottom.
+    /// which is opened if there is none, and scrolls it to the bottom. While lines of a read are
+    /// handled the row waits for the read's end. A tab without a view, which "List" is, drops the
+    /// line with a warning in the log.
     ///
     /// `text` is plain, `sender` the nick of the nick column, empty for system lines. `isStatus`
     /// marks membership and presence lines, which are grey.

@@ -149,7 +149,8 @@ QString storedAddress(const QSettings &settings, const QString &id)
     return address.isEmpty() ? guessAddress(id) : address;
 }
 
-QSet<QString> listServers(const QStringList &defaultAddresses, const QSet<QString> &deletedDefaults)
+QSet<QString> seedAndListServers(const QStringList &defaultAddresses,
+                                 const QSet<QString> &deletedDefaults)
 {
     QSettings settings;
     QSet<QString> ids;

@@ -93,7 +93,7 @@ void seedAddress(QSettings &settings, const QString &id, const QString &address)
 
 /// The ids of all listed servers: those at `defaultAddresses`, without the ones in
 /// `deletedDefaults`, and those that the user added. Each has an address in the store afterwards.
-[[nodiscard]] QSet<QString> listServers(const QStringList &defaultAddresses,
-                                        const QSet<QString> &deletedDefaults);
+[[nodiscard]] QSet<QString> seedAndListServers(const QStringList &defaultAddresses,
+                                               const QSet<QString> &deletedDefaults);
 
 } // namespace ServerStore

@@ -386,7 +386,7 @@ void TestServerStore::listsDefaultsAndTheUsersOwn()
                          QStringList{u"own.org_1"_s, u"b.org_6667"_s, u"my_own_2"_s, u"c_3"_s});
     QSettings().setValue(u"servers/c_3/address"_s, u"kept"_s);
     const QStringList defaults{u"a.org:6667"_s, u"b.org:6667"_s, u"gone.org:6667"_s, u"odd"_s};
-    QCOMPARE(ServerStore::listServers(defaults, {u"gone.org_6667"_s}),
+    QCOMPARE(ServerStore::seedAndListServers(defaults, {u"gone.org_6667"_s}),
              (QSet<QString>{u"a.org_6667"_s, u"b.org_6667"_s, u"own.org_1"_s, u"my_own_2"_s,
                             u"c_3"_s}));
     QSettings settings;
