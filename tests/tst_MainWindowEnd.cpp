@@ -9,6 +9,7 @@
 #include "WindowSession.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QLineEdit>
 #include <QSettings>
 #include <QTest>
@@ -17,6 +18,9 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr QFile::Permissions OwnFile =
+        QFile::ReadOwner | QFile::ReadUser | QFile::WriteOwner | QFile::WriteUser;
 
 QAction *entry(const MainWindow &window, const QString &text)
 {
@@ -35,6 +39,16 @@ int runEventLoop()
     patience.callOnTimeout([] { QCoreApplication::exit(-1); });
     patience.start(ScriptedServer::Patience);
     return QApplication::exec();
+}
+
+// The built program without a display, with that store.
+bool launch(Child &program, const PreparedStore &store)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_CONFIG_HOME"_s, store.configHome());
+    environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+    program.setProcessEnvironment(environment);
+    return program.launch(ProgramOnScreen::path(), {u"--no-such-option"_s, u"argument"_s});
 }
 
 } // namespace
@@ -57,6 +71,8 @@ private slots:
     void closesWithinARead();
     void setsTheProgramUp_data();
     void setsTheProgramUp();
+    void closesTheStoreToOthers_data();
+    void closesTheStoreToOthers();
 
 private:
     TemporaryStore store;
@@ -195,15 +211,39 @@ void TestMainWindowEnd::setsTheProgramUp()
     if (!storedTheme.isEmpty())
         programStore.setValue(u"theme"_s, storedTheme);
     Child program;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"XDG_CONFIG_HOME"_s, programStore.configHome());
-    environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
-    program.setProcessEnvironment(environment);
-    QVERIFY(program.launch(ProgramOnScreen::path(), {u"--no-such-option"_s, u"argument"_s}));
+    QVERIFY(launch(program, programStore));
     // The store's place follows from the names of the application and of the organisation.
     QTRY_COMPARE_WITH_TIMEOUT(programStore.value(u"theme"_s).toString(), u"light"_s,
                               ScriptedServer::Patience);
     QCOMPARE(program.state(), QProcess::Running);
+    program.stop();
+}
+
+void TestMainWindowEnd::closesTheStoreToOthers_data()
+{
+    QTest::addColumn<QFile::Permissions>("before");
+
+    QTest::newRow("first start") << QFile::Permissions();
+    QTest::newRow("open before") << (OwnFile | QFile::ReadGroup | QFile::ReadOther);
+    QTest::newRow("closed before") << OwnFile;
+}
+
+void TestMainWindowEnd::closesTheStoreToOthers()
+{
+    QFETCH(const QFile::Permissions, before);
+
+    PreparedStore programStore;
+    const QString folder = programStore.configHome() + u"/Velmora"_s;
+    const QString file = folder + u"/Velmora.conf"_s;
+    if (before != QFile::Permissions()) {
+        programStore.setValue(u"theme"_s, u"light"_s);
+        QVERIFY(QFile::setPermissions(file, before));
+    }
+    Child program;
+    QVERIFY(launch(program, programStore));
+    QTRY_COMPARE_WITH_TIMEOUT(QFile::permissions(file), OwnFile, ScriptedServer::Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(QFile::permissions(folder),
+                              OwnFile | QFile::ExeOwner | QFile::ExeUser, ScriptedServer::Patience);
     program.stop();
 }
 
