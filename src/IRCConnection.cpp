@@ -123,7 +123,7 @@ void IRCConnection::disconnectFromServer()
     if (isConnected()) {
         socket->write("QUIT :Velmora leaving\r\n"_ba);
         socket->flush();
-        socket->disconnectFromHost();
+        closeSocket();
     }
     keepAliveTimer->stop();
     enableSleep();
@@ -334,7 +334,7 @@ void IRCConnection::checkKeepAlive()
         return;
     if (awaitingPong && pingSentAt.elapsed() > PatienceForPong) {
         emit errorOccurred(u"Ping timeout: no response to PING for 45s"_s);
-        socket->disconnectFromHost();
+        closeSocket();
         return;
     }
     if (!awaitingPong && lastActivity.elapsed() > SilenceBeforePing) {
@@ -389,6 +389,17 @@ void IRCConnection::configureSocketKeepAlive()
     setOption(descriptor, IPPROTO_TCP, IdleTimeOption, 60);
     setOption(descriptor, IPPROTO_TCP, IntervalOption, 10);
     setOption(descriptor, IPPROTO_TCP, ProbesOption, 5);
+}
+
+// Qt puts the closing off until a TLS handshake is over, but does not go on with it by then, and a
+// server may never end it anyway.
+void IRCConnection::closeSocket()
+{
+    const auto *secure = qobject_cast<QSslSocket *>(socket);
+    if (secure != nullptr && !secure->isEncrypted())
+        socket->abort();
+    else
+        socket->disconnectFromHost();
 }
 
 void IRCConnection::disableSleep()

@@ -47,7 +47,8 @@ public:
     void connectToServer(const QString &host, quint16 port, const QString &nick,
                          const QString &realName, bool useSsl);
 
-    /// Says QUIT and closes the link. An attempt that is still connecting is left to go on.
+    /// Says QUIT and closes the link. An attempt that is still connecting is left to go on; a TLS
+    /// handshake is broken off, and QUIT is not said then.
     void disconnectFromServer();
 
     [[nodiscard]] bool isConnected() const;
@@ -169,6 +170,7 @@ private:
     void followOwnNick(const QString &oldNick, const QString &newNick);
     void generateNickAlternatives(const QString &nick, const QString &altNickname);
     void configureSocketKeepAlive();
+    void closeSocket();
     bool cutLines();
 
     // The names read from the machine's point of view.

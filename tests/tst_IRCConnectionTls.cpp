@@ -23,6 +23,8 @@ private slots:
     void refusesACertificate_data();
     void refusesACertificate();
     void endsWithAServerThatKnowsNoTls();
+    void leavesInAHandshake_data();
+    void leavesInAHandshake();
 
 private:
     std::unique_ptr<TemporaryStore> store;
@@ -111,6 +113,31 @@ void TestIRCConnectionTls::endsWithAServerThatKnowsNoTls()
     QCOMPARE(session.log.parsed().size(), 3);
     QVERIFY(session.log.raw().isEmpty());
     QVERIFY(session.log.entries().at(1).startsWith(u"errorOccurred("_s));
+}
+
+void TestIRCConnectionTls::leavesInAHandshake_data()
+{
+    QTest::addColumn<bool>("answers");
+    QTest::newRow("never answered") << false;
+    QTest::newRow("not answered yet") << true;
+}
+
+void TestIRCConnectionTls::leavesInAHandshake()
+{
+    QFETCH(const bool, answers);
+    authority->makeTrusted();
+    const auto session = answers ? std::make_unique<TestSession>(authority->issue(u"localhost"_s))
+                                 : std::make_unique<TestSession>();
+    session->isSecure = true;
+    connect(&session->connection, &IRCConnection::connected, &session->connection,
+            &IRCConnection::disconnectFromServer);
+    session->dial();
+    QVERIFY(session->log.waitFor(u"disconnected()"_s));
+    QCOMPARE(session->log.entries(), (QStringList{u"connected()"_s, u"disconnected()"_s}));
+    QVERIFY(!session->connection.isConnected());
+    QVERIFY(answers || session->server.waitForClient());
+    QVERIFY(session->server.waitForEnd());
+    QVERIFY(!session->server.received().contains("QUIT"));
 }
 
 QTEST_GUILESS_MAIN(TestIRCConnectionTls)

@@ -29,7 +29,7 @@ class Watch final : public QObject
     Q_OBJECT
 
 public:
-    enum class Habit { Silent, Answers, Mutters, HearsTalk };
+    enum class Habit { Silent, Answers, Mutters, HearsTalk, KnowsNoTls };
 
     Watch(const QString &label, Habit otherSide);
     void begin();
@@ -49,6 +49,7 @@ Watch::Watch(const QString &label, Habit otherSide)
     : name(label)
     , habit(otherSide)
 {
+    session.isSecure = habit == Habit::KnowsNoTls;
     auto *timer = session.connection.findChild<QTimer *>();
     connect(timer, &QTimer::timeout, this, [this] { ++ticks; });
     connect(&session.connection, &IRCConnection::errorOccurred, this, &Watch::note);
@@ -95,7 +96,8 @@ int watchUnderAFastClock(int argc, char **argv)
     Watch answers(u"answers"_s, Watch::Habit::Answers);
     Watch mutters(u"mutters"_s, Watch::Habit::Mutters);
     Watch hears(u"hears"_s, Watch::Habit::HearsTalk);
-    for (Watch *watch : {&silent, &answers, &mutters, &hears})
+    Watch shakesNoHands(u"shakesNoHands"_s, Watch::Habit::KnowsNoTls);
+    for (Watch *watch : {&silent, &answers, &mutters, &hears, &shakesNoHands})
         watch->begin();
     QTimer::singleShot(Watched, &application, &QCoreApplication::quit);
     return QCoreApplication::exec();
@@ -135,6 +137,7 @@ private slots:
     void setsTheSocketsOptions();
 
     void asksASilentServerOnceAndGoes();
+    void leavesAServerThatNeverAnswersTls();
     void staysWithAServerThatAnswers();
     void asksNothingWhileTheServerTalks();
     void asksNothingWhileTheUserTalks();
@@ -279,6 +282,18 @@ void TestKeepAlive::asksASilentServerOnceAndGoes()
     QCOMPARE(events.at(2).text, u"disconnected"_s);
     // The session acts within its tick, before that one is counted here.
     QCOMPARE(events.at(1).tick + 1, ping.tick + 5);
+}
+
+// What is asked waits for the handshake, with all that is to be sent.
+void TestKeepAlive::leavesAServerThatNeverAnswersTls()
+{
+    QVERIFY(waitForTimelines());
+    const QList<Event> events = timelines.value(u"shakesNoHands"_s);
+    QCOMPARE(events.size(), 2);
+    QCOMPARE(events.at(0).text, u"Ping timeout: no response to PING for 45s"_s);
+    const int ticks = events.at(0).tick + 1;
+    QVERIFY2(ticks == 11 || ticks == 12, qPrintable(QString::number(ticks)));
+    QCOMPARE(events.at(1).text, u"disconnected"_s);
 }
 
 void TestKeepAlive::staysWithAServerThatAnswers()
