@@ -308,7 +308,8 @@ bool IRCConnection::cutLines()
         emit rawMessageReceived(line);
         IRCParser::parseLine(line, this);
     }
-    buffer.remove(0, lineStart);
+    // A copy of the rest, since a buffer keeps the room of the longest line that it has ever held.
+    buffer = buffer.mid(lineStart);
     lineStart = 0;
     // A CR at the very end may be the first half of a line end.
     searchStart = qMax(buffer.size() - 1, qsizetype(0));

@@ -16,6 +16,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// A line that leaves no trace, but for a number behind it.
+const auto Mark = u":mark!mark@mark MARK "_s;
+
 QLineEdit *fieldWithPlaceholder(const ConnectDialog &dialog, const QString &placeholder)
 {
     const QList<QLineEdit *> fields = dialog.findChildren<QLineEdit *>();
@@ -34,7 +37,10 @@ WindowSession::WindowSession()
     QTest::failOnWarning(QRegularExpression(
             u"^(?! *This plugin does not support | *OpenType support missing for )"_s));
     QObject::connect(&probe.connection(), &IRCConnection::rawMessageReceived, &window,
-                     [this](const QString &line) { heard.append(line); });
+                     [this](const QString &line) {
+                         if (line.startsWith(Mark))
+                             lastMark = line.mid(Mark.size()).toInt();
+                     });
     window.show();
     const auto dialog = [this] { return window.findChild<ConnectDialog *>(); };
     if (!QTest::qWaitFor([&] { return dialog() != nullptr; }))
@@ -127,9 +133,9 @@ bool WindowSession::settle()
 {
     // A line of a user with a command that nobody knows leaves no trace. Its signal comes before
     // it is handled, but in the same call: once the event loop is back, all is done.
-    const QString mark = u":mark!mark@mark MARK %1"_s.arg(++marks);
-    server.send(mark);
-    return QTest::qWaitFor([&] { return heard.contains(mark); }, ScriptedServer::Patience);
+    const int mark = ++marks;
+    server.send(Mark + QString::number(mark));
+    return QTest::qWaitFor([&] { return lastMark >= mark; }, ScriptedServer::Patience);
 }
 
 bool WindowSession::join(const QString &channel, const QString &names)

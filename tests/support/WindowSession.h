@@ -64,7 +64,7 @@ private:
                                     const QString &channels, const QString &realName);
 
     std::unique_ptr<MainWindow> ownedWindow{&window};
-    QStringList heard;
+    int lastMark = 0;
     qsizetype linesTaken = 0;
     int marks = 0;
 };

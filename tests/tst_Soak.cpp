@@ -1,0 +1,298 @@
+// Sessions that go on for long: what they hold in the end is what they held near the beginning.
+//
+// The numbers are small enough for every run of the tests. Greater ones come from the environment,
+// see CONTRIBUTING.md.
+
+#include "IRCConnection.h"
+#include "MyTabWidget.h"
+#include "ServerStore.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QAbstractEventDispatcher>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QTest>
+#include <QTextTable>
+#include <QTimer>
+#include <QWindow>
+
+#include <array>
+#include <malloc.h>
+#include <memory>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Sanitizers keep what is freed for a while, and have memory of their own for every byte.
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool MemoryTells = false;
+#else
+constexpr bool MemoryTells = true;
+#endif
+
+const std::array Tabs{u"#a"_s, u"#b"_s, u"#c"_s, u"#d"_s, u"bob"_s};
+
+int amount(const char *variable, int usual)
+{
+    return qEnvironmentVariableIsSet(variable) ? qEnvironmentVariableIntValue(variable) : usual;
+}
+
+// The process's memory in kilobytes, without what was freed.
+double residentMemory()
+{
+    malloc_trim(0);
+    QFile file(u"/proc/self/statm"_s);
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    const double pages = file.readAll().split(' ').value(1).toDouble();
+    return pages * double(sysconf(_SC_PAGESIZE)) / 1024;
+}
+
+void count(const QObject &object, QMap<QString, int> &counts)
+{
+    ++counts[QString::fromLatin1(object.metaObject()->className())];
+    counts[u"timers"_s] +=
+            static_cast<int>(QAbstractEventDispatcher::instance()
+                                     ->registeredTimers(const_cast<QObject *>(&object))
+                                     .size());
+    for (const QObject *child : object.children())
+        count(*child, counts);
+}
+
+// What the process holds besides memory: how many file descriptors, timers, and objects of each
+// class, the window's and all others that Qt knows the way to.
+QStringList holdings()
+{
+    QMap<QString, int> counts;
+    counts[u"descriptors"_s] = int(QDir(u"/proc/self/fd"_s).entryList(QDir::AllEntries).size());
+    count(*qApp, counts);
+    count(*QAbstractEventDispatcher::instance(), counts);
+    for (const QWidget *widget : QApplication::topLevelWidgets()) {
+        if (widget->parent() == nullptr)
+            count(*widget, counts);
+    }
+    for (const QWindow *window : QGuiApplication::topLevelWindows())
+        count(*window, counts);
+    QStringList result;
+    for (auto entry = counts.cbegin(); entry != counts.cend(); ++entry)
+        result.append(u"%1 %2"_s.arg(entry.key()).arg(entry.value()));
+    return result;
+}
+
+} // namespace
+
+class TestSoak final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void keepsNothingOfASession();
+    void growsByItsRowsAlone();
+    void forgetsALongLine();
+    void leavesAServerThatNeverAnswersTls();
+
+private:
+    std::unique_ptr<TemporaryStore> store;
+};
+
+void TestSoak::init()
+{
+    // A cursor that blinks is a timer.
+    QApplication::setCursorFlashTime(0);
+    store = std::make_unique<TemporaryStore>();
+}
+
+namespace {
+
+// Connects, has some lines said, and lets the link end in one of five ways, the last of which is
+// another connect.
+bool visit(WindowSession &session, int round)
+{
+    const MainWindowProbe &probe = session.probe;
+    if (!session.registerAs(u"me"_s, u"#a"_s) || !session.join(u"#a"_s, u"me @alice bob"_s)
+        || !session.sayAll({u":alice!a@h PRIVMSG #a :me: hello"_s, u":bob!b@h PRIVMSG me :psst"_s,
+                            u":bob!b@h NICK bobby"_s, u":bobby!b@h NICK bob"_s,
+                            u":bob!b@h QUIT :bye"_s}))
+        return false;
+    probe.clickTab(round % probe.tabWidget().count());
+    probe.typeLine(u"/raw ROUND %1"_s.arg(round));
+    ScriptedServer &server = session.server;
+    if (!server.waitForLine(u"ROUND %1"_s.arg(round)))
+        return false;
+    switch (round % 5) {
+    case 0:
+        server.close();
+        break;
+    case 1:
+        server.cut();
+        break;
+    case 2:
+        session.choose(u"&Disconnect"_s);
+        break;
+    case 3:
+        probe.typeLine(u"/raw QUIT :bye"_s);
+        if (!server.waitForLine(u"QUIT :bye"_s))
+            return false;
+        server.close();
+        break;
+    default:
+        return true;
+    }
+    return server.waitForEnd()
+           && QTest::qWaitFor([&] { return !probe.connection().isConnected(); });
+}
+
+} // namespace
+
+void TestSoak::keepsNothingOfASession()
+{
+    constexpr int WarmUp = 20;
+    constexpr int Stage = 100; // All stages end with a link that ended in the same way.
+    const int last = WarmUp + amount("VELMORA_SOAK_RECONNECTS", Stage) / Stage * Stage;
+
+    WindowSession session;
+    QStringList before;
+    for (int round = 0; round <= last; ++round) {
+        QVERIFY2(visit(session, round), qPrintable(u"round %1"_s.arg(round)));
+        if (round % Stage != WarmUp)
+            continue;
+        QTRY_VERIFY(holdings().contains(u"timers 0"_s));
+        if (before.isEmpty())
+            before = holdings();
+        QTRY_COMPARE(holdings(), before);
+        qInfo("%d sessions: %d kB", round, int(residentMemory()));
+    }
+}
+
+void TestSoak::growsByItsRowsAlone()
+{
+    constexpr int Batch = 500;
+    const int lines = amount("VELMORA_SOAK_LINES", 20'000);
+    const int warmUp = lines / 5;
+
+    WindowSession session;
+    const MainWindowProbe &probe = session.probe;
+    QVERIFY(session.registerAs());
+    for (const QString &tab : Tabs) {
+        if (tab.startsWith(u'#'))
+            QVERIFY(session.join(tab, u"me @alice bob"_s));
+    }
+    int said = 0;
+    const auto sayUpTo = [&](int end) {
+        while (said < end) {
+            QStringList batch;
+            for (const int stop = std::min(said + Batch, end); said < stop; ++said) {
+                const QString &tab = Tabs.at(size_t(said) % Tabs.size());
+                batch.append(u":%1!u@h PRIVMSG %2 :line %3 %4"_s
+                                     .arg(tab == u"bob"_s ? tab : u"alice"_s,
+                                          tab == u"bob"_s ? u"me"_s : tab)
+                                     .arg(said, 8, 10, QChar(u'0'))
+                                     .arg(QString(said % 7 * 20, u'x')));
+            }
+            if (!session.sayAll(batch))
+                return false;
+            probe.clickTab(said / Batch % probe.tabWidget().count());
+        }
+        return true;
+    };
+    QVERIFY(sayUpTo(warmUp));
+    // That of the link stays; what was started by the last lines ends within a few seconds.
+    QTRY_VERIFY(holdings().contains(u"timers 1"_s));
+    const QStringList before = holdings();
+    const double atFirst = residentMemory();
+    QVERIFY(sayUpTo(warmUp + (lines - warmUp) / 2));
+    const double halfway = residentMemory();
+    QVERIFY(sayUpTo(lines));
+    const double inTheEnd = residentMemory();
+    QTRY_COMPARE(holdings(), before);
+
+    int rows = 0;
+    for (const QString &tab : Tabs)
+        rows += probe.tabs().value(tab).table->rows();
+    QVERIFY(rows > lines);
+    const double early = (halfway - atFirst) * 2 / (lines - warmUp);
+    const double late = (inTheEnd - halfway) * 2 / (lines - warmUp);
+    qInfo("%d rows: %.2f kB each in the first half, %.2f kB in the second", rows, early, late);
+    // What grows by doubling comes in steps, which few rows show.
+    if (MemoryTells)
+        QVERIFY(late < early * 1.5 && late < 1.6);
+}
+
+// A line has no greatest length; it costs its memory for as long as it lasts and no longer.
+void TestSoak::forgetsALongLine()
+{
+    const int megabytes = amount("VELMORA_SOAK_MEGABYTES", 16);
+
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    const double before = residentMemory();
+    const QByteArray piece(1 << 20, 'x');
+    session.server.sendBytes(":somebody!u@h NOTICE me :");
+    for (int i = 0; i < megabytes; ++i) {
+        session.server.sendBytes(piece);
+        // The user is heard meanwhile.
+        session.probe.typeLine(u"/raw PIECE %1"_s.arg(i));
+        QVERIFY(session.server.waitForLine(u"PIECE %1"_s.arg(i)));
+    }
+    const double atItsEnd = residentMemory();
+    session.server.sendBytes("\r\n");
+    QVERIFY(session.settle());
+    const double after = residentMemory();
+    qInfo("a line of %d MB: %.0f MB before, %.0f MB with it, %.0f MB after", megabytes,
+          before / 1024, atItsEnd / 1024, after / 1024);
+    if (MemoryTells)
+        QVERIFY(after - before < megabytes * 1024 / 4);
+}
+
+void TestSoak::leavesAServerThatNeverAnswersTls()
+{
+    WindowSession session;
+    const MainWindowProbe &probe = session.probe;
+    const ScriptedServer &silent = session.server;
+    ServerConfig config;
+    config.useSsl = true;
+    ServerStore::saveConfig(ServerStore::serverId(u"127.0.0.1"_s, silent.port()), config,
+                            ServerStore::OddIdAddress::SameAsId);
+    const auto dial = [&] {
+        const int clients = silent.clientCount();
+        QTimer::singleShot(0, &session.window,
+                           [&session] { static_cast<void>(session.clickConnect(u"me"_s)); });
+        return silent.waitForClient(clients + 1)
+               && QTest::qWaitFor([&] { return probe.connection().isConnected(); });
+    };
+
+    QStringList before;
+    for (int round = 0; round < 5; ++round) {
+        QVERIFY(dial());
+        QCOMPARE(probe.lastLine(u"Server"_s), u"*** Connected to server."_s);
+        session.choose(u"&Disconnect"_s);
+        QCOMPARE(probe.lastLine(u"Server"_s), u"*** Disconnected."_s);
+        QVERIFY(silent.waitForEnd());
+        QTRY_VERIFY(holdings().contains(u"timers 0"_s));
+        if (round == 1)
+            before = holdings();
+    }
+    QCOMPARE(holdings(), before);
+
+    // Another server takes its place, and the program ends beside it.
+    QVERIFY(dial());
+    ScriptedServer other;
+    connect(&other, &ScriptedServer::lineReceived, &other, [&other](int, const QString &line) {
+        if (line.startsWith(u"USER "_s))
+            other.send(u":irc.test 001 me :Welcome"_s);
+    });
+    QVERIFY(session.enter(other.port(), u"me"_s));
+    QVERIFY(silent.waitForEnd());
+    QVERIFY(dial());
+    session.destroyWindow();
+    QVERIFY(silent.waitForEnd());
+}
+
+QTEST_MAIN(TestSoak)
+#include "tst_Soak.moc"
