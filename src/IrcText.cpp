@@ -272,13 +272,13 @@ QString withAnchors(const QString &html)
         // An address inside the URL just written starts before `copied`. The length is negative
         // then, which means the rest of the text to mid(): the rest is written here and, since
         // `copied` goes back, once more behind the address.
-        linked += html.mid(copied, link.start - copied);
+        linked += QStringView(html).mid(copied, link.start - copied);
         // The display text is escaped a second time: an ampersand of a URL shows as "&amp;".
         linked +=
                 "<a href=\""_L1 % link.target % "\">"_L1 % link.display.toHtmlEscaped() % "</a>"_L1;
         copied = link.end;
     }
-    return linked + html.mid(copied);
+    return linked + QStringView(html).mid(copied);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <QColor>
 #include <QFont>
+#include <QHash>
 #include <QMainWindow>
 #include <QMap>
 #include <QSet>
@@ -346,6 +347,6 @@ private:
     bool userListShown = false;
     QMap<QString, QString> inputDrafts;
     /// Rows of the read in progress, per conversation: written together when it ends.
-    QMap<QTextBrowser *, PendingRows> pendingRows;
+    QHash<QTextBrowser *, PendingRows> pendingRows;
     bool completionPending = false; ///< The read in progress has changed what can be completed.
 };
