@@ -77,6 +77,8 @@ bool confirmDeletion(QWidget *parent, const QString &address, const QString &the
 {
     QMessageBox box(parent);
     box.setWindowTitle(Boxes::tr("Delete Server"));
+    // The address is whatever somebody has typed or put into the store.
+    box.setTextFormat(Qt::PlainText);
     box.setText(Boxes::tr("Are you sure you want to delete server: %1").arg(address));
     box.setIcon(QMessageBox::Critical);
     box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);

@@ -2,6 +2,7 @@
 
 #include "EmojiPicker.h"
 #include "IrcText.h"
+#include "PlainTitle.h"
 #include "ThemeManager.h"
 
 #include <QAction>
@@ -28,10 +29,10 @@ constexpr QColor LetterColor(0x33, 0x33, 0x33);
 constexpr QColor TextColorLetter(0x00, 0x7A, 0xFF);
 constexpr QColor BackgroundPlate(0xFF, 0xFF, 0x99);
 
-const QString BoldCode(QChar(0x02));
-const QString ItalicCode(QChar(0x1D));
-const QString UnderlineCode(QChar(0x1F));
-const QString ColorCode(QChar(0x03));
+constexpr QChar BoldCode(0x02);
+constexpr QChar ItalicCode(0x1D);
+constexpr QChar UnderlineCode(0x1F);
+constexpr QChar ColorCode(0x03);
 
 /// What an icon of the tool bar shows.
 struct Drawing
@@ -100,6 +101,7 @@ EditTopicDialog::EditTopicDialog(const QString &channel, const QString &topic, c
     : QDialog(parent)
     , currentTheme(theme)
 {
+    new PlainTitle(*this);
     setWindowTitle(tr("Edit Topic for %1").arg(channel));
     setMinimumSize(560, 380);
     setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
@@ -139,7 +141,7 @@ void EditTopicDialog::chooseIrcColor(bool background)
     const int index = nearestIrcColor(color);
     QTextCursor cursor = topicEdit->textCursor();
     const QString selected = cursor.selectedText();
-    QString text = ColorCode;
+    QString text(ColorCode);
     if (background)
         text += QString::number(IrcText::legibleOn(ircColor(index))) + u',';
     text += QString::number(index);

@@ -15,6 +15,7 @@
 #include "MyTabWidget.h"
 #include "NickList.h"
 #include "NumericTreeWidgetItem.h"
+#include "PlainTabs.h"
 #include "PlainTextMenu.h"
 #include "PlainToolTips.h"
 #include "PreferencesDialog.h"
@@ -683,7 +684,7 @@ MainWindow::TabInfo MainWindow::createTabInfo(const QString &name, bool isChanne
 void MainWindow::insertTab(const QString &name, const TabInfo &info)
 {
     tabs.insert(name, info);
-    const int index = tabWidget->addTab(info.page, name);
+    const int index = PlainTabs::add(*tabWidget, info.page, name);
     tabWidget->setTabToolTip(index, name);
 }
 
@@ -1192,7 +1193,7 @@ void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick
     // A conversation that is open under the new name loses its record; its page stays.
     tabs.insert(newNick, info);
     if (index >= 0)
-        tabWidget->setTabText(index, newNick);
+        PlainTabs::rename(*tabWidget, index, newNick);
     if (isOnShow)
         currentTabName = newNick;
     appendMessageToTab(newNick, u"is now known as %1"_s.arg(newNick), oldNick, true);

@@ -83,9 +83,10 @@ QSpinBox *makeWideSpin(Range range, int value, const QString &suffix = {})
     return spin;
 }
 
+// As the text of a button, on which only a pair of ampersands shows as one.
 QString nameOfFont(const QFont &font)
 {
-    return u"%1 %2"_s.arg(font.family(), QString::number(font.pointSize()));
+    return u"%1 %2"_s.arg(font.family().replace(u'&', "&&"_L1), QString::number(font.pointSize()));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "ServerEditDialog.h"
 
 #include "ConnectDialogStyle.h"
+#include "PlainTitle.h"
 #include "ServerStore.h"
 #include "ThemeManager.h"
 
@@ -85,6 +86,7 @@ ServerEditDialog::ServerEditDialog(const QString &title, const QString &address,
     : QDialog(parent)
     , currentTheme(theme)
 {
+    new PlainTitle(*this);
     setWindowTitle(title);
     setMinimumWidth(480);
     setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint

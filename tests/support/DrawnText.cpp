@@ -1,0 +1,92 @@
+#include "DrawnText.h"
+
+#include <QPaintDevice>
+#include <QPaintEngine>
+#include <QWidget>
+
+namespace {
+
+/// Keeps the texts and draws nothing.
+class TextKeeper final : public QPaintEngine
+{
+public:
+    TextKeeper()
+        : QPaintEngine(AllFeatures)
+    {
+    }
+
+    bool begin(QPaintDevice *) override { return true; }
+    bool end() override { return true; }
+    void updateState(const QPaintEngineState &) override {}
+    void drawPath(const QPainterPath &) override {}
+    void drawPolygon(const QPointF *, int, PolygonDrawMode) override {}
+    void drawPixmap(const QRectF &, const QPixmap &, const QRectF &) override {}
+    void drawTextItem(const QPointF &, const QTextItem &item) override
+    {
+        texts.append(item.text());
+    }
+    [[nodiscard]] Type type() const override { return User; }
+
+    QStringList texts;
+};
+
+/// A page as large as a widget, with the resolution of a screen.
+class Page final : public QPaintDevice
+{
+public:
+    explicit Page(const QWidget &widget)
+        : size(widget.size())
+        , resolution(widget.logicalDpiX())
+    {
+    }
+
+    [[nodiscard]] QPaintEngine *paintEngine() const override { return &keeper; }
+
+    mutable TextKeeper keeper;
+
+protected:
+    [[nodiscard]] int metric(PaintDeviceMetric which) const override
+    {
+        switch (which) {
+        case PdmWidth:
+            return size.width();
+        case PdmHeight:
+            return size.height();
+        case PdmDpiX:
+        case PdmDpiY:
+        case PdmPhysicalDpiX:
+        case PdmPhysicalDpiY:
+            return resolution;
+        case PdmDepth:
+            return 32;
+        case PdmDevicePixelRatio:
+            return 1;
+        case PdmDevicePixelRatioScaled:
+            return static_cast<int>(devicePixelRatioFScale());
+        default:
+            return QPaintDevice::metric(which);
+        }
+    }
+
+private:
+    QSize size;
+    int resolution;
+};
+
+} // namespace
+
+namespace DrawnText {
+
+QStringList of(QWidget &widget)
+{
+    Page page(widget);
+    widget.render(&page);
+    return page.keeper.texts;
+}
+
+QString joined(QWidget &widget)
+{
+    return of(widget).join(QString());
+}
+
+} // namespace DrawnText

@@ -1,0 +1,346 @@
+// Whatever others send or write into the store is shown as it is: what each place draws is
+// compared, and not what it was given.
+
+#include "ConnectDialogPage.h"
+#include "DrawnText.h"
+#include "HighlightTabBar.h"
+#include "IRCConnection.h"
+#include "ModalAnswers.h"
+#include "MyTabWidget.h"
+#include "PreferencesForm.h"
+#include "StoredServers.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QAbstractItemView>
+#include <QAccessible>
+#include <QApplication>
+#include <QClipboard>
+#include <QCompleter>
+#include <QHelpEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTest>
+#include <QTextBrowser>
+#include <QTextDocument>
+#include <QToolTip>
+#include <QTreeWidget>
+#include <QWindow>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Rows of texts that some widget or other takes for more than text; none has a blank, so that each
+/// can be a name, too.
+void addRows()
+{
+    QTest::addColumn<QString>("odd");
+
+    QTest::newRow("tag") << u"<b>x</b>"_s;
+    QTest::newRow("picture") << u"<img/src=x>"_s;
+    QTest::newRow("entity") << u"&amp;&lt;"_s;
+    QTest::newRow("ampersand") << u"a&b"_s;
+    QTest::newRow("two ampersands") << u"a&&b"_s;
+    QTest::newRow("key") << u"&x"_s;
+    QTest::newRow("placeholder") << u"%1%2"_s;
+    QTest::newRow("mark of a title") << u"x[*]y"_s;
+    QTest::newRow("right to left") << u"a\u202Ebc\u202Cd"_s;
+    QTest::newRow("control character") << u"a\u0007b"_s;
+    QTest::newRow("line feed") << u"a\nb"_s;
+}
+
+// Blanks, line ends and characters that have no look of their own are drawn one way here and
+// another way there.
+QString visible(QString text)
+{
+    return text.removeIf([](QChar character) {
+        return character.isSpace() || character.category() == QChar::Other_Control
+               || character.category() == QChar::Other_Format;
+    });
+}
+
+bool shows(QWidget &widget, const QString &text)
+{
+    const QString drawn = visible(DrawnText::joined(widget));
+    if (drawn.contains(visible(text)))
+        return true;
+    qInfo() << "Drawn:" << drawn;
+    return false;
+}
+
+// A session of "me" in #a, which is on show, with alice and the user `nick`.
+bool begin(WindowSession &session, const QString &nick)
+{
+    return session.registerAs() && session.join(u"#a"_s, u"@me alice"_s)
+           && session.say(u":%1!u@h JOIN #a"_s.arg(nick));
+}
+
+QLabel *tipOf(QTabBar &bar, int index)
+{
+    const QPoint place = bar.tabRect(index).center();
+    QHelpEvent event(QEvent::ToolTip, place, bar.mapToGlobal(place));
+    QCoreApplication::sendEvent(&bar, &event);
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        auto *label = qobject_cast<QLabel *>(window);
+        if (label != nullptr && label->isVisible() && label->inherits("QTipLabel"))
+            return label;
+    }
+    return nullptr;
+}
+
+QString spokenName(QTabBar &bar, int index)
+{
+    QAccessibleInterface *spoken = QAccessible::queryAccessibleInterface(&bar);
+    return spoken->child(index)->text(QAccessible::Name);
+}
+
+} // namespace
+
+class TestTextFromElsewhere final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void nicksInTabs_data() { addRows(); }
+    void nicksInTabs();
+    void givesTabsNoKeys();
+    void nicksInLists_data() { addRows(); }
+    void nicksInLists();
+    void ownNick_data() { addRows(); }
+    void ownNick();
+    void notifications_data() { addRows(); }
+    void notifications();
+
+    void messagesAndTopics_data() { addRows(); }
+    void messagesAndTopics();
+    void channelLists_data() { addRows(); }
+    void channelLists();
+    void channelsInTitles_data() { addRows(); }
+    void channelsInTitles();
+
+    void storedServers_data() { addRows(); }
+    void storedServers();
+    void storedFont();
+
+private:
+    TemporaryStore store;
+};
+
+void TestTextFromElsewhere::init()
+{
+    store.clear();
+}
+
+void TestTextFromElsewhere::nicksInTabs()
+{
+    QFETCH(const QString, odd);
+    WindowSession session;
+    QVERIFY(begin(session, u"bob"_s));
+    QVERIFY(session.say(u":%1!u@h PRIVMSG me :hi"_s.arg(odd)));
+    HighlightTabBar &bar = session.probe.tabBar();
+    QVERIFY(bar.isHighlighted(2));
+    QVERIFY(shows(bar, odd));
+    session.probe.clickTab(2);
+    QVERIFY(!bar.isHighlighted(2));
+    QVERIFY(shows(bar, odd));
+    QCOMPARE(spokenName(bar, 2), odd);
+    QLabel *tip = tipOf(bar, 2);
+    QVERIFY(tip != nullptr);
+    QVERIFY(shows(*tip, odd));
+
+    const QString renamed = u"new"_s + odd;
+    QVERIFY(session.say(u":%1!u@h NICK %2"_s.arg(odd, renamed)));
+    QVERIFY(shows(bar, renamed));
+    QCOMPARE(spokenName(bar, 2), renamed);
+}
+
+// Alt and the letter behind an ampersand would bring such a tab to the front.
+void TestTextFromElsewhere::givesTabsNoKeys()
+{
+    WindowSession session;
+    QVERIFY(begin(session, u"bob"_s));
+    QVERIFY(session.sayAll(
+            {u":x&y!u@h PRIVMSG me :hi"_s, u":bob!u@h PRIVMSG me :hi"_s, u":bob!u@h NICK x&z"_s}));
+    session.window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&session.window));
+    for (const Qt::Key key : {Qt::Key_Y, Qt::Key_Z}) {
+        QTest::keyClick(&session.window, key, Qt::AltModifier);
+        QCOMPARE(session.probe.currentTabName(), u"#a"_s);
+    }
+    // What has one in its own text keeps it.
+    const QPushButton button(u"&x"_s);
+    QCOMPARE(button.shortcut(), QKeySequence(Qt::ALT | Qt::Key_X));
+}
+
+void TestTextFromElsewhere::nicksInLists()
+{
+    QFETCH(const QString, odd);
+    WindowSession session;
+    const QString nick = u'n' + odd; // Some of them begin with what stands for a rank.
+    QVERIFY(begin(session, nick));
+    QVERIFY(shows(session.probe.userList(), nick));
+    QCompleter &completer = session.probe.nickCompleter();
+    completer.setCompletionPrefix(u"n"_s);
+    completer.complete();
+    QVERIFY(shows(*completer.popup(), nick));
+    completer.popup()->hide();
+}
+
+void TestTextFromElsewhere::ownNick()
+{
+    QFETCH(const QString, odd);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.say(u":me!u@h NICK "_s + odd));
+    QVERIFY(shows(*session.window.statusBar(), u"Connected to 127.0.0.1 as "_s + odd));
+    ModalAnswers answers;
+    bool shown = false;
+    answers.queueForDialog([&](QDialog *dialog) {
+        shown = shows(*dialog->findChild<QLineEdit *>(), odd);
+        dialog->reject();
+    });
+    session.choose(u"Change Nick..."_s);
+    QCOMPARE(answers.problems(), QStringList());
+    QVERIFY(shown);
+}
+
+// Those of the status bar; what a desktop gets and what Qt shows by itself is held with the tray.
+void TestTextFromElsewhere::notifications()
+{
+    QFETCH(const QString, odd);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&other));
+    QVERIFY(session.join(u"#a"_s, u"me"_s));
+    QVERIFY(session.say(u":%1!u@h PRIVMSG me :hi %1"_s.arg(odd)));
+    QVERIFY(shows(*session.window.statusBar(), u"%1: hi %1"_s.arg(odd)));
+}
+
+void TestTextFromElsewhere::messagesAndTopics()
+{
+    QFETCH(const QString, odd);
+    WindowSession session;
+    const QString nick = u'n' + odd;
+    QVERIFY(begin(session, nick));
+    const QString text = u"one %1 two"_s.arg(odd);
+    QVERIFY(session.sayAll({u":%1!u@h PRIVMSG #a :%2"_s.arg(nick, text),
+                            u":irc.test 332 me #a :topic %1"_s.arg(text),
+                            u":irc.test 372 me :four %1"_s.arg(odd)}));
+    const MainWindow::TabInfo channel = session.probe.tabs().value(u"#a"_s);
+    QVERIFY(shows(*channel.chatView, text));
+    QVERIFY(shows(*channel.chatView, nick));
+    QVERIFY(shows(*channel.topicLabel, u"topic "_s + text));
+
+    channel.chatView->selectAll();
+    channel.chatView->copy();
+    const QMimeData *copied = QGuiApplication::clipboard()->mimeData();
+    QVERIFY(visible(copied->text()).contains(visible(text)));
+    QTextDocument document;
+    document.setHtml(copied->html());
+    QVERIFY(visible(document.toPlainText()).contains(visible(text)));
+
+    session.probe.clickTab(0);
+    QVERIFY(shows(*session.probe.tabs().value(u"Server"_s).chatView, u"four "_s + odd));
+}
+
+void TestTextFromElsewhere::channelLists()
+{
+    QFETCH(const QString, odd);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    session.choose(u"Channel &List"_s);
+    QVERIFY(session.sayAll({u":%1 321 me :Channels"_s.arg(odd),
+                            u":irc.test 322 me #%1 5 :one %1"_s.arg(odd),
+                            u":irc.test 323 me :End"_s}));
+    QTreeWidget &tree = *session.probe.listTree();
+    QVERIFY(shows(tree, u'#' + odd));
+    QVERIFY(shows(tree, u"one "_s + odd));
+    QVERIFY(shows(*session.probe.listInfoLabel(), odd + u": 1 channels, 5 users"_s));
+
+    ModalAnswers answers;
+    bool shown = false;
+    answers.queueForMenu([&](QMenu *menu) {
+        shown = shows(*menu, u"Join #"_s + odd);
+        menu->close();
+    });
+    emit tree.customContextMenuRequested(tree.visualItemRect(tree.topLevelItem(0)).center());
+    QCOMPARE(answers.problems(), QStringList());
+    QVERIFY(shown);
+}
+
+void TestTextFromElsewhere::channelsInTitles()
+{
+    QFETCH(const QString, odd);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    const QString channel = u'#' + odd;
+    QVERIFY(session.join(channel, u"@me"_s));
+    QVERIFY(session.say(u":irc.test 332 me %1 :one %2"_s.arg(channel, odd)));
+    ModalAnswers answers;
+    QStringList titles;
+    bool shown = false;
+    answers.queueForDialog([&](QDialog *dialog) {
+        titles = {dialog->windowTitle(), dialog->windowHandle()->title()};
+        shown = shows(*dialog, u"one "_s + odd);
+        dialog->reject();
+    });
+    session.probe.tabs().value(channel).editTopicBtn->click();
+    QCOMPARE(answers.problems(), QStringList());
+    QCOMPARE(titles, QStringList(2, u"Edit Topic for "_s + channel));
+    QVERIFY(shown);
+}
+
+void TestTextFromElsewhere::storedServers()
+{
+    QFETCH(const QString, odd);
+    StoredServers::addCustom(odd, 6667);
+    const QString address = odd + u":6667"_s;
+    ConnectDialogPage page;
+    page.dialog.show();
+    QVERIFY(page.select(address));
+    page.list->scrollToItem(page.list->currentItem());
+    QVERIFY(shows(*page.list, address));
+    QVERIFY(shows(page.dialog, odd));
+
+    ModalAnswers answers;
+    QStringList titles;
+    answers.queueForDialog([&](QDialog *form) {
+        titles = {form->windowTitle(), form->windowHandle()->title()};
+        form->reject();
+    });
+    page.clickEdit();
+    QCOMPARE(titles, QStringList(2, u"Edit "_s + address));
+
+    bool shown = false;
+    answers.queueForBox([&](QMessageBox *box) {
+        shown = shows(*box, address);
+        box->reject();
+    });
+    page.clickDelete();
+    QCOMPARE(answers.problems(), QStringList());
+    QVERIFY(shown);
+}
+
+void TestTextFromElsewhere::storedFont()
+{
+    WindowSession session;
+    session.probe.chatFont() = QFont(u"Ink & Quill <b>"_s, 12);
+    const PreferencesForm form(session);
+    QVERIFY(shows(*form.fontButton(), u"Ink & Quill <b> 12"_s));
+}
+
+QTEST_MAIN(TestTextFromElsewhere)
+#include "tst_TextFromElsewhere.moc"
