@@ -2,11 +2,15 @@
 // notifications. What others show of it is looked at from outside.
 
 #include "Child.h"
+#include "DrawnText.h"
 #include "FakeDesktop.h"
+#include "MainWindow.h"
+#include "MainWindowProbe.h"
 #include "PreparedStore.h"
 #include "PrivateBus.h"
 #include "ProgramOnScreen.h"
 #include "ScriptedServer.h"
+#include "TemporaryStore.h"
 #include "TrayPanel.h"
 #include "VirtualScreen.h"
 
@@ -17,6 +21,7 @@
 #include <QRegularExpression>
 #include <QSystemTrayIcon>
 #include <QTest>
+#include <QTextStream>
 #include <QWidget>
 
 #include <memory>
@@ -37,10 +42,14 @@ constexpr int OtherPoints = 50'000; // The other window has more points than thi
 constexpr int MenuPoints = 1000;    // A menu changes more points than this.
 constexpr int BalloonPoints = 4000; // And a notification by a window of its own more than this.
 
-// With these arguments the program is one that shows a window of another program, or that tells by
-// its exit status whether there is a tray.
+// With these arguments the program is one that shows a window of another program, that tells by its
+// exit status whether there is a tray, or that notifies of the odd text and tells what Qt's own
+// window for that shows.
 constexpr QLatin1StringView ShowAWindow = "--show-a-window"_L1;
 constexpr QLatin1StringView LookForATray = "--look-for-a-tray"_L1;
+constexpr QLatin1StringView Notify = "--notify"_L1;
+
+const auto OddText = u"<b>bold</b> &amp; <a href=\"x:y\">here</a>"_s;
 
 int showAWindow(int argc, char **argv)
 {
@@ -57,6 +66,32 @@ int lookForATray(int argc, char **argv)
 {
     const QApplication application(argc, argv);
     return QSystemTrayIcon::isSystemTrayAvailable() ? 0 : 1;
+}
+
+QWidget *findBalloon()
+{
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (window->isVisible() && window->inherits("QBalloonTip"))
+            return window;
+    }
+    return nullptr;
+}
+
+int notify(int argc, char **argv)
+{
+    const QApplication application(argc, argv);
+    const TemporaryStore store;
+    MainWindow window;
+    const MainWindowProbe probe(window);
+    const QSystemTrayIcon *icon = probe.trayIcon();
+    if (!icon || !QTest::qWaitFor([&] { return !icon->geometry().isEmpty(); }, Patience))
+        return 1;
+    probe.showNotification(OddText, OddText);
+    if (!QTest::qWaitFor([] { return findBalloon() != nullptr; }, Patience))
+        return 1;
+    QTextStream(stdout) << DrawnText::joined(*findBalloon());
+    return 0;
 }
 
 // The sizes of the pictures that are read from a message.
@@ -219,6 +254,7 @@ private slots:
     void comesBackByTheMenu();
     void quitsByTheMenu();
     void notifiesByAWindowOfItsOwn();
+    void notifiesOfTextAsItIsByAWindowOfItsOwn();
     void survivesALongNickInATray();
 
     void announcesItselfToADesktop();
@@ -349,6 +385,17 @@ void TestTray::notifiesByAWindowOfItsOwn()
     QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) > BalloonPoints, Patience);
     // It goes again, and leaves the mark of the tab.
     QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) < BalloonPoints, Patience);
+}
+
+void TestTray::notifiesOfTextAsItIsByAWindowOfItsOwn()
+{
+    QVERIFY(scene->addPanel());
+    Child notifier;
+    notifier.setProcessEnvironment(scene->screen.environment());
+    QVERIFY(notifier.launch(QCoreApplication::applicationFilePath(), {Notify}));
+    QVERIFY(notifier.waitForFinished(2 * Patience));
+    const QString drawn = QString::fromUtf8(notifier.readAllStandardOutput());
+    QCOMPARE(drawn.simplified(), QString(OddText + OddText));
 }
 
 void TestTray::survivesALongNickInATray()
@@ -498,6 +545,8 @@ int main(int argc, char **argv)
         return showAWindow(argc, argv);
     if (argc > 1 && QLatin1StringView(argv[1]) == LookForATray)
         return lookForATray(argc, argv);
+    if (argc > 1 && QLatin1StringView(argv[1]) == Notify)
+        return notify(argc, argv);
     QCoreApplication application(argc, argv);
     TestTray test;
     return QTest::qExec(&test, argc, argv);

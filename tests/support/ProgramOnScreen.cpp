@@ -130,7 +130,8 @@ int ProgramOnScreen::exitStatus() const
 
 QString ProgramOnScreen::errorOutput()
 {
-    errors += QString::fromLocal8Bit(program.readAllStandardError());
+    if (program.isOpen())
+        errors += QString::fromLocal8Bit(program.readAllStandardError());
     return errors;
 }
 
