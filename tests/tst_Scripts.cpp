@@ -127,8 +127,10 @@ void TestScripts::knowsWhetherThereIsADisplay()
 void TestScripts::refusesUnknownArguments_data()
 {
     QTest::addColumn<QString>("command");
+    QTest::newRow("coverage") << u"scripts/coverage --sing"_s;
     QTest::newRow("fuzz") << u"scripts/fuzz --sing"_s;
     QTest::newRow("fuzz for no time") << u"scripts/fuzz 0"_s;
+    QTest::newRow("lint") << u"scripts/lint --sing"_s;
     QTest::newRow("run") << u"scripts/run --sing"_s;
     QTest::newRow("screenshots") << u"scripts/screenshots --sing"_s;
     QTest::newRow("test") << u"scripts/test --sing"_s;
