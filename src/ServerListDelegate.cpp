@@ -7,6 +7,7 @@
 #include <QModelIndex>
 #include <QPainter>
 #include <QPalette>
+#include <QStyle>
 
 namespace {
 
@@ -47,18 +48,23 @@ void ServerListDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
     const RowColors colors = colorsOf(option);
     painter->fillRect(option.rect, colors.background);
     painter->setFont(option.font);
+    // Where people write from right to left, the mark stands at the right and the rest left of it.
+    painter->setLayoutDirection(option.direction);
+    const auto draw = [&](const QRect &place, const QString &what) {
+        painter->drawText(QStyle::visualRect(option.direction, option.rect, place),
+                          Qt::AlignLeft | Qt::AlignVCenter, what);
+    };
 
     QString text = index.data(Qt::DisplayRole).toString();
     QRect textRect = option.rect.adjusted(SideMargin, 0, -SideMargin, 0);
-    constexpr int Alignment = Qt::AlignLeft | Qt::AlignVCenter;
     if (text.startsWith(ServerStore::FavoriteMark)) {
         const QString mark = ServerStore::FavoriteMark.toString();
         painter->setPen(QColor::fromRgb(Gold));
-        painter->drawText(textRect, Alignment, mark);
+        draw(textRect, mark);
         textRect.setLeft(textRect.left() + QFontMetrics(option.font).horizontalAdvance(mark));
         text.remove(0, mark.size());
     }
     painter->setPen(colors.text);
-    painter->drawText(textRect, Alignment, text);
+    draw(textRect, text);
     painter->restore();
 }

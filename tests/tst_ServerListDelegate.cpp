@@ -52,7 +52,8 @@ QFont testFont()
     return font;
 }
 
-QImage paintRow(const QString &text, QStyle::State state, const QRect &rect = RowRect)
+QImage paintRow(const QString &text, QStyle::State state, const QRect &rect = RowRect,
+                Qt::LayoutDirection direction = Qt::LeftToRight)
 {
     QStandardItemModel model;
     model.appendRow(new QStandardItem(text));
@@ -62,6 +63,7 @@ QImage paintRow(const QString &text, QStyle::State state, const QRect &rect = Ro
     option.font = testFont();
     option.state = state;
     option.features = QStyleOptionViewItem::Alternate;
+    option.direction = direction;
 
     QImage image(320, 50, QImage::Format_RGB32);
     image.fill(Qt::white);
@@ -97,6 +99,7 @@ private slots:
     void paintsTheStarInGold_data();
     void paintsTheStarInGold();
     void putsTheAddressBehindTheStar();
+    void mirrorsTheRowFromRightToLeft();
     void keepsAMarginAndClipsLongTexts();
     void centresTheTextVertically();
     void leavesThePainterAsItWas();
@@ -165,6 +168,21 @@ void TestServerListDelegate::putsTheAddressBehindTheStar()
     const QImage favorite = paintRow(u"\u2605 irc.org"_s, QStyle::State_Enabled);
     const int width = QFontMetrics(testFont()).horizontalAdvance(u"\u2605 "_s);
     QCOMPARE(areaOf(favorite, Text), areaOf(plain, Text).translated(width, 0));
+}
+
+void TestServerListDelegate::mirrorsTheRowFromRightToLeft()
+{
+    const auto paint = [](const QString &text) {
+        return paintRow(text, QStyle::State_Enabled, RowRect, Qt::RightToLeft);
+    };
+    const QImage favorite = paint(u"\u2605 irc.org"_s);
+    const QRect star = areaOf(favorite, Gold);
+    const QRect plain = areaOf(paint(u"irc.org"_s), Text);
+    const int width = QFontMetrics(testFont()).horizontalAdvance(u"\u2605 "_s);
+    QVERIFY(star.right() >= RowRect.right() - 4 - width);
+    QVERIFY(star.right() <= RowRect.right() - 4);
+    QVERIFY(plain.right() >= RowRect.right() - 12);
+    QCOMPARE(areaOf(favorite, Text), plain.translated(-width, 0));
 }
 
 void TestServerListDelegate::keepsAMarginAndClipsLongTexts()
