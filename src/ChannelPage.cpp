@@ -1,11 +1,11 @@
 #include "ChannelPage.h"
 
 #include "ChatView.h"
+#include "IconPixmap.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
-#include <QPixmap>
 #include <QPushButton>
 #include <QSvgRenderer>
 #include <QVBoxLayout>
@@ -23,10 +23,9 @@ QIcon pencilIcon()
             R"(<path fill="#888888" d="M4 16.500V20h3.500L17.900 9.600l-3.500-3.500L4 16.500z)"
             R"(M20.700 6.800a1 1 0 0 0 0-1.400l-2.100-2.100a1 1 0 0 0-1.400 0l-1.700 1.700 3.500 3.500 1.700-1.700z"/>)"
             R"(</svg>)"_ba);
-    QPixmap pixmap(EditButtonSize, EditButtonSize);
-    pixmap.fill(Qt::transparent);
+    QPixmap pixmap = IconPixmap::make(EditButtonSize);
     QPainter painter(&pixmap);
-    renderer.render(&painter);
+    renderer.render(&painter, QRectF(0, 0, EditButtonSize, EditButtonSize));
     return QIcon(pixmap);
 }
 

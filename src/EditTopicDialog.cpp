@@ -1,6 +1,7 @@
 #include "EditTopicDialog.h"
 
 #include "EmojiPicker.h"
+#include "IconPixmap.h"
 #include "IrcText.h"
 #include "PlainTitle.h"
 #include "ThemeManager.h"
@@ -11,7 +12,6 @@
 #include <QIcon>
 #include <QPainter>
 #include <QPalette>
-#include <QPixmap>
 #include <QPushButton>
 #include <QShortcut>
 #include <QTextCursor>
@@ -49,8 +49,7 @@ struct Drawing
 
 QIcon draw(const Drawing &drawing)
 {
-    QPixmap pixmap(IconSize, IconSize);
-    pixmap.fill(Qt::transparent);
+    QPixmap pixmap = IconPixmap::make(IconSize);
     QPainter painter(&pixmap);
     painter.setRenderHint(QPainter::Antialiasing);
     if (drawing.plate.isValid()) {
@@ -65,7 +64,7 @@ QIcon draw(const Drawing &drawing)
     font.setUnderline(drawing.underline);
     painter.setFont(font);
     painter.setPen(drawing.color);
-    painter.drawText(pixmap.rect(), Qt::AlignCenter, drawing.text);
+    painter.drawText(QRect(0, 0, IconSize, IconSize), Qt::AlignCenter, drawing.text);
     return QIcon(pixmap);
 }
 

@@ -4,6 +4,7 @@
 
 #include <QDialog>
 #include <QLabel>
+#include <QGuiApplication>
 #include <QPixmap>
 #include <QPushButton>
 #include <QScrollArea>
@@ -72,8 +73,11 @@ void addIcon(QVBoxLayout &layout, int extent, const QString &substitute,
         addLabel(layout, substitute, substituteSheet);
         return;
     }
-    addLabel(layout, QString(), QString())
-            ->setPixmap(icon.scaled(extent, extent, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    const qreal ratio = qGuiApp->devicePixelRatio();
+    QPixmap scaled = icon.scaled(QSize(extent, extent) * ratio, Qt::KeepAspectRatio,
+                                 Qt::SmoothTransformation);
+    scaled.setDevicePixelRatio(ratio);
+    addLabel(layout, QString(), QString())->setPixmap(scaled);
 }
 
 void addButton(QDialog &dialog, QVBoxLayout &layout)
