@@ -1,6 +1,7 @@
 #include "ChannelPage.h"
 
 #include "ChatView.h"
+#include "FocusMark.h"
 #include "IconPixmap.h"
 
 #include <QHBoxLayout>
@@ -81,6 +82,8 @@ QTextBrowser *createChatView()
     view->setPalette(palette);
     view->setAutoFillBackground(true);
     view->setReadOnly(true);
+    view->setAccessibleName(QTextBrowser::tr("Conversation"));
+    new FocusMark(*view);
     view->setOpenExternalLinks(true);
     // A right click on a conversation shows no menu at all, not even the standard one.
     view->setContextMenuPolicy(Qt::CustomContextMenu);

@@ -2,6 +2,7 @@
 
 #include "ConnectDialogBoxes.h"
 #include "ConnectDialogStyle.h"
+#include "FocusMark.h"
 #include "ServerCatalogue.h"
 #include "ServerEditDialog.h"
 #include "ServerListDelegate.h"
@@ -346,6 +347,9 @@ void ConnectDialog::buildFields(QFormLayout *form)
     serverList->setMinimumHeight(120);
     serverList->setMaximumHeight(150);
     serverList->setContextMenuPolicy(Qt::CustomContextMenu);
+    // The buttons stand where its label would.
+    serverList->setAccessibleName(tr("Servers"));
+    new FocusMark(*serverList);
     serverList->setItemDelegate(new ServerListDelegate(this));
     form->addRow(listButtons, serverList);
 
@@ -376,6 +380,7 @@ QBoxLayout *ConnectDialog::buildDialogButtons()
     auto *cancelButton = makeButton(tr("Cancel"), u"cancelButton"_s);
     auto *connectButton = makeButton(tr("Connect"), u"connectButton"_s);
     connectButton->setDefault(true);
+    new FocusMark(*connectButton);
     connect(connectButton, &QPushButton::clicked, this, &ConnectDialog::onConnectClicked);
     connect(cancelButton, &QPushButton::clicked, this, &ConnectDialog::reject);
 

@@ -1,6 +1,7 @@
 #include "EditTopicDialog.h"
 
 #include "EmojiPicker.h"
+#include "FocusMark.h"
 #include "IconPixmap.h"
 #include "IrcText.h"
 #include "PlainTitle.h"
@@ -17,6 +18,7 @@
 #include <QTextCursor>
 #include <QTextEdit>
 #include <QToolBar>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -190,10 +192,16 @@ void EditTopicDialog::buildForm(const QString &topic)
     palette.setColor(QPalette::Text, Qt::black);
     topicEdit->setPalette(palette);
     topicEdit->setPlainText(topic);
+    topicEdit->setAccessibleName(tr("Topic"));
+    // A topic has no tabs in it, and without the key nothing else could be reached from here.
+    topicEdit->setTabChangesFocus(true);
     layout->addWidget(topicEdit);
+    topicEdit->setFocus();
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
-    buttons->button(QDialogButtonBox::Save)->setObjectName(u"connectButton"_s);
+    QPushButton *save = buttons->button(QDialogButtonBox::Save);
+    save->setObjectName(u"connectButton"_s);
+    new FocusMark(*save);
     buttons->button(QDialogButtonBox::Cancel)->setObjectName(u"cancelButton"_s);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -231,5 +239,13 @@ QToolBar *EditTopicDialog::buildToolBar()
         {.text = u"A"_s, .color = LetterColor, .bold = true, .plate = BackgroundPlate},
         [this] { chooseIrcColor(true); });
     add(tr("Emoji"), {.text = u"😊"_s, .pixelSize = 20}, [this] { openEmojiPicker(); });
+    // Qt leaves the buttons of a tool bar out, and half of these have no shortcut.
+    const QList<QToolButton *> buttons = bar->findChildren<QToolButton *>();
+    for (QToolButton *button : buttons) {
+        if (button->defaultAction() == nullptr)
+            continue;
+        button->setFocusPolicy(Qt::TabFocus);
+        new FocusMark(*button);
+    }
     return bar;
 }

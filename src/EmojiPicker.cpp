@@ -1,5 +1,7 @@
 #include "EmojiPicker.h"
 
+#include "EmojiNames.h"
+
 #include <QGridLayout>
 #include <QLabel>
 #include <QList>
@@ -139,6 +141,7 @@ void EmojiPicker::addEmoji(QGridLayout *grid, const QString &emoji, int row, int
 {
     auto *button = new QPushButton(emoji);
     button->setToolTip(emoji);
+    button->setAccessibleName(EmojiNames::nameOf(emoji));
     button->setFixedSize(ButtonSize, ButtonSize);
     button->setCursor(Qt::PointingHandCursor);
     button->setStyleSheet(buttonSheet(currentTheme));

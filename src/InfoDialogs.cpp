@@ -1,10 +1,11 @@
 #include "InfoDialogs.h"
 
+#include "FocusMark.h"
 #include "ThemeManager.h"
 
 #include <QDialog>
-#include <QLabel>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QPixmap>
 #include <QPushButton>
 #include <QScrollArea>
@@ -86,6 +87,7 @@ void addButton(QDialog &dialog, QVBoxLayout &layout)
     button->setObjectName(u"connectButton"_s);
     button->setFixedWidth(88);
     button->setDefault(true);
+    new FocusMark(*button);
     button->setStyleSheet(
             u"QPushButton#connectButton {  background-color: #007AFF; color: white; border: none; "
             "border-radius: 6px;  padding: 8px 0px; font-size: 14px; font-weight: 500;}"

@@ -8,6 +8,7 @@
 #include "ConnectDialog.h"
 #include "EditTopicDialog.h"
 #include "EmojiPicker.h"
+#include "FocusMark.h"
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
 #include "InfoDialogs.h"
@@ -23,6 +24,7 @@
 #include "ServerStore.h"
 #include "StatusTipStopper.h"
 #include "SystemTray.h"
+#include "TabMenuKey.h"
 #include "ThemeManager.h"
 
 #include <QAbstractItemView>
@@ -190,6 +192,8 @@ void MainWindow::setupUI()
     tabBar->setExpanding(true);
     tabBar->setTheme(currentTheme);
     new PlainToolTips(*tabBar);
+    new TabMenuKey(*tabBar);
+    new FocusMark(*tabBar);
     tabWidget->setTabsClosable(false); // Tabs have close buttons of their own, on the left.
     tabBar->setContextMenuPolicy(Qt::CustomContextMenu);
     // Qt reads the theme's "max-width: none" as no width at all and would cut every longer name
@@ -200,6 +204,7 @@ void MainWindow::setupUI()
 
     userList = new QListWidget;
     userList->setMinimumWidth(100);
+    userList->setAccessibleName(tr("Users"));
     userList->setContextMenuPolicy(Qt::CustomContextMenu);
     splitter->addWidget(userList);
     adjustSplitterToRatio();
@@ -247,6 +252,7 @@ void MainWindow::setupInputRow()
 
     inputLine = new QLineEdit;
     inputLine->setPlaceholderText(tr("Type a message..."));
+    inputLine->setAccessibleName(tr("Message"));
     inputLine->setMinimumHeight(30);
     inputLine->setMaximumHeight(36);
     inputLine->setStyleSheet(u"QLineEdit { padding: 4px 8px; }"_s);
@@ -266,6 +272,7 @@ void MainWindow::setupInputRow()
 
     listSearchEdit = new QLineEdit;
     listSearchEdit->setPlaceholderText(tr("Search channels..."));
+    listSearchEdit->setAccessibleName(tr("Search channels"));
     listSearchEdit->setMaximumHeight(28);
 
     mainStack->addWidget(row);
@@ -686,6 +693,15 @@ void MainWindow::insertTab(const QString &name, const TabInfo &info)
     tabs.insert(name, info);
     const int index = PlainTabs::add(*tabWidget, info.page, name);
     tabWidget->setTabToolTip(index, name);
+    // The keyboard goes from the tabs to what is in one, and on to the users.
+    QWidget *last = tabBar;
+    const QList<QWidget *> widgets = info.page->findChildren<QWidget *>();
+    for (QWidget *widget : widgets) {
+        if ((widget->focusPolicy() & Qt::TabFocus) == 0)
+            continue;
+        setTabOrder(last, widget);
+        last = widget;
+    }
 }
 
 void MainWindow::openTab(const QString &name)
@@ -746,6 +762,9 @@ QWidget *MainWindow::createCloseButton()
     auto *button = new QPushButton(u"\u00D7"_s);
     button->setFixedSize(20, 20);
     button->setFlat(true);
+    button->setAccessibleName(tr("Close tab"));
+    // As those of Qt: a key closes the current tab, and none has to walk past each button.
+    button->setFocusPolicy(Qt::NoFocus);
     button->setCursor(Qt::ArrowCursor);
     connect(button, &QPushButton::clicked, this,
             [this, button] { closeTab(button->property(CloseIndex).toInt()); });
@@ -1528,6 +1547,7 @@ void MainWindow::createListTab()
     layout->addWidget(listInfoLabel);
 
     listTree = new QTreeWidget;
+    listTree->setAccessibleName(tr("Channels"));
     listTree->setHeaderLabels({tr("Channel"), tr("Users"), tr("Topic")});
     listTree->setRootIsDecorated(false);
     listTree->setAlternatingRowColors(true);

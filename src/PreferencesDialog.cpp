@@ -1,6 +1,7 @@
 #include "PreferencesDialog.h"
 
 #include "ChatBackground.h"
+#include "FocusMark.h"
 #include "MainWindow.h"
 #include "ThemeManager.h"
 
@@ -17,6 +18,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QSpinBox>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -106,6 +108,7 @@ PreferencesDialog::PreferencesDialog(MainWindow *parent)
     layout->setContentsMargins(28, 28, 28, 20);
     layout->setSpacing(18);
     auto *pages = new QTabWidget;
+    new FocusMark(*pages->tabBar());
     pages->addTab(buildInterfacePage(), tr("Interface"));
     pages->addTab(buildChatPage(), tr("Chat"));
     pages->addTab(buildNetworkPage(), tr("Network"));
@@ -265,6 +268,8 @@ void PreferencesDialog::buildButtons()
 {
     buttonBox = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Apply
                                      | QDialogButtonBox::Cancel);
+    for (const auto which : {QDialogButtonBox::Ok, QDialogButtonBox::Apply})
+        new FocusMark(*buttonBox->button(which));
     connect(buttonBox->button(QDialogButtonBox::Apply), &QPushButton::clicked, this,
             &PreferencesDialog::saveAndApply);
     connect(buttonBox, &QDialogButtonBox::accepted, this, [this] {

@@ -1,5 +1,6 @@
 #include "Prompts.h"
 
+#include "FocusMark.h"
 #include "ThemeManager.h"
 
 #include <QDialog>
@@ -30,6 +31,7 @@ QDialogButtonBox *createButtons(QDialog &dialog, const QString &saveText, const 
     save->setText(saveText);
     save->setDefault(true);
     save->setObjectName(u"connectButton"_s);
+    new FocusMark(*save);
     QPushButton *cancel = buttons->button(QDialogButtonBox::Cancel);
     cancel->setText(QDialog::tr("Cancel"));
     cancel->setObjectName(u"cancelButton"_s);

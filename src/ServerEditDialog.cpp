@@ -1,6 +1,7 @@
 #include "ServerEditDialog.h"
 
 #include "ConnectDialogStyle.h"
+#include "FocusMark.h"
 #include "PlainTitle.h"
 #include "ServerStore.h"
 #include "ThemeManager.h"
@@ -162,7 +163,9 @@ void ServerEditDialog::buildRecordRows(QFormLayout *form, const ServerConfig &co
 void ServerEditDialog::buildButtons()
 {
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
-    buttons->button(QDialogButtonBox::Save)->setObjectName(u"connectButton"_s);
+    QPushButton *save = buttons->button(QDialogButtonBox::Save);
+    save->setObjectName(u"connectButton"_s);
+    new FocusMark(*save);
     buttons->button(QDialogButtonBox::Cancel)->setObjectName(u"cancelButton"_s);
     connect(buttons, &QDialogButtonBox::accepted, this, &ServerEditDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &ServerEditDialog::reject);

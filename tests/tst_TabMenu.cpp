@@ -4,6 +4,8 @@
 #include "TemporaryStore.h"
 #include "WindowSession.h"
 
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QMenu>
 #include <QSettings>
 #include <QTest>
@@ -34,6 +36,8 @@ private slots:
     void showsTheTabMenu_data();
     void showsTheTabMenu();
     void placesTheTabMenuAtThePointer();
+    void opensTheCurrentTabsMenuByKey_data();
+    void opensTheCurrentTabsMenuByKey();
     void closesFromTheTabMenu();
     void doesNothingIfTheTabMenuIsDismissed();
     void togglesAutojoinFromTheTabMenu();
@@ -124,6 +128,40 @@ void TestTabMenu::placesTheTabMenuAtThePointer()
     });
     requestContextMenu(session.probe, 1);
     QCOMPARE(place, session.probe.tabBar().mapToGlobal(session.probe.tabBar().tabRect(1).center()));
+}
+
+void TestTabMenu::opensTheCurrentTabsMenuByKey_data()
+{
+    QTest::addColumn<QString>("current");
+
+    QTest::newRow("first") << u"#a"_s;
+    QTest::newRow("in the middle") << u"bob"_s;
+    QTest::newRow("last") << u"#c"_s;
+}
+
+void TestTabMenu::opensTheCurrentTabsMenuByKey()
+{
+    QFETCH(const QString, current);
+    WindowSession session;
+    session.probe.openTabs({u"#a"_s, u"bob"_s, u"#c"_s});
+    session.probe.showTab(current);
+    HighlightTabBar &bar = session.probe.tabBar();
+    const QRect tab = bar.tabRect(bar.currentIndex());
+
+    ModalAnswers answers;
+    QPoint place;
+    answers.queueForMenu([&](QMenu *menu) {
+        place = bar.mapFromGlobal(menu->pos());
+        ModalAnswers::choosing(u"Close"_s)(menu);
+    });
+    // As Qt asks for it: at the middle of the bar, where the text cursor would be.
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, bar.rect().center(),
+                            bar.mapToGlobal(bar.rect().center()));
+    QApplication::sendEvent(&bar, &event);
+    QCOMPARE(answers.problems(), QStringList());
+    QVERIFY(tab.contains(place));
+    QVERIFY(!session.probe.tabTexts().contains(current));
+    QCOMPARE(session.probe.tabTexts().size(), 3);
 }
 
 void TestTabMenu::closesFromTheTabMenu()

@@ -1,0 +1,331 @@
+#include "ConnectDialog.h"
+#include "EditTopicDialog.h"
+#include "EmojiPicker.h"
+#include "HighlightTabBar.h"
+#include "InfoDialogs.h"
+#include "MainWindow.h"
+#include "ModalAnswers.h"
+#include "PreferencesDialog.h"
+#include "Prompts.h"
+#include "ServerConfig.h"
+#include "ServerEditDialog.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QApplication>
+#include <QDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTest>
+#include <QTextBrowser>
+#include <QTextEdit>
+#include <QToolBar>
+#include <QToolButton>
+
+#include <functional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto Theme = u"light"_s;
+
+using Look = std::function<void(const QWidget &)>;
+using Show = void (*)(const Look &look);
+
+// What a screen reader says of a widget.
+QString spokenName(QWidget *widget)
+{
+    const QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(widget);
+    return interface != nullptr ? interface->text(QAccessible::Name) : QString();
+}
+
+// Whether a person has to do with it by itself: some are parts that Qt puts into others.
+bool isControl(const QWidget *widget)
+{
+    const bool isReached = (widget->focusPolicy() & Qt::TabFocus) != 0
+                           || qobject_cast<const QAbstractButton *>(widget) != nullptr;
+    return isReached && widget->focusProxy() == nullptr
+           && !widget->objectName().startsWith("qt_"_L1);
+}
+
+QList<QWidget *> controls(const QWidget &window)
+{
+    QList<QWidget *> found = window.findChildren<QWidget *>();
+    // The list that a combo box opens is a window of its own, which its box speaks for.
+    found.removeIf([&window](const QWidget *widget) {
+        return !isControl(widget) || widget->window() != &window;
+    });
+    return found;
+}
+
+void lookAtDialog(const Look &look, const std::function<void()> &show)
+{
+    ModalAnswers answers;
+    answers.queueForDialog([&look](QDialog *dialog) {
+        look(*dialog);
+        dialog->reject();
+    });
+    show();
+    QCOMPARE(answers.problems(), QStringList());
+}
+
+void showMainWindow(const Look &look)
+{
+    WindowSession session;
+    session.probe.openTabs({u"#c"_s, u"bob"_s});
+    session.probe.addListTab();
+    look(session.window);
+}
+
+void showConnectDialog(const Look &look)
+{
+    look(ConnectDialog(nullptr));
+}
+
+void showServerForm(const Look &look)
+{
+    look(ServerEditDialog(u"Edit"_s, u"irc.org:6667"_s, ServerConfig(), Theme, nullptr));
+}
+
+void showPreferences(const Look &look)
+{
+    WindowSession session;
+    session.choose(u"&Preferences..."_s);
+    const auto *dialog = session.window.findChild<PreferencesDialog *>();
+    QVERIFY(dialog);
+    look(*dialog);
+}
+
+void showTopicEditor(const Look &look)
+{
+    look(EditTopicDialog(u"#c"_s, {}, Theme, nullptr));
+}
+
+void showEmojis(const Look &look)
+{
+    look(EmojiPicker(nullptr, Theme));
+}
+
+void showAwayPrompt(const Look &look)
+{
+    lookAtDialog(look, [] { static_cast<void>(Prompts::askAwayMessage(nullptr, Theme)); });
+}
+
+void showNickPrompt(const Look &look)
+{
+    lookAtDialog(look, [] { static_cast<void>(Prompts::askNickname(nullptr, Theme, u"me"_s)); });
+}
+
+void showAbout(const Look &look)
+{
+    lookAtDialog(look, [] { InfoDialogs::showAbout(nullptr); });
+}
+
+void showHelp(const Look &look)
+{
+    lookAtDialog(look, [] { InfoDialogs::showHelp(nullptr, Theme); });
+}
+
+// The names of what Tab leads through from `start` until it comes there again.
+QStringList wayOfTheKey(QWidget *start, Qt::Key key = Qt::Key_Tab)
+{
+    constexpr int LongestWay = 200;
+    QStringList way;
+    start->setFocus();
+    do {
+        QWidget *here = QApplication::focusWidget();
+        if (here == nullptr || way.size() == LongestWay)
+            return way + QStringList{u"lost"_s};
+        way.append(spokenName(here));
+        QTest::keyClick(here, key);
+    } while (QApplication::focusWidget() != start);
+    return way;
+}
+
+bool activate(QWidget &window)
+{
+    window.show();
+    window.activateWindow();
+    return QTest::qWaitForWindowActive(&window);
+}
+
+} // namespace
+
+/// Whether the program can be used without a mouse, and without seeing it.
+class TestAccessibility final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void namesEveryControl_data();
+    void namesEveryControl();
+    void namesEachEmojiForItself();
+    void leadsThroughTheMainWindow();
+    void leadsThroughTheChannelList();
+    void leadsThroughTheConnectDialog();
+    void leadsThroughTheTopicEditor();
+    void beginsInTheTopic();
+    void usesTheTopicEditorsToolsByKey();
+    void leavesTheKeyboardWhereItIsWhenATabIsClosed();
+
+private:
+    TemporaryStore store;
+};
+
+void TestAccessibility::init()
+{
+    store.clear();
+}
+
+void TestAccessibility::namesEveryControl_data()
+{
+    QTest::addColumn<Show>("show");
+    QTest::addColumn<int>("least");
+
+    QTest::newRow("main window") << Show(showMainWindow) << 14;
+    QTest::newRow("connect dialog") << Show(showConnectDialog) << 12;
+    QTest::newRow("server form") << Show(showServerForm) << 11;
+    QTest::newRow("preferences") << Show(showPreferences) << 24;
+    QTest::newRow("topic editor") << Show(showTopicEditor) << 9;
+    QTest::newRow("emojis") << Show(showEmojis) << 96;
+    QTest::newRow("away prompt") << Show(showAwayPrompt) << 3;
+    QTest::newRow("nick prompt") << Show(showNickPrompt) << 3;
+    QTest::newRow("about") << Show(showAbout) << 1;
+    QTest::newRow("help") << Show(showHelp) << 2;
+}
+
+void TestAccessibility::namesEveryControl()
+{
+    QFETCH(const Show, show);
+    QFETCH(const int, least);
+    static const QRegularExpression letter(u"\\p{L}"_s);
+    int count = 0;
+    QStringList nameless;
+    show([&](const QWidget &window) {
+        const QList<QWidget *> found = controls(window);
+        for (QWidget *widget : found) {
+            ++count;
+            const QString name = spokenName(widget);
+            // A sign like "×" or an emoji tells nothing.
+            if (!name.contains(letter))
+                nameless.append(u"%1 \"%2\" \"%3\""_s.arg(
+                        QString::fromLatin1(widget->metaObject()->className()),
+                        widget->objectName(), name));
+        }
+    });
+    QVERIFY2(nameless.isEmpty(), qPrintable(nameless.join(u'\n')));
+    QVERIFY2(count >= least, qPrintable(QString::number(count)));
+}
+
+void TestAccessibility::namesEachEmojiForItself()
+{
+    const EmojiPicker picker(nullptr, Theme);
+    const QList<QPushButton *> buttons = picker.findChildren<QPushButton *>();
+    QHash<QString, QString> names;
+    QSet<QString> different;
+    for (QPushButton *button : buttons) {
+        names.insert(button->text(), spokenName(button));
+        different.insert(spokenName(button));
+    }
+    QCOMPARE(different.size(), 96);
+    QCOMPARE(names.value(u"😀"_s), u"grinning face"_s);
+    QCOMPARE(names.value(u"👎"_s), u"thumbs down"_s);
+    QCOMPARE(names.value(u"❤\uFE0F"_s), u"red heart"_s);
+    QCOMPARE(names.value(u"🥤"_s), u"cup with straw"_s);
+}
+
+void TestAccessibility::leadsThroughTheMainWindow()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.join(u"#c"_s, u"@me alice"_s));
+    QVERIFY(session.join(u"#d"_s, u"@me bob"_s));
+    QVERIFY(session.say(u":al!u@h PRIVMSG me :hello"_s));
+    session.probe.showTab(u"#c"_s);
+    QVERIFY(activate(session.window));
+
+    QStringList way{u"Message"_s,    u"Insert emoji"_s, u"#c"_s,
+                    u"Edit topic"_s, u"Conversation"_s, u"Users"_s};
+    QCOMPARE(wayOfTheKey(&session.probe.inputLine()), way);
+    std::reverse(way.begin() + 1, way.end());
+    QCOMPARE(wayOfTheKey(&session.probe.inputLine(), Qt::Key_Backtab), way);
+    session.probe.showTab(u"al"_s);
+    QCOMPARE(wayOfTheKey(&session.probe.inputLine()),
+             (QStringList{u"Message"_s, u"Insert emoji"_s, u"al"_s, u"Conversation"_s}));
+}
+
+void TestAccessibility::leadsThroughTheChannelList()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    session.choose(u"Channel &List"_s);
+    QVERIFY(session.sayAll({u":srv 321 me Channel :Users Name"_s, u":srv 322 me #a 1 :"_s,
+                            u":srv 323 me :End"_s}));
+    QVERIFY(activate(session.window));
+    QCOMPARE(wayOfTheKey(&session.probe.listSearchEdit()),
+             (QStringList{u"Search channels"_s, u"List"_s, u"Channels"_s}));
+}
+
+void TestAccessibility::leadsThroughTheConnectDialog()
+{
+    ConnectDialog dialog(nullptr);
+    QVERIFY(activate(dialog));
+    QWidget *server = dialog.findChildren<QLineEdit *>().constFirst();
+    QCOMPARE(wayOfTheKey(server),
+             (QStringList{u"Server:"_s, u"Port:"_s, u"Add"_s, u"Edit"_s, u"Delete"_s, u"Servers"_s,
+                          u"Nickname:"_s, u"Real name:"_s, u"Join channels:"_s, u"Use SSL"_s,
+                          u"Cancel"_s, u"Connect"_s}));
+}
+
+void TestAccessibility::leadsThroughTheTopicEditor()
+{
+    EditTopicDialog dialog(u"#c"_s, u"topic"_s, Theme, nullptr);
+    QVERIFY(activate(dialog));
+    auto *edit = dialog.findChild<QTextEdit *>();
+    QCOMPARE(wayOfTheKey(edit),
+             (QStringList{u"Topic"_s, u"Save"_s, u"Cancel"_s, u"Bold"_s, u"Italic"_s,
+                          u"Underline"_s, u"Text Color"_s, u"Background Color"_s, u"Emoji"_s}));
+    QCOMPARE(dialog.newTopic(), u"topic"_s);
+}
+
+void TestAccessibility::beginsInTheTopic()
+{
+    EditTopicDialog dialog(u"#c"_s, u"topic"_s, Theme, nullptr);
+    QVERIFY(activate(dialog));
+    QCOMPARE(QApplication::focusWidget(), dialog.findChild<QTextEdit *>());
+}
+
+void TestAccessibility::usesTheTopicEditorsToolsByKey()
+{
+    EditTopicDialog dialog(u"#c"_s, u"topic"_s, Theme, nullptr);
+    QVERIFY(activate(dialog));
+    auto *edit = dialog.findChild<QTextEdit *>();
+    // The tool next to the text is the emojis'.
+    QTest::keyClick(edit, Qt::Key_Backtab);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+    auto *picker = dialog.findChild<EmojiPicker *>();
+    QVERIFY(picker);
+    QTest::keyClick(picker->findChildren<QPushButton *>().constFirst(), Qt::Key_Space);
+    QCOMPARE(dialog.newTopic(), u"😀topic"_s);
+}
+
+void TestAccessibility::leavesTheKeyboardWhereItIsWhenATabIsClosed()
+{
+    WindowSession session;
+    session.probe.openTabs({u"bob"_s, u"carol"_s});
+    session.probe.showTab(u"bob"_s);
+    QVERIFY(activate(session.window));
+    session.probe.inputLine().setFocus();
+    QTest::mouseClick(session.probe.closeButton(2), Qt::LeftButton);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s}));
+    QVERIFY(session.probe.inputLine().hasFocus());
+}
+
+QTEST_MAIN(TestAccessibility)
+#include "tst_Accessibility.moc"
