@@ -6,6 +6,10 @@
 #include <QSettings>
 #include <QStyleFactory>
 
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -27,6 +31,27 @@ void closeStoreToOthers(const QString &fileName)
     closeToOthers(fileName);
 }
 
+constexpr std::chrono::milliseconds LongestFarewell(700);
+
+// The window has gone, and its session with it, when this returns.
+int showWindow()
+{
+    MainWindow window;
+    window.show();
+    return QApplication::exec();
+}
+
+// Qt does not let a process end while a host name is being looked up, and the system gives name
+// servers that do not answer a quarter of a minute and more. The window and the session are gone
+// when this is called, and what is to be stored is stored, so nobody is to wait for that.
+void limitFarewell(int status)
+{
+    std::thread([status] {
+        std::this_thread::sleep_for(LongestFarewell);
+        std::_Exit(status);
+    }).detach();
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -46,7 +71,7 @@ int main(int argc, char *argv[])
     settings.sync();
     closeStoreToOthers(settings.fileName());
 
-    MainWindow window;
-    window.show();
-    return QApplication::exec();
+    const int status = showWindow();
+    limitFarewell(status);
+    return status;
 }

@@ -63,6 +63,7 @@ private slots:
     void endsTheLoopWhenClosed();
     void endsTheLoopByItsQuitEntry();
     void endsTheProgramByItsKey();
+    void endsWhileNoNameServerAnswers();
     void saysQuitWhenItGoes();
     void storesNothingWhenItGoes();
     void goesWithTabsAndALiveSession();
@@ -112,6 +113,29 @@ void TestMainWindowEnd::endsTheProgramByItsKey()
     QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), ScriptedServer::Patience);
     QCOMPARE(program.exitStatus(), 0);
     QCOMPARE(program.errorOutput(), QString());
+}
+
+void TestMainWindowEnd::endsWhileNoNameServerAnswers()
+{
+    VirtualScreen screen;
+    QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
+    PreparedStore programStore;
+    programStore.addServer({.host = u"irc.example.org"_s,
+                            .port = 6667,
+                            .nickname = u"wanda"_s,
+                            .realName = u"Wanda"_s,
+                            .channels = {}});
+    ProgramOnScreen program(screen, programStore);
+    QVERIFY(program.start({u"env"_s,
+                           QString(u"LD_PRELOAD="_s + QStringLiteral(VELMORA_SILENT_NAMES)),
+                           u"ASAN_OPTIONS=%1:verify_asan_link_order=0:detect_leaks=0"_s.arg(
+                                   qEnvironmentVariable("ASAN_OPTIONS"))}));
+    QVERIFY(program.pressConnect());
+    QTRY_COMPARE_WITH_TIMEOUT(program.errorOutput(), u"Looking for irc.example.org\n"_s,
+                              ScriptedServer::Patience);
+    QVERIFY(screen.press(u"ctrl+q"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), ScriptedServer::Patience);
+    QCOMPARE(program.exitStatus(), 0);
 }
 
 void TestMainWindowEnd::saysQuitWhenItGoes()
