@@ -1,3 +1,4 @@
+#include "Happenings.h"
 #include "IRCConnection.h"
 #include "ModalAnswers.h"
 #include "MyTabWidget.h"
@@ -67,39 +68,15 @@ void byTitleBar(QDialog *dialog)
 // What can come to pass while a prompt is open.
 using Happening = bool (*)(WindowSession &session);
 
-bool dropLink(WindowSession &session)
-{
-    session.server.close();
-    return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); });
-}
-
 bool disconnectByMenu(WindowSession &session)
 {
     session.choose(u"&Disconnect"_s);
     return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); });
 }
 
-bool flood(WindowSession &session)
-{
-    QStringList lines;
-    for (int number = 0; number < 300; ++number) {
-        const QString nick = u"n%1"_s.arg(number);
-        lines << u":%1!u@h JOIN #a"_s.arg(nick) << u":%1!u@h PRIVMSG #a :hello me"_s.arg(nick)
-              << u":%1!u@h PRIVMSG me :hello"_s.arg(u"p%1"_s.arg(number % 5));
-    }
-    return session.sayAll(lines);
-}
-
 bool changeOwnNick(WindowSession &session)
 {
     return session.say(u":me!u@h NICK you"_s);
-}
-
-bool closeTabs(WindowSession &session)
-{
-    while (session.probe.tabWidget().count() > 1)
-        session.probe.closeTab(1);
-    return true;
 }
 
 } // namespace
@@ -501,7 +478,7 @@ void TestPrompts::followsTheLink()
     answers.queueForDialog(accepting(u"lunch"_s));
     session.choose(MarkAway);
     QCOMPARE(session.probe.awayAction().text(), UnmarkAway);
-    QVERIFY(dropLink(session));
+    QVERIFY(Happenings::dropLink(session));
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayAction().text(), MarkAway);
     // The server's word plays no part.
@@ -729,11 +706,11 @@ void TestPrompts::goesAwayAfterWhatHappened_data()
     QTest::addColumn<Happening>("happening");
     QTest::addColumn<QStringList>("sent");
 
-    QTest::newRow("link") << Happening(dropLink) << QStringList();
+    QTest::newRow("link") << Happening(Happenings::dropLink) << QStringList();
     QTest::newRow("disconnect") << Happening(disconnectByMenu) << QStringList();
-    QTest::newRow("flood") << Happening(flood) << QStringList{u"AWAY :lunch"_s};
+    QTest::newRow("flood") << Happening(Happenings::flood) << QStringList{u"AWAY :lunch"_s};
     QTest::newRow("nick") << Happening(changeOwnNick) << QStringList{u"AWAY :lunch"_s};
-    QTest::newRow("closed tabs") << Happening(closeTabs)
+    QTest::newRow("closed tabs") << Happening(Happenings::closeTabs)
                                  << QStringList{u"PART #a :Leaving"_s, u"AWAY :lunch"_s};
 }
 
@@ -770,9 +747,9 @@ void TestPrompts::changesTheNickAfterWhatHappened_data()
     QTest::addColumn<Happening>("happening");
     QTest::addColumn<QStringList>("sent");
 
-    QTest::newRow("link") << Happening(dropLink) << QStringList();
+    QTest::newRow("link") << Happening(Happenings::dropLink) << QStringList();
     QTest::newRow("disconnect") << Happening(disconnectByMenu) << QStringList();
-    QTest::newRow("flood") << Happening(flood) << QStringList{u"NICK newer"_s};
+    QTest::newRow("flood") << Happening(Happenings::flood) << QStringList{u"NICK newer"_s};
     QTest::newRow("nick") << Happening(changeOwnNick) << QStringList{u"NICK newer"_s};
 }
 
@@ -802,9 +779,9 @@ void TestPrompts::joinsAfterWhatHappened_data()
     QTest::addColumn<Happening>("happening");
     QTest::addColumn<QStringList>("sent");
 
-    QTest::newRow("link") << Happening(dropLink) << QStringList();
+    QTest::newRow("link") << Happening(Happenings::dropLink) << QStringList();
     QTest::newRow("disconnect") << Happening(disconnectByMenu) << QStringList();
-    QTest::newRow("flood") << Happening(flood) << QStringList{u"JOIN #b"_s};
+    QTest::newRow("flood") << Happening(Happenings::flood) << QStringList{u"JOIN #b"_s};
     QTest::newRow("nick") << Happening(changeOwnNick) << QStringList{u"JOIN #b"_s};
 }
 

@@ -1,3 +1,4 @@
+#include "Happenings.h"
 #include "IRCConnection.h"
 #include "ModalAnswers.h"
 #include "MyTabWidget.h"
@@ -64,12 +65,7 @@ const auto OtherMenu =
 
 // What can come to pass under an open menu.
 using Happening = bool (*)(WindowSession &session);
-
-bool dropLink(WindowSession &session)
-{
-    session.server.close();
-    return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); });
-}
+using Happenings::dropLink;
 
 bool closeTheTab(WindowSession &session)
 {
@@ -92,7 +88,7 @@ bool sayIt(WindowSession &session)
     return session.sayAll(Said.at(Number));
 }
 
-const QList<std::pair<const char *, Happening>> Happenings{
+const QList<std::pair<const char *, Happening>> AllHappenings{
         {"quit", sayIt<0>},       {"part", sayIt<1>},   {"kick", sayIt<2>},
         {"own kick", sayIt<3>},   {"rename", sayIt<4>}, {"name list", sayIt<5>},
         {"empty list", sayIt<6>}, {"link", dropLink},   {"closed tab", closeTheTab},
@@ -467,7 +463,7 @@ void TestUserListMenu::usesTheNickTakenBefore_data()
             {u"Ban"_s, {u"MODE #c +b bob!*@*"_s}},
             {u"Kick/Ban"_s, {u"MODE #c +b bob!*@*"_s, u"KICK #c bob :Banned"_s}},
     };
-    for (const auto &[name, happening] : Happenings) {
+    for (const auto &[name, happening] : AllHappenings) {
         for (const auto &[choice, sent] : choices) {
             QStringList expected = happening == dropLink ? QStringList() : sent;
             if (happening == closeTheTab)
@@ -500,7 +496,7 @@ void TestUserListMenu::usesTheNickTakenBefore()
 void TestUserListMenu::usesTheNickTakenBeforeForAChat_data()
 {
     QTest::addColumn<Happening>("happening");
-    for (const auto &[name, happening] : Happenings)
+    for (const auto &[name, happening] : AllHappenings)
         QTest::newRow(name) << happening;
 }
 

@@ -1,0 +1,20 @@
+#pragma once
+
+class WindowSession;
+
+/// What can come to pass while something waits for the user. Each is true once it has.
+namespace Happenings {
+
+/// The server ends the link.
+[[nodiscard]] bool dropLink(WindowSession &session);
+
+/// Many people join #a and speak, there and to the user.
+[[nodiscard]] bool flood(WindowSession &session);
+
+/// All tabs that can be closed are.
+[[nodiscard]] bool closeTabs(WindowSession &session);
+
+/// The user is kicked from #a, and closes what is left of it.
+[[nodiscard]] bool loseChannel(WindowSession &session);
+
+} // namespace Happenings
