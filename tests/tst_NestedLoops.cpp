@@ -1,0 +1,129 @@
+// What comes to pass while a menu, a box, a prompt, a form or a choice waits for its user.
+
+#include "Happenings.h"
+#include "IRCConnection.h"
+#include "NestedLoops.h"
+#include "TemporaryStore.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Happening = bool (*)(WindowSession &session);
+
+const QList<std::pair<QString, Happening>> AllHappenings{
+        {u"link"_s, Happenings::dropLink},
+        {u"flood"_s, Happenings::flood},
+        {u"lost channel"_s, Happenings::loseChannel},
+};
+
+// The tests of these menus and dialogs look more closely at what comes of it, and no link is there
+// when joining is refused.
+bool isLeftOut(const QString &loop, const QString &happening)
+{
+    static const QMap<QString, QStringList> Left{
+            {u"menu of a tab"_s, {u"link"_s}},
+            {u"menu of a user"_s, {u"link"_s, u"flood"_s, u"lost channel"_s}},
+            {u"menu of a listed channel"_s, {u"link"_s, u"lost channel"_s}},
+            {u"topic editor"_s, {u"link"_s, u"lost channel"_s}},
+            {u"refusal to join"_s, {u"link"_s, u"flood"_s, u"lost channel"_s}},
+            {u"channel prompt"_s, {u"link"_s, u"flood"_s}},
+            {u"away prompt"_s, {u"link"_s, u"flood"_s}},
+            {u"nick prompt"_s, {u"link"_s, u"flood"_s}},
+    };
+    return Left.value(loop).contains(happening);
+}
+
+// Whether the window takes in and shows what it is told, in a new session if the old one has ended.
+bool goesOn(WindowSession &session)
+{
+    if (!session.probe.connection().isConnected() && !session.registerAs())
+        return false;
+    return session.say(u":zoe!u@h PRIVMSG me :on it goes"_s)
+           && session.probe.lastLine(u"zoe"_s) == "zoe|on it goes"_L1;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Happening)
+Q_DECLARE_METATYPE(NestedLoop)
+
+class TestNestedLoops final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void goesOnAfterWhatHappened_data();
+    void goesOnAfterWhatHappened();
+    void goesOnWhenTheLinkComesUp();
+
+private:
+    TemporaryStore store;
+};
+
+void TestNestedLoops::init()
+{
+    store.clear();
+}
+
+void TestNestedLoops::goesOnAfterWhatHappened_data()
+{
+    QTest::addColumn<NestedLoop>("loop");
+    QTest::addColumn<Happening>("happening");
+
+    for (const NestedLoop &loop : NestedLoop::all()) {
+        for (const auto &[name, happening] : AllHappenings) {
+            if (!isLeftOut(QString::fromLatin1(loop.name), name))
+                QTest::addRow("%s, %s", loop.name, qPrintable(name)) << loop << happening;
+        }
+    }
+}
+
+void TestNestedLoops::goesOnAfterWhatHappened()
+{
+    QFETCH(const NestedLoop, loop);
+    QFETCH(const Happening, happening);
+    LoopScene scene;
+    QVERIFY(scene.enter());
+    bool happened = false;
+    bool stayed = false;
+    scene.inside = [&](QWidget *shown) {
+        happened = happening(scene.session);
+        stayed = shown->isVisible();
+        loop.answer(shown);
+    };
+    loop.open(scene);
+    QCOMPARE(scene.answers.problems(), QStringList());
+    QVERIFY(happened);
+    QVERIFY(stayed);
+    QVERIFY(loop.isDone(scene));
+    QCOMPARE(QApplication::activeModalWidget(), nullptr);
+    QCOMPARE(QApplication::activePopupWidget(), nullptr);
+    QVERIFY(goesOn(scene.session));
+}
+
+void TestNestedLoops::goesOnWhenTheLinkComesUp()
+{
+    LoopScene scene;
+    WindowSession &session = scene.session;
+    QVERIFY(session.clickConnect(u"me"_s));
+    bool isUp = false;
+    scene.answers.queueForBox([&](QMessageBox *box) {
+        isUp = session.server.waitForClient() && session.server.waitForLine(u"NICK me"_s)
+               && session.say(u":irc.test 001 me :Welcome"_s);
+        box->accept();
+    });
+    session.choose(u"&Join channel..."_s);
+    QCOMPARE(scene.answers.problems(), QStringList());
+    QVERIFY(isUp);
+    QVERIFY(goesOn(session));
+}
+
+QTEST_MAIN(TestNestedLoops)
+#include "tst_NestedLoops.moc"
