@@ -237,7 +237,35 @@ private:
     }
 };
 
+// What waits for the user, in an event loop of its own, while the program is told to quit.
+using Opening = bool (*)(const Scene &scene);
+
+bool openNothing(const Scene &)
+{
+    return true;
+}
+
+bool openPrompt(const Scene &scene)
+{
+    return scene.screen.press(u"alt+c"_s) && scene.screen.press(u"j"_s)
+           && scene.waitForActive(u"Join Channel"_s);
+}
+
+bool openTabMenu(const Scene &scene)
+{
+    // The tab of #room is the second one.
+    constexpr QPoint Tab(150, 16);
+    if (!QTest::qWaitFor([&] { return scene.program.shownLines() == 1; }, Patience))
+        return false;
+    const QImage before = scene.screen.picture();
+    return scene.screen.click(scene.program.tabBar().topLeft() + Tab, 3)
+           && QTest::qWaitFor([&] { return scene.screen.countChanges(before) > MenuPoints; },
+                              Patience);
+}
+
 } // namespace
+
+Q_DECLARE_METATYPE(Opening)
 
 class TestTray final : public QObject
 {
@@ -261,6 +289,7 @@ private slots:
     void offersItsMenuToADesktop();
     void comesBackByTheDesktop();
     void comesBackByTheDesktopsMenu();
+    void quitsByTheDesktopsMenu_data();
     void quitsByTheDesktopsMenu();
     void notifiesByTheDesktop();
     void notifiesOfTextAsItIs();
@@ -461,11 +490,21 @@ void TestTray::comesBackByTheDesktopsMenu()
     QVERIFY(scene->waitForUncovered());
 }
 
+void TestTray::quitsByTheDesktopsMenu_data()
+{
+    QTest::addColumn<Opening>("open");
+    QTest::newRow("nothing open") << Opening(openNothing);
+    QTest::newRow("prompt") << Opening(openPrompt);
+    QTest::newRow("menu") << Opening(openTabMenu);
+}
+
 void TestTray::quitsByTheDesktopsMenu()
 {
+    QFETCH(const Opening, open);
     QVERIFY(scene->addDesktop());
     QVERIFY(scene->startSession());
     QVERIFY(scene->desktop->waitForIcon());
+    QVERIFY(open(*scene));
     QVERIFY(scene->desktop->choose(u"Quit"_s));
     QTRY_VERIFY_WITH_TIMEOUT(!scene->program.isRunning(), Patience);
     QCOMPARE(scene->program.exitStatus(), 0);
