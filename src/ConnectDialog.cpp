@@ -132,8 +132,6 @@ void ConnectDialog::onConnectClicked()
 
 void ConnectDialog::loadSettings()
 {
-    // A store of more than a few servers stays in memory only while some QSettings is open;
-    // without this one each of the many below would read the whole file.
     QSettings settings;
     loadFavorites();
     loadDeletedDefaults();
