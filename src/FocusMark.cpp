@@ -90,12 +90,12 @@ void FocusMark::paintEvent(QPaintEvent *)
     // The ground of an area is white or nearly so; a current tab and a button have the accent's
     // colour, and white text on it.
     const bool isAround = place == Place::AroundAll;
-    const QColor colour =
+    const QColor color =
             isAround ? QColor(ThemeManager::palette({}).accentColor) : QColor(Qt::white);
     const qreal radius = isAround ? AreaRadius : InnerRadius;
     const qreal half = LineWidth / 2;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(colour, LineWidth));
+    painter.setPen(QPen(color, LineWidth));
     painter.drawRoundedRect(QRectF(framed()).adjusted(half, half, -half, -half), radius, radius);
 }

@@ -108,10 +108,10 @@ void HighlightTabBar::drawTab(QStylePainter &painter, const QStyleOptionTab &opt
 void HighlightTabBar::drawHighlightedTab(QStylePainter &painter, QStyleOptionTab option,
                                          bool blinkOn)
 {
-    const QColor blinkColour =
+    const QColor blinkColor =
             currentTheme == "dark"_L1 ? QColor(0xFF, 0xD7, 0x00) : QColor(0xFF, 0xB8, 0x00);
     // A default colour draws as black: between two blinks the text is plain in every theme.
-    option.palette.setColor(QPalette::WindowText, blinkOn ? blinkColour : QColor());
+    option.palette.setColor(QPalette::WindowText, blinkOn ? blinkColor : QColor());
 
     // A style sheet gives a tab's text its own colour and weight, so the style draws the tab alone
     // and the text is drawn here.
@@ -123,7 +123,7 @@ void HighlightTabBar::drawHighlightedTab(QStylePainter &painter, QStyleOptionTab
     QFont font = painter.font();
     font.setBold(true);
     painter.setFont(font);
-    painter.setPen(blinkOn ? blinkColour : option.palette.color(QPalette::WindowText));
+    painter.setPen(blinkOn ? blinkColor : option.palette.color(QPalette::WindowText));
     const QRect textRect = style()->subElementRect(QStyle::SE_TabBarTabText, &option, this);
     painter.drawText(textRect, Qt::AlignCenter | Qt::TextSingleLine, text);
     painter.restore();

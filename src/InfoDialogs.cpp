@@ -23,27 +23,36 @@ const QString LettersFont = u"Comic Sans MS"_s;
 struct CommandHelp
 {
     QStringView command;
-    QStringView description;
+    const char *description = nullptr;
 };
 
 constexpr std::array Commands{
-        CommandHelp{u"/join #channel", u"Join a channel"},
-        CommandHelp{u"/part [#channel]", u"Leave a channel (or current tab)"},
-        CommandHelp{u"/msg nick message", u"Send a private message"},
-        CommandHelp{u"/whois nick", u"Show information about a user"},
-        CommandHelp{u"/nick newnick", u"Change your nickname"},
-        CommandHelp{u"/away message", u"Set away status (use /back to return)"},
-        CommandHelp{u"/list", u"List channels on the server"},
-        CommandHelp{u"/topic [#channel]", u"Show or change the channel topic"},
-        CommandHelp{u"/kick nick [reason]", u"Kick a user from the channel"},
-        CommandHelp{u"/me action", u"Send an action message"},
-        CommandHelp{u"/quit [message]", u"Disconnect from the server"},
-        CommandHelp{u"/notice nick message", u"Send a notice (like /msg but silent)"},
-        CommandHelp{u"/ctcp nick command", u"Send a CTCP request (e.g., /ctcp nick VERSION)"},
-        CommandHelp{u"/mode #channel +o nick", u"Change channel or user modes"},
-        CommandHelp{u"/invite nick #channel", u"Invite a user to a channel"},
-        CommandHelp{u"/who #channel", u"Show users in a channel"},
-        CommandHelp{u"/help [command]", u"Show help (server\u2011specific)"},
+        CommandHelp{u"/join #channel", QT_TRANSLATE_NOOP("QDialog", "Join a channel")},
+        CommandHelp{u"/part [#channel]",
+                    QT_TRANSLATE_NOOP("QDialog", "Leave a channel (or current tab)")},
+        CommandHelp{u"/msg nick message", QT_TRANSLATE_NOOP("QDialog", "Send a private message")},
+        CommandHelp{u"/whois nick", QT_TRANSLATE_NOOP("QDialog", "Show information about a user")},
+        CommandHelp{u"/nick newnick", QT_TRANSLATE_NOOP("QDialog", "Change your nickname")},
+        CommandHelp{u"/away message",
+                    QT_TRANSLATE_NOOP("QDialog", "Set away status (use /back to return)")},
+        CommandHelp{u"/list", QT_TRANSLATE_NOOP("QDialog", "List channels on the server")},
+        CommandHelp{u"/topic [#channel]",
+                    QT_TRANSLATE_NOOP("QDialog", "Show or change the channel topic")},
+        CommandHelp{u"/kick nick [reason]",
+                    QT_TRANSLATE_NOOP("QDialog", "Kick a user from the channel")},
+        CommandHelp{u"/me action", QT_TRANSLATE_NOOP("QDialog", "Send an action message")},
+        CommandHelp{u"/quit [message]", QT_TRANSLATE_NOOP("QDialog", "Disconnect from the server")},
+        CommandHelp{u"/notice nick message",
+                    QT_TRANSLATE_NOOP("QDialog", "Send a notice (like /msg but silent)")},
+        CommandHelp{u"/ctcp nick command",
+                    QT_TRANSLATE_NOOP("QDialog", "Send a CTCP request (e.g., /ctcp nick VERSION)")},
+        CommandHelp{u"/mode #channel +o nick",
+                    QT_TRANSLATE_NOOP("QDialog", "Change channel or user modes")},
+        CommandHelp{u"/invite nick #channel",
+                    QT_TRANSLATE_NOOP("QDialog", "Invite a user to a channel")},
+        CommandHelp{u"/who #channel", QT_TRANSLATE_NOOP("QDialog", "Show users in a channel")},
+        CommandHelp{u"/help [command]",
+                    QT_TRANSLATE_NOOP("QDialog", "Show help (server\u2011specific)")},
 };
 
 QVBoxLayout *setUpFrame(QDialog &dialog, const QString &title, const QSize &size)
@@ -116,7 +125,7 @@ QString commandTable()
     QString extra = u" white-space:nowrap;"_s;
     for (const CommandHelp &row : Commands) {
         html += u"<tr>"_s + cell.arg(extra, row.command.toString().toHtmlEscaped())
-                + cell.arg(QString(), row.description.toString().toHtmlEscaped()) + u"</tr>"_s;
+                + cell.arg(QString(), QDialog::tr(row.description).toHtmlEscaped()) + u"</tr>"_s;
         extra.clear(); // The first cell keeps the whole column from wrapping.
     }
     return html + u"</table>"_s;

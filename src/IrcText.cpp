@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::array<QColor, 16> Colours{
+constexpr std::array<QColor, 16> Colors{
         QColor(0xFF, 0xFF, 0xFF), QColor(0x00, 0x00, 0x00), QColor(0x00, 0x00, 0x80),
         QColor(0x00, 0x80, 0x00), QColor(0xFF, 0x00, 0x00), QColor(0x80, 0x00, 0x00),
         QColor(0x80, 0x00, 0x80), QColor(0xFF, 0xA5, 0x00), QColor(0xFF, 0xFF, 0x00),
@@ -108,11 +108,11 @@ public:
 private:
     void take(QChar character);
     void toggle(bool &open, QLatin1StringView openTag, QLatin1StringView closeTag);
-    void takeColourCode();
+    void takeColorCode();
     [[nodiscard]] bool atDigit() const;
     int takeNumber();
-    void closeColour();
-    void applyColours(int newForeground, int newBackground);
+    void closeColor();
+    void applyColors(int newForeground, int newBackground);
 
     const QString topic;
     QString html;
@@ -128,7 +128,7 @@ QString CodePass::run()
 {
     while (position < topic.size())
         take(topic.at(position++));
-    closeColour();
+    closeColor();
     if (underline)
         html += "</u>"_L1;
     if (italic)
@@ -151,7 +151,7 @@ void CodePass::take(QChar character)
         toggle(underline, "<u>"_L1, "</u>"_L1);
         break;
     case 0x03:
-        takeColourCode();
+        takeColorCode();
         break;
     case u'<':
         html += "&lt;"_L1;
@@ -176,7 +176,7 @@ void CodePass::toggle(bool &open, QLatin1StringView openTag, QLatin1StringView c
     open = !open;
 }
 
-void CodePass::takeColourCode()
+void CodePass::takeColorCode()
 {
     int newForeground = -1;
     int newBackground = -1;
@@ -189,7 +189,7 @@ void CodePass::takeColourCode()
                 newBackground = takeNumber();
         }
     }
-    applyColours(newForeground, newBackground);
+    applyColors(newForeground, newBackground);
 }
 
 bool CodePass::atDigit() const
@@ -207,7 +207,7 @@ int CodePass::takeNumber()
     return number;
 }
 
-void CodePass::closeColour()
+void CodePass::closeColor()
 {
     if (foreground < 0)
         return;
@@ -216,24 +216,24 @@ void CodePass::closeColour()
     background = -1;
 }
 
-const QColor &colourAt(int index)
+const QColor &colorAt(int index)
 {
-    return Colours.at(static_cast<std::size_t>(index));
+    return Colors.at(static_cast<std::size_t>(index));
 }
 
-void CodePass::applyColours(int newForeground, int newBackground)
+void CodePass::applyColors(int newForeground, int newBackground)
 {
-    closeColour();
+    closeColor();
     // Without a number the code only closes; and a second number never comes without a first.
     if (newForeground < 0)
         return;
 
-    foreground = newForeground == newBackground ? IrcText::legibleOn(colourAt(newBackground))
+    foreground = newForeground == newBackground ? IrcText::legibleOn(colorAt(newBackground))
                                                 : newForeground;
     background = newBackground;
-    html += "<span style=\"color:"_L1 % colourAt(foreground).name() % u';';
+    html += "<span style=\"color:"_L1 % colorAt(foreground).name() % u';';
     if (background >= 0)
-        html += "background-color:"_L1 % colourAt(background).name() % u';';
+        html += "background-color:"_L1 % colorAt(background).name() % u';';
     html += "\">"_L1;
 }
 
@@ -287,13 +287,13 @@ namespace IrcText {
 
 const std::array<QColor, 16> &colors()
 {
-    return Colours;
+    return Colors;
 }
 
-int legibleOn(const QColor &colour)
+int legibleOn(const QColor &color)
 {
     const auto luminance =
-            static_cast<int>(colour.red() * 0.299 + colour.green() * 0.587 + colour.blue() * 0.114);
+            static_cast<int>(color.red() * 0.299 + color.green() * 0.587 + color.blue() * 0.114);
     return luminance >= 128 ? 1 : 0;
 }
 

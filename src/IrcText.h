@@ -18,7 +18,7 @@ namespace IrcText {
 const std::array<QColor, 16> &colors();
 
 /// Number of black or of white, whichever can be read on a ground of this colour.
-int legibleOn(const QColor &colour);
+int legibleOn(const QColor &color);
 
 /// Writes `text` at `cursor`, with web and mail addresses as anchors.
 ///

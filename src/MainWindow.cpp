@@ -135,6 +135,19 @@ QStringList whoisLines(const QString &nick, const MainWindow::WhoInfo &info)
     return lines;
 }
 
+// The keyboard goes from the tabs to what is in one, and on to the users.
+void putPageBehindTabs(const QWidget &page, QTabBar &bar)
+{
+    QWidget *last = &bar;
+    const QList<QWidget *> widgets = page.findChildren<QWidget *>();
+    for (QWidget *widget : widgets) {
+        if ((widget->focusPolicy() & Qt::TabFocus) == 0)
+            continue;
+        QWidget::setTabOrder(last, widget);
+        last = widget;
+    }
+}
+
 QString placeholderFor(const QString &tabName)
 {
     return tabName == ServerTab ? MainWindow::tr("Type a command...")
@@ -487,10 +500,10 @@ void MainWindow::updateStatusBar()
     if (connection->isConnected()) {
         statusBar()->setStyleSheet(u"QStatusBar { background-color: #d4edda; }"_s);
         statusBar()->showMessage(
-                u"Connected to %1 as %2"_s.arg(connection->getHost(), connection->currentNick()));
+                tr("Connected to %1 as %2").arg(connection->getHost(), connection->currentNick()));
     } else {
         statusBar()->setStyleSheet(u"QStatusBar { background-color: #f8d7da; }"_s);
-        statusBar()->showMessage(u"Disconnected"_s);
+        statusBar()->showMessage(tr("Disconnected"));
     }
 }
 
@@ -693,15 +706,7 @@ void MainWindow::insertTab(const QString &name, const TabInfo &info)
     tabs.insert(name, info);
     const int index = PlainTabs::add(*tabWidget, info.page, name);
     tabWidget->setTabToolTip(index, name);
-    // The keyboard goes from the tabs to what is in one, and on to the users.
-    QWidget *last = tabBar;
-    const QList<QWidget *> widgets = info.page->findChildren<QWidget *>();
-    for (QWidget *widget : widgets) {
-        if ((widget->focusPolicy() & Qt::TabFocus) == 0)
-            continue;
-        setTabOrder(last, widget);
-        last = widget;
-    }
+    putPageBehindTabs(*info.page, *tabBar);
 }
 
 void MainWindow::openTab(const QString &name)
@@ -1092,8 +1097,7 @@ void MainWindow::onPrivmsg(const QString &from, const QString &target, const QSt
 
 void MainWindow::onJoin(const QString &nick, const QString &channel)
 {
-    // For our own first join this line opens the tab; should it ever not, the channel still gets
-    // one.
+    // This line opens the tab of our own first join; should it ever not, the channel still gets it.
     appendMessageToTab(channel, u"joined %1"_s.arg(channel), nick, true);
     if (nick == connection->currentNick()) {
         if (!tabs.contains(channel)) {
