@@ -5,6 +5,7 @@
 #include "ConnectDialog.h"
 #include "Fuzzing.h"
 #include "MainWindow.h"
+#include "PreferencesDialog.h"
 #include "ServerEditDialog.h"
 #include "ServerStore.h"
 
@@ -97,6 +98,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     // Keeps the store in memory for the many others below.
     const QSettings settings;
     visitDialog(static_cast<int>(size));
-    const MainWindow window;
+    MainWindow window;
+    const PreferencesDialog preferences(&window);
     return 0;
 }
