@@ -1,7 +1,6 @@
 #include "Happenings.h"
 #include "IRCConnection.h"
 #include "ModalAnswers.h"
-#include "MyTabWidget.h"
 #include "SessionSteps.h"
 #include "TemporaryStore.h"
 #include "ThemeManager.h"

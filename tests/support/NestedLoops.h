@@ -7,8 +7,6 @@
 
 #include <functional>
 
-class QDialog;
-
 /// A window with a session, in which each of the program's nested loops can be opened.
 ///
 /// Make a `TemporaryStore` first.
