@@ -3,6 +3,7 @@
 #include <QFontMetricsF>
 #include <QStyle>
 #include <QTextBlock>
+#include <QTextBoundaryFinder>
 #include <QTextDocument>
 #include <QTextLayout>
 #include <QTextTableCellFormat>
@@ -22,6 +23,9 @@ constexpr qreal Widest = std::numeric_limits<int>::max() / 2;
 
 // Formats come and go with each new link; beyond this many the collection starts anew.
 constexpr int MaximumFormats = 2000;
+
+// In characters, far more than a line of a cell has room for.
+constexpr qsizetype EndlessWord = 2000;
 
 QTextOption optionFor(const QTextBlock &block)
 {
@@ -52,6 +56,33 @@ void widenForOneCharacter(QTextLayout &layout, QTextLine &line, QTextOption &opt
     }
 }
 
+// Whether no line of a sensible length that starts here can end before the next blank.
+bool startsEndlessWord(const QString &text, qsizetype start)
+{
+    if (text.size() - start <= EndlessWord)
+        return false;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text.constData() + start, EndlessWord);
+    return finder.toNextBoundary() == EndlessWord;
+}
+
+// Qt looks at the rest of a word before it breaks a line within that word, so that the time for a
+// word grows with the square of its length. To let it break anywhere gives the same line at once.
+void setWidth(QTextLayout &layout, QTextLine &line, QTextOption &option, const QString &text,
+              qreal width)
+{
+    const bool breaksAnywhere = option.wrapMode() == QTextOption::WrapAtWordBoundaryOrAnywhere
+                                && startsEndlessWord(text, line.textStart());
+    if (!breaksAnywhere) {
+        line.setLineWidth(width);
+        return;
+    }
+    option.setWrapMode(QTextOption::WrapAnywhere);
+    layout.setTextOption(option);
+    line.setLineWidth(width);
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+}
+
 } // namespace
 
 int heightOf(const QTextLine &line)
@@ -70,7 +101,7 @@ TextExtent layOutCell(QTextLayout &layout, const QTextBlock &block, qreal width)
     layout.beginLayout();
     for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
         line.setLeadingIncluded(true);
-        line.setLineWidth(width);
+        setWidth(layout, line, option, text, width);
         if (line.naturalTextWidth() > width)
             widenForOneCharacter(layout, line, option, width);
         line.setPosition(QPointF(0, extent.height));

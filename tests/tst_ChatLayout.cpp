@@ -39,6 +39,7 @@ private slots:
     void looksLikeQtsLayout_data();
     void looksLikeQtsLayout();
     void looksTheSameWithTwoColumns();
+    void looksTheSameWithEndlessWords();
     void looksTheSameEmptyAndWithOneLine();
     void looksTheSameLineByLine();
     void looksTheSameAfterResizing();
@@ -91,6 +92,22 @@ void TestChatLayout::looksTheSameWithTwoColumns()
 {
     ViewPair pair(QSize(450, 700), 2);
     pair.append(ChatCorpus::rows());
+    QVERIFY(pair.measure());
+    QCOMPARE(pair.differenceAnywhere(), QString());
+}
+
+// Lines within such a word are broken in a way of our own, those around it are not.
+void TestChatLayout::looksTheSameWithEndlessWords()
+{
+    ViewPair pair(QSize(450, 700));
+    const QString wide(3000, u'W');
+    const QString narrow(6000, u'i');
+    const QString mixed = u"Tj/ä1"_s.repeated(1000);
+    QList<ChatRow> rows;
+    for (const QString &text : {QString(u' ' + wide), QString(u" a word and "_s + narrow),
+                                QString(u" x "_s + mixed + u" and two words"_s)})
+        rows.append({.time = u" [12:00:00]"_s, .nick = u"alice"_s, .text = text});
+    pair.append(rows);
     QVERIFY(pair.measure());
     QCOMPARE(pair.differenceAnywhere(), QString());
 }

@@ -72,6 +72,7 @@ private slots:
 
     void showsOddText_data();
     void showsOddText();
+    void showsAnEndlessWord();
     void keepsItsWidthUnderALongTopic();
     void takesOddNames_data();
     void takesOddNames();
@@ -260,6 +261,18 @@ void TestHostileServer::showsOddText()
     QCOMPARE(session.probe.channelTopics().value(u"#a"_s), text);
     QVERIFY(session.say(u":bob!u@h PART #a :"_s + text));
     QCOMPARE(session.probe.lastLine(u"#a"_s), QString(u"bob|left #a ("_s + text + u')'));
+    QVERIFY(isAlive(session));
+}
+
+// To look through the rest of such a word for each of its lines would take longer than we wait.
+void TestHostileServer::showsAnEndlessWord()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    session.probe.showTab(u"#a"_s);
+    const QString word(3 * Huge, u'x');
+    QVERIFY(session.say(u":alice!u@h PRIVMSG #a :"_s + word));
+    QCOMPARE(session.probe.lastLine(u"#a"_s), QString(u"alice|"_s + word));
     QVERIFY(isAlive(session));
 }
 
