@@ -164,6 +164,7 @@ private slots:
     void asksASilentServerOnceAndLeavesIt();
     void staysWithAServerThatAnswersAnything();
     void asksNothingWhileTheServerTalks();
+    void hearsAServerThatSpellsItsLines();
     void asksNothingWhileTheUserTalks();
     void letsTheSystemWatchTheSocketToo();
 
@@ -319,6 +320,25 @@ void TestSilentServer::asksNothingWhileTheServerTalks()
     }
     QVERIFY(session->pings().isEmpty());
     QVERIFY(session->server.isThere());
+}
+
+// A byte a second: no line ends within the time after which a silent server is asked.
+void TestSilentServer::hearsAServerThatSpellsItsLines()
+{
+    QVERIFY(enter());
+    const double start = session->now();
+    const QByteArray line = ":irc.test NOTICE wanda :"_ba + QByteArray(100, 'x') + "\r\n"_ba;
+    for (const char byte : line) {
+        const double second = session->now();
+        session->server.sendBytes(QByteArray(1, byte));
+        QVERIFY(session->waitUntil(second + 1));
+    }
+    QVERIFY(session->now() - start > 120);
+    QVERIFY(session->pings().isEmpty());
+    QVERIFY(copyRows());
+    const QString rows = tellCopy();
+    QVERIFY2(rows.endsWith(u" << :irc.test NOTICE wanda :"_s + QString(100, u'x')),
+             qPrintable(rows));
 }
 
 void TestSilentServer::asksNothingWhileTheUserTalks()
