@@ -127,6 +127,13 @@ void TestPackaging::installsWhatIsListedAndNoMore()
     };
     for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512})
         expected += u"usr/share/icons/hicolor/%1x%1/apps/%2.png"_s.arg(size).arg(Id);
+    // All that the guide shows, and no other picture.
+    static const QRegularExpression picture(u"\\]\\((images/[^)]+)\\)"_s);
+    const QString guide =
+            QString::fromUtf8(contents(QStringLiteral(VELMORA_SOURCE) + u"/docs/guide.md"_s));
+    QVERIFY(picture.match(guide).hasMatch());
+    for (const QRegularExpressionMatch &match : picture.globalMatch(guide))
+        expected += u"usr/share/doc/velmora/"_s + match.captured(1);
     expected.sort();
     QCOMPARE(filesBelow(root.path()), expected);
     QVERIFY(QFileInfo(installed(u"bin/velmora"_s)).isExecutable());
