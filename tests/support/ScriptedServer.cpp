@@ -1,9 +1,10 @@
 #include "ScriptedServer.h"
 
+#include "Waiting.h"
+
 #include <QSslServer>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -115,17 +116,17 @@ void ScriptedServer::cut(int client)
 
 bool ScriptedServer::waitForClient(int count) const
 {
-    return QTest::qWaitFor([this, count] { return clientCount() >= count; }, Patience);
+    return waitUntil([this, count] { return clientCount() >= count; }, Patience);
 }
 
 bool ScriptedServer::waitForLine(const QString &line, int client, int times) const
 {
-    return QTest::qWaitFor([&] { return lines(client).count(line) >= times; }, Patience);
+    return waitUntil([&] { return lines(client).count(line) >= times; }, Patience);
 }
 
 bool ScriptedServer::waitForEnd(int client) const
 {
-    return QTest::qWaitFor([this, client] { return !isThere(client); }, Patience);
+    return waitUntil([this, client] { return !isThere(client); }, Patience);
 }
 
 void ScriptedServer::admit(QTcpSocket *socket)
