@@ -1,5 +1,5 @@
-// What the window does with lines that the user types, between lines that the server sends: the
-// tabs and the user list stay those of the window's own books.
+// What the window does with lines that the user types, between lines that the server sends: tabs,
+// user list and all that the window remembers are what the rules make of the lines.
 //
 // The input is the lines, each ended by LF. One that starts with ":" comes from the server, one
 // that is a single digit shows that tab, and any other is typed.
@@ -10,10 +10,11 @@
 #include "IRCParser.h"
 #include "MainWindowProbe.h"
 #include "MyTabWidget.h"
+#include "SessionInvariants.h"
+#include "SessionModel.h"
 
 #include <QCoreApplication>
 #include <QLineEdit>
-#include <QListWidget>
 #include <QTcpServer>
 #include <QTcpSocket>
 
@@ -45,6 +46,7 @@ private:
     QTcpServer server;
     MainWindow window;
     MainWindowProbe probe{window};
+    SessionModel model{probe.connection()};
 };
 
 Session::Session()
@@ -72,27 +74,24 @@ void Session::take(const QString &line)
     if (line.startsWith(u':')) {
         say(line);
     } else if (line.size() == 1 && line.at(0).isDigit()) {
-        probe.tabWidget().setCurrentIndex(line.at(0).digitValue());
+        const int index = line.at(0).digitValue();
+        probe.tabWidget().setCurrentIndex(index);
+        if (index < probe.tabWidget().count())
+            model.showTab(index);
     } else {
         probe.inputLine().setText(line);
+        const QString typed = probe.inputLine().text();
         emit probe.inputLine().returnPressed();
-        Fuzzing::demand(probe.inputLine().text().isEmpty(), "what was typed is gone");
+        model.typeLine(typed);
     }
 }
 
 void Session::check() const
 {
-    QStringList texts = probe.tabTexts();
-    texts.sort();
-    Fuzzing::demand(texts == probe.tabs().keys(), "tabs and their keys are the same");
-    const QString current = probe.currentTabName();
-    Fuzzing::demand(probe.tabWidget().tabText(probe.tabWidget().currentIndex()) == current,
-                    "the current tab is the one on show");
-    Fuzzing::demand(probe.userList().isHidden() || current.startsWith(u'#'),
-                    "only channels show their users");
-    if (current.startsWith(u'#'))
-        Fuzzing::demand(probe.users().size() == probe.channelUsers().value(current).size(),
-                        "the user list shows who is there");
+    const QString difference = SessionInvariants::difference(probe, model);
+    Fuzzing::demand(difference.isEmpty(), qPrintable(difference));
+    const QString broken = SessionInvariants::broken(probe);
+    Fuzzing::demand(broken.isEmpty(), qPrintable(broken));
 }
 
 } // namespace
