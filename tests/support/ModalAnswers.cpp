@@ -29,6 +29,11 @@ void ModalAnswers::queueForMenu(const std::function<void(QMenu *)> &answer)
     queueFor(answer);
 }
 
+void ModalAnswers::answerAllOthers(const std::function<void(QWidget *)> &answer)
+{
+    answerForOthers = answer;
+}
+
 std::function<void(QMenu *)> ModalAnswers::choosing(const QString &text)
 {
     return [text](QMenu *menu) {
@@ -81,10 +86,12 @@ void ModalAnswers::answer(QWidget *shown)
     if (shown == nullptr || !shown->isVisible())
         return;
     const QPointer<QWidget> guard = shown;
-    if (answers.isEmpty())
-        note(u"no answer was queued"_s, shown);
-    else
+    if (!answers.isEmpty())
         answers.dequeue()(shown);
+    else if (answerForOthers)
+        answerForOthers(shown);
+    else
+        note(u"no answer was queued"_s, shown);
     if (QWidget *left = guard.data(); left != nullptr && left->isVisible()) {
         note(u"still up after its answer"_s, left);
         left->close();

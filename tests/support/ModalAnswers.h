@@ -30,6 +30,9 @@ public:
     void queueForDialog(const std::function<void(QDialog *)> &answer);
     void queueForMenu(const std::function<void(QMenu *)> &answer);
 
+    /// Has `answer` deal with whatever comes up that no answer was queued for, any number of times.
+    void answerAllOthers(const std::function<void(QWidget *)> &answer);
+
     /// An answer for a menu: chooses the entry with this text. A menu without it stays up, which is
     /// a problem.
     [[nodiscard]] static std::function<void(QMenu *)> choosing(const QString &text);
@@ -49,5 +52,6 @@ private:
     void note(const QString &what, const QWidget *shown);
 
     QQueue<Answer> answers;
+    Answer answerForOthers;
     QStringList noted;
 };

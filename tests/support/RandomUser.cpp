@@ -1,0 +1,451 @@
+#include "RandomUser.h"
+
+#include "EmojiPicker.h"
+#include "HighlightTabBar.h"
+#include "IRCConnection.h"
+#include "MyTabWidget.h"
+#include "NickList.h"
+#include "SessionInvariants.h"
+#include "Waiting.h"
+
+#include <QAbstractItemView>
+#include <QAction>
+#include <QCompleter>
+#include <QCoreApplication>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTest>
+#include <QTreeWidget>
+
+#include <numeric>
+
+using namespace Qt::StringLiterals;
+
+RandomUser::RandomUser(WindowSession &used, Dice &thrown, const QStringList &recording)
+    : session(used)
+    , probe(used.probe)
+    , dice(thrown)
+    , lines(thrown, recording)
+{
+    answers.answerAllOthers([this](QWidget *shown) { answer(shown); });
+}
+
+const QList<RandomUser::Action> &RandomUser::actions()
+{
+    static const QList<Action> all{
+            {300, "hears lines", &RandomUser::hearLines},
+            {8, "connects anew", &RandomUser::connectAnew},
+            {8, "loses the link", &RandomUser::losesLink},
+            {4, "disconnects", &RandomUser::disconnects},
+            {120, "switches tabs", &RandomUser::switchTab},
+            {30, "clicks a close button", &RandomUser::clickCloseButton},
+            {15, "closes a tab from outside", &RandomUser::closeFromOutside},
+            {15, "presses the shortcut", &RandomUser::pressCloseShortcut},
+            {15, "double-clicks a tab", &RandomUser::doubleClickTab},
+            {30, "opens a tab's menu", &RandomUser::openTabMenu},
+            {60, "opens a user's menu", &RandomUser::openUserMenu},
+            {30, "double-clicks a user", &RandomUser::doubleClickUser},
+            {15, "asks for the list", &RandomUser::requestList},
+            {20, "filters the list", &RandomUser::filterList},
+            {10, "double-clicks a row", &RandomUser::doubleClickListRow},
+            {15, "opens a row's menu", &RandomUser::openListMenu},
+            {150, "types a line", &RandomUser::typeLine},
+            {40, "types a nick", &RandomUser::typeWithCompletion},
+            {10, "picks an emoji", &RandomUser::insertEmoji},
+            {15, "goes away or returns", &RandomUser::setAway},
+            {12, "changes nick", &RandomUser::changeNick},
+            {12, "joins a channel", &RandomUser::joinChannel},
+            {25, "edits the topic", &RandomUser::editTopic},
+            {4, "reads about it", &RandomUser::readInfo},
+            {25, "uses the connect dialog", &RandomUser::useConnectDialog},
+            {12, "uses the preferences", &RandomUser::usePreferences},
+            {15, "resizes", &RandomUser::resize},
+            {15, "drags the splitter", &RandomUser::dragSplitter},
+    };
+    return all;
+}
+
+QString RandomUser::step()
+{
+    static const int sum = std::accumulate(
+            actions().cbegin(), actions().cend(), 0,
+            [](int before, const Action &action) { return before + action.weight; });
+    int throwOf = dice.below(sum);
+    auto action = actions().cbegin();
+    while (throwOf >= action->weight)
+        throwOf -= (action++)->weight;
+
+    latest = Answer();
+    if (!isConnected() && dice.chance(40)) {
+        steps.append(u"connects"_s);
+        connectAnew();
+    } else {
+        steps.append(QString::fromLatin1(action->name));
+        (this->*action->act)();
+    }
+    return check();
+}
+
+QString RandomUser::trail() const
+{
+    return steps.mid(qMax(qsizetype(0), steps.size() - 15)).join(u"; "_s);
+}
+
+bool RandomUser::isConnected() const
+{
+    return probe.connection().isConnected();
+}
+
+QString RandomUser::check()
+{
+    if (failure.isEmpty() && isConnected() && !session.settle())
+        failure = u"lines are not heard any more"_s;
+    // What was posted for later is a part of the step.
+    QCoreApplication::processEvents();
+    const QStringList sent = session.takeSent();
+    const QStringList expected = model.takeExpected();
+    done.linesSent += static_cast<int>(sent.size());
+    done.linksLost = model.disconnects;
+    if (failure.isEmpty() && isConnected() && sent != expected) {
+        failure = u"sent (%1) instead of (%2)"_s.arg(sent.join(u'|'), expected.join(u'|'));
+    }
+    if (failure.isEmpty())
+        failure = SessionInvariants::difference(probe, model);
+    // A conversation that was renamed onto another has left that one's page without a record; the
+    // model knows of it, and the window's own books are whole all the same.
+    if (failure.isEmpty())
+        failure = SessionInvariants::broken(probe);
+    if (failure.isEmpty())
+        failure = answers.problems().join(u"; "_s);
+    return failure;
+}
+
+int RandomUser::someTab()
+{
+    return dice.below(probe.tabWidget().count());
+}
+
+// ---------------------------------------------------------------------------------------------
+// The server and the link
+
+void RandomUser::hearLines()
+{
+    QByteArray bytes = lines.bytes(probe.connection().currentNick());
+    steps.last() += u' ' + QString::fromUtf8(bytes.toPercentEncoding(" :!#@")).left(200);
+    while (!bytes.isEmpty()) {
+        const int size = dice.chance(50) ? static_cast<int>(bytes.size()) : 1 + dice.below(40);
+        session.server.sendBytes(bytes.left(size));
+        bytes.remove(0, size);
+        QCoreApplication::processEvents();
+    }
+}
+
+void RandomUser::connectAnew()
+{
+    if (!session.acceptDialog(u"me"_s, dice.chance(50) ? u"#one, #two"_s : QString())) {
+        failure = u"no link comes up"_s;
+        return;
+    }
+    model.connectByDialog();
+    // What is left of the link before stands in front of the first line.
+    session.server.sendBytes("\r\n");
+    if (dice.chance(90))
+        session.server.send(u":irc.test 001 me :Welcome"_s);
+    if (dice.chance(70) && !session.join(lines.channel(), u"@me ann +bob"_s))
+        failure = u"no channel can be joined"_s;
+}
+
+void RandomUser::losesLink()
+{
+    if (!isConnected())
+        return;
+    const int before = model.disconnects;
+    if (dice.chance(50)) {
+        session.server.sendBytes("\xd0");
+        session.server.cut();
+    } else {
+        session.server.sendBytes(lines.garbage().chopped(2));
+        session.server.close();
+    }
+    if (!waitUntil([&] { return model.disconnects > before; }, ScriptedServer::Patience))
+        failure = u"the end of the link is not noticed"_s;
+}
+
+void RandomUser::disconnects()
+{
+    const int before = model.disconnects;
+    const bool wasConnected = isConnected();
+    session.choose(u"&Disconnect"_s);
+    if (wasConnected
+        && !waitUntil([&] { return model.disconnects > before; }, ScriptedServer::Patience))
+        failure = u"the user cannot disconnect"_s;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Tabs
+
+void RandomUser::switchTab()
+{
+    const int index = someTab();
+    if (probe.tabBar().rect().contains(probe.tabBar().tabRect(index).center()))
+        probe.clickTab(index);
+    else
+        probe.tabWidget().setCurrentIndex(index);
+    model.showTab(index);
+}
+
+void RandomUser::clickCloseButton()
+{
+    const int index = someTab();
+    QPushButton *button = probe.closeButton(index);
+    if (button == nullptr)
+        return;
+    button->click();
+    model.clickCloseButton(index);
+}
+
+void RandomUser::closeFromOutside()
+{
+    const int index = dice.below(probe.tabWidget().count() + 2) - 1;
+    session.window.requestCloseTab(index);
+    model.closeTab(index);
+}
+
+void RandomUser::pressCloseShortcut()
+{
+    // By its signal, since the window need not be the active one.
+    emit session.window.findChild<QShortcut *>()->activated();
+    model.pressCloseShortcut();
+}
+
+void RandomUser::doubleClickTab()
+{
+    const int index = someTab();
+    emit probe.tabBar().tabBarDoubleClicked(index);
+    model.closeTab(index);
+}
+
+void RandomUser::openTabMenu()
+{
+    const int index = someTab();
+    const QString name = probe.tabWidget().tabText(index);
+    emit probe.tabBar().customContextMenuRequested(probe.tabBar().tabRect(index).center());
+    if (latest.entry == "Close"_L1)
+        model.closeTab(index);
+    else if (!latest.entry.isEmpty())
+        model.toggleAutojoin(name);
+}
+
+// ---------------------------------------------------------------------------------------------
+// People
+
+void RandomUser::openUserMenu()
+{
+    QListWidget &list = probe.userList();
+    if (list.isHidden() || list.count() == 0)
+        return;
+    const QListWidgetItem *item = list.item(dice.below(list.count()));
+    list.scrollToItem(item);
+    const QPoint place = list.visualItemRect(item).center();
+    item = list.itemAt(place);
+    if (item == nullptr)
+        return;
+    const QString nick = NickList::stripPrefix(item->text());
+    const QString channel = model.current;
+    emit list.customContextMenuRequested(place);
+    chooseInUserMenu(nick, channel);
+}
+
+void RandomUser::chooseInUserMenu(const QString &nick, const QString &channel)
+{
+    const QString entry = latest.entry;
+    const QString ban = u"MODE %1 +b %2!*@*"_s.arg(channel, nick);
+    if (entry == "Open Private Chat"_L1) {
+        model.openPrivateChat(nick);
+    } else if (entry == "Whois"_L1) {
+        model.whois(nick);
+    } else if (entry == "Kick"_L1) {
+        model.sendRaw(u"KICK %1 %2 :Requested"_s.arg(channel, nick));
+    } else if (entry == "Ban"_L1) {
+        model.sendRaw(ban);
+    } else if (entry == "Kick/Ban"_L1) {
+        model.sendRaw(ban);
+        model.sendRaw(u"KICK %1 %2 :Banned"_s.arg(channel, nick));
+    } else if (entry == "Change Nick..."_L1) {
+        followNickChange();
+    } else if (!entry.isEmpty() && entry != "Copy Nickname"_L1) {
+        followAway();
+    }
+}
+
+void RandomUser::doubleClickUser()
+{
+    QListWidget &list = probe.userList();
+    if (list.isHidden() || list.count() == 0)
+        return;
+    QListWidgetItem *item = list.item(dice.below(list.count()));
+    const QString nick = NickList::stripPrefix(item->text());
+    emit list.itemDoubleClicked(item);
+    model.openPrivateChat(nick);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Channel list
+
+void RandomUser::requestList()
+{
+    const bool isRegistered = probe.connection().isRegistered();
+    session.choose(u"Channel &List"_s);
+    if (isRegistered)
+        model.requestChannelList();
+}
+
+void RandomUser::filterList()
+{
+    static const QStringList texts{QString(), u"o"_s, u"one"_s, u"КОФЕ"_s, u"nothing"_s, u"http"_s};
+    const QString text = dice.pick(texts);
+    if (text == probe.listSearchEdit().text())
+        return;
+    probe.listSearchEdit().setText(text);
+    model.filterChannelList(text);
+}
+
+void RandomUser::doubleClickListRow()
+{
+    QTreeWidget *tree = probe.listTree();
+    if (tree == nullptr || tree->topLevelItemCount() == 0)
+        return;
+    QTreeWidgetItem *item = tree->topLevelItem(dice.below(tree->topLevelItemCount()));
+    const QString channel = item->text(0);
+    emit tree->itemDoubleClicked(item, 0);
+    model.doubleClickListRow(channel);
+}
+
+void RandomUser::openListMenu()
+{
+    QTreeWidget *tree = probe.listTree();
+    if (tree == nullptr || tree->topLevelItemCount() == 0)
+        return;
+    QTreeWidgetItem *item = tree->topLevelItem(dice.below(tree->topLevelItemCount()));
+    tree->scrollToItem(item);
+    const QPoint place = tree->visualItemRect(item).center();
+    item = tree->itemAt(place);
+    if (item == nullptr)
+        return;
+    const QString channel = item->text(0);
+    const bool isAutojoined = model.autojoin.contains(channel);
+    emit tree->customContextMenuRequested(place);
+    if (latest.entry.startsWith("Join "_L1))
+        model.joinChannel(channel);
+    else if (!latest.entry.isEmpty())
+        model.setAutojoin(channel, !isAutojoined);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Input
+
+QString RandomUser::randomInput()
+{
+    const QString nick = lines.nick();
+    const QString channel = lines.channel();
+    const QStringList inputs{lines.text(),
+                             lines.text(),
+                             u"/join "_s + channel,
+                             u"/j "_s + channel.mid(1) + u" key"_s,
+                             u"/part"_s,
+                             u"/p because"_s,
+                             u"/nick "_s + dice.pick(QStringList{u"me"_s, u"mine"_s, u"other"_s}),
+                             u"/msg "_s + nick + u' ' + lines.text(),
+                             u"/m  "_s + channel + u"  "_s + lines.text(),
+                             u"/RAW PRIVMSG "_s + channel + u" :x"_s,
+                             u"/raw  two blanks"_s,
+                             u"/list"_s,
+                             u"/away "_s + lines.text(),
+                             u"/a"_s,
+                             u"/back"_s,
+                             u"/whois "_s + nick,
+                             u"/wc "_s + channel,
+                             u"/autojoin "_s + channel,
+                             u"/topic x"_s,
+                             u"/"_s,
+                             u"//join #one"_s,
+                             u"/msg "_s + nick,
+                             u"   "_s};
+    return dice.pick(inputs);
+}
+
+void RandomUser::typeLine()
+{
+    if (!probe.inputLine().isVisible())
+        return;
+    const QString text = randomInput();
+    steps.last() += u' ' + text.left(60);
+    probe.nickCompleter().popup()->hide();
+    probe.typeLine(text);
+    model.typeLine(text);
+}
+
+void RandomUser::typeWithCompletion()
+{
+    QLineEdit &line = probe.inputLine();
+    if (!line.isVisible())
+        return;
+    if (dice.chance(50))
+        line.clear();
+    QTest::keyClicks(&line, dice.pick(QStringList{u"a"_s, u"b"_s, u"m"_s, u"hi e"_s, u"@"_s}));
+    QAbstractItemView *popup = probe.nickCompleter().popup();
+    if (popup->isVisible()) {
+        if (dice.chance(30))
+            interrupt();
+        if (popup->isVisible() && dice.chance(60)) {
+            QTest::keyClick(popup, Qt::Key_Down);
+            if (popup->currentIndex().isValid())
+                QTest::keyClick(popup, Qt::Key_Return);
+        }
+        popup->hide();
+    }
+    if (dice.chance(30))
+        probe.completeNick();
+    model.enterText(line.text());
+}
+
+void RandomUser::insertEmoji()
+{
+    if (!probe.emojiButton().isVisible())
+        return;
+    probe.emojiButton().click();
+    auto *picker = session.window.findChild<EmojiPicker *>();
+    if (picker == nullptr)
+        return;
+    if (dice.chance(30))
+        interrupt();
+    const QList<QPushButton *> emojis = picker->findChildren<QPushButton *>();
+    if (dice.chance(80))
+        dice.pick(emojis)->click();
+    else
+        picker->close();
+    model.enterText(probe.inputLine().text());
+}
+
+// ---------------------------------------------------------------------------------------------
+// The window
+
+void RandomUser::resize()
+{
+    session.window.resize(300 + dice.below(1200), 200 + dice.below(700));
+}
+
+void RandomUser::dragSplitter()
+{
+    QWidget *handle = probe.splitter().handle(1);
+    if (!handle->isVisible())
+        return;
+    const QPoint middle = handle->rect().center();
+    QTest::mousePress(handle, Qt::LeftButton, {}, middle);
+    QTest::mouseMove(handle, middle + QPoint(dice.below(200) - 100, 0));
+    QTest::mouseRelease(handle, Qt::LeftButton, {}, middle);
+}

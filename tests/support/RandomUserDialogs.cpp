@@ -1,0 +1,224 @@
+// The dialogs that the user opens, and how the user answers them and whatever else comes up.
+
+#include "ConnectDialog.h"
+#include "EditTopicDialog.h"
+#include "IRCConnection.h"
+#include "PreferencesDialog.h"
+#include "RandomUser.h"
+#include "ServerEditDialog.h"
+
+#include <QAction>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTest>
+#include <QTextEdit>
+#include <QToolBar>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A question of ours, and none of Qt's choosers.
+bool isPrompt(const QDialog &dialog)
+{
+    return dialog.metaObject() == &QDialog::staticMetaObject
+           || qobject_cast<const QInputDialog *>(&dialog) != nullptr;
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Dialogs
+
+void RandomUser::followAway()
+{
+    if (latest.isAccepted)
+        model.goAway(latest.text.isEmpty() ? u"Away"_s : latest.text);
+    else if (!latest.cameUp && isConnected() && model.isAway)
+        model.returnFromAway();
+}
+
+void RandomUser::followNickChange()
+{
+    const bool isNew = latest.text != probe.connection().currentNick();
+    if (latest.isAccepted && !latest.text.isEmpty() && isNew)
+        model.changeNick(latest.text);
+}
+
+void RandomUser::setAway()
+{
+    probe.awayAction().trigger();
+    followAway();
+}
+
+void RandomUser::changeNick()
+{
+    probe.changeNickAction().trigger();
+    followNickChange();
+}
+
+void RandomUser::joinChannel()
+{
+    const bool wasConnected = isConnected();
+    session.choose(u"&Join channel..."_s);
+    if (wasConnected && latest.isAccepted && !latest.text.isEmpty())
+        model.joinChannel(latest.text.startsWith(u'#') ? latest.text : QString(u'#' + latest.text));
+}
+
+void RandomUser::editTopic()
+{
+    const QString channel = probe.currentTabName();
+    QPushButton *button = probe.tabs().value(channel).editTopicBtn;
+    if (button == nullptr || !button->isVisible())
+        return;
+    const bool mayEdit = isConnected() && probe.isUserOperator(channel);
+    button->click();
+    if (mayEdit && latest.isAccepted)
+        model.setTopic(channel, latest.text);
+}
+
+void RandomUser::readInfo()
+{
+    session.choose(dice.chance(50) ? u"About Velmora"_s : u"Help"_s);
+}
+
+void RandomUser::useConnectDialog()
+{
+    auto *dialog = session.window.findChild<ConnectDialog *>();
+    if (dialog == nullptr) {
+        session.choose(u"&Connect..."_s);
+        return;
+    }
+    auto *rows = dialog->findChild<QListWidget *>();
+    const int row = dice.below(qMax(1, rows->count()));
+    switch (dice.below(6)) {
+    case 0:
+        rows->setCurrentRow(row);
+        break;
+    case 1:
+        if (rows->count() > 0) {
+            rows->scrollToItem(rows->item(row));
+            emit rows->customContextMenuRequested(rows->visualItemRect(rows->item(row)).center());
+        }
+        break;
+    case 2:
+        dialog->reject();
+        break;
+    default:
+        dialog->findChild<QPushButton *>(
+                      dice.pick(QStringList{u"addButton"_s, u"editButton"_s, u"deleteButton"_s}))
+                ->click();
+    }
+}
+
+void RandomUser::usePreferences()
+{
+    auto *dialog = session.window.findChild<PreferencesDialog *>();
+    if (dialog == nullptr) {
+        session.choose(u"&Preferences..."_s);
+        return;
+    }
+    const auto *box = dialog->findChild<QDialogButtonBox *>();
+    switch (dice.below(4)) {
+    case 0:
+        box->button(QDialogButtonBox::Ok)->click();
+        model.applyPreferences();
+        break;
+    case 1:
+        box->button(QDialogButtonBox::Apply)->click();
+        model.applyPreferences();
+        break;
+    case 2:
+        box->button(QDialogButtonBox::Cancel)->click();
+        break;
+    default:
+        dice.pick(dialog->findChild<QTabWidget *>()->findChildren<QPushButton *>())->click();
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Answers
+
+void RandomUser::interrupt()
+{
+    if (!isConnected())
+        return;
+    if (dice.chance(10)) {
+        losesLink();
+        return;
+    }
+    hearLines();
+    if (!session.settle())
+        failure = u"lines are not heard while something waits for an answer"_s;
+}
+
+void RandomUser::answer(QWidget *shown)
+{
+    ++done.answers;
+    const QPointer<QWidget> guard = shown;
+    if (dice.chance(30))
+        interrupt();
+    QWidget *left = guard.data();
+    if (left == nullptr || !left->isVisible())
+        return;
+    if (auto *menu = qobject_cast<QMenu *>(left))
+        answerMenu(menu);
+    else if (auto *dialog = qobject_cast<QDialog *>(left))
+        answerDialog(dialog);
+}
+
+void RandomUser::answerMenu(QMenu *menu)
+{
+    QList<QAction *> entries = menu->actions();
+    entries.removeIf([](const QAction *entry) { return entry->isSeparator(); });
+    if (entries.isEmpty() || dice.chance(20)) {
+        menu->close();
+        return;
+    }
+    QAction *entry = dice.pick(entries);
+    steps.last() += u" > "_s + entry->text();
+    latest.entry = entry->text();
+    menu->setActiveAction(entry);
+    QTest::keyClick(menu, Qt::Key_Return);
+}
+
+void RandomUser::answerDialog(QDialog *dialog)
+{
+    if (const auto *box = qobject_cast<QMessageBox *>(dialog)) {
+        dice.pick(box->buttons())->click();
+        return;
+    }
+    const bool accepts = dice.chance(70);
+    QString text;
+    if (const auto *editor = qobject_cast<EditTopicDialog *>(dialog)) {
+        editor->findChild<QTextEdit *>()->setPlainText(lines.text());
+        if (dice.chance(30))
+            editor->findChild<QToolBar *>()->actions().at(dice.below(5))->trigger();
+        text = editor->newTopic();
+    } else if (qobject_cast<ServerEditDialog *>(dialog) != nullptr) {
+        // Never the server in use, whose record the next link is made with.
+        const QList<QLineEdit *> fields = dialog->findChildren<QLineEdit *>();
+        fields.first()->setText(u"irc%1.example.org"_s.arg(dice.below(5)));
+    } else if (auto *edit = dialog->findChild<QLineEdit *>();
+               edit != nullptr && isPrompt(*dialog)) {
+        text = dice.pick(QStringList{QString(), u"mine"_s, lines.channel(), u"some text"_s});
+        edit->setText(text);
+    }
+    latest.cameUp = true;
+    latest.isAccepted = accepts && qobject_cast<QFileDialog *>(dialog) == nullptr;
+    latest.text = text;
+    steps.last() += u" > "_s + (accepts ? u"accepts "_s : u"rejects "_s) + text;
+    // Nothing is chosen in a file dialog, which would not be content with that.
+    if (latest.isAccepted)
+        dialog->accept();
+    else
+        dialog->reject();
+}
