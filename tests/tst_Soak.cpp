@@ -175,10 +175,10 @@ void TestSoak::keepsNothingOfASession()
         QVERIFY2(visit(session, round), qPrintable(u"round %1"_s.arg(round)));
         if (round % Stage != WarmUp)
             continue;
-        QTRY_COMPARE(holdings().value(Timers), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 0, ScriptedServer::Patience);
         if (before.isEmpty())
             before = holdings();
-        QTRY_COMPARE(grown(before), QStringList());
+        QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), ScriptedServer::Patience);
         qInfo("%d sessions: %d kB", round, int(residentMemory()));
     }
 }
@@ -216,14 +216,14 @@ void TestSoak::growsByItsRowsAlone()
     };
     QVERIFY(sayUpTo(warmUp));
     // That of the link stays; what was started by the last lines ends within a few seconds.
-    QTRY_COMPARE(holdings().value(Timers), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 1, ScriptedServer::Patience);
     const QMap<QString, int> before = holdings();
     const double atFirst = residentMemory();
     QVERIFY(sayUpTo(warmUp + (lines - warmUp) / 2));
     const double halfway = residentMemory();
     QVERIFY(sayUpTo(lines));
     const double inTheEnd = residentMemory();
-    QTRY_COMPARE(grown(before), QStringList());
+    QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), ScriptedServer::Patience);
 
     int rows = 0;
     for (const QString &tab : Tabs)
@@ -287,11 +287,11 @@ void TestSoak::leavesAServerThatNeverAnswersTls()
         session.choose(u"&Disconnect"_s);
         QCOMPARE(probe.lastLine(u"Server"_s), u"*** Disconnected."_s);
         QVERIFY(silent.waitForEnd());
-        QTRY_COMPARE(holdings().value(Timers), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 0, ScriptedServer::Patience);
         if (round == 1)
             before = holdings();
     }
-    QTRY_COMPARE(grown(before), QStringList());
+    QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), ScriptedServer::Patience);
 
     // Another server takes its place, and the program ends beside it.
     QVERIFY(dial());
