@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace {
 
@@ -18,8 +17,9 @@ namespace {
 constexpr qreal KerningShare = 1.02;
 constexpr qreal Overhang = 2;
 
-// What a whole number can hold, or a text of a hundred million letters would be narrower than none.
-constexpr qreal Widest = std::numeric_limits<int>::max() / 2;
+// Within what a whole number holds, or a text of some hundred million letters would be narrower
+// than none.
+constexpr qreal Widest = 1e9;
 
 // Formats come and go with each new link; beyond this many the collection starts anew.
 constexpr int MaximumFormats = 2000;
