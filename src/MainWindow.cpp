@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "Attention.h"
+#include "ChannelList.h"
 #include "ChannelPage.h"
 #include "ChannelSearch.h"
 #include "ChatBackground.h"
@@ -15,7 +16,6 @@
 #include "IrcText.h"
 #include "MyTabWidget.h"
 #include "NickList.h"
-#include "NumericTreeWidgetItem.h"
 #include "PlainTabs.h"
 #include "PlainTextMenu.h"
 #include "PlainToolTips.h"
@@ -33,7 +33,6 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QGuiApplication>
-#include <QHeaderView>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -76,15 +75,6 @@ constexpr quint16 ReconnectPort = 6667;
 constexpr int ReconnectDelayMs = 1000;
 
 constexpr int NotificationMs = 5000;
-// Columns of the channel list.
-constexpr int ChannelColumn = 0;
-constexpr int UsersColumn = 1;
-constexpr int TopicColumn = 2;
-
-const QString DarkTreeSheet = u"QTreeWidget { background-color: #1E1E1E; color: #DDDDDD; "
-                              "alternate-background-color: #252525; }"
-                              "QTreeWidget::item:hover { background-color: #3A3A3A; }"
-                              "QTreeWidget::item:selected { background-color: #505050; }"_s;
 
 bool isChannelName(const QString &name)
 {
@@ -1543,27 +1533,9 @@ void MainWindow::createListTab()
     auto *layout = new QVBoxLayout(info.page);
     layout->setContentsMargins(0, 0, 0, 0);
 
-    listInfoLabel = new QLabel(tr("Server: loading..."));
-    listInfoLabel->setTextFormat(Qt::PlainText);
-    // The server gives the text, which is not to make the window as wide as itself.
-    listInfoLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    listInfoLabel->setStyleSheet(u"font-weight: bold; padding: 4px;"_s);
+    listInfoLabel = ChannelList::createInfoLabel();
     layout->addWidget(listInfoLabel);
-
-    listTree = new QTreeWidget;
-    listTree->setAccessibleName(tr("Channels"));
-    listTree->setHeaderLabels({tr("Channel"), tr("Users"), tr("Topic")});
-    listTree->setRootIsDecorated(false);
-    listTree->setAlternatingRowColors(true);
-    listTree->setSortingEnabled(false);
-    QHeaderView *header = listTree->header();
-    header->setMinimumHeight(30);
-    header->setStyleSheet(u"QHeaderView::section { padding: 4px; font-weight: bold; }"_s);
-    listTree->setStyleSheet(currentTheme == "dark"_L1 ? DarkTreeSheet : QString());
-    header->setSectionResizeMode(ChannelColumn, QHeaderView::Interactive);
-    header->setMinimumSectionSize(120);
-    header->resizeSection(ChannelColumn, 200);
-    listTree->setContextMenuPolicy(Qt::CustomContextMenu);
+    listTree = ChannelList::createTree(currentTheme);
     connect(listTree, &QWidget::customContextMenuRequested, this,
             &MainWindow::showChannelListContextMenu);
     connect(listTree, &QTreeWidget::itemDoubleClicked, this,
@@ -1584,39 +1556,18 @@ void MainWindow::onListStart()
 void MainWindow::onListChannel(const QString &channel, const QString &userCount,
                                const QString &topic)
 {
-    if (!listTree)
-        return;
-    auto *item = new NumericTreeWidgetItem;
-    item->setText(ChannelColumn, channel);
-    item->setText(UsersColumn, userCount);
-    item->setText(TopicColumn, topic);
-    item->setData(UsersColumn, Qt::UserRole, userCount.toInt());
-    item->setHidden(false);
-    listTree->addTopLevelItem(item);
-    ChannelSearch::of(*listTree).add(*item);
+    if (listTree)
+        ChannelList::addRow(*listTree, channel, userCount, topic);
 }
 
 void MainWindow::onListEnd()
 {
     if (listTree) {
         listTree->setUpdatesEnabled(true);
-        sortChannelList();
+        ChannelList::sortByUsers(*listTree);
     }
     listReceiving = false;
     appendToServerTab(u"*** Channel list complete."_s);
-}
-
-void MainWindow::sortChannelList()
-{
-    QHeaderView *header = listTree->header();
-    // Each of the two steps below would sort a long list on the way: the first one by the header's
-    // old column, and the second one also for the header's signal.
-    const QSignalBlocker blocker(header);
-    if (!listTree->isSortingEnabled()) {
-        header->setSortIndicator(-1, Qt::DescendingOrder);
-        listTree->setSortingEnabled(true);
-    }
-    listTree->sortItems(UsersColumn, Qt::DescendingOrder);
 }
 
 void MainWindow::onListInfo(const QString &serverName, int totalChannels, int totalUsers)
@@ -1641,7 +1592,7 @@ void MainWindow::showChannelListContextMenu(const QPoint &pos)
     if (!item)
         return;
     // The row, and the tree itself, may be gone by the time that an entry is chosen.
-    const QString channel = item->text(ChannelColumn);
+    const QString channel = ChannelList::channelOf(*item);
     const bool isAutojoined = autojoinChannels.contains(channel);
 
     PlainTextMenu menu;
@@ -1662,7 +1613,7 @@ void MainWindow::onChannelListDoubleClicked(QTreeWidgetItem *item, int)
 {
     if (!item || !connection->isConnected())
         return;
-    const QString channel = item->text(ChannelColumn);
+    const QString channel = ChannelList::channelOf(*item);
     if (!channel.isEmpty() && !tabs.contains(channel)) {
         // Without the widgets of its topic, which thus stays empty in this tab.
         insertTab(channel, createTabInfo(channel, true));

@@ -274,7 +274,6 @@ private:
     void requestChannelList();
     void createListTab();
     /// Puts the fullest channels first and leaves the sorting on.
-    void sortChannelList();
 
     // Input
     using CommandHandler = void (MainWindow::*)(const Commands::Command &);

@@ -1,0 +1,85 @@
+#include "ChannelList.h"
+
+#include "ChannelSearch.h"
+#include "NumericTreeWidgetItem.h"
+
+#include <QHeaderView>
+#include <QLabel>
+#include <QSignalBlocker>
+#include <QTreeWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int ChannelColumn = 0;
+constexpr int UsersColumn = 1;
+constexpr int TopicColumn = 2;
+
+const auto DarkTreeSheet = u"QTreeWidget { background-color: #1E1E1E; color: #DDDDDD; "
+                           "alternate-background-color: #252525; }"
+                           "QTreeWidget::item:hover { background-color: #3A3A3A; }"
+                           "QTreeWidget::item:selected { background-color: #505050; }"_s;
+
+} // namespace
+
+QLabel *ChannelList::createInfoLabel()
+{
+    auto *label = new QLabel(QLabel::tr("Server: loading..."));
+    label->setTextFormat(Qt::PlainText);
+    // The server gives the text, which is not to make the window as wide as itself.
+    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    label->setStyleSheet(u"font-weight: bold; padding: 4px;"_s);
+    return label;
+}
+
+QTreeWidget *ChannelList::createTree(const QString &theme)
+{
+    auto *tree = new QTreeWidget;
+    tree->setAccessibleName(QTreeWidget::tr("Channels"));
+    tree->setHeaderLabels(
+            {QTreeWidget::tr("Channel"), QTreeWidget::tr("Users"), QTreeWidget::tr("Topic")});
+    tree->setRootIsDecorated(false);
+    tree->setAlternatingRowColors(true);
+    tree->setSortingEnabled(false);
+    QHeaderView *header = tree->header();
+    header->setMinimumHeight(30);
+    header->setStyleSheet(u"QHeaderView::section { padding: 4px; font-weight: bold; }"_s);
+    tree->setStyleSheet(theme == "dark"_L1 ? DarkTreeSheet : QString());
+    header->setSectionResizeMode(ChannelColumn, QHeaderView::Interactive);
+    header->setMinimumSectionSize(120);
+    header->resizeSection(ChannelColumn, 200);
+    tree->setContextMenuPolicy(Qt::CustomContextMenu);
+    return tree;
+}
+
+void ChannelList::addRow(QTreeWidget &tree, const QString &channel, const QString &userCount,
+                         const QString &topic)
+{
+    auto *item = new NumericTreeWidgetItem;
+    item->setText(ChannelColumn, channel);
+    item->setText(UsersColumn, userCount);
+    item->setText(TopicColumn, topic);
+    item->setData(UsersColumn, Qt::UserRole, userCount.toInt());
+    item->setHidden(false);
+    tree.addTopLevelItem(item);
+    ChannelSearch::of(tree).add(*item);
+}
+
+QString ChannelList::channelOf(const QTreeWidgetItem &row)
+{
+    return row.text(ChannelColumn);
+}
+
+void ChannelList::sortByUsers(QTreeWidget &tree)
+{
+    QHeaderView *header = tree.header();
+    // Each of the two steps below would sort a long list on the way: the first one by the header's
+    // old column, and the second one also for the header's signal.
+    const QSignalBlocker blocker(header);
+    if (!tree.isSortingEnabled()) {
+        header->setSortIndicator(-1, Qt::DescendingOrder);
+        tree.setSortingEnabled(true);
+    }
+    tree.sortItems(UsersColumn, Qt::DescendingOrder);
+}
