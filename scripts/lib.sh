@@ -84,6 +84,8 @@ build() {
     shift 3
     if command -v ccache >/dev/null; then
         export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+        # What was compiled in one clone serves the others.
+        export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$PWD} CCACHE_NOHASHDIR=${CCACHE_NOHASHDIR:-1}
     fi
     say "Configuring $folder"
     cmake --preset "$preset" -B "$folder" "$@" --log-level=NOTICE || die "CMake could not configure $folder."

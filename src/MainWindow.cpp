@@ -1147,11 +1147,8 @@ void MainWindow::onKick(const QString &channel, const QString &kickedNick,
                        true);
     dropUser(channel, kickedNick);
     if (kickedNick == connection->currentNick()) {
-        if (channel == currentTabName) {
+        if (channel == currentTabName)
             userList->clear();
-            // Those who are left stay on offer until the tab changes.
-            refreshPendingCompletion();
-        }
         channelUsers.remove(channel);
     }
 }
@@ -1409,30 +1406,35 @@ void MainWindow::onWatchStatus(const QString &nick, bool online)
 
 void MainWindow::updateNickCompletionModel()
 {
+    pendingCompletion = completionSource();
     // Nobody can type within a read, which may bring the joins and quits of a whole net split.
-    completionPending = true;
     if (!connection->isReading())
         refreshPendingCompletion();
 }
 
 void MainWindow::refreshPendingCompletion()
 {
-    if (!std::exchange(completionPending, false))
+    if (!pendingCompletion)
         return;
-    QStringList users = channelUsers.value(currentTabName);
-    for (QString &user : users)
-        user = stripModePrefix(user);
-    setCompletionCandidates(completionCandidates(users));
+    for (QString &entry : pendingCompletion->entries)
+        entry = stripModePrefix(entry);
+    setCompletionCandidates(completionCandidates(*pendingCompletion));
+    pendingCompletion.reset();
 }
 
-QStringList MainWindow::completionCandidates(const QStringList &users) const
+MainWindow::CompletionSource MainWindow::completionSource() const
+{
+    return {currentTabName, channelUsers.value(currentTabName), connection->currentNick()};
+}
+
+QStringList MainWindow::completionCandidates(const CompletionSource &source)
 {
     QStringList candidates;
-    if (isChannelName(currentTabName))
-        candidates = users;
-    else if (currentTabName != ServerTab)
-        candidates.append(currentTabName);
-    candidates.append(connection->currentNick());
+    if (isChannelName(source.tabName))
+        candidates = source.entries;
+    else if (source.tabName != ServerTab)
+        candidates.append(source.tabName);
+    candidates.append(source.ownNick);
     candidates.removeDuplicates();
     return candidates;
 }
@@ -1460,7 +1462,7 @@ void MainWindow::completeNick()
     if (prefix.isEmpty())
         return;
     // The entries keep their ranks here: an operator's is completed after the "@" only.
-    const QStringList candidates = completionCandidates(channelUsers.value(currentTabName));
+    const QStringList candidates = completionCandidates(completionSource());
     setCompletionCandidates(candidates);
     for (const QString &candidate : candidates) {
         if (candidate.startsWith(prefix, Qt::CaseInsensitive)) {

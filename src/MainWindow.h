@@ -263,17 +263,24 @@ private:
     void watch(const QString &nick);
 
     // Completion
+    struct CompletionSource
+    {
+        QString tabName;
+        QStringList entries; ///< The channel's, ranks included; none elsewhere.
+        QString ownNick;
+    };
     void updateNickCompletionModel();
     /// Does what an update has left to the end of the read in progress, if there is something.
     void refreshPendingCompletion();
-    /// What can be completed in the tab on show; `users` are the channel's entries.
-    QStringList completionCandidates(const QStringList &users) const;
+    /// What there is to complete now, in the tab on show.
+    [[nodiscard]] CompletionSource completionSource() const;
+    static QStringList completionCandidates(const CompletionSource &source);
     void setCompletionCandidates(const QStringList &candidates);
+
     // Channel list
     /// Opens the "List" tab if it isn't open, empties it, and asks the server for its channels.
     void requestChannelList();
     void createListTab();
-    /// Puts the fullest channels first and leaves the sorting on.
 
     // Input
     using CommandHandler = void (MainWindow::*)(const Commands::Command &);
@@ -347,5 +354,6 @@ private:
     QMap<QString, QString> inputDrafts;
     /// Rows of the read in progress, per conversation: written together when it ends.
     QHash<QTextBrowser *, PendingRows> pendingRows;
-    bool completionPending = false; ///< The read in progress has changed what can be completed.
+    /// What the read in progress has updated the completion with last, if it has.
+    std::optional<CompletionSource> pendingCompletion;
 };

@@ -6,9 +6,11 @@
 #include <QSettings>
 #include <QStyleFactory>
 
-#include <chrono>
-#include <cstdlib>
-#include <thread>
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/time.h>
+#include <unistd.h>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -31,8 +33,6 @@ void closeStoreToOthers(const QString &fileName)
     closeToOthers(fileName);
 }
 
-constexpr std::chrono::milliseconds LongestFarewell(700);
-
 // The window has gone, and its session with it, when this returns.
 int showWindow()
 {
@@ -41,15 +41,22 @@ int showWindow()
     return QApplication::exec();
 }
 
+#ifdef Q_OS_UNIX
+volatile std::sig_atomic_t exitStatus = 0;
+#endif
+
 // Qt does not let a process end while a host name is being looked up, and the system gives name
 // servers that do not answer a quarter of a minute and more. The window and the session are gone
 // when this is called, and what is to be stored is stored, so nobody is to wait for that.
-void limitFarewell(int status)
+void limitFarewell([[maybe_unused]] int status)
 {
-    std::thread([status] {
-        std::this_thread::sleep_for(LongestFarewell);
-        std::_Exit(status);
-    }).detach();
+#ifdef Q_OS_UNIX
+    constexpr itimerval LongestFarewell{.it_interval = {},
+                                        .it_value = {.tv_sec = 0, .tv_usec = 700'000}};
+    exitStatus = status;
+    std::signal(SIGALRM, [](int) { _exit(exitStatus); });
+    setitimer(ITIMER_REAL, &LongestFarewell, nullptr);
+#endif
 }
 
 } // namespace

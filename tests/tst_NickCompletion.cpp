@@ -68,6 +68,8 @@ private slots:
     void keepsWhoWasThereWhenKicked();
     void followsAClosedTab();
     void refreshesOnceInARead();
+    void offersWhatTheLastUpdateFound_data();
+    void offersWhatTheLastUpdateFound();
 
     void offersNicks_data();
     void offersNicks();
@@ -299,6 +301,43 @@ void TestNickCompletion::refreshesOnceInARead()
     // Few reads carry all of it.
     QVERIFY(changed.size() < 10);
     QVERIFY(changed.size() > 0);
+}
+
+void TestNickCompletion::offersWhatTheLastUpdateFound_data()
+{
+    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<QStringList>("nicks");
+
+    QTest::newRow("conversation renamed")
+            << QStringList{u":bob!u@h PRIVMSG me :hi"_s, u":bob!u@h NICK rob"_s}
+            << QStringList{u"bob"_s, u"me"_s};
+    QTest::newRow("user renamed") << QStringList{u":bob!u@h PRIVMSG me :hi"_s,
+                                                 u":me!u@h NICK you"_s}
+                                  << QStringList{u"bob"_s, u"me"_s};
+    QTest::newRow("rank given after a join")
+            << QStringList{u":me!u@h JOIN #c"_s, u":irc.test 353 me = #c :b me"_s,
+                           u":irc.test 366 me #c :End"_s, u":a!u@h JOIN #c"_s,
+                           u":b!u@h MODE #c +v me"_s}
+            << QStringList{u"a"_s, u"b"_s, u"me"_s};
+}
+
+// A rename of the tab or of the user, and a mode, update nothing: what is offered then is what the
+// update before them found, whether they came in one read with it or later.
+void TestNickCompletion::offersWhatTheLastUpdateFound()
+{
+    QFETCH(const QStringList, lines);
+    QFETCH(const QStringList, nicks);
+    for (const bool inOneRead : {false, true}) {
+        WindowSession session;
+        QVERIFY(session.registerAs());
+        if (inOneRead) {
+            QVERIFY(session.sayAll(lines));
+        } else {
+            for (const QString &line : lines)
+                QVERIFY(session.say(line));
+        }
+        QCOMPARE(session.probe.completions(), nicks);
+    }
 }
 
 void TestNickCompletion::offersNicks_data()

@@ -30,7 +30,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Patience = 20000; // In ms.
+constexpr int Patience = 60000; // In ms.
+constexpr int OneTry = 5000;    // In ms, of several.
 constexpr int NotificationMs = 5000;
 
 const auto MainTitle = u"Velmora"_s;
@@ -39,8 +40,14 @@ const auto OtherTitle = u"Somebody else"_s;
 constexpr QRgb OtherColour = qRgb(192, 0, 192);
 constexpr int OtherPoints = 50'000; // The other window has more points than this.
 
-constexpr int MenuPoints = 1000;    // A menu changes more points than this.
+constexpr int MenuPoints = 1000;    // A tab's menu changes more points than this.
 constexpr int BalloonPoints = 4000; // And a notification by a window of its own more than this.
+
+// The icon's menu is white, as nothing else is where it comes up, the tool tip included.
+constexpr QRect MenuArea(1200, 32, 200, 60);
+constexpr QRgb MenuColour = qRgb(255, 255, 255);
+constexpr int MenuWidth = 100;
+constexpr int MenuHeight = 30;
 
 // With these arguments the program is one that shows a window of another program, that tells by its
 // exit status whether there is a tray, or that notifies of the odd text and tells what Qt's own
@@ -183,12 +190,13 @@ public:
         return server.waitForLine(u"NAMES #room"_s);
     }
 
-    /// Puts a window of another program over ours.
+    /// Puts a window of another program over ours. A window manager need not let a new window do
+    /// that by itself.
     [[nodiscard]] bool cover()
     {
         other.setProcessEnvironment(screen.environment());
         return other.launch(QCoreApplication::applicationFilePath(), {ShowAWindow})
-               && waitForActive(OtherTitle)
+               && QTest::qWaitFor([this] { return screen.activate(OtherTitle); }, Patience)
                && QTest::qWaitFor([this] { return isCovered(); }, Patience);
     }
     [[nodiscard]] bool isCovered() const
@@ -202,13 +210,28 @@ public:
                && QTest::qWaitFor([this] { return screen.countPoints(OtherColour) == 0; },
                                   Patience);
     }
+    /// Opens the icon's menu and waits until it is painted, and so takes the keys. As long as the
+    /// program hears that its window has lost the keyboard, Qt closes the menu again at once.
+    [[nodiscard]] bool openMenu() const
+    {
+        const auto isOpened = [this] {
+            return screen.click(panel->icon(), 3)
+                   && QTest::qWaitFor([this] { return isMenuOpen(); }, OneTry);
+        };
+        return QTest::qWaitFor(isOpened, Patience);
+    }
+    [[nodiscard]] bool isMenuOpen() const
+    {
+        const QRect found = screen.findPoints(MenuArea, MenuColour, 0);
+        return found.width() > MenuWidth && found.height() > MenuHeight;
+    }
     [[nodiscard]] bool minimise()
     {
         return screen.minimise() && QTest::qWaitFor([this] { return isMinimised(); }, Patience);
     }
-    [[nodiscard]] bool waitForActive(const QString &title) const
+    [[nodiscard]] bool waitForActive(const QString &title, int patience = Patience) const
     {
-        return QTest::qWaitFor([&] { return screen.activeTitle() == title; }, Patience);
+        return QTest::qWaitFor([&] { return screen.activeTitle() == title; }, patience);
     }
     [[nodiscard]] bool isMinimised() const { return screen.activeTitle() != MainTitle; }
 
@@ -348,9 +371,7 @@ void TestTray::doesNothingByAMiddleClick()
     QVERIFY(scene->cover());
     QVERIFY(scene->screen.click(scene->panel->icon(), 2));
     // Whatever the click did is done by the time that the menu has come up.
-    const QImage before = scene->screen.picture();
-    QVERIFY(scene->screen.click(scene->panel->icon(), 3));
-    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) > MenuPoints, Patience);
+    QVERIFY(scene->openMenu());
     QVERIFY(scene->isCovered());
 }
 
@@ -360,14 +381,10 @@ void TestTray::showsItsMenuByARightClick()
     QVERIFY(scene->startProgram());
     QVERIFY(scene->panel->waitForIcon());
     QVERIFY(scene->cover());
-    QVERIFY(scene->screen.point(scene->panel->icon()));
-    const QImage before = scene->screen.picture();
-    QVERIFY(scene->screen.click(scene->panel->icon(), 3));
-    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) > MenuPoints, Patience);
+    QVERIFY(scene->openMenu());
     QVERIFY(scene->isCovered());
-    const QImage withMenu = scene->screen.picture();
     QVERIFY(scene->screen.press(u"Escape"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(withMenu) > MenuPoints, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!scene->isMenuOpen(), Patience);
     QVERIFY(scene->isCovered());
     QVERIFY(scene->program.isRunning());
 }
@@ -378,12 +395,11 @@ void TestTray::comesBackByTheMenu()
     QVERIFY(scene->startProgram());
     QVERIFY(scene->panel->waitForIcon());
     QVERIFY(scene->minimise());
-    const QImage before = scene->screen.picture();
-    QVERIFY(scene->screen.click(scene->panel->icon(), 3));
-    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) > MenuPoints, Patience);
-    QVERIFY(scene->screen.press(u"Down"_s));
-    QVERIFY(scene->screen.press(u"Return"_s));
-    QVERIFY(scene->waitForActive(MainTitle));
+    const auto isBack = [this] {
+        return scene->openMenu() && scene->screen.press(u"Down"_s)
+               && scene->screen.press(u"Return"_s) && scene->waitForActive(MainTitle, OneTry);
+    };
+    QVERIFY(QTest::qWaitFor(isBack, Patience));
 }
 
 void TestTray::quitsByTheMenu()
@@ -391,9 +407,7 @@ void TestTray::quitsByTheMenu()
     QVERIFY(scene->addPanel());
     QVERIFY(scene->startSession());
     QVERIFY(scene->panel->waitForIcon());
-    const QImage before = scene->screen.picture();
-    QVERIFY(scene->screen.click(scene->panel->icon(), 3));
-    QTRY_VERIFY_WITH_TIMEOUT(scene->screen.countChanges(before) > MenuPoints, Patience);
+    QVERIFY(scene->openMenu());
     QVERIFY(scene->screen.press(u"Up"_s));
     QVERIFY(scene->screen.press(u"Return"_s));
     QTRY_VERIFY_WITH_TIMEOUT(!scene->program.isRunning(), Patience);

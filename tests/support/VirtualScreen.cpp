@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QHash>
+#include <QRegularExpression>
 #include <QTest>
 #include <QtEndian>
 
@@ -240,6 +241,12 @@ bool VirtualScreen::doubleClick(QPoint place) const
 bool VirtualScreen::point(QPoint place) const
 {
     return run({u"mousemove"_s, QString::number(place.x()), QString::number(place.y())});
+}
+
+bool VirtualScreen::activate(const QString &title) const
+{
+    const QString exactly = u'^' + QRegularExpression::escape(title) + u'$';
+    return run({u"search"_s, u"--onlyvisible"_s, u"--name"_s, exactly, u"windowactivate"_s});
 }
 
 bool VirtualScreen::minimise() const

@@ -55,6 +55,9 @@ public:
     bool doubleClick(QPoint point) const;
     /// Moves the mouse without a click.
     bool point(QPoint place) const;
+    /// Asks for the window with this title to lie before the others and to have the keyboard. False
+    /// if there is none yet.
+    [[nodiscard]] bool activate(const QString &title) const;
     /// Minimises the window that has the keyboard.
     bool minimise() const;
 
