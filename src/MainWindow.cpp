@@ -9,7 +9,6 @@
 #include "ConnectDialog.h"
 #include "EditTopicDialog.h"
 #include "EmojiPicker.h"
-#include "FocusMark.h"
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
 #include "InfoDialogs.h"
@@ -18,13 +17,12 @@
 #include "NickList.h"
 #include "PlainTabs.h"
 #include "PlainTextMenu.h"
-#include "PlainToolTips.h"
 #include "PreferencesDialog.h"
 #include "Prompts.h"
 #include "ServerStore.h"
 #include "StatusTipStopper.h"
 #include "SystemTray.h"
-#include "TabMenuKey.h"
+#include "TabStrip.h"
 #include "ThemeManager.h"
 
 #include <QAbstractItemView>
@@ -55,7 +53,6 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -96,18 +93,6 @@ bool equalsIgnoringCase(const QString &left, const QString &right)
     return left.compare(right, Qt::CaseInsensitive) == 0;
 }
 
-// The property of a close button that tells which tab it closes: the index at which its tab stood
-// when the buttons were last gone over, also once tabs before it have gone.
-constexpr char CloseIndex[] = "closeIndex";
-
-QString closeButtonSheet(bool isCurrent)
-{
-    return u"QPushButton {  background: transparent;  border: none;  font-size: 16px;  "
-           "font-weight: bold;  color: %1;  padding: 0px;}"
-           "QPushButton:hover {  background: rgba(0,0,0,0.1);  border-radius: 4px;}"_s.arg(
-                   isCurrent ? "#FFFFFF"_L1 : "#999999"_L1);
-}
-
 QStringList whoisLines(const QString &nick, const MainWindow::WhoInfo &info)
 {
     QStringList lines{
@@ -123,19 +108,6 @@ QStringList whoisLines(const QString &nick, const MainWindow::WhoInfo &info)
     if (!info.awayMessage.isEmpty())
         lines << u"*** %1 is away: %2"_s.arg(nick, info.awayMessage);
     return lines;
-}
-
-// The keyboard goes from the tabs to what is in one, and on to the users.
-void putPageBehindTabs(const QWidget &page, QTabBar &bar)
-{
-    QWidget *last = &bar;
-    const QList<QWidget *> widgets = page.findChildren<QWidget *>();
-    for (QWidget *widget : widgets) {
-        if ((widget->focusPolicy() & Qt::TabFocus) == 0)
-            continue;
-        QWidget::setTabOrder(last, widget);
-        last = widget;
-    }
 }
 
 QString placeholderFor(const QString &tabName)
@@ -190,19 +162,8 @@ void MainWindow::setupUI()
     layout->addWidget(splitter);
 
     tabWidget = new MyTabWidget;
-    tabBar = new HighlightTabBar(tabWidget);
-    tabWidget->setPublicTabBar(tabBar);
-    tabBar->setExpanding(true);
+    tabBar = TabStrip::create(*tabWidget);
     tabBar->setTheme(currentTheme);
-    new PlainToolTips(*tabBar);
-    new TabMenuKey(*tabBar);
-    new FocusMark(*tabBar);
-    tabWidget->setTabsClosable(false); // Tabs have close buttons of their own, on the left.
-    tabBar->setContextMenuPolicy(Qt::CustomContextMenu);
-    // Qt reads the theme's "max-width: none" as no width at all and would cut every longer name
-    // off; and the bold text of a blinking tab, which no theme sizes, is to fit like the others.
-    tabBar->setStyleSheet(
-            u"QTabBar { font-size: 12px; } QTabBar::tab { max-width: 16777215px; }"_s);
     splitter->addWidget(tabWidget);
 
     userList = new QListWidget;
@@ -696,7 +657,7 @@ void MainWindow::insertTab(const QString &name, const TabInfo &info)
     tabs.insert(name, info);
     const int index = PlainTabs::add(*tabWidget, info.page, name);
     tabWidget->setTabToolTip(index, name);
-    putPageBehindTabs(*info.page, *tabBar);
+    TabStrip::putBehind(*tabBar, *info.page);
 }
 
 void MainWindow::openTab(const QString &name)
@@ -737,33 +698,7 @@ QString MainWindow::findPrivateChatTab(const QString &nick) const
 
 void MainWindow::addCloseButtonToAllTabs()
 {
-    const int current = tabWidget->currentIndex();
-    for (int index = 0; index < tabWidget->count(); ++index) {
-        QWidget *button = tabBar->tabButton(index, QTabBar::LeftSide);
-        // Putting a button in lays out the whole bar, so one that is there is put right instead.
-        if (!button) {
-            button = createCloseButton();
-            tabBar->setTabButton(index, QTabBar::LeftSide, button);
-        }
-        button->setProperty(CloseIndex, index);
-        const QString sheet = closeButtonSheet(index == current);
-        if (button->styleSheet() != sheet)
-            button->setStyleSheet(sheet);
-    }
-}
-
-QWidget *MainWindow::createCloseButton()
-{
-    auto *button = new QPushButton(u"\u00D7"_s);
-    button->setFixedSize(20, 20);
-    button->setFlat(true);
-    button->setAccessibleName(tr("Close tab"));
-    // As those of Qt: a key closes the current tab, and none has to walk past each button.
-    button->setFocusPolicy(Qt::NoFocus);
-    button->setCursor(Qt::ArrowCursor);
-    connect(button, &QPushButton::clicked, this,
-            [this, button] { closeTab(button->property(CloseIndex).toInt()); });
-    return button;
+    TabStrip::updateCloseButtons(*tabBar, *this, [this](int index) { closeTab(index); });
 }
 
 void MainWindow::onTabChanged(int index)

@@ -200,7 +200,6 @@ private:
     QString findPrivateChatTab(const QString &nick) const;
     /// Gives each tab its close button, or puts it right, with the index at which the tab is now.
     void addCloseButtonToAllTabs();
-    QWidget *createCloseButton();
     void updateTopicLabel(const QString &channel);
     /// Shows the button that edits the topic to operators only.
     void updateTopicEditButton(const QString &channel);

@@ -1,0 +1,90 @@
+#include "TabStrip.h"
+
+#include "FocusMark.h"
+#include "HighlightTabBar.h"
+#include "MyTabWidget.h"
+#include "PlainToolTips.h"
+#include "TabMenuKey.h"
+
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The property of a close button that tells which tab it closes.
+constexpr char CloseIndex[] = "closeIndex";
+
+QString closeButtonSheet(bool isCurrent)
+{
+    return u"QPushButton {  background: transparent;  border: none;  font-size: 16px;  "
+           "font-weight: bold;  color: %1;  padding: 0px;}"
+           "QPushButton:hover {  background: rgba(0,0,0,0.1);  border-radius: 4px;}"_s.arg(
+                   isCurrent ? "#FFFFFF"_L1 : "#999999"_L1);
+}
+
+QPushButton *createCloseButton(const QObject &receiver, const std::function<void(int)> &close)
+{
+    auto *button = new QPushButton(u"\u00D7"_s);
+    button->setFixedSize(20, 20);
+    button->setFlat(true);
+    button->setAccessibleName(QPushButton::tr("Close tab"));
+    // As those of Qt: a key closes the current tab, and none has to walk past each button.
+    button->setFocusPolicy(Qt::NoFocus);
+    button->setCursor(Qt::ArrowCursor);
+    QObject::connect(button, &QPushButton::clicked, &receiver,
+                     [button, close] { close(button->property(CloseIndex).toInt()); });
+    return button;
+}
+
+} // namespace
+
+namespace TabStrip {
+
+HighlightTabBar *create(MyTabWidget &tabs)
+{
+    auto *bar = new HighlightTabBar(&tabs);
+    tabs.setPublicTabBar(bar);
+    bar->setExpanding(true);
+    new PlainToolTips(*bar);
+    new TabMenuKey(*bar);
+    new FocusMark(*bar);
+    tabs.setTabsClosable(false); // Tabs have close buttons of their own, on the left.
+    bar->setContextMenuPolicy(Qt::CustomContextMenu);
+    // Qt reads the theme's "max-width: none" as no width at all and would cut every longer name
+    // off; and the bold text of a blinking tab, which no theme sizes, is to fit like the others.
+    bar->setStyleSheet(u"QTabBar { font-size: 12px; } QTabBar::tab { max-width: 16777215px; }"_s);
+    return bar;
+}
+
+void updateCloseButtons(QTabBar &bar, const QObject &receiver,
+                        const std::function<void(int)> &close)
+{
+    const int current = bar.currentIndex();
+    for (int index = 0; index < bar.count(); ++index) {
+        QWidget *button = bar.tabButton(index, QTabBar::LeftSide);
+        // Putting a button in lays out the whole bar, so one that is there is put right instead.
+        if (!button) {
+            button = createCloseButton(receiver, close);
+            bar.setTabButton(index, QTabBar::LeftSide, button);
+        }
+        button->setProperty(CloseIndex, index);
+        const QString sheet = closeButtonSheet(index == current);
+        if (button->styleSheet() != sheet)
+            button->setStyleSheet(sheet);
+    }
+}
+
+void putBehind(QTabBar &bar, const QWidget &page)
+{
+    QWidget *last = &bar;
+    const QList<QWidget *> widgets = page.findChildren<QWidget *>();
+    for (QWidget *widget : widgets) {
+        if ((widget->focusPolicy() & Qt::TabFocus) == 0)
+            continue;
+        QWidget::setTabOrder(last, widget);
+        last = widget;
+    }
+}
+
+} // namespace TabStrip

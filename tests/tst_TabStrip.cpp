@@ -1,0 +1,154 @@
+#include "HighlightTabBar.h"
+#include "MyTabWidget.h"
+#include "TabStrip.h"
+
+#include <QPushButton>
+#include <QTest>
+#include <QVBoxLayout>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Tabs in their bar, and which of them the buttons have asked to close.
+class Strip final
+{
+public:
+    explicit Strip(int count)
+    {
+        for (int index = 0; index < count; ++index)
+            tabs.addTab(new QWidget, QString::number(index));
+    }
+
+    void update()
+    {
+        TabStrip::updateCloseButtons(*bar, receiver ? *receiver : tabs,
+                                     [this](int index) { closed.append(index); });
+    }
+    [[nodiscard]] QPushButton *button(int index) const
+    {
+        return qobject_cast<QPushButton *>(bar->tabButton(index, QTabBar::LeftSide));
+    }
+
+    MyTabWidget tabs;
+    HighlightTabBar *bar = TabStrip::create(tabs);
+    std::unique_ptr<QObject> receiver;
+    QList<int> closed;
+};
+
+} // namespace
+
+class TestTabStrip final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void makesTheBarOfTheTabs();
+    void makesOneButtonPerTab();
+    void marksTheCurrentTabsButton();
+    void closesTheTabOfTheLastUpdate();
+    void asksNobodyWhoIsGone();
+    void leadsTheKeyboardThroughThePage();
+};
+
+void TestTabStrip::makesTheBarOfTheTabs()
+{
+    const Strip strip(1);
+    QCOMPARE(strip.tabs.tabBar(), strip.bar);
+    QVERIFY(strip.tabs.isAncestorOf(strip.bar));
+    QVERIFY(strip.bar->expanding());
+    QVERIFY(!strip.tabs.tabsClosable());
+    QCOMPARE(strip.bar->contextMenuPolicy(), Qt::CustomContextMenu);
+}
+
+void TestTabStrip::makesOneButtonPerTab()
+{
+    Strip strip(2);
+    strip.update();
+    const QPushButton *first = strip.button(0);
+    QVERIFY(first != nullptr);
+    QCOMPARE(first->text(), u"\u00D7"_s);
+    QCOMPARE(first->size(), QSize(20, 20));
+    QVERIFY(first->isFlat());
+    QCOMPARE(first->focusPolicy(), Qt::NoFocus);
+    QCOMPARE(first->cursor().shape(), Qt::ArrowCursor);
+    QVERIFY(!first->accessibleName().isEmpty());
+    QVERIFY(strip.button(1) != nullptr);
+    strip.tabs.addTab(new QWidget, u"2"_s);
+    strip.update();
+    QCOMPARE(strip.button(0), first);
+    QVERIFY(strip.button(2) != nullptr);
+}
+
+void TestTabStrip::marksTheCurrentTabsButton()
+{
+    Strip strip(3);
+    for (const int current : {0, 2, 1}) {
+        strip.tabs.setCurrentIndex(current);
+        strip.update();
+        for (int index = 0; index < 3; ++index) {
+            const QString sheet = strip.button(index)->styleSheet();
+            QCOMPARE(sheet.contains(u"color: #FFFFFF;"_s), index == current);
+            QCOMPARE(sheet.contains(u"color: #999999;"_s), index != current);
+        }
+    }
+}
+
+// A tab that has gone leaves those behind it with the index of the one after them.
+void TestTabStrip::closesTheTabOfTheLastUpdate()
+{
+    Strip strip(4);
+    strip.update();
+    strip.button(3)->click();
+    strip.tabs.removeTab(1);
+    strip.button(1)->click();
+    strip.button(2)->click();
+    strip.update();
+    strip.button(1)->click();
+    strip.button(2)->click();
+    QCOMPARE(strip.closed, (QList<int>{3, 2, 3, 1, 2}));
+}
+
+void TestTabStrip::asksNobodyWhoIsGone()
+{
+    Strip strip(1);
+    strip.receiver = std::make_unique<QObject>();
+    strip.update();
+    strip.button(0)->click();
+    strip.receiver.reset();
+    strip.button(0)->click();
+    QCOMPARE(strip.closed, QList<int>{0});
+}
+
+void TestTabStrip::leadsTheKeyboardThroughThePage()
+{
+    QWidget window;
+    auto *layout = new QVBoxLayout(&window);
+    auto *tabs = new MyTabWidget;
+    HighlightTabBar *bar = TabStrip::create(*tabs);
+    layout->addWidget(tabs);
+    auto *behind = new QPushButton;
+    layout->addWidget(behind);
+    auto *page = new QWidget;
+    auto *pageLayout = new QVBoxLayout(page);
+    const QList<QPushButton *> buttons{new QPushButton, new QPushButton, new QPushButton};
+    for (QPushButton *button : buttons)
+        pageLayout->addWidget(button);
+    buttons.at(1)->setFocusPolicy(Qt::ClickFocus);
+    tabs->addTab(page, u"a"_s);
+    TabStrip::putBehind(*bar, *page);
+
+    // Qt has widgets of its own in the chain, that of the tabs among them.
+    QList<const QWidget *> way;
+    for (const QWidget *widget = bar->nextInFocusChain(); widget != bar;
+         widget = widget->nextInFocusChain()) {
+        if (widget == behind || (widget->parent() == page && widget != buttons.at(1)))
+            way.append(widget);
+    }
+    QCOMPARE(way, (QList<const QWidget *>{buttons.at(0), buttons.at(2), behind}));
+}
+
+QTEST_MAIN(TestTabStrip)
+#include "tst_TabStrip.moc"
