@@ -1,6 +1,7 @@
 #include "IRCParser.h"
 
 #include "IRCConnection.h"
+#include "TabNames.h"
 
 using namespace Qt::StringLiterals;
 
@@ -76,7 +77,7 @@ void handlePrivmsg(const Line &line, IRCConnection *connection)
     if (line.params.isEmpty() || line.trailing.isEmpty())
         return;
     // Only "#" makes a channel: any other target is a private message, kept under its sender.
-    const QString &target = line.params.at(0).startsWith(u'#') ? line.params.at(0) : line.nick;
+    const QString &target = TabNames::isChannel(line.params.at(0)) ? line.params.at(0) : line.nick;
     emit connection->privmsgReceived(line.nick, target, line.trailing);
 }
 

@@ -22,6 +22,7 @@
 #include "ServerStore.h"
 #include "StatusTipStopper.h"
 #include "SystemTray.h"
+#include "TabNames.h"
 #include "TabStrip.h"
 #include "ThemeManager.h"
 
@@ -60,10 +61,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The two names that no conversation can have.
-const QString ServerTab = u"Server"_s;
-const QString ListTab = u"List"_s;
-
 constexpr int InputPage = 0;
 constexpr int ListSearchPage = 1;
 
@@ -72,21 +69,6 @@ constexpr quint16 ReconnectPort = 6667;
 constexpr int ReconnectDelayMs = 1000;
 
 constexpr int NotificationMs = 5000;
-
-bool isChannelName(const QString &name)
-{
-    return name.startsWith(u'#');
-}
-
-bool isPrivateName(const QString &name)
-{
-    return !isChannelName(name) && name != ServerTab && name != ListTab;
-}
-
-QString asChannelName(const QString &word)
-{
-    return isChannelName(word) ? word : QString(u'#' + word);
-}
 
 bool equalsIgnoringCase(const QString &left, const QString &right)
 {
@@ -112,8 +94,8 @@ QStringList whoisLines(const QString &nick, const MainWindow::WhoInfo &info)
 
 QString placeholderFor(const QString &tabName)
 {
-    return tabName == ServerTab ? MainWindow::tr("Type a command...")
-                                : MainWindow::tr("Type a message...");
+    return tabName == TabNames::Server ? MainWindow::tr("Type a command...")
+                                       : MainWindow::tr("Type a message...");
 }
 
 } // namespace
@@ -127,7 +109,7 @@ MainWindow::MainWindow(QWidget *parent)
     applyTheme(currentTheme);
     setupMenuBar();
     createServerTab();
-    whoisTab = ServerTab;
+    whoisTab = TabNames::Server;
     loadPreferences();
     connectSession();
     resize(1280, 720);
@@ -183,11 +165,11 @@ void MainWindow::setupUI()
 
     auto *closeShortcut = new QShortcut(QKeySequence::Close, this);
     connect(closeShortcut, &QShortcut::activated, this, [this] {
-        if (currentTabName != ServerTab && tabWidget->currentIndex() >= 0)
+        if (currentTabName != TabNames::Server && tabWidget->currentIndex() >= 0)
             closeTab(tabWidget->currentIndex());
     });
     connect(tabBar, &QTabBar::tabBarDoubleClicked, this, [this](int index) {
-        if (tabWidget->tabText(index) != ServerTab)
+        if (tabWidget->tabText(index) != TabNames::Server)
             closeTab(index);
     });
     connect(tabWidget, &QTabWidget::tabCloseRequested, this, &MainWindow::closeTab);
@@ -284,10 +266,10 @@ void MainWindow::setupMenuBar()
 
 void MainWindow::createServerTab()
 {
-    const TabInfo info = createTabInfo(ServerTab, false);
-    insertTab(ServerTab, info);
-    currentTabName = ServerTab;
-    inputLine->setPlaceholderText(placeholderFor(ServerTab));
+    const TabInfo info = createTabInfo(TabNames::Server, false);
+    insertTab(TabNames::Server, info);
+    currentTabName = TabNames::Server;
+    inputLine->setPlaceholderText(placeholderFor(TabNames::Server));
     userList->hide();
     emojiButton->hide();
     userListShown = false;
@@ -546,7 +528,7 @@ void MainWindow::onRegistered()
         }
     }
     for (const QString &channel : std::as_const(autojoinChannels)) {
-        if (!isChannelName(channel))
+        if (!TabNames::isChannel(channel))
             continue;
         connection->joinChannel(channel);
         appendToServerTab(u"*** Autojoining %1"_s.arg(channel));
@@ -623,7 +605,7 @@ void MainWindow::recordAutojoin()
 
 void MainWindow::setChannelAutojoin(const QString &channel, bool enable)
 {
-    const QString name = asChannelName(channel);
+    const QString name = TabNames::asChannel(channel);
     if (!enable)
         autojoinChannels.removeAll(name);
     else if (!autojoinChannels.contains(name))
@@ -662,7 +644,7 @@ void MainWindow::insertTab(const QString &name, const TabInfo &info)
 
 void MainWindow::openTab(const QString &name)
 {
-    const bool isChannel = isChannelName(name);
+    const bool isChannel = TabNames::isChannel(name);
     TabInfo info = createTabInfo(name, isChannel);
     if (isChannel) {
         info.topicBar = info.page->findChild<QWidget *>(u"topicBar"_s);
@@ -673,12 +655,12 @@ void MainWindow::openTab(const QString &name)
                     [this, name] { editTopic(name); });
         updateTopicLabel(name);
         updateTopicEditButton(name);
-    } else if (isPrivateName(name)) {
+    } else if (TabNames::isPrivate(name)) {
         info.peerNick = name;
         watch(name);
     }
     insertTab(name, info);
-    if (currentTabName == ServerTab)
+    if (currentTabName == TabNames::Server)
         tabWidget->setCurrentWidget(info.page);
     applyChatBackground();
     addCloseButtonToAllTabs();
@@ -687,7 +669,7 @@ void MainWindow::openTab(const QString &name)
 QString MainWindow::findPrivateChatTab(const QString &nick) const
 {
     for (auto tab = tabs.cbegin(); tab != tabs.cend(); ++tab) {
-        if (!isPrivateName(tab.key()))
+        if (!TabNames::isPrivate(tab.key()))
             continue;
         const QString &candidate = tab->peerNick.isEmpty() ? tab.key() : tab->peerNick;
         if (equalsIgnoringCase(candidate, nick))
@@ -715,10 +697,10 @@ void MainWindow::onTabChanged(int index)
         tabBar->unhighlightTab(tabWidget->currentIndex());
     }
 
-    const bool isChannel = isChannelName(name);
+    const bool isChannel = TabNames::isChannel(name);
     updateUserListVisibility(isChannel);
-    emojiButton->setVisible(isChannel || isPrivateName(name));
-    mainStack->setCurrentIndex(name == ListTab ? ListSearchPage : InputPage);
+    emojiButton->setVisible(isChannel || TabNames::isPrivate(name));
+    mainStack->setCurrentIndex(name == TabNames::List ? ListSearchPage : InputPage);
     inputLine->setPlaceholderText(placeholderFor(name));
     userList->clear();
     if (isChannel) {
@@ -745,17 +727,17 @@ void MainWindow::closeTab(int index)
     if (index < 0 || index >= tabWidget->count())
         return;
     const QString name = tabWidget->tabText(index);
-    if (name == ServerTab)
+    if (name == TabNames::Server)
         return;
-    if (isPrivateName(name) && watchedNicks.contains(name.toLower())) {
+    if (TabNames::isPrivate(name) && watchedNicks.contains(name.toLower())) {
         connection->sendWatch(name, false);
         watchedNicks.remove(name.toLower());
     }
-    if (isChannelName(name) && connection->isConnected()) {
+    if (TabNames::isChannel(name) && connection->isConnected()) {
         connection->partChannel(name);
         appendToServerTab(u"*** You left %1"_s.arg(name));
     }
-    if (name == ListTab) {
+    if (name == TabNames::List) {
         listTree = nullptr;
         listInfoLabel = nullptr;
     }
@@ -766,7 +748,7 @@ void MainWindow::closeTab(int index)
     inputDrafts.remove(name);
     channelTopics.remove(name);
     if (currentTabName == name) {
-        currentTabName = ServerTab;
+        currentTabName = TabNames::Server;
         updateUserListVisibility(false);
         emojiButton->hide();
         updateNickCompletionModel();
@@ -779,7 +761,7 @@ void MainWindow::onTabContextMenu(const QPoint &pos)
     if (index < 0)
         return;
     const QString name = tabWidget->tabText(index);
-    if (name == ServerTab || name == ListTab)
+    if (name == TabNames::Server || name == TabNames::List)
         return;
 
     QMenu menu;
@@ -869,7 +851,7 @@ bool MainWindow::ensureTable(const QString &tabName)
         return false;
     }
     if (!tab.table)
-        tab.table = ChatTable::create(*tab.chatView, tabName == ServerTab ? 2 : 3);
+        tab.table = ChatTable::create(*tab.chatView, tabName == TabNames::Server ? 2 : 3);
     if (!tab.table) {
         qWarning("appendMessageToTab: could not create table for tab %s", qUtf8Printable(tabName));
         return false;
@@ -888,7 +870,7 @@ ChatRow MainWindow::makeRow(const QString &tabName, const QString &text, const Q
     if (isOwnAway && !isStatus)
         row.text = u"[Away: %1] %2"_s.arg(awayMessage, text);
     else
-        row.text = tabName == ServerTab ? text : QString(u' ' + text);
+        row.text = tabName == TabNames::Server ? text : QString(u' ' + text);
     return row;
 }
 
@@ -914,7 +896,7 @@ void MainWindow::flushPendingRows()
 
 void MainWindow::appendToServerTab(const QString &text)
 {
-    appendMessageToTab(ServerTab, text, QString(), false);
+    appendMessageToTab(TabNames::Server, text, QString(), false);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -922,9 +904,9 @@ void MainWindow::appendToServerTab(const QString &text)
 
 void MainWindow::drawAttention(const QString &tabName, const QString &text, const QString &sender)
 {
-    const bool isChannel = isChannelName(tabName);
+    const bool isChannel = TabNames::isChannel(tabName);
     const bool deserved = isChannel ? Attention::mentions(text, connection->currentNick())
-                                    : isPrivateName(tabName);
+                                    : TabNames::isPrivate(tabName);
     if (!deserved)
         return;
     highlightTab(tabName);
@@ -1122,7 +1104,7 @@ void MainWindow::renameUser(const QString &channel, const QString &oldNick, cons
 void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick)
 {
     const auto isOfPeer = [&oldNick](const QString &key, const TabInfo &info) {
-        return !isChannelName(key) && !info.peerNick.isEmpty()
+        return !TabNames::isChannel(key) && !info.peerNick.isEmpty()
                && equalsIgnoringCase(info.peerNick, oldNick);
     };
     auto tab = tabs.cbegin();
@@ -1246,7 +1228,7 @@ void MainWindow::fillUserMenu(QMenu &menu, const QString &nick)
         connection->sendWhois(nick);
     });
     menu.addSeparator();
-    if (!isChannelName(currentTabName)) {
+    if (!TabNames::isChannel(currentTabName)) {
         menu.addAction(tr("Copy Nickname"), this,
                        [nick] { QGuiApplication::clipboard()->setText(nick); });
         return;
@@ -1365,9 +1347,9 @@ MainWindow::CompletionSource MainWindow::completionSource() const
 QStringList MainWindow::completionCandidates(const CompletionSource &source)
 {
     QStringList candidates;
-    if (isChannelName(source.tabName))
+    if (TabNames::isChannel(source.tabName))
         candidates = source.entries;
-    else if (source.tabName != ServerTab)
+    else if (source.tabName != TabNames::Server)
         candidates.append(source.tabName);
     candidates.append(source.ownNick);
     candidates.removeDuplicates();
@@ -1442,7 +1424,7 @@ void MainWindow::onJoinChannel()
             QInputDialog::getText(this, tr("Join Channel"), tr("Channel name (e.g. #linux):"),
                                   QLineEdit::Normal, QString(), &isAccepted);
     if (isAccepted && !channel.isEmpty())
-        connection->joinChannel(asChannelName(channel));
+        connection->joinChannel(TabNames::asChannel(channel));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -1456,14 +1438,14 @@ void MainWindow::requestChannelList()
     if (listInfoLabel)
         listInfoLabel->setText(tr("Server: loading..."));
     // A nick can be called like the tab, and then the page is that conversation's.
-    if (const auto tab = tabs.constFind(ListTab); tab != tabs.cend())
+    if (const auto tab = tabs.constFind(TabNames::List); tab != tabs.cend())
         tabWidget->setCurrentWidget(tab->page);
     connection->sendRaw(u"LIST"_s);
 }
 
 void MainWindow::createListTab()
 {
-    if (tabs.contains(ListTab))
+    if (tabs.contains(TabNames::List))
         return;
     TabInfo info;
     info.page = new QWidget;
@@ -1479,7 +1461,7 @@ void MainWindow::createListTab()
             &MainWindow::onChannelListDoubleClicked);
     layout->addWidget(listTree);
 
-    insertTab(ListTab, info);
+    insertTab(TabNames::List, info);
 }
 
 void MainWindow::onListStart()
@@ -1598,7 +1580,7 @@ void MainWindow::onSendInput()
 
 void MainWindow::sendPlainText(const QString &text)
 {
-    if (currentTabName == ServerTab) {
+    if (currentTabName == TabNames::Server) {
         appendToServerTab(u"Cannot send messages to Server tab."_s);
         return;
     }
@@ -1637,7 +1619,7 @@ void MainWindow::runCommand(const Commands::Command &command)
 
 void MainWindow::commandJoin(const Commands::Command &command)
 {
-    connection->joinChannel(asChannelName(command.words.at(1)));
+    connection->joinChannel(TabNames::asChannel(command.words.at(1)));
 }
 
 void MainWindow::commandPart(const Commands::Command &)
@@ -1704,7 +1686,7 @@ void MainWindow::commandWhois(const Commands::Command &command)
 
 void MainWindow::commandAutojoin(const Commands::Command &command)
 {
-    const QString channel = asChannelName(command.words.at(1));
+    const QString channel = TabNames::asChannel(command.words.at(1));
     setChannelAutojoin(channel, !autojoinChannels.contains(channel));
 }
 
@@ -1745,7 +1727,7 @@ void MainWindow::clearAwayState()
 void MainWindow::announceInConversations(const std::function<QString()> &text)
 {
     for (auto tab = tabs.cbegin(); tab != tabs.cend(); ++tab) {
-        if (tab.key() == ServerTab || tab.key() == ListTab)
+        if (tab.key() == TabNames::Server || tab.key() == TabNames::List)
             continue;
         // Posted, so that the lines follow those of the command itself and are not written while
         // `tabs` is walked. Text and nick are those of that moment.

@@ -1,5 +1,7 @@
 #include "ServerStore.h"
 
+#include "TabNames.h"
+
 #include <QRegularExpression>
 #include <QSettings>
 
@@ -64,10 +66,8 @@ QStringList parseChannels(const QString &text)
 {
     static const QRegularExpression separators(u"[,\\s]+"_s);
     QStringList channels = text.trimmed().split(separators, Qt::SkipEmptyParts);
-    for (QString &channel : channels) {
-        if (!channel.startsWith(u'#'))
-            channel.prepend(u'#');
-    }
+    for (QString &channel : channels)
+        channel = TabNames::asChannel(channel);
     return channels;
 }
 
