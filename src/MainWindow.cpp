@@ -46,7 +46,6 @@
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
-#include <QStringListModel>
 #include <QSystemTrayIcon>
 #include <QTextBrowser>
 #include <QTextTable>
@@ -158,9 +157,7 @@ void MainWindow::setupUI()
     setupInputRow();
     layout->addWidget(mainStack);
 
-    nickCompleter = new QCompleter(this);
-    nickCompleter->setCaseSensitivity(Qt::CaseInsensitive);
-    nickCompleter->setCompletionMode(QCompleter::PopupCompletion);
+    nickCompleter = NickCompletion::create(this);
     inputLine->setCompleter(nickCompleter);
 
     auto *closeShortcut = new QShortcut(QKeySequence::Close, this);
@@ -1335,35 +1332,13 @@ void MainWindow::refreshPendingCompletion()
         return;
     for (QString &entry : pendingCompletion->entries)
         entry = stripModePrefix(entry);
-    setCompletionCandidates(completionCandidates(*pendingCompletion));
+    NickCompletion::offer(*nickCompleter, NickCompletion::candidates(*pendingCompletion));
     pendingCompletion.reset();
 }
 
-MainWindow::CompletionSource MainWindow::completionSource() const
+NickCompletion::Source MainWindow::completionSource() const
 {
     return {currentTabName, channelUsers.value(currentTabName), connection->currentNick()};
-}
-
-QStringList MainWindow::completionCandidates(const CompletionSource &source)
-{
-    QStringList candidates;
-    if (TabNames::isChannel(source.tabName))
-        candidates = source.entries;
-    else if (source.tabName != TabNames::Server)
-        candidates.append(source.tabName);
-    candidates.append(source.ownNick);
-    candidates.removeDuplicates();
-    return candidates;
-}
-
-void MainWindow::setCompletionCandidates(const QStringList &candidates)
-{
-    auto *model = qobject_cast<QStringListModel *>(nickCompleter->model());
-    if (!model) {
-        model = new QStringListModel(nickCompleter);
-        nickCompleter->setModel(model);
-    }
-    model->setStringList(candidates);
 }
 
 void MainWindow::completeNick()
@@ -1371,22 +1346,14 @@ void MainWindow::completeNick()
     const QString text = inputLine->text();
     if (!nickCompleter || text.isEmpty() || text.startsWith(u'/'))
         return;
-    const int cursor = inputLine->cursorPosition();
-    // With the cursor at the start this looks from the end of the line, and the length that
-    // follows is negative: the word is then the last one.
-    const qsizetype start = text.lastIndexOf(u' ', cursor - 1) + 1;
-    const QString prefix = text.mid(start, cursor - start);
-    if (prefix.isEmpty())
+    const QString word = NickCompletion::wordAt(text, inputLine->cursorPosition());
+    if (word.isEmpty())
         return;
     // The entries keep their ranks here: an operator's is completed after the "@" only.
-    const QStringList candidates = completionCandidates(completionSource());
-    setCompletionCandidates(candidates);
-    for (const QString &candidate : candidates) {
-        if (candidate.startsWith(prefix, Qt::CaseInsensitive)) {
-            inputLine->insert(candidate.sliced(prefix.size()));
-            return;
-        }
-    }
+    const QStringList candidates = NickCompletion::candidates(completionSource());
+    NickCompletion::offer(*nickCompleter, candidates);
+    if (const auto rest = NickCompletion::restOf(word, candidates))
+        inputLine->insert(*rest);
 }
 
 // ---------------------------------------------------------------------------------------------

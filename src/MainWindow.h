@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ChatTable.h"
+#include "NickCompletion.h"
 
 #include <QColor>
 #include <QFont>
@@ -262,19 +263,11 @@ private:
     void watch(const QString &nick);
 
     // Completion
-    struct CompletionSource
-    {
-        QString tabName;
-        QStringList entries; ///< The channel's, ranks included; none elsewhere.
-        QString ownNick;
-    };
     void updateNickCompletionModel();
     /// Does what an update has left to the end of the read in progress, if there is something.
     void refreshPendingCompletion();
     /// What there is to complete now, in the tab on show.
-    [[nodiscard]] CompletionSource completionSource() const;
-    static QStringList completionCandidates(const CompletionSource &source);
-    void setCompletionCandidates(const QStringList &candidates);
+    [[nodiscard]] NickCompletion::Source completionSource() const;
 
     // Channel list
     /// Opens the "List" tab if it isn't open, empties it, and asks the server for its channels.
@@ -354,5 +347,5 @@ private:
     /// Rows of the read in progress, per conversation: written together when it ends.
     QHash<QTextBrowser *, PendingRows> pendingRows;
     /// What the read in progress has updated the completion with last, if it has.
-    std::optional<CompletionSource> pendingCompletion;
+    std::optional<NickCompletion::Source> pendingCompletion;
 };

@@ -1,0 +1,647 @@
+#include "IRCConnection.h"
+#include "MyTabWidget.h"
+#include "TemporaryStore.h"
+#include "WindowSession.h"
+
+#include <QAbstractItemView>
+#include <QCompleter>
+#include <QLineEdit>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QStandardItemModel>
+#include <QStringListModel>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const auto Server = u"Server"_s;
+
+QStringListModel *modelOf(const MainWindowProbe &probe)
+{
+    return qobject_cast<QStringListModel *>(probe.nickCompleter().model());
+}
+
+// What the popup shows; empty while there is none.
+QStringList offered(const MainWindowProbe &probe)
+{
+    const QAbstractItemView *popup = probe.nickCompleter().popup();
+    QStringList nicks;
+    for (int row = 0; popup->isVisible() && row < popup->model()->rowCount(); ++row)
+        nicks.append(popup->model()->index(row, 0).data().toString());
+    return nicks;
+}
+
+// Types into the line once it has the keyboard, without which nothing is taken from the popup.
+void type(const MainWindowProbe &probe, const QString &text)
+{
+    QLineEdit &line = probe.inputLine();
+    line.activateWindow();
+    line.setFocus();
+    static_cast<void>(QTest::qWaitFor([&line] { return line.hasFocus(); }));
+    line.clear();
+    QTest::keyClicks(&line, text);
+}
+
+} // namespace
+
+class TestNickCompletionUse final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void followsTheTab_data();
+    void followsTheTab();
+    void takesOneRankOff();
+    void listsTheUserOnce_data();
+    void listsTheUserOnce();
+    void keepsItsModel();
+    void startsWithTheServersList();
+
+    void followsEvents_data();
+    void followsEvents();
+    void leavesOutWhatIsOutOfSight_data();
+    void leavesOutWhatIsOutOfSight();
+    void keepsWhoWasThereWhenKicked();
+    void followsAClosedTab();
+    void refreshesOnceInARead();
+    void offersWhatTheLastUpdateFound_data();
+    void offersWhatTheLastUpdateFound();
+
+    void offersNicks_data();
+    void offersNicks();
+    void takesWhatIsClicked();
+    void takesWhatIsChosenByKeys();
+    void takesTheChosenNickByReturn();
+    void sendsTheLineUnderThePopup();
+    void goesOnWhileItIsOpen();
+
+    void completes_data();
+    void completes();
+    void completesByTab_data();
+    void completesByTab();
+    void completesNoFurther();
+    void showsItsListInThePopup();
+    void leavesTheListAloneWithoutAWord_data();
+    void leavesTheListAloneWithoutAWord();
+    void ignoresThePreferences();
+
+    void takesHostileNicks_data();
+    void takesHostileNicks();
+
+private:
+    TemporaryStore store;
+};
+
+void TestNickCompletionUse::init()
+{
+    store.clear();
+}
+
+void TestNickCompletionUse::followsTheTab_data()
+{
+    QTest::addColumn<QString>("tab");
+    QTest::addColumn<QStringList>("nicks");
+
+    QTest::newRow("channel") << u"#c"_s << QStringList{u"op"_s, u"me"_s, u"Zoe"_s};
+    QTest::newRow("unknown channel") << u"#empty"_s << QStringList{u"me"_s};
+    QTest::newRow("server") << Server << QStringList{u"me"_s};
+    QTest::newRow("private") << u"bob"_s << QStringList{u"bob"_s, u"me"_s};
+    QTest::newRow("list") << u"List"_s << QStringList{u"List"_s, u"me"_s};
+    QTest::newRow("local channel") << u"&c"_s << QStringList{u"&c"_s, u"me"_s};
+    QTest::newRow("the user's own tab") << u"me"_s << QStringList{u"me"_s};
+    QTest::newRow("the user's in another case") << u"ME"_s << QStringList{u"ME"_s, u"me"_s};
+}
+
+void TestNickCompletionUse::followsTheTab()
+{
+    QFETCH(const QString, tab);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"Zoe @op me"_s));
+    QVERIFY(session.join(u"&c"_s, u"me carol"_s));
+    session.probe.openTabs({u"#empty"_s, u"bob"_s, u"me"_s, u"ME"_s, u"#other"_s});
+    session.probe.addListTab();
+    session.probe.showTab(u"#other"_s);
+    session.probe.showTab(tab);
+    QCOMPARE(session.probe.currentTabName(), tab);
+    QTEST(session.probe.completions(), "nicks");
+}
+
+void TestNickCompletionUse::takesOneRankOff()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    session.probe.channelUsers().insert(u"#c"_s, {u"@a"_s, u"+b"_s, u"%c"_s, u"~d"_s, u"&e"_s,
+                                                  u"@+f"_s, u"!g"_s, u"h@"_s, u"@"_s, u"@b"_s});
+    session.probe.openTabs({u"#c"_s});
+    QCOMPARE(session.probe.completions(),
+             (QStringList{u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s, u"+f"_s, u"!g"_s, u"h@"_s,
+                          QString(), u"me"_s}));
+}
+
+void TestNickCompletionUse::listsTheUserOnce_data()
+{
+    QTest::addColumn<QStringList>("entries");
+    QTest::addColumn<QStringList>("nicks");
+
+    QTest::newRow("absent") << QStringList{u"z"_s, u"a"_s} << QStringList{u"z"_s, u"a"_s, u"me"_s};
+    QTest::newRow("in front") << QStringList{u"@me"_s, u"a"_s} << QStringList{u"me"_s, u"a"_s};
+    QTest::newRow("another case") << QStringList{u"ME"_s} << QStringList{u"ME"_s, u"me"_s};
+    QTest::newRow("others twice") << QStringList{u"@a"_s, u"b"_s, u"a"_s, u"A"_s}
+                                  << QStringList{u"a"_s, u"b"_s, u"A"_s, u"me"_s};
+}
+
+void TestNickCompletionUse::listsTheUserOnce()
+{
+    QFETCH(const QStringList, entries);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    session.probe.channelUsers().insert(u"#c"_s, entries);
+    session.probe.openTabs({u"#c"_s});
+    QTEST(session.probe.completions(), "nicks");
+}
+
+void TestNickCompletionUse::keepsItsModel()
+{
+    WindowSession session;
+    QStringListModel *model = modelOf(session.probe);
+    QVERIFY(model != nullptr);
+    QCOMPARE(model->parent(), &session.probe.nickCompleter());
+    session.probe.openTabs({u"#c"_s, u"bob"_s});
+    session.probe.showTab(u"bob"_s);
+    QCOMPARE(modelOf(session.probe), model);
+    // Another kind of model is replaced.
+    session.probe.nickCompleter().setModel(new QStandardItemModel(&session.window));
+    session.probe.showTab(u"#c"_s);
+    QVERIFY(modelOf(session.probe) != nullptr);
+    QCOMPARE(session.probe.completions().size(), 1);
+    QCOMPARE(session.probe.nickCompleter().caseSensitivity(), Qt::CaseInsensitive);
+    QCOMPARE(session.probe.nickCompleter().completionMode(), QCompleter::PopupCompletion);
+}
+
+// There is no nick before the first connect.
+void TestNickCompletionUse::startsWithTheServersList()
+{
+    WindowSession session;
+    QCOMPARE(session.probe.completions(), QStringList{session.probe.connection().currentNick()});
+}
+
+void TestNickCompletionUse::followsEvents_data()
+{
+    QTest::addColumn<QStringList>("said");
+    QTest::addColumn<QStringList>("nicks");
+
+    const auto add = [](const char *name, const QStringList &said, const QStringList &nicks) {
+        QTest::newRow(name) << said << nicks;
+    };
+    const auto a = u"a"_s;
+    const auto b = u"b"_s;
+    const auto me = u"me"_s;
+    add("join", {u":c!u@h JOIN #c"_s}, {a, b, u"c"_s, me});
+    add("join of somebody known", {u":b!u@h JOIN #c"_s}, {a, b, me});
+    add("part", {u":a!u@h PART #c"_s}, {b, me});
+    add("own part", {u":me!u@h PART #c"_s}, {a, b, me});
+    add("quit", {u":b!u@h QUIT :x"_s}, {a, me});
+    add("kick", {u":b!u@h KICK #c a :x"_s}, {b, me});
+    add("nick", {u":a!u@h NICK z"_s}, {u"z"_s, b, me});
+    add("own nick", {u":me!u@h NICK you"_s}, {a, b, u"you"_s});
+    add("name list", {u":irc.test 353 me = #c :+z me @y"_s, u":irc.test 366 me #c :End"_s},
+        {u"y"_s, u"z"_s, me});
+    add("unfinished name list", {u":irc.test 353 me = #c :+z me @y"_s}, {a, b, me});
+    add("empty name list", {u":irc.test 366 me #c :End"_s}, {me});
+    add("several in one read",
+        {u":c!u@h JOIN #c"_s, u":a!u@h QUIT :x"_s, u":b!u@h NICK bb"_s, u":d!u@h JOIN #d"_s},
+        {u"bb"_s, u"c"_s, me});
+}
+
+void TestNickCompletionUse::followsEvents()
+{
+    QFETCH(const QStringList, said);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@a b me"_s));
+    QCOMPARE(session.probe.completions(), (QStringList{u"a"_s, u"b"_s, u"me"_s}));
+    QVERIFY(session.sayAll(said));
+    QTEST(session.probe.completions(), "nicks");
+}
+
+// Neither another channel's people nor the names of conversations are looked at before the next
+// change of the tab.
+void TestNickCompletionUse::leavesOutWhatIsOutOfSight_data()
+{
+    QTest::addColumn<QString>("tab");
+    QTest::addColumn<QString>("said");
+
+    const auto add = [](const char *name, const QString &tab, const QString &said) {
+        QTest::newRow(name) << tab << said;
+    };
+    add("join elsewhere", u"#c"_s, u":x!u@h JOIN #d"_s);
+    add("quit elsewhere", u"#c"_s, u":d!u@h QUIT :x"_s);
+    add("own nick on the server's tab", Server, u":me!u@h NICK you"_s);
+    add("nick of a conversation", u"bob"_s, u":bob!u@h NICK rob"_s);
+}
+
+void TestNickCompletionUse::leavesOutWhatIsOutOfSight()
+{
+    QFETCH(const QString, tab);
+    QFETCH(const QString, said);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#d"_s, u"d me"_s));
+    QVERIFY(session.join(u"#c"_s, u"c me"_s));
+    session.probe.openTabs({u"bob"_s});
+    session.probe.showTab(tab);
+    QCOMPARE(session.probe.currentTabName(), tab);
+    const QStringList before = session.probe.completions();
+    const QSignalSpy changed(modelOf(session.probe), &QAbstractItemModel::modelReset);
+    QVERIFY(session.say(said));
+    QCOMPARE(session.probe.completions(), before);
+    QCOMPARE(changed.size(), 0);
+}
+
+// Those who are left are offered until the tab changes.
+void TestNickCompletionUse::keepsWhoWasThereWhenKicked()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@a b me"_s));
+    QVERIFY(session.sayAll({u":c!u@h JOIN #c"_s, u":a!u@h KICK #c me :x"_s}));
+    QCOMPARE(session.probe.completions(), (QStringList{u"a"_s, u"b"_s, u"c"_s, u"me"_s}));
+    session.probe.showTab(Server);
+    session.probe.showTab(u"#c"_s);
+    QCOMPARE(session.probe.completions(), QStringList{u"me"_s});
+}
+
+void TestNickCompletionUse::followsAClosedTab()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@a me"_s));
+    session.probe.closeTab(1);
+    QCOMPARE(session.probe.currentTabName(), Server);
+    QCOMPARE(session.probe.completions(), QStringList{u"me"_s});
+}
+
+void TestNickCompletionUse::refreshesOnceInARead()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@a me"_s));
+    const QSignalSpy changed(modelOf(session.probe), &QAbstractItemModel::modelReset);
+    QByteArray read;
+    for (int number = 0; number < 50; ++number)
+        read += ":n" + QByteArray::number(number) + "!u@h JOIN #c\r\n";
+    session.server.sendBytes(read);
+    QVERIFY(session.settle());
+    QCOMPARE(session.probe.completions().size(), 52);
+    // Few reads carry all of it.
+    QVERIFY(changed.size() < 10);
+    QVERIFY(changed.size() > 0);
+}
+
+void TestNickCompletionUse::offersWhatTheLastUpdateFound_data()
+{
+    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<QStringList>("nicks");
+
+    QTest::newRow("conversation renamed")
+            << QStringList{u":bob!u@h PRIVMSG me :hi"_s, u":bob!u@h NICK rob"_s}
+            << QStringList{u"bob"_s, u"me"_s};
+    QTest::newRow("user renamed") << QStringList{u":bob!u@h PRIVMSG me :hi"_s,
+                                                 u":me!u@h NICK you"_s}
+                                  << QStringList{u"bob"_s, u"me"_s};
+    QTest::newRow("rank given after a join")
+            << QStringList{u":me!u@h JOIN #c"_s, u":irc.test 353 me = #c :b me"_s,
+                           u":irc.test 366 me #c :End"_s, u":a!u@h JOIN #c"_s,
+                           u":b!u@h MODE #c +v me"_s}
+            << QStringList{u"a"_s, u"b"_s, u"me"_s};
+}
+
+// A rename of the tab or of the user, and a mode, update nothing: what is offered then is what the
+// update before them found, whether they came in one read with it or later.
+void TestNickCompletionUse::offersWhatTheLastUpdateFound()
+{
+    QFETCH(const QStringList, lines);
+    QFETCH(const QStringList, nicks);
+    for (const bool inOneRead : {false, true}) {
+        WindowSession session;
+        QVERIFY(session.registerAs());
+        if (inOneRead) {
+            QVERIFY(session.sayAll(lines));
+        } else {
+            for (const QString &line : lines)
+                QVERIFY(session.say(line));
+        }
+        QCOMPARE(session.probe.completions(), nicks);
+    }
+}
+
+void TestNickCompletionUse::offersNicks_data()
+{
+    QTest::addColumn<QString>("tab");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QStringList>("nicks");
+
+    const auto add = [](const char *name, const QString &tab, const QString &typed,
+                        const QStringList &nicks) { QTest::newRow(name) << tab << typed << nicks; };
+    add("an operator without the rank", u"#c"_s, u"ali"_s, {u"alice"_s});
+    add("no rank", u"#c"_s, u"@a"_s, {});
+    add("in any case", u"#c"_s, u"AL"_s, {u"alice"_s, u"Albert"_s});
+    add("the user", u"#c"_s, u"m"_s, {u"me"_s});
+    add("nobody", u"#c"_s, u"x"_s, {});
+    add("no second word", u"#c"_s, u"hi al"_s, {});
+    add("no midst", u"#c"_s, u"lice"_s, {});
+    add("the partner", u"bob"_s, u"b"_s, {u"bob"_s});
+    add("the user on the server's tab", Server, u"M"_s, {u"me"_s});
+    add("nobody on the server's tab", Server, u"a"_s, {});
+    add("a nick with a slash", u"#c"_s, u"/o"_s, {u"/odd"_s});
+}
+
+void TestNickCompletionUse::offersNicks()
+{
+    QFETCH(const QString, tab);
+    QFETCH(const QString, typed);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@alice +Albert carol me /odd"_s));
+    session.probe.openTabs({u"bob"_s});
+    session.probe.showTab(tab);
+    type(session.probe, typed);
+    QCOMPARE(session.probe.inputLine().text(), typed);
+    QTEST(offered(session.probe), "nicks");
+}
+
+void TestNickCompletionUse::takesWhatIsClicked()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@alice +Albert me"_s));
+    static_cast<void>(session.takeSent());
+    type(session.probe, u"aL"_s);
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    const QRect second = popup->visualRect(popup->model()->index(1, 0));
+    QTest::mouseClick(popup->viewport(), Qt::LeftButton, {}, second.center());
+    QVERIFY(!popup->isVisible());
+    QCOMPARE(session.probe.inputLine().text(), u"Albert"_s);
+    QCOMPARE(session.takeSent(), QStringList());
+}
+
+void TestNickCompletionUse::takesWhatIsChosenByKeys()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@alice +Albert me"_s));
+    type(session.probe, u"al"_s);
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    QTest::keyClick(popup, Qt::Key_Down);
+    QCOMPARE(session.probe.inputLine().text(), u"alice"_s);
+    QTest::keyClick(popup, Qt::Key_Down);
+    QTest::keyClicks(popup, u": hi"_s);
+    QVERIFY(!popup->isVisible());
+    QCOMPARE(session.probe.inputLine().text(), u"Albert: hi"_s);
+}
+
+void TestNickCompletionUse::takesTheChosenNickByReturn()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@alice +Albert me"_s));
+    static_cast<void>(session.takeSent());
+    type(session.probe, u"al"_s);
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    QTest::keyClick(popup, Qt::Key_Down);
+    QTest::keyClick(popup, Qt::Key_Return);
+    QVERIFY(!popup->isVisible());
+    QCOMPARE(session.probe.inputLine().text(), u"alice"_s);
+    QCOMPARE(session.takeSent(), QStringList());
+    QTest::keyClicks(&session.probe.inputLine(), u": hi"_s);
+    QTest::keyClick(&session.probe.inputLine(), Qt::Key_Return);
+    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :alice: hi"_s});
+}
+
+// With nothing chosen there Return sends the line, although the popup has the keyboard.
+void TestNickCompletionUse::sendsTheLineUnderThePopup()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@alice +Albert me"_s));
+    static_cast<void>(session.takeSent());
+    type(session.probe, u"al"_s);
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    QVERIFY(popup->isVisible());
+    QTest::keyClick(popup, Qt::Key_Return);
+    QVERIFY(!popup->isVisible());
+    QCOMPARE(session.probe.inputLine().text(), QString());
+    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :al"_s});
+}
+
+void TestNickCompletionUse::goesOnWhileItIsOpen()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@alice +Albert me"_s));
+    type(session.probe, u"al"_s);
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    QTest::keyClick(popup, Qt::Key_Down);
+    QVERIFY(session.sayAll(
+            {u":alice!u@h QUIT :x"_s, u":alf!u@h JOIN #c"_s, u":Albert!u@h NICK bert"_s}));
+    session.window.grab();
+    QTest::keyClick(popup, Qt::Key_Return);
+    type(session.probe, u"al"_s);
+    QCOMPARE(offered(session.probe), QStringList{u"alf"_s});
+    session.server.close();
+    QTRY_VERIFY(!session.probe.connection().isConnected());
+    QTest::keyClick(popup, Qt::Key_Escape);
+    QVERIFY(!popup->isVisible());
+    QCOMPARE(session.probe.inputLine().text(), u"al"_s);
+}
+
+// "|" in the texts stands for the cursor.
+void TestNickCompletionUse::completes_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+
+    const auto add = [](const char *name, const QString &before, const QString &after) {
+        QTest::newRow(name) << before << after;
+    };
+    add("a word", u"car|"_s, u"carol|"_s);
+    add("one letter", u"c|"_s, u"carol|"_s);
+    add("keeps the typed case", u"CAR|"_s, u"CARol|"_s);
+    add("a later word", u"hello car|"_s, u"hello carol|"_s);
+    add("after several blanks", u"hello   car|"_s, u"hello   carol|"_s);
+    add("a word in the midst", u"hello car| there"_s, u"hello carol| there"_s);
+    add("in the midst of a word", u"ca|x there"_s, u"carol|x there"_s);
+    add("the first that fits", u"da|"_s, u"dan|"_s);
+    add("a whole nick", u"carol|"_s, u"carol|"_s);
+    add("the user", u"m|"_s, u"me|"_s);
+    add("no operator by the nick", u"ali|"_s, u"ali|"_s);
+    add("an operator by the rank", u"@ali|"_s, u"@alice|"_s);
+    add("any operator", u"@|"_s, u"@alice|"_s);
+    add("a voice by the rank", u"hi +b|"_s, u"hi +bob|"_s);
+    add("nobody", u"xyz|"_s, u"xyz|"_s);
+    add("nothing", u"|"_s, u"|"_s);
+    add("behind a blank", u"car |"_s, u"car |"_s);
+    add("a blank alone", u" |"_s, u" |"_s);
+    add("a command", u"/msg car|"_s, u"/msg car|"_s);
+    add("a slash alone", u"/|"_s, u"/|"_s);
+    add("a slash later on", u"a /car|"_s, u"a /car|"_s);
+    add("a blank before a command", u" /msg car|"_s, u" /msg carol|"_s);
+    add("at the start", u"|car"_s, u"|car"_s);
+    add("at the start of two words", u"|hello car"_s, u"ol|hello car"_s);
+    add("at the start of three words", u"|a b car"_s, u"ol|a b car"_s);
+    add("at the start, nobody", u"|hello x"_s, u"|hello x"_s);
+    add("at the start, a blank at the end", u"|hello "_s, u"|hello "_s);
+    add("at the start, a blank there", u"| car"_s, u"ol| car"_s);
+    add("behind the first blank", u" |car"_s, u" |car"_s);
+    add("a tab is no blank", u"a\tcar|"_s, u"a\tcar|"_s);
+}
+
+void TestNickCompletionUse::completes()
+{
+    QFETCH(QString, before);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@alice +bob carol dan daniel me"_s));
+    const qsizetype cursor = before.indexOf(u'|');
+    session.probe.inputLine().setText(before.remove(cursor, 1));
+    session.probe.inputLine().setCursorPosition(static_cast<int>(cursor));
+    session.probe.completeNick();
+    QString after = session.probe.inputLine().text();
+    after.insert(session.probe.inputLine().cursorPosition(), u'|');
+    QTEST(after, "after");
+}
+
+void TestNickCompletionUse::completesByTab_data()
+{
+    QTest::addColumn<QString>("tab");
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("completed");
+
+    const auto add = [](const char *name, const QString &tab, const QString &typed,
+                        const QString &completed) {
+        QTest::newRow(name) << tab << typed << completed;
+    };
+    add("the partner", u"bob"_s, u"B"_s, u"Bob"_s);
+    add("the user with a partner", u"bob"_s, u"m"_s, u"me"_s);
+    add("nobody from the channel", u"bob"_s, u"car"_s, u"car"_s);
+    add("the user on the server's tab", Server, u"m"_s, u"me"_s);
+    add("not the server's name", Server, u"Ser"_s, u"Ser"_s);
+    add("the list", u"List"_s, u"li"_s, u"list"_s);
+}
+
+void TestNickCompletionUse::completesByTab()
+{
+    QFETCH(const QString, tab);
+    QFETCH(const QString, typed);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"carol me"_s));
+    session.probe.openTabs({u"bob"_s});
+    session.probe.addListTab();
+    session.probe.showTab(tab);
+    session.probe.inputLine().setText(typed);
+    session.probe.completeNick();
+    QTEST(session.probe.inputLine().text(), "completed");
+}
+
+void TestNickCompletionUse::completesNoFurther()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"dan daniel me"_s));
+    session.probe.inputLine().setText(u"da"_s);
+    session.probe.completeNick();
+    session.probe.completeNick();
+    QCOMPARE(session.probe.inputLine().text(), u"dan"_s);
+    // A longer nick that stands earlier goes on from the whole word.
+    session.probe.channelUsers().insert(u"#c"_s, {u"danny"_s, u"dan"_s});
+    session.probe.completeNick();
+    QCOMPARE(session.probe.inputLine().text(), u"danny"_s);
+    QCOMPARE(session.probe.inputLine().cursorPosition(), 5);
+}
+
+void TestNickCompletionUse::showsItsListInThePopup()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@alice carol me"_s));
+    session.probe.inputLine().setText(u"nobody"_s);
+    session.probe.completeNick();
+    QCOMPARE(session.probe.completions(), (QStringList{u"@alice"_s, u"carol"_s, u"me"_s}));
+    QVERIFY(session.say(u":carol!u@h QUIT :x"_s));
+    QCOMPARE(session.probe.completions(), (QStringList{u"alice"_s, u"me"_s}));
+}
+
+void TestNickCompletionUse::leavesTheListAloneWithoutAWord_data()
+{
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("nothing") << QString();
+    QTest::newRow("a command") << u"/msg ca"_s;
+    QTest::newRow("a blank at the end") << u"car "_s;
+}
+
+void TestNickCompletionUse::leavesTheListAloneWithoutAWord()
+{
+    QFETCH(const QString, text);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"@alice carol me"_s));
+    session.probe.inputLine().setText(text);
+    session.probe.completeNick();
+    QCOMPARE(session.probe.completions(), (QStringList{u"alice"_s, u"carol"_s, u"me"_s}));
+}
+
+void TestNickCompletionUse::ignoresThePreferences()
+{
+    QSettings().setValue(u"nickCompletionSuffix"_s, u":"_s);
+    QSettings().setValue(u"minPrefixLength"_s, 10);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"carol me"_s));
+    session.probe.inputLine().setText(u"c"_s);
+    session.probe.completeNick();
+    QCOMPARE(session.probe.inputLine().text(), u"carol"_s);
+}
+
+void TestNickCompletionUse::takesHostileNicks_data()
+{
+    QTest::addColumn<QString>("nick");
+
+    QTest::newRow("very long") << QString(10000, u'x');
+    QTest::newRow("right to left") << u"x\u202Eevil\u05D0\u05D1\u0627\u0628"_s;
+    QTest::newRow("combining") << QString(u'x' + QString(200, u'\u0301'));
+    QTest::newRow("control characters") << u"x\u0001\u0002\u001B[31m\u0007b"_s;
+    QTest::newRow("markup") << u"x<b>a</b><img/src='x'>&amp;"_s;
+    QTest::newRow("beyond the first plane") << u"x\uFFFD\U0001F60A"_s;
+}
+
+void TestNickCompletionUse::takesHostileNicks()
+{
+    QFETCH(const QString, nick);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"me @%1 %1"_s.arg(nick)));
+    const QSize size = session.window.size();
+    type(session.probe, u"x"_s);
+    QCOMPARE(offered(session.probe), QStringList{nick});
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    popup->grab();
+    QVERIFY(popup->width() <= session.probe.inputLine().width());
+    QTest::keyClick(popup, Qt::Key_Down);
+    QCOMPARE(session.probe.inputLine().text(), nick);
+    QTest::keyClick(popup, Qt::Key_Escape);
+    session.probe.inputLine().setText(u"x"_s);
+    session.probe.completeNick();
+    QCOMPARE(session.probe.inputLine().text(), nick);
+    session.window.grab();
+    QCOMPARE(session.window.size(), size);
+}
+
+QTEST_MAIN(TestNickCompletionUse)
+#include "tst_NickCompletionUse.moc"
