@@ -12,6 +12,7 @@
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
 #include "InfoDialogs.h"
+#include "InputRow.h"
 #include "IrcText.h"
 #include "MyTabWidget.h"
 #include "NickList.h"
@@ -60,9 +61,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int InputPage = 0;
-constexpr int ListSearchPage = 1;
-
 // The session has no getter for its port, so a reconnect dials the standard one.
 constexpr quint16 ReconnectPort = 6667;
 constexpr int ReconnectDelayMs = 1000;
@@ -89,12 +87,6 @@ QStringList whoisLines(const QString &nick, const MainWindow::WhoInfo &info)
     if (!info.awayMessage.isEmpty())
         lines << u"*** %1 is away: %2"_s.arg(nick, info.awayMessage);
     return lines;
-}
-
-QString placeholderFor(const QString &tabName)
-{
-    return tabName == TabNames::Server ? MainWindow::tr("Type a command...")
-                                       : MainWindow::tr("Type a message...");
 }
 
 } // namespace
@@ -185,42 +177,11 @@ void MainWindow::setupUI()
 
 void MainWindow::setupInputRow()
 {
-    mainStack = new QStackedWidget;
-    mainStack->setMaximumHeight(40);
-
-    auto *row = new QWidget;
-    auto *rowLayout = new QHBoxLayout(row);
-    rowLayout->setContentsMargins(0, 0, 0, 0);
-    rowLayout->setSpacing(2);
-
-    inputLine = new QLineEdit;
-    inputLine->setPlaceholderText(tr("Type a message..."));
-    inputLine->setAccessibleName(tr("Message"));
-    inputLine->setMinimumHeight(30);
-    inputLine->setMaximumHeight(36);
-    inputLine->setStyleSheet(u"QLineEdit { padding: 4px 8px; }"_s);
-    rowLayout->addWidget(inputLine);
-
-    emojiButton = new QPushButton(u"\U0001F60A"_s);
-    emojiButton->setFixedSize(36, 30);
-    emojiButton->setToolTip(tr("Insert emoji"));
-    emojiButton->setAccessibleName(emojiButton->toolTip());
-    emojiButton->hide();
-    emojiButton->setCursor(Qt::PointingHandCursor);
-    emojiButton->setStyleSheet(
-            u"QPushButton { background: transparent; border: none; font-size: 18px; "
-            "padding: 0px; margin: 0px; }"
-            "QPushButton:hover { background: rgba(128,128,128,0.2); border-radius: 4px; }"_s);
-    rowLayout->addWidget(emojiButton);
-
-    listSearchEdit = new QLineEdit;
-    listSearchEdit->setPlaceholderText(tr("Search channels..."));
-    listSearchEdit->setAccessibleName(tr("Search channels"));
-    listSearchEdit->setMaximumHeight(28);
-
-    mainStack->addWidget(row);
-    mainStack->addWidget(listSearchEdit);
-    mainStack->setCurrentIndex(InputPage);
+    const InputRow row = InputRow::create();
+    mainStack = row.stack;
+    inputLine = row.line;
+    emojiButton = row.emojiButton;
+    listSearchEdit = row.listSearch;
 }
 
 void MainWindow::setupMenuBar()
@@ -266,7 +227,7 @@ void MainWindow::createServerTab()
     const TabInfo info = createTabInfo(TabNames::Server, false);
     insertTab(TabNames::Server, info);
     currentTabName = TabNames::Server;
-    inputLine->setPlaceholderText(placeholderFor(TabNames::Server));
+    inputLine->setPlaceholderText(InputRow::placeholderFor(TabNames::Server));
     userList->hide();
     emojiButton->hide();
     userListShown = false;
@@ -697,8 +658,8 @@ void MainWindow::onTabChanged(int index)
     const bool isChannel = TabNames::isChannel(name);
     updateUserListVisibility(isChannel);
     emojiButton->setVisible(isChannel || TabNames::isPrivate(name));
-    mainStack->setCurrentIndex(name == TabNames::List ? ListSearchPage : InputPage);
-    inputLine->setPlaceholderText(placeholderFor(name));
+    InputRow::showFor(name, *mainStack);
+    inputLine->setPlaceholderText(InputRow::placeholderFor(name));
     userList->clear();
     if (isChannel) {
         const QStringList entries = channelUsers.value(name);

@@ -1,0 +1,85 @@
+#include "InputRow.h"
+
+#include "TabNames.h"
+
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStackedWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int InputPage = 0;
+constexpr int ListSearchPage = 1;
+
+QLineEdit *createLine()
+{
+    auto *line = new QLineEdit;
+    line->setPlaceholderText(QLineEdit::tr("Type a message..."));
+    line->setAccessibleName(QLineEdit::tr("Message"));
+    line->setMinimumHeight(30);
+    line->setMaximumHeight(36);
+    line->setStyleSheet(u"QLineEdit { padding: 4px 8px; }"_s);
+    return line;
+}
+
+QPushButton *createEmojiButton()
+{
+    auto *button = new QPushButton(u"\U0001F60A"_s);
+    button->setFixedSize(36, 30);
+    button->setToolTip(QPushButton::tr("Insert emoji"));
+    button->setAccessibleName(button->toolTip());
+    button->hide();
+    button->setCursor(Qt::PointingHandCursor);
+    button->setStyleSheet(
+            u"QPushButton { background: transparent; border: none; font-size: 18px; "
+            "padding: 0px; margin: 0px; }"
+            "QPushButton:hover { background: rgba(128,128,128,0.2); border-radius: 4px; }"_s);
+    return button;
+}
+
+QLineEdit *createListSearch()
+{
+    auto *search = new QLineEdit;
+    search->setPlaceholderText(QLineEdit::tr("Search channels..."));
+    search->setAccessibleName(QLineEdit::tr("Search channels"));
+    search->setMaximumHeight(28);
+    return search;
+}
+
+} // namespace
+
+InputRow InputRow::create()
+{
+    InputRow row;
+    row.stack = new QStackedWidget;
+    row.stack->setMaximumHeight(40);
+
+    auto *page = new QWidget;
+    auto *layout = new QHBoxLayout(page);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(2);
+    row.line = createLine();
+    layout->addWidget(row.line);
+    row.emojiButton = createEmojiButton();
+    layout->addWidget(row.emojiButton);
+    row.listSearch = createListSearch();
+
+    row.stack->addWidget(page);
+    row.stack->addWidget(row.listSearch);
+    row.stack->setCurrentIndex(InputPage);
+    return row;
+}
+
+void InputRow::showFor(const QString &tabName, QStackedWidget &stack)
+{
+    stack.setCurrentIndex(tabName == TabNames::List ? ListSearchPage : InputPage);
+}
+
+QString InputRow::placeholderFor(const QString &tabName)
+{
+    return tabName == TabNames::Server ? QLineEdit::tr("Type a command...")
+                                       : QLineEdit::tr("Type a message...");
+}
