@@ -26,6 +26,7 @@
 #include "TabNames.h"
 #include "TabStrip.h"
 #include "ThemeManager.h"
+#include "UserListRows.h"
 
 #include <QAbstractItemView>
 #include <QClipboard>
@@ -914,15 +915,8 @@ void MainWindow::addUserToList(const QString &channel, const QString &entry)
 
 void MainWindow::removeUserFromList(const QString &channel, const QString &entry)
 {
-    if (channel != currentTabName)
-        return;
-    // The first one, found without QListWidget::findItems(), which is slow in a long list.
-    for (int row = 0; row < userList->count(); ++row) {
-        if (userList->item(row)->text() == entry) {
-            delete userList->item(row);
-            return;
-        }
-    }
+    if (channel == currentTabName)
+        UserListRows::removeFirst(*userList, entry);
 }
 
 void MainWindow::clearUserList(const QString &channel)
@@ -1111,35 +1105,17 @@ void MainWindow::onTopic(const QString &channel, const QString &topic)
 
 void MainWindow::updateOwnUserAppearance()
 {
-    if (!userListShown)
-        return;
-    for (int row = 0; row < userList->count(); ++row) {
-        QListWidgetItem *item = userList->item(row);
-        if (!equalsIgnoringCase(stripModePrefix(item->text()), connection->currentNick()))
-            continue;
-        QFont font = item->font();
-        font.setItalic(isAway);
-        item->setFont(font);
-        // Back from away the item keeps a solid brush of the default colour, not the palette's.
-        item->setForeground(QBrush(isAway ? QColor(0xAA, 0xAA, 0xAA) : QColor(), Qt::SolidPattern));
-        return;
-    }
+    if (userListShown)
+        UserListRows::showAway(*userList, connection->currentNick(), isAway);
 }
 
 // ---------------------------------------------------------------------------------------------
 // User list
 
-QString MainWindow::nickOf(const QListWidgetItem &item) const
-{
-    // A black circle and a blank in front would be a presence mark; nothing writes one yet.
-    const QString text = item.text();
-    return stripModePrefix(text.startsWith(u"\u25CF "_s) ? text.sliced(2) : text);
-}
-
 void MainWindow::onUserDoubleClicked(QListWidgetItem *item)
 {
     if (item)
-        openPrivateChat(nickOf(*item));
+        openPrivateChat(UserListRows::nickOf(*item));
 }
 
 void MainWindow::openPrivateChat(const QString &nick)
@@ -1159,7 +1135,7 @@ void MainWindow::openPrivateChat(const QString &nick)
 void MainWindow::showUserContextMenu(const QPoint &pos)
 {
     const QListWidgetItem *item = userList->itemAt(pos);
-    const QString nick = item ? nickOf(*item) : QString();
+    const QString nick = item ? UserListRows::nickOf(*item) : QString();
     if (nick.isEmpty())
         return;
     // What is chosen acts on the nick and the channel of this moment: while the menu is open the

@@ -250,8 +250,6 @@ private:
     void updateOwnUserAppearance();
 
     // User list
-    /// Nick of an entry of the visible list.
-    QString nickOf(const QListWidgetItem &item) const;
     void openPrivateChat(const QString &nick);
     void fillOwnMenu(QMenu &menu);
     void fillUserMenu(QMenu &menu, const QString &nick);
