@@ -73,23 +73,6 @@ bool equalsIgnoringCase(const QString &left, const QString &right)
     return left.compare(right, Qt::CaseInsensitive) == 0;
 }
 
-QStringList whoisLines(const QString &nick, const MainWindow::WhoInfo &info)
-{
-    QStringList lines{
-            u"*** WHOIS %1: %2@%3 (%4)"_s.arg(nick, info.username, info.hostname, info.realName)};
-    if (info.isOperator)
-        lines << u"*** %1 is an IRC operator"_s.arg(nick);
-    lines << u"*** %1 is using %2 (%3)"_s.arg(nick, info.server, info.serverInfo);
-    if (info.idleSeconds >= 0)
-        lines << u"*** %1 idle %2s, signed on %3"_s.arg(nick, QString::number(info.idleSeconds),
-                                                        info.signonTime);
-    if (!info.channels.isEmpty())
-        lines << u"*** %1 on channels: %2"_s.arg(nick, info.channels);
-    if (!info.awayMessage.isEmpty())
-        lines << u"*** %1 is away: %2"_s.arg(nick, info.awayMessage);
-    return lines;
-}
-
 } // namespace
 
 MainWindow::MainWindow(QWidget *parent)
@@ -1232,7 +1215,7 @@ void MainWindow::onWhoisAway(const QString &nick, const QString &msg)
 
 void MainWindow::onWhoisEnd(const QString &, const QString &nick)
 {
-    const QStringList lines = whoisLines(nick, whoisResults.take(nick));
+    const QStringList lines = whoisResults.take(nick).lines(nick);
     for (const QString &line : lines)
         appendMessageToTab(whoisTab, line, QString(), false);
 }

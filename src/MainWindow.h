@@ -2,6 +2,7 @@
 
 #include "ChatTable.h"
 #include "NickCompletion.h"
+#include "WhoisReply.h"
 
 #include <QColor>
 #include <QFont>
@@ -66,20 +67,7 @@ public:
         bool highlighted = false; ///< A highlight was taken since the tab was last shown.
     };
 
-    /// What the numerics of one WHOIS reply have told so far.
-    struct WhoInfo
-    {
-        QString username;
-        QString hostname;
-        QString realName;
-        QString server;
-        QString serverInfo;
-        QString channels;
-        QString awayMessage;
-        bool isOperator = false;
-        int idleSeconds = -1; ///< -1 until the server has told it.
-        QString signonTime;   ///< The server's descriptive text, not a time.
-    };
+    using WhoInfo = WhoisReply;
 
     explicit MainWindow(QWidget *parent = nullptr);
 
