@@ -20,6 +20,7 @@
 #include "PlainTextMenu.h"
 #include "PreferencesDialog.h"
 #include "Prompts.h"
+#include "RawLines.h"
 #include "ServerStore.h"
 #include "StatusTipStopper.h"
 #include "SystemTray.h"
@@ -494,21 +495,7 @@ void MainWindow::onError(const QString &error)
 
 void MainWindow::onRawMessage(const QString &msg)
 {
-    const bool hasPrefix = msg.startsWith(u':');
-    // Looked for in the whole line, so a server's notice with an exclamation mark is hidden too.
-    if (hasPrefix && msg.contains(u'!'))
-        return;
-    // A numeric is not shown raw: the parser hands on what it does not handle itself.
-    if (hasPrefix && msg.size() > 4 && msg.at(1) != u' ') {
-        const qsizetype space = msg.indexOf(u' ');
-        if (space >= 0 && space + 4 < msg.size()) {
-            bool isNumeric = false;
-            static_cast<void>(QStringView(msg).sliced(space + 1, 3).toInt(&isNumeric, 10));
-            if (isNumeric)
-                return;
-        }
-    }
-    if (!listReceiving)
+    if (!listReceiving && RawLines::isShown(msg))
         appendToServerTab(u"<< "_s + msg);
 }
 

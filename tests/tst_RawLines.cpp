@@ -1,4 +1,5 @@
 #include "IRCConnection.h"
+#include "RawLines.h"
 #include "TemporaryStore.h"
 #include "WindowSession.h"
 
@@ -80,6 +81,7 @@ void TestRawLines::sortsRawLines()
     const qsizetype before = session.probe.lines(u"Server"_s).size();
     QVERIFY(session.say(line));
     QCOMPARE(session.probe.lines(u"Server"_s).mid(before), shown);
+    QCOMPARE(RawLines::isShown(line), shown.contains(u"<< "_s + line));
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
 }
 
