@@ -250,7 +250,7 @@ void MainWindow::connectSession()
         pendingNick.clear();
     });
     connection->setReadFinishedHandler([this] {
-        flushPendingRows();
+        pendingRows.flush();
         refreshPendingCompletion();
     });
 }
@@ -761,13 +761,11 @@ void MainWindow::appendMessageToTab(const QString &tabName, const QString &text,
     ChatRow row = makeRow(tabName, text, sender, isStatus);
     row.time = time;
     const TabInfo tab = tabs.value(tabName);
-    PendingRows &pending = pendingRows[tab.chatView];
-    pending.table = tab.table;
-    pending.rows.append(row);
+    pendingRows.add(*tab.chatView, *tab.table, row);
     // While a read is being cut into lines nobody but our own slots can look at a conversation,
     // so its rows are written together when it ends: one change of the document instead of many.
     if (!connection->isReading())
-        flushPendingRows();
+        pendingRows.flush();
     if (!isOwnNick(sender))
         drawAttention(tabName, text, sender);
 }
@@ -807,20 +805,6 @@ bool MainWindow::isOwnNick(const QString &nick) const
 {
     return equalsIgnoringCase(nick, connection->currentNick())
            || (!pendingNick.isEmpty() && equalsIgnoringCase(nick, pendingNick));
-}
-
-void MainWindow::flushPendingRows()
-{
-    const auto rows = std::exchange(pendingRows, {});
-    for (auto conversation = rows.cbegin(); conversation != rows.cend(); ++conversation) {
-        QTextBrowser *view = conversation.key();
-        ChatTable::appendRows(*conversation->table, conversation->rows);
-        // A reader who has scrolled back is brought to the bottom by every line.
-        QTextCursor cursor = view->textCursor();
-        cursor.movePosition(QTextCursor::End);
-        view->setTextCursor(cursor);
-        view->ensureCursorVisible();
-    }
 }
 
 void MainWindow::appendToServerTab(const QString &text)

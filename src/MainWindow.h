@@ -1,12 +1,11 @@
 #pragma once
 
-#include "ChatTable.h"
 #include "NickCompletion.h"
+#include "RowQueue.h"
 #include "WhoisReply.h"
 
 #include <QColor>
 #include <QFont>
-#include <QHash>
 #include <QMainWindow>
 #include <QMap>
 #include <QSet>
@@ -207,13 +206,6 @@ private:
     ChatRow makeRow(const QString &tabName, const QString &text, const QString &sender,
                     bool isStatus) const;
     bool isOwnNick(const QString &nick) const;
-    struct PendingRows
-    {
-        QTextTable *table = nullptr;
-        QList<ChatRow> rows;
-    };
-    /// Writes the rows that have been gathered since the current read began.
-    void flushPendingRows();
     void appendToServerTab(const QString &text);
 
     // Attention
@@ -330,8 +322,7 @@ private:
     QString currentServerId;    ///< Empty until the first connect.
     bool userListShown = false;
     QMap<QString, QString> inputDrafts;
-    /// Rows of the read in progress, per conversation: written together when it ends.
-    QHash<QTextBrowser *, PendingRows> pendingRows;
+    RowQueue pendingRows; ///< Of the read in progress: written together when it ends.
     /// What the read in progress has updated the completion with last, if it has.
     std::optional<NickCompletion::Source> pendingCompletion;
 };

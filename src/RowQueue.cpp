@@ -1,0 +1,26 @@
+#include "RowQueue.h"
+
+#include <QTextBrowser>
+
+#include <utility>
+
+void RowQueue::add(QTextBrowser &view, QTextTable &table, const ChatRow &row)
+{
+    Rows &rows = waiting[&view];
+    rows.table = &table;
+    rows.rows.append(row);
+}
+
+void RowQueue::flush()
+{
+    const auto conversations = std::exchange(waiting, {});
+    for (auto conversation = conversations.cbegin(); conversation != conversations.cend();
+         ++conversation) {
+        QTextBrowser *view = conversation.key();
+        ChatTable::appendRows(*conversation->table, conversation->rows);
+        QTextCursor cursor = view->textCursor();
+        cursor.movePosition(QTextCursor::End);
+        view->setTextCursor(cursor);
+        view->ensureCursorVisible();
+    }
+}
