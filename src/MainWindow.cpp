@@ -882,10 +882,7 @@ void MainWindow::clearUserList(const QString &channel)
 std::optional<QString> MainWindow::takeUser(const QString &channel, const QString &nick)
 {
     const auto users = channelUsers.find(channel);
-    const qsizetype index = users == channelUsers.end() ? -1 : NickList::indexOfNick(*users, nick);
-    if (index < 0)
-        return std::nullopt;
-    return users->takeAt(index);
+    return users == channelUsers.end() ? std::nullopt : NickList::take(*users, nick);
 }
 
 void MainWindow::dropUser(const QString &channel, const QString &nick)
@@ -986,22 +983,15 @@ void MainWindow::onNick(const QString &oldNick, const QString &newNick)
 
 void MainWindow::renameUser(const QString &channel, const QString &oldNick, const QString &newNick)
 {
-    QStringList &users = channelUsers[channel];
-    qsizetype index = users.indexOf(oldNick);
-    if (index < 0)
-        index = NickList::indexOfNick(users, oldNick);
-    if (index < 0)
+    const auto renamed = NickList::rename(channelUsers[channel], oldNick, newNick);
+    if (!renamed)
         return;
-    const QString oldEntry = users.at(index);
-    const bool hasPrefix = !oldEntry.isEmpty() && oldEntry != oldNick;
-    const QString newEntry = hasPrefix ? QString(oldEntry.front() + newNick) : newNick;
-    users[index] = newEntry;
     appendMessageToTab(channel, u"is now known as %1"_s.arg(newNick), oldNick, true);
     if (channel != currentTabName)
         return;
     // In the visible list the user drops to the bottom until the list is next rebuilt.
-    removeUserFromList(channel, oldEntry);
-    addUserToList(channel, newEntry);
+    removeUserFromList(channel, renamed->oldEntry);
+    addUserToList(channel, renamed->newEntry);
     updateNickCompletionModel();
     if (oldNick == connection->currentNick() || newNick == connection->currentNick())
         updateTopicEditButton(channel);

@@ -53,6 +53,28 @@ qsizetype indexOfNick(const QStringList &entries, const QString &nick)
     return found == entries.cend() ? -1 : found - entries.cbegin();
 }
 
+std::optional<QString> take(QStringList &entries, const QString &nick)
+{
+    const qsizetype index = indexOfNick(entries, nick);
+    if (index < 0)
+        return std::nullopt;
+    return entries.takeAt(index);
+}
+
+std::optional<Renamed> rename(QStringList &entries, const QString &oldNick, const QString &newNick)
+{
+    qsizetype index = entries.indexOf(oldNick);
+    if (index < 0)
+        index = indexOfNick(entries, oldNick);
+    if (index < 0)
+        return std::nullopt;
+    const QString oldEntry = entries.at(index);
+    const bool hasPrefix = !oldEntry.isEmpty() && oldEntry != oldNick;
+    const QString newEntry = hasPrefix ? QString(oldEntry.front() + newNick) : newNick;
+    entries[index] = newEntry;
+    return Renamed{oldEntry, newEntry};
+}
+
 void sortByRank(QStringList &entries)
 {
     std::sort(entries.begin(), entries.end(), [](const QString &left, const QString &right) {

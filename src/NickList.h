@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 /// Entries of a channel's user list.
 ///
 /// An entry is one token of a name list as the server sent it: at most one recognised prefix
@@ -24,6 +26,19 @@ bool isOperator(const QString &entry);
 
 /// Index of the first entry whose nick equals `nick` exactly, or -1.
 qsizetype indexOfNick(const QStringList &entries, const QString &nick);
+
+/// Takes the first entry whose nick equals `nick` exactly out of `entries` and returns it.
+std::optional<QString> take(QStringList &entries, const QString &nick);
+
+struct Renamed
+{
+    QString oldEntry;
+    QString newEntry;
+};
+
+/// Gives the user `oldNick` another nick, and keeps their place and their rank. The user is looked
+/// for by the whole entry first, and only then behind a prefix.
+std::optional<Renamed> rename(QStringList &entries, const QString &oldNick, const QString &newNick);
 
 /// Orders by rank and, within one rank, by nick without regard to case. Not stable.
 void sortByRank(QStringList &entries);

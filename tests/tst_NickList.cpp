@@ -12,6 +12,10 @@ private slots:
     void stripsOnePrefixAndRanks_data();
     void stripsOnePrefixAndRanks();
     void findsANickBehindItsPrefix();
+    void takesTheFirstEntry_data();
+    void takesTheFirstEntry();
+    void renames_data();
+    void renames();
     void sortsByRankThenByNick();
     void sortsPlainByWholeEntry();
     void insertsWhereThePlainSortPuts_data();
@@ -54,6 +58,62 @@ void TestNickList::findsANickBehindItsPrefix()
     QCOMPARE(NickList::indexOfNick(entries, u"Alice"_s), -1);
     QCOMPARE(NickList::indexOfNick(entries, u"@alice"_s), -1);
     QCOMPARE(NickList::indexOfNick({}, u"alice"_s), -1);
+}
+
+void TestNickList::takesTheFirstEntry_data()
+{
+    QTest::addColumn<QString>("nick");
+    QTest::addColumn<std::optional<QString>>("taken");
+    QTest::addColumn<QStringList>("left");
+
+    const auto add = [](const char *name, const QString &nick, const std::optional<QString> &taken,
+                        const QStringList &left) { QTest::newRow(name) << nick << taken << left; };
+    add("plain", u"bob"_s, u"bob"_s, {u"@alice"_s, u"+bob"_s});
+    add("behind its prefix", u"alice"_s, u"@alice"_s, {u"bob"_s, u"+bob"_s});
+    add("with its prefix", u"@alice"_s, std::nullopt, {u"@alice"_s, u"bob"_s, u"+bob"_s});
+    add("another case", u"BOB"_s, std::nullopt, {u"@alice"_s, u"bob"_s, u"+bob"_s});
+}
+
+void TestNickList::takesTheFirstEntry()
+{
+    QFETCH(const QString, nick);
+    QStringList entries{u"@alice"_s, u"bob"_s, u"+bob"_s};
+    QTEST(NickList::take(entries, nick), "taken");
+    QTEST(entries, "left");
+}
+
+void TestNickList::renames_data()
+{
+    QTest::addColumn<QString>("oldNick");
+    QTest::addColumn<QString>("oldEntry");
+    QTest::addColumn<QStringList>("entries");
+
+    const auto add = [](const char *name, const QString &oldNick, const QString &oldEntry,
+                        const QStringList &entries) {
+        QTest::newRow(name) << oldNick << oldEntry << entries;
+    };
+    add("plain", u"carol"_s, u"carol"_s, {u"@alice"_s, u"+bob"_s, u"bob"_s, u"new"_s});
+    add("behind its prefix", u"alice"_s, u"@alice"_s, {u"@new"_s, u"+bob"_s, u"bob"_s, u"carol"_s});
+    add("the whole entry first", u"bob"_s, u"bob"_s,
+        {u"@alice"_s, u"+bob"_s, u"new"_s, u"carol"_s});
+    add("a nick like an entry", u"@alice"_s, u"@alice"_s,
+        {u"new"_s, u"+bob"_s, u"bob"_s, u"carol"_s});
+    add("another case", u"Carol"_s, QString(), {u"@alice"_s, u"+bob"_s, u"bob"_s, u"carol"_s});
+}
+
+void TestNickList::renames()
+{
+    QFETCH(const QString, oldNick);
+    QFETCH(const QString, oldEntry);
+    QStringList entries{u"@alice"_s, u"+bob"_s, u"bob"_s, u"carol"_s};
+    const auto renamed = NickList::rename(entries, oldNick, u"new"_s);
+    QTEST(entries, "entries");
+    QCOMPARE(renamed.has_value(), !oldEntry.isEmpty());
+    if (!renamed)
+        return;
+    QCOMPARE(renamed->oldEntry, oldEntry);
+    QVERIFY(entries.contains(renamed->newEntry));
+    QVERIFY(renamed->newEntry.endsWith(u"new"_s));
 }
 
 void TestNickList::sortsByRankThenByNick()
