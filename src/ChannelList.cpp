@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QSignalBlocker>
 #include <QTreeWidget>
+#include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 
@@ -21,9 +22,7 @@ const auto DarkTreeSheet = u"QTreeWidget { background-color: #1E1E1E; color: #DD
                            "QTreeWidget::item:hover { background-color: #3A3A3A; }"
                            "QTreeWidget::item:selected { background-color: #505050; }"_s;
 
-} // namespace
-
-QLabel *ChannelList::createInfoLabel()
+QLabel *createInfoLabel()
 {
     auto *label = new QLabel(QLabel::tr("Server: loading..."));
     label->setTextFormat(Qt::PlainText);
@@ -33,7 +32,7 @@ QLabel *ChannelList::createInfoLabel()
     return label;
 }
 
-QTreeWidget *ChannelList::createTree(const QString &theme)
+QTreeWidget *createTree(const QString &theme)
 {
     auto *tree = new QTreeWidget;
     tree->setAccessibleName(QTreeWidget::tr("Channels"));
@@ -51,6 +50,28 @@ QTreeWidget *ChannelList::createTree(const QString &theme)
     header->resizeSection(ChannelColumn, 200);
     tree->setContextMenuPolicy(Qt::CustomContextMenu);
     return tree;
+}
+
+} // namespace
+
+ChannelList::Page ChannelList::createPage(const QString &theme)
+{
+    Page page;
+    page.page = new QWidget;
+    auto *layout = new QVBoxLayout(page.page);
+    layout->setContentsMargins(0, 0, 0, 0);
+    page.infoLabel = createInfoLabel();
+    layout->addWidget(page.infoLabel);
+    page.tree = createTree(theme);
+    layout->addWidget(page.tree);
+    return page;
+}
+
+QString ChannelList::summary(const QString &serverName, int totalChannels, int totalUsers)
+{
+    // All at once: the name, which may hold such a mark, is not looked through for the next.
+    return QLabel::tr("%1: %2 channels, %3 users")
+            .arg(serverName, QString::number(totalChannels), QString::number(totalUsers));
 }
 
 void ChannelList::addRow(QTreeWidget &tree, const QString &channel, const QString &userCount,

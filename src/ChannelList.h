@@ -5,16 +5,25 @@
 class QLabel;
 class QTreeWidget;
 class QTreeWidgetItem;
+class QWidget;
 
 /// The widgets that show a server's channels, and the rows in them.
 namespace ChannelList {
 
-/// Makes the line above the list. It has no parent: the caller owns it until a layout takes it.
-QLabel *createInfoLabel();
+/// The page of the List tab, and what is in it.
+struct Page
+{
+    QWidget *page = nullptr;
+    QLabel *infoLabel = nullptr; ///< The line above the list.
+    QTreeWidget *tree = nullptr; ///< Has the columns channel, users and topic.
+};
 
-/// Makes an empty list with the columns channel, users and topic, which has a custom context menu.
-/// It has no parent: the caller owns it until a layout takes it.
-QTreeWidget *createTree(const QString &theme);
+/// Makes a page with an empty list, which has a custom context menu. The page has no parent: the
+/// caller owns it until it is put into a tab widget.
+[[nodiscard]] Page createPage(const QString &theme);
+
+/// The text of the line above a list that has come in whole.
+[[nodiscard]] QString summary(const QString &serverName, int totalChannels, int totalUsers);
 
 /// Adds a row at the end; the list's order is not looked at. `userCount` is the server's text, and
 /// counts as 0 in the order by users unless it is a number.

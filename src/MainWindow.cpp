@@ -1295,20 +1295,16 @@ void MainWindow::createListTab()
 {
     if (tabs.contains(TabNames::List))
         return;
-    TabInfo info;
-    info.page = new QWidget;
-    auto *layout = new QVBoxLayout(info.page);
-    layout->setContentsMargins(0, 0, 0, 0);
-
-    listInfoLabel = ChannelList::createInfoLabel();
-    layout->addWidget(listInfoLabel);
-    listTree = ChannelList::createTree(currentTheme);
+    const ChannelList::Page list = ChannelList::createPage(currentTheme);
+    listInfoLabel = list.infoLabel;
+    listTree = list.tree;
     connect(listTree, &QWidget::customContextMenuRequested, this,
             &MainWindow::showChannelListContextMenu);
     connect(listTree, &QTreeWidget::itemDoubleClicked, this,
             &MainWindow::onChannelListDoubleClicked);
-    layout->addWidget(listTree);
 
+    TabInfo info;
+    info.page = list.page;
     insertTab(TabNames::List, info);
 }
 
@@ -1339,12 +1335,8 @@ void MainWindow::onListEnd()
 
 void MainWindow::onListInfo(const QString &serverName, int totalChannels, int totalUsers)
 {
-    if (!listInfoLabel)
-        return;
-    // All at once: the name, which may hold such a mark, is not looked through for the next.
-    listInfoLabel->setText(
-            tr("%1: %2 channels, %3 users")
-                    .arg(serverName, QString::number(totalChannels), QString::number(totalUsers)));
+    if (listInfoLabel)
+        listInfoLabel->setText(ChannelList::summary(serverName, totalChannels, totalUsers));
 }
 
 void MainWindow::filterChannelList(const QString &text)
