@@ -1,6 +1,7 @@
 #include "ChatBackground.h"
 
 #include <QRegularExpression>
+#include <QSettings>
 #include <QTextBrowser>
 #include <QUrl>
 
@@ -77,6 +78,18 @@ void ChatBackground::applyTo(QTextBrowser &view) const
     view.setAutoFillBackground(true);
     view.setStyleSheet(sheet);
     view.viewport()->update();
+}
+
+QColor ChatBackground::loadColor(QSettings &settings)
+{
+    const QString name = settings.value(u"chatBgColor"_s, QString()).toString();
+    if (name.isEmpty())
+        return {};
+    const QColor color = QColor::fromString(name);
+    if (color.isValid() && color != Qt::black)
+        return color;
+    settings.setValue(u"chatBgColor"_s, QString());
+    return {};
 }
 
 QString ChatBackground::imageDeclaration(const QString &path)

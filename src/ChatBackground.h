@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QString>
 
+class QSettings;
 class QTextBrowser;
 
 /// Frame, background and scroll bars of the conversations.
@@ -18,6 +19,10 @@ public:
     /// A view that wears the background already is left alone, which counts when there are
     /// hundreds; but not where an image is part of it, whose file may have changed.
     void applyTo(QTextBrowser &view) const;
+
+    /// The colour that `settings` holds, or an invalid one. Black can be chosen, but does not
+    /// outlive the session: it is taken out of `settings`, as is what is no colour at all.
+    [[nodiscard]] static QColor loadColor(QSettings &settings);
 
     /// The declaration that stretches the image at `path` over the whole of a widget. No character
     /// of the path can end it.

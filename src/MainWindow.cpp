@@ -286,18 +286,7 @@ void MainWindow::loadPreferences()
     logEnabled = settings.value(u"logEnabled"_s, false).toBool();
     logPath = settings.value(u"logPath"_s, QString()).toString();
     chatBgImage = settings.value(u"chatBgImage"_s, QString()).toString();
-
-    chatBgColor = QColor();
-    const QString colorName = settings.value(u"chatBgColor"_s, QString()).toString();
-    if (!colorName.isEmpty()) {
-        const QColor color = QColor::fromString(colorName);
-        // Black can be chosen, but does not outlive the session.
-        if (color.isValid() && color != Qt::black)
-            chatBgColor = color;
-        else
-            settings.setValue(u"chatBgColor"_s, QString());
-    }
-
+    chatBgColor = ChatBackground::loadColor(settings);
     autoReconnect = settings.value(u"autoReconnect"_s, true).toBool();
     reconnectDelay = settings.value(u"reconnectDelay"_s, 10).toInt();
     reconnectAttempts = settings.value(u"reconnectAttempts"_s, 0).toInt();
