@@ -74,6 +74,13 @@ bool equalsIgnoringCase(const QString &left, const QString &right)
     return left.compare(right, Qt::CaseInsensitive) == 0;
 }
 
+void addAutojoinEntry(QMenu &menu, bool isAutojoined)
+{
+    QAction *entry = menu.addAction(MainWindow::tr("Autojoin on connect"));
+    entry->setCheckable(true);
+    entry->setChecked(isAutojoined);
+}
+
 } // namespace
 
 MainWindow::MainWindow(QWidget *parent)
@@ -684,9 +691,7 @@ void MainWindow::onTabContextMenu(const QPoint &pos)
 
     QMenu menu;
     const QAction *close = menu.addAction(tr("Close"));
-    QAction *autojoin = menu.addAction(tr("Autojoin on connect"));
-    autojoin->setCheckable(true);
-    autojoin->setChecked(autojoinChannels.contains(name));
+    addAutojoinEntry(menu, autojoinChannels.contains(name));
     const QAction *chosen = menu.exec(tabBar->mapToGlobal(pos));
     if (!chosen)
         return;
@@ -1090,10 +1095,7 @@ void MainWindow::fillOwnMenu(QMenu &menu)
 void MainWindow::fillUserMenu(QMenu &menu, const QString &nick)
 {
     menu.addAction(tr("Open Private Chat"), this, [this, nick] { openPrivateChat(nick); });
-    menu.addAction(tr("Whois"), this, [this, nick] {
-        whoisTab = currentTabName;
-        connection->sendWhois(nick);
-    });
+    menu.addAction(tr("Whois"), this, [this, nick] { askWhois(nick); });
     menu.addSeparator();
     if (!TabNames::isChannel(currentTabName)) {
         menu.addAction(tr("Copy Nickname"), this,
@@ -1123,6 +1125,12 @@ bool MainWindow::isUserOperator(const QString &channel) const
 
 // ---------------------------------------------------------------------------------------------
 // Presence
+
+void MainWindow::askWhois(const QString &nick)
+{
+    whoisTab = currentTabName;
+    connection->sendWhois(nick);
+}
 
 void MainWindow::onWhoisUser(const QString &nick, const QString &user, const QString &host,
                              const QString &real)
@@ -1345,9 +1353,7 @@ void MainWindow::showChannelListContextMenu(const QPoint &pos)
 
     PlainTextMenu menu;
     const QAction *join = menu.addAction(tr("Join %1").arg(channel));
-    QAction *autojoin = menu.addAction(tr("Autojoin on connect"));
-    autojoin->setCheckable(true);
-    autojoin->setChecked(isAutojoined);
+    addAutojoinEntry(menu, isAutojoined);
     const QAction *chosen = menu.exec(listTree->mapToGlobal(pos));
     if (!chosen)
         return;
@@ -1509,8 +1515,7 @@ void MainWindow::commandBack(const Commands::Command &)
 
 void MainWindow::commandWhois(const Commands::Command &command)
 {
-    whoisTab = currentTabName;
-    connection->sendWhois(command.words.at(1));
+    askWhois(command.words.at(1));
 }
 
 void MainWindow::commandAutojoin(const Commands::Command &command)

@@ -237,6 +237,8 @@ private:
     bool isUserOperator(const QString &channel) const;
 
     // Presence
+    /// Asks the server who `nick` is; the tab on show gets the answer.
+    void askWhois(const QString &nick);
     /// Asks the server to tell when `nick` comes and goes, unless it has been asked.
     void watch(const QString &nick);
 
