@@ -144,6 +144,13 @@ void MainWindow::setupUI()
     nickCompleter = NickCompletion::create(this);
     inputLine->setCompleter(nickCompleter);
 
+    connectWidgets();
+    setCentralWidget(central);
+    inputLine->setFocus();
+}
+
+void MainWindow::connectWidgets()
+{
     auto *closeShortcut = new QShortcut(QKeySequence::Close, this);
     connect(closeShortcut, &QShortcut::activated, this, [this] {
         if (currentTabName != TabNames::Server && tabWidget->currentIndex() >= 0)
@@ -162,9 +169,6 @@ void MainWindow::setupUI()
     connect(inputLine, &QLineEdit::returnPressed, this, &MainWindow::onSendInput);
     connect(emojiButton, &QPushButton::clicked, this, &MainWindow::toggleEmojiPicker);
     connect(listSearchEdit, &QLineEdit::textChanged, this, &MainWindow::filterChannelList);
-
-    setCentralWidget(central);
-    inputLine->setFocus();
 }
 
 void MainWindow::setupInputRow()

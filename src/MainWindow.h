@@ -143,6 +143,7 @@ private:
 
     // Construction
     void setupUI();
+    void connectWidgets();
     void setupInputRow();
     void setupMenuBar();
     void createServerTab();
