@@ -2,6 +2,7 @@
 
 #include "ConnectDialogBoxes.h"
 #include "ConnectDialogStyle.h"
+#include "DialogParts.h"
 #include "FocusMark.h"
 #include "ServerCatalogue.h"
 #include "ServerEditDialog.h"
@@ -29,13 +30,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype MaxHistory = 10;
-
-QPushButton *makeButton(const QString &text, const QString &name)
-{
-    auto *button = new QPushButton(text);
-    button->setObjectName(name);
-    return button;
-}
 
 } // namespace
 
@@ -358,9 +352,9 @@ void ConnectDialog::buildFields(QFormLayout *form)
 
 QWidget *ConnectDialog::buildListButtons()
 {
-    addButton = makeButton(tr("Add"), u"addButton"_s);
-    editButton = makeButton(tr("Edit"), u"editButton"_s);
-    deleteButton = makeButton(tr("Delete"), u"deleteButton"_s);
+    addButton = DialogParts::makeButton(tr("Add"), u"addButton"_s);
+    editButton = DialogParts::makeButton(tr("Edit"), u"editButton"_s);
+    deleteButton = DialogParts::makeButton(tr("Delete"), u"deleteButton"_s);
 
     auto *column = new QWidget;
     auto *layout = new QVBoxLayout(column);
@@ -375,8 +369,8 @@ QWidget *ConnectDialog::buildListButtons()
 
 QBoxLayout *ConnectDialog::buildDialogButtons()
 {
-    auto *cancelButton = makeButton(tr("Cancel"), u"cancelButton"_s);
-    auto *connectButton = makeButton(tr("Connect"), u"connectButton"_s);
+    auto *cancelButton = DialogParts::makeButton(tr("Cancel"), u"cancelButton"_s);
+    auto *connectButton = DialogParts::makeButton(tr("Connect"), u"connectButton"_s);
     connectButton->setDefault(true);
     new FocusMark(*connectButton);
     connect(connectButton, &QPushButton::clicked, this, &ConnectDialog::onConnectClicked);

@@ -1,5 +1,6 @@
 #include "EditTopicDialog.h"
 
+#include "DialogParts.h"
 #include "EmojiPicker.h"
 #include "FocusMark.h"
 #include "IconPixmap.h"
@@ -13,7 +14,6 @@
 #include <QIcon>
 #include <QPainter>
 #include <QPalette>
-#include <QPushButton>
 #include <QShortcut>
 #include <QTextCursor>
 #include <QTextEdit>
@@ -105,8 +105,7 @@ EditTopicDialog::EditTopicDialog(const QString &channel, const QString &topic, c
     new PlainTitle(*this);
     setWindowTitle(tr("Edit Topic for %1").arg(channel));
     setMinimumSize(560, 380);
-    setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
-                   | Qt::WindowCloseButtonHint);
+    setWindowFlags(DialogParts::Frame);
     buildForm(topic);
 
     // Return alone is a line break.
@@ -198,14 +197,7 @@ void EditTopicDialog::buildForm(const QString &topic)
     layout->addWidget(topicEdit);
     topicEdit->setFocus();
 
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
-    QPushButton *save = buttons->button(QDialogButtonBox::Save);
-    save->setObjectName(u"connectButton"_s);
-    new FocusMark(*save);
-    buttons->button(QDialogButtonBox::Cancel)->setObjectName(u"cancelButton"_s);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    layout->addWidget(buttons);
+    layout->addWidget(DialogParts::makeSaveAndCancel(*this));
 }
 
 QToolBar *EditTopicDialog::buildToolBar()

@@ -1,5 +1,6 @@
 #include "InfoDialogs.h"
 
+#include "DialogParts.h"
 #include "FocusMark.h"
 #include "ThemeManager.h"
 
@@ -57,8 +58,7 @@ constexpr std::array Commands{
 
 QVBoxLayout *setUpFrame(QDialog &dialog, const QString &title, const QSize &size)
 {
-    dialog.setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
-                          | Qt::WindowCloseButtonHint);
+    dialog.setWindowFlags(DialogParts::Frame);
     dialog.setWindowTitle(title);
     dialog.setFixedSize(size);
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), &dialog);
@@ -92,8 +92,7 @@ void addIcon(QVBoxLayout &layout, int extent, const QString &substitute,
 
 void addButton(QDialog &dialog, QVBoxLayout &layout)
 {
-    auto *button = new QPushButton(QDialog::tr("OK"));
-    button->setObjectName(u"connectButton"_s);
+    QPushButton *button = DialogParts::makeButton(QDialog::tr("OK"), u"connectButton"_s);
     button->setFixedWidth(88);
     button->setDefault(true);
     new FocusMark(*button);

@@ -1,6 +1,7 @@
 #include "PreferencesDialog.h"
 
 #include "ChatBackground.h"
+#include "DialogParts.h"
 #include "FocusMark.h"
 #include "MainWindow.h"
 #include "ThemeManager.h"
@@ -36,13 +37,6 @@ QFormLayout *makeForm(QWidget *page)
     form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
     form->setSpacing(12);
     return form;
-}
-
-QPushButton *makeButton(const QString &text, const QString &name)
-{
-    auto *button = new QPushButton(text);
-    button->setObjectName(name);
-    return button;
 }
 
 QCheckBox *makeCheck(const QString &text, bool checked)
@@ -153,7 +147,7 @@ QWidget *PreferencesDialog::buildInterfacePage()
     auto *page = new QWidget;
     QFormLayout *form = makeForm(page);
 
-    fontButton = makeButton(nameOfFont(mainWindow->chatFont), u"prefsFontButton"_s);
+    fontButton = DialogParts::makeButton(nameOfFont(mainWindow->chatFont), u"prefsFontButton"_s);
     fontButton->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(fontButton, &QPushButton::clicked, this, &PreferencesDialog::chooseFont);
     form->addRow(tr("Chat font:"), fontButton);
@@ -183,9 +177,9 @@ QWidget *PreferencesDialog::buildInterfacePage()
 
 QBoxLayout *PreferencesDialog::buildBackgroundButtons()
 {
-    bgImageButton = makeButton(tr("Choose Image..."), u"prefsBgButton"_s);
-    bgColorButton = makeButton(tr("Solid Color..."), u"prefsBgButton"_s);
-    bgResetButton = makeButton(tr("Reset"), u"prefsDeleteButton"_s);
+    bgImageButton = DialogParts::makeButton(tr("Choose Image..."), u"prefsBgButton"_s);
+    bgColorButton = DialogParts::makeButton(tr("Solid Color..."), u"prefsBgButton"_s);
+    bgResetButton = DialogParts::makeButton(tr("Reset"), u"prefsDeleteButton"_s);
     connect(bgImageButton, &QPushButton::clicked, this, &PreferencesDialog::chooseBgImage);
     connect(bgColorButton, &QPushButton::clicked, this, &PreferencesDialog::chooseBgColor);
     connect(bgResetButton, &QPushButton::clicked, this, &PreferencesDialog::resetBackground);
@@ -230,7 +224,7 @@ QBoxLayout *PreferencesDialog::buildLogPathRow()
     logPathEdit->setPlaceholderText(tr("Log directory path..."));
     // A label names only a field that is a widget, and not a row of them.
     logPathEdit->setAccessibleName(tr("Log path"));
-    QPushButton *browse = makeButton(tr("..."), u"prefsBgButton"_s);
+    QPushButton *browse = DialogParts::makeButton(tr("..."), u"prefsBgButton"_s);
     browse->setAccessibleName(tr("Select log directory"));
     connect(browse, &QPushButton::clicked, this, &PreferencesDialog::chooseLogPath);
 

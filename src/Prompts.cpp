@@ -1,6 +1,6 @@
 #include "Prompts.h"
 
-#include "FocusMark.h"
+#include "DialogParts.h"
 #include "ThemeManager.h"
 
 #include <QDialog>
@@ -26,25 +26,18 @@ struct Question
 
 QDialogButtonBox *createButtons(QDialog &dialog, const QString &saveText, const QString &theme)
 {
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
+    QDialogButtonBox *buttons = DialogParts::makeSaveAndCancel(dialog);
     QPushButton *save = buttons->button(QDialogButtonBox::Save);
     save->setText(saveText);
     save->setDefault(true);
-    save->setObjectName(u"connectButton"_s);
-    new FocusMark(*save);
-    QPushButton *cancel = buttons->button(QDialogButtonBox::Cancel);
-    cancel->setText(QDialog::tr("Cancel"));
-    cancel->setObjectName(u"cancelButton"_s);
+    buttons->button(QDialogButtonBox::Cancel)->setText(QDialog::tr("Cancel"));
     buttons->setStyleSheet(ThemeManager::buttonStyleSheet(theme));
-    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
-    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     return buttons;
 }
 
 std::optional<QString> ask(QWidget *parent, const QString &theme, const Question &question)
 {
-    QDialog dialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
-                                   | Qt::WindowCloseButtonHint);
+    QDialog dialog(parent, DialogParts::Frame);
     dialog.setWindowTitle(question.title);
     dialog.setMinimumWidth(question.minimumWidth);
     auto *layout = new QVBoxLayout(&dialog);

@@ -1,7 +1,7 @@
 #include "ServerEditDialog.h"
 
 #include "ConnectDialogStyle.h"
-#include "FocusMark.h"
+#include "DialogParts.h"
 #include "PlainTitle.h"
 #include "ServerStore.h"
 #include "ThemeManager.h"
@@ -12,7 +12,6 @@
 #include <QFormLayout>
 #include <QIntValidator>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -90,8 +89,7 @@ ServerEditDialog::ServerEditDialog(const QString &title, const QString &address,
     new PlainTitle(*this);
     setWindowTitle(title);
     setMinimumWidth(480);
-    setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
-                   | Qt::WindowCloseButtonHint);
+    setWindowFlags(DialogParts::Frame);
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(20, 20, 20, 16);
@@ -103,7 +101,7 @@ ServerEditDialog::ServerEditDialog(const QString &title, const QString &address,
     layout->addLayout(form);
     buildAddressRows(form, address);
     buildRecordRows(form, config);
-    buildButtons();
+    layout->addWidget(DialogParts::makeSaveAndCancel(*this));
 
     applyTheme();
     applyComboBoxStyles();
@@ -158,18 +156,6 @@ void ServerEditDialog::buildRecordRows(QFormLayout *form, const ServerConfig &co
     form->addRow(tr("Auto join channels:"), autojoinEdit);
     encodingCombo = makeCombo(u"encodingCombo"_s, encodings(), config.encoding, defaults.encoding);
     form->addRow(tr("Encoding:"), encodingCombo);
-}
-
-void ServerEditDialog::buildButtons()
-{
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
-    QPushButton *save = buttons->button(QDialogButtonBox::Save);
-    save->setObjectName(u"connectButton"_s);
-    new FocusMark(*save);
-    buttons->button(QDialogButtonBox::Cancel)->setObjectName(u"cancelButton"_s);
-    connect(buttons, &QDialogButtonBox::accepted, this, &ServerEditDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &ServerEditDialog::reject);
-    layout()->addWidget(buttons);
 }
 
 void ServerEditDialog::applyTheme()

@@ -34,7 +34,6 @@ public:
 private:
     void buildAddressRows(QFormLayout *form, const QString &address);
     void buildRecordRows(QFormLayout *form, const ServerConfig &config);
-    void buildButtons();
     void applyTheme();
     void applyComboBoxStyles();
 

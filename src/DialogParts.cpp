@@ -1,0 +1,32 @@
+#include "DialogParts.h"
+
+#include "FocusMark.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+namespace DialogParts {
+
+QPushButton *makeButton(const QString &text, const QString &name)
+{
+    auto *button = new QPushButton(text);
+    button->setObjectName(name);
+    return button;
+}
+
+QDialogButtonBox *makeSaveAndCancel(QDialog &dialog)
+{
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
+    QPushButton *save = buttons->button(QDialogButtonBox::Save);
+    save->setObjectName(u"connectButton"_s);
+    new FocusMark(*save);
+    buttons->button(QDialogButtonBox::Cancel)->setObjectName(u"cancelButton"_s);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    return buttons;
+}
+
+} // namespace DialogParts

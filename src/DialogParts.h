@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+#include <Qt>
+
+class QDialog;
+class QDialogButtonBox;
+class QPushButton;
+
+/// What several dialogs have in common.
+namespace DialogParts {
+
+/// The frame of a small dialog: a title and a close button, and nothing else to press.
+inline constexpr Qt::WindowFlags Frame =
+        Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
+
+/// A button with the object name by which style sheets know it. The caller owns it.
+[[nodiscard]] QPushButton *makeButton(const QString &text, const QString &name);
+
+/// Save and Cancel, which accept and reject `dialog`, under the names by which style sheets know
+/// them: "connectButton" and "cancelButton". The caller owns the box.
+[[nodiscard]] QDialogButtonBox *makeSaveAndCancel(QDialog &dialog);
+
+} // namespace DialogParts

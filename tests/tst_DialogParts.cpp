@@ -1,0 +1,82 @@
+#include "DialogParts.h"
+#include "FocusMark.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QPushButton>
+#include <QTest>
+#include <QVBoxLayout>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+class TestDialogParts final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void framesWithTitleAndCloseButton();
+    void namesButtons();
+    void namesSaveAndCancel();
+    void endsTheDialog_data();
+    void endsTheDialog();
+};
+
+void TestDialogParts::framesWithTitleAndCloseButton()
+{
+    const Qt::WindowFlags frame = DialogParts::Frame;
+    QCOMPARE(frame & Qt::WindowType_Mask, Qt::WindowFlags(Qt::Dialog));
+    QCOMPARE(frame & ~Qt::WindowType_Mask,
+             Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
+}
+
+void TestDialogParts::namesButtons()
+{
+    const std::unique_ptr<QPushButton> button(DialogParts::makeButton(u"Add"_s, u"addButton"_s));
+    QCOMPARE(button->text(), u"Add"_s);
+    QCOMPARE(button->objectName(), u"addButton"_s);
+    QVERIFY(!button->isDefault());
+}
+
+void TestDialogParts::namesSaveAndCancel()
+{
+    QDialog dialog;
+    const std::unique_ptr<QDialogButtonBox> box(DialogParts::makeSaveAndCancel(dialog));
+    QCOMPARE(box->standardButtons(), QDialogButtonBox::Save | QDialogButtonBox::Cancel);
+    const QPushButton *save = box->button(QDialogButtonBox::Save);
+    const QPushButton *cancel = box->button(QDialogButtonBox::Cancel);
+    QCOMPARE(save->objectName(), u"connectButton"_s);
+    QCOMPARE(cancel->objectName(), u"cancelButton"_s);
+    // The mark is white, and so to be seen on a ground of the accent's colour alone.
+    QVERIFY(save->findChild<FocusMark *>() != nullptr);
+    QVERIFY(cancel->findChild<FocusMark *>() == nullptr);
+}
+
+void TestDialogParts::endsTheDialog_data()
+{
+    QTest::addColumn<QDialogButtonBox::StandardButton>("button");
+    QTest::addColumn<int>("result");
+
+    QTest::newRow("save") << QDialogButtonBox::Save << int(QDialog::Accepted);
+    QTest::newRow("cancel") << QDialogButtonBox::Cancel << int(QDialog::Rejected);
+}
+
+void TestDialogParts::endsTheDialog()
+{
+    QFETCH(const QDialogButtonBox::StandardButton, button);
+    QDialog dialog;
+    auto *layout = new QVBoxLayout(&dialog);
+    QDialogButtonBox *box = DialogParts::makeSaveAndCancel(dialog);
+    layout->addWidget(box);
+    int result = -1;
+    connect(&dialog, &QDialog::finished, this, [&result](int code) { result = code; });
+    dialog.show();
+    box->button(button)->click();
+    QVERIFY(dialog.isHidden());
+    QTEST(result, "result");
+}
+
+QTEST_MAIN(TestDialogParts)
+
+#include "tst_DialogParts.moc"
