@@ -55,16 +55,8 @@ ConnectDialog::ConnectDialog(QWidget *parent)
 
 ConnectDialog::~ConnectDialog()
 {
-    // A box, form or menu that is up stands on the stack of one of our slots, which waits in its
-    // event loop. It is let go, so that it ends there and is not deleted here as a child.
-    const QList<QWidget *> children =
-            findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly);
-    for (QWidget *child : children) {
-        if (child->isWindow()) {
-            child->hide();
-            child->setParent(nullptr);
-        }
-    }
+    // The boxes, forms and menus of our slots.
+    DialogParts::letGoOfWindows(*this);
 }
 
 QStringList ConnectDialog::defaultServers()

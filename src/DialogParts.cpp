@@ -29,4 +29,15 @@ QDialogButtonBox *makeSaveAndCancel(QDialog &dialog)
     return buttons;
 }
 
+void letGoOfWindows(QWidget &parent)
+{
+    const auto children = parent.findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
+    for (QWidget *child : children) {
+        if (child->isWindow()) {
+            child->hide(); // Which ends the event loop of a dialog and of a menu alike.
+            child->setParent(nullptr);
+        }
+    }
+}
+
 } // namespace DialogParts

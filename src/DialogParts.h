@@ -6,6 +6,7 @@
 class QDialog;
 class QDialogButtonBox;
 class QPushButton;
+class QWidget;
 
 /// What several dialogs have in common.
 namespace DialogParts {
@@ -20,5 +21,12 @@ inline constexpr Qt::WindowFlags Frame =
 /// Save and Cancel, which accept and reject `dialog`, under the names by which style sheets know
 /// them: "connectButton" and "cancelButton". The caller owns the box.
 [[nodiscard]] QDialogButtonBox *makeSaveAndCancel(QDialog &dialog);
+
+/// Ends every dialog, box and menu that stands over `parent` in an event loop of its own, as if the
+/// user had turned it down, and lets it go.
+///
+/// For the destructor of `parent`: such a window lies on the stack of the function that waits for
+/// it, and must not be deleted as a child.
+void letGoOfWindows(QWidget &parent);
 
 } // namespace DialogParts

@@ -120,13 +120,8 @@ PreferencesDialog::PreferencesDialog(MainWindow *parent)
 
 PreferencesDialog::~PreferencesDialog()
 {
-    // What Qt's functions show for a choice lies on their stack, and still waits for an answer: it
-    // must not be deleted as a child of this dialog, and ends here.
-    const auto choices = findChildren<QDialog *>(Qt::FindDirectChildrenOnly);
-    for (QDialog *choice : choices) {
-        choice->setParent(nullptr);
-        choice->reject();
-    }
+    // What Qt's functions show for a choice.
+    DialogParts::letGoOfWindows(*this);
 }
 
 void PreferencesDialog::showEvent(QShowEvent *event)

@@ -3,8 +3,10 @@
 
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QMenu>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <memory>
@@ -21,6 +23,9 @@ private slots:
     void namesSaveAndCancel();
     void endsTheDialog_data();
     void endsTheDialog();
+    void letsGoOfAWindow_data();
+    void letsGoOfAWindow();
+    void keepsWhatIsNoWindow();
 };
 
 void TestDialogParts::framesWithTitleAndCloseButton()
@@ -75,6 +80,44 @@ void TestDialogParts::endsTheDialog()
     box->button(button)->click();
     QVERIFY(dialog.isHidden());
     QTEST(result, "result");
+}
+
+void TestDialogParts::letsGoOfAWindow_data()
+{
+    QTest::addColumn<bool>("isMenu");
+
+    QTest::newRow("dialog") << false;
+    QTest::newRow("menu") << true;
+}
+
+void TestDialogParts::letsGoOfAWindow()
+{
+    QFETCH(const bool, isMenu);
+    auto parent = std::make_unique<QWidget>();
+    // On the stack, as where they are used: to delete them with the parent would be fatal.
+    QDialog dialog(parent.get());
+    QMenu menu(parent.get());
+    menu.addAction(u"Edit"_s);
+    QTimer::singleShot(0, this, [&parent] {
+        DialogParts::letGoOfWindows(*parent);
+        parent.reset();
+    });
+    if (isMenu)
+        QVERIFY(menu.exec(QPoint(0, 0)) == nullptr);
+    else
+        QCOMPARE(dialog.exec(), int(QDialog::Rejected));
+    QVERIFY(parent == nullptr);
+    QVERIFY(dialog.parent() == nullptr);
+    QVERIFY(menu.parent() == nullptr);
+}
+
+void TestDialogParts::keepsWhatIsNoWindow()
+{
+    QWidget parent;
+    auto *child = new QPushButton(&parent);
+    DialogParts::letGoOfWindows(parent);
+    QCOMPARE(child->parentWidget(), &parent);
+    QVERIFY(!child->isHidden());
 }
 
 QTEST_MAIN(TestDialogParts)
