@@ -2,6 +2,7 @@
 
 #include "ChannelSearch.h"
 #include "NumericTreeWidgetItem.h"
+#include "ThemeManager.h"
 
 #include <QHeaderView>
 #include <QLabel>
@@ -44,7 +45,7 @@ QTreeWidget *createTree(const QString &theme)
     QHeaderView *header = tree->header();
     header->setMinimumHeight(30);
     header->setStyleSheet(u"QHeaderView::section { padding: 4px; font-weight: bold; }"_s);
-    tree->setStyleSheet(theme == "dark"_L1 ? DarkTreeSheet : QString());
+    tree->setStyleSheet(ThemeManager::isDark(theme) ? DarkTreeSheet : QString());
     header->setSectionResizeMode(ChannelColumn, QHeaderView::Interactive);
     header->setMinimumSectionSize(120);
     header->resizeSection(ChannelColumn, 200);

@@ -1,5 +1,7 @@
 #include "ChatBackground.h"
 
+#include "ThemeManager.h"
+
 #include <QRegularExpression>
 #include <QSettings>
 #include <QTextBrowser>
@@ -15,12 +17,12 @@ QColor colorBehind(const QString &theme, const QString &image, const QColor &col
         return Qt::white;
     if (color.isValid())
         return color;
-    return theme == "dark"_L1 ? QColor(0x1E, 0x1E, 0x1E) : QColor(0xFF, 0xFF, 0xFF);
+    return ThemeManager::isDark(theme) ? QColor(0x1E, 0x1E, 0x1E) : QColor(0xFF, 0xFF, 0xFF);
 }
 
 QString frameSheet(const QString &theme, const QString &image, const QColor &color)
 {
-    const QString border = theme == "dark"_L1 ? u"#555"_s : u"#ccc"_s;
+    const QString border = ThemeManager::isDark(theme) ? u"#555"_s : u"#ccc"_s;
     if (image.isEmpty())
         return u"QTextBrowser {   border: 1px solid %1;   background-color: %2;   "
                "border-image: none; }"_s.arg(border, color.name());

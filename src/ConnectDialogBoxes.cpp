@@ -1,5 +1,7 @@
 #include "ConnectDialogBoxes.h"
 
+#include "ThemeManager.h"
+
 #include <QCoreApplication>
 #include <QMessageBox>
 #include <QPushButton>
@@ -36,8 +38,8 @@ QString deletionSheet(const QString &theme)
         QPushButton#noButton { background: transparent; color: #FF3B30; border: 1px solid #FF3B30; }
         QPushButton#noButton:hover { background: %3; }
     )"_s;
-    return theme == "dark"_L1 ? sheet.arg(u"#2E2E2E"_s, u"#DDDDDD"_s, u"#5F1E1E"_s)
-                              : sheet.arg(u"#FFFFFF"_s, u"#333333"_s, u"#FFE5E5"_s);
+    return ThemeManager::isDark(theme) ? sheet.arg(u"#2E2E2E"_s, u"#DDDDDD"_s, u"#5F1E1E"_s)
+                                       : sheet.arg(u"#FFFFFF"_s, u"#333333"_s, u"#FFE5E5"_s);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "ConnectDialogStyle.h"
 
+#include "ThemeManager.h"
+
 #include <QDialog>
 #include <QStringView>
 
@@ -64,7 +66,7 @@ QString dialogSheet(const QString &theme)
             font-weight: 500; }
         QPushButton#deleteButton:hover { background: <deleteHover>; }
     )"_s;
-    const bool dark = theme == "dark"_L1;
+    const bool dark = ThemeManager::isDark(theme);
     return fill(sheet, {{u"<window>", dark ? u"#2E2E2E" : u"#FFFFFF"},
                         {u"<text>", dark ? u"#DDDDDD" : u"#333333"},
                         {u"<title>", dark ? u"#FFFFFF" : u"#1d1d1f"},

@@ -1,6 +1,7 @@
 #include "EmojiPicker.h"
 
 #include "EmojiNames.h"
+#include "ThemeManager.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -28,11 +29,6 @@ struct EmojiCategory
     QStringList emojis;
 };
 
-bool isDark(const QString &theme)
-{
-    return theme == "dark"_L1;
-}
-
 // The picker's few colours are its own: it floats over windows of every kind.
 QString containerSheet(const QString &theme)
 {
@@ -40,7 +36,7 @@ QString containerSheet(const QString &theme)
         return u"#emojiContainer { background-color: rgba(255,255,255,0.7); border: 1px solid "
                "rgba(255,255,255,0.5); border-radius: 12px; padding: 8px; }"_s;
     }
-    if (isDark(theme)) {
+    if (ThemeManager::isDark(theme)) {
         return u"#emojiContainer { background-color: rgba(40,40,40,0.95); border: 1px solid "
                "rgba(255,255,255,0.1); border-radius: 12px; padding: 8px; }"_s;
     }
@@ -52,18 +48,19 @@ QString headingSheet(const QString &theme)
 {
     return u"color: %1; font-size: 10px; font-weight: bold; padding: 4px 2px 2px 2px; "
            "text-transform: uppercase; letter-spacing: 1px;"_s.arg(
-                   isDark(theme) ? "rgba(255,255,255,0.5)"_L1 : "rgba(0,0,0,0.5)"_L1);
+                   ThemeManager::isDark(theme) ? "rgba(255,255,255,0.5)"_L1 : "rgba(0,0,0,0.5)"_L1);
 }
 
 QString buttonSheet(const QString &theme)
 {
+    const bool dark = ThemeManager::isDark(theme);
     return u"QPushButton { background: transparent; border: none; border-radius: 8px; "
            "font-size: 20px; padding: 0px; color: %1; }"
            "QPushButton:hover { background: %2; }"
            "QPushButton:pressed { background: %3; }"_s.arg(
-                   isDark(theme) ? "white"_L1 : "black"_L1,
-                   isDark(theme) ? "rgba(255,255,255,0.15)"_L1 : "rgba(0,0,0,0.08)"_L1,
-                   isDark(theme) ? "rgba(255,255,255,0.25)"_L1 : "rgba(0,0,0,0.15)"_L1);
+                   dark ? "white"_L1 : "black"_L1,
+                   dark ? "rgba(255,255,255,0.15)"_L1 : "rgba(0,0,0,0.08)"_L1,
+                   dark ? "rgba(255,255,255,0.25)"_L1 : "rgba(0,0,0,0.15)"_L1);
 }
 
 } // namespace

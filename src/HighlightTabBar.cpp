@@ -1,5 +1,7 @@
 #include "HighlightTabBar.h"
 
+#include "ThemeManager.h"
+
 #include <QPaintEvent>
 #include <QStyleOptionTab>
 #include <QStylePainter>
@@ -108,8 +110,8 @@ void HighlightTabBar::drawTab(QStylePainter &painter, const QStyleOptionTab &opt
 void HighlightTabBar::drawHighlightedTab(QStylePainter &painter, QStyleOptionTab option,
                                          bool blinkOn)
 {
-    const QColor blinkColor =
-            currentTheme == "dark"_L1 ? QColor(0xFF, 0xD7, 0x00) : QColor(0xFF, 0xB8, 0x00);
+    const QColor blinkColor = ThemeManager::isDark(currentTheme) ? QColor(0xFF, 0xD7, 0x00)
+                                                                 : QColor(0xFF, 0xB8, 0x00);
     // A default colour draws as black: between two blinks the text is plain in every theme.
     option.palette.setColor(QPalette::WindowText, blinkOn ? blinkColor : QColor());
 

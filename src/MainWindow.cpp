@@ -358,7 +358,7 @@ void MainWindow::applyTheme(const QString &theme)
     QSettings().setValue(u"theme"_s, theme);
     tabBar->setTheme(theme);
     userList->setStyleSheet(u"QListWidget { border: 1px solid %1; }"_s.arg(
-            theme == "dark"_L1 ? "#555"_L1 : "#ccc"_L1));
+            ThemeManager::isDark(theme) ? "#555"_L1 : "#ccc"_L1));
     tabWidget->setStyleSheet(ThemeManager::tabWidgetStyleSheet(theme));
     addCloseButtonToAllTabs();
     splitter->setStyleSheet(u"QSplitter::handle { background: transparent; }"_s);

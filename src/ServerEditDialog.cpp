@@ -184,7 +184,7 @@ void ServerEditDialog::applyComboBoxStyles()
     const ThemePalette palette = ThemeManager::palette(currentTheme);
     const QString filled =
             sheet.arg(palette.borderColor, palette.inputBackground, palette.textColor,
-                      palette.accentColor, arrowUri(currentTheme == "dark"_L1));
+                      palette.accentColor, arrowUri(ThemeManager::isDark(currentTheme)));
     authCombo->setStyleSheet(filled);
     encodingCombo->setStyleSheet(filled);
 }

@@ -4,21 +4,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool isDark(const QString &theme)
-{
-    return theme == "dark"_L1;
-}
-
 /// Behind a cancel or delete button under the pointer.
 QString destructiveHover(const QString &theme)
 {
-    return isDark(theme) ? u"#5F1E1E"_s : u"#FFE5E5"_s;
+    return ThemeManager::isDark(theme) ? u"#5F1E1E"_s : u"#FFE5E5"_s;
 }
 
 /// Behind tool bars, and behind the preferences' font button under the pointer.
 QString barBackground(const QString &theme)
 {
-    return isDark(theme) ? u"#3E3E3E"_s : u"#F0F0F0"_s;
+    return ThemeManager::isDark(theme) ? u"#3E3E3E"_s : u"#F0F0F0"_s;
 }
 
 QString darkGlobalSheet(const ThemePalette &colors)
@@ -152,7 +147,7 @@ QPushButton#prefsFontButton:hover { background: %4; }
 /// The buttons that choose and delete the chat background.
 QString preferencesBackgroundRules(const QString &theme)
 {
-    const QString chooseHover = isDark(theme) ? u"#1E3A5F"_s : u"#E5F0FF"_s;
+    const QString chooseHover = ThemeManager::isDark(theme) ? u"#1E3A5F"_s : u"#E5F0FF"_s;
     return uR"(
 QPushButton#prefsBgButton {
     background: transparent; color: #007AFF; border: 1px solid #007AFF; border-radius: 6px;
@@ -203,6 +198,11 @@ QTabBar::close-button:selected:hover { background: rgba(255,255,255,0.25); }
 }
 
 } // namespace
+
+bool ThemeManager::isDark(const QString &theme)
+{
+    return theme == "dark"_L1;
+}
 
 ThemePalette ThemeManager::palette(const QString &theme)
 {

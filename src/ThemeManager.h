@@ -34,6 +34,9 @@ class ThemeManager final
 public:
     ThemeManager() = delete;
 
+    /// True for "dark" alone.
+    static bool isDark(const QString &theme);
+
     static ThemePalette palette(const QString &theme);
 
     /// For the main window and all that it holds.

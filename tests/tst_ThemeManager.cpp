@@ -14,6 +14,7 @@ class TestThemeManager final : public QObject
 private slots:
     void init();
 
+    void knowsOneDarkName();
     void paletteByName_data();
     void paletteByName();
 
@@ -142,6 +143,13 @@ void TestThemeManager::init()
     // A sheet that Qt cannot read is dropped whole, and an argument without a placeholder is
     // ignored: both with nothing but a warning.
     QTest::failOnWarning(QRegularExpression(u"."_s));
+}
+
+void TestThemeManager::knowsOneDarkName()
+{
+    QVERIFY(ThemeManager::isDark(u"dark"_s));
+    for (const QString &name : LightNames)
+        QVERIFY2(!ThemeManager::isDark(name), qPrintable(name));
 }
 
 void TestThemeManager::paletteByName_data()
