@@ -70,11 +70,6 @@ QIcon draw(const Drawing &drawing)
     return QIcon(pixmap);
 }
 
-const QColor &ircColor(int index)
-{
-    return IrcText::colors().at(static_cast<size_t>(index));
-}
-
 /// Index of the IRC colour that `color` is nearest to; of two that are as near, the lower.
 int nearestIrcColor(const QColor &color)
 {
@@ -82,7 +77,7 @@ int nearestIrcColor(const QColor &color)
     int nearest = 0;
     int bestDistance = 1'000'000; // More than any two colours are apart.
     for (int index = 0; index < count; ++index) {
-        const QColor &candidate = ircColor(index);
+        const QColor &candidate = IrcText::color(index);
         const int red = color.red() - candidate.red();
         const int green = color.green() - candidate.green();
         const int blue = color.blue() - candidate.blue();
@@ -143,7 +138,7 @@ void EditTopicDialog::chooseIrcColor(bool background)
     const QString selected = cursor.selectedText();
     QString text(ColorCode);
     if (background)
-        text += QString::number(IrcText::legibleOn(ircColor(index))) + u',';
+        text += QString::number(IrcText::legibleOn(IrcText::color(index))) + u',';
     text += QString::number(index);
     // A background is closed at once even if there is nothing under it.
     if (background || !selected.isEmpty())

@@ -216,11 +216,6 @@ void CodePass::closeColor()
     background = -1;
 }
 
-const QColor &colorAt(int index)
-{
-    return Colors.at(static_cast<std::size_t>(index));
-}
-
 void CodePass::applyColors(int newForeground, int newBackground)
 {
     closeColor();
@@ -228,12 +223,12 @@ void CodePass::applyColors(int newForeground, int newBackground)
     if (newForeground < 0)
         return;
 
-    foreground = newForeground == newBackground ? IrcText::legibleOn(colorAt(newBackground))
+    foreground = newForeground == newBackground ? IrcText::legibleOn(IrcText::color(newBackground))
                                                 : newForeground;
     background = newBackground;
-    html += "<span style=\"color:"_L1 % colorAt(foreground).name() % u';';
+    html += "<span style=\"color:"_L1 % IrcText::color(foreground).name() % u';';
     if (background >= 0)
-        html += "background-color:"_L1 % colorAt(background).name() % u';';
+        html += "background-color:"_L1 % IrcText::color(background).name() % u';';
     html += "\">"_L1;
 }
 
@@ -288,6 +283,11 @@ namespace IrcText {
 const std::array<QColor, 16> &colors()
 {
     return Colors;
+}
+
+const QColor &color(int number)
+{
+    return Colors.at(static_cast<std::size_t>(number));
 }
 
 int legibleOn(const QColor &color)

@@ -17,6 +17,9 @@ namespace IrcText {
 /// The sixteen IRC colours, by the number that a colour code carries.
 const std::array<QColor, 16> &colors();
 
+/// The one with this number, which must be below sixteen.
+const QColor &color(int number);
+
 /// Number of black or of white, whichever can be read on a ground of this colour.
 int legibleOn(const QColor &color);
 

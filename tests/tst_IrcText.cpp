@@ -108,6 +108,7 @@ void TestIrcText::hasSixteenColours_data()
 void TestIrcText::hasSixteenColours()
 {
     QFETCH(const int, index);
+    QTEST(IrcText::color(index), "colour");
     QTEST(IrcText::colors().at(static_cast<std::size_t>(index)), "colour");
 }
 
