@@ -151,7 +151,7 @@ void ConnectDialog::onServerListSelectionChanged()
     const std::optional<ServerStore::HostPort> parts = ServerStore::splitAddress(address);
     if (!parts) {
         serverEdit->setText(address);
-        portEdit->setText(u"6667"_s);
+        portEdit->setText(QString::number(ServerStore::DefaultPort));
         selectedServerId.clear();
         return;
     }
@@ -170,7 +170,8 @@ void ConnectDialog::onServerListSelectionChanged()
 void ConnectDialog::addServer()
 {
     const QPointer<ConnectDialog> self = this;
-    ServerEditDialog form(tr("Add IRC Server"), u":6667"_s, ServerConfig(), currentTheme, this);
+    const QString noAddress = u':' + QString::number(ServerStore::DefaultPort);
+    ServerEditDialog form(tr("Add IRC Server"), noAddress, ServerConfig(), currentTheme, this);
     if (form.exec() != Accepted || self == nullptr)
         return;
     const ServerConfig config = form.getConfig();
@@ -322,7 +323,7 @@ void ConnectDialog::buildFields(QFormLayout *form)
         return edit;
     };
     serverEdit = addEdit(tr("Server:"), u"irc.libera.chat"_s);
-    portEdit = addEdit(tr("Port:"), u"6667"_s);
+    portEdit = addEdit(tr("Port:"), QString::number(ServerStore::DefaultPort));
     portEdit->setFixedWidth(80);
 
     QWidget *listButtons = buildListButtons();

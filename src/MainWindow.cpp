@@ -63,8 +63,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The session has no getter for its port, so a reconnect dials the standard one.
-constexpr quint16 ReconnectPort = 6667;
 constexpr int ReconnectDelayMs = 1000;
 
 constexpr int NotificationMs = 5000;
@@ -450,8 +448,9 @@ void MainWindow::onReconnectTriggered()
     connection->disconnectFromServer();
     QTimer::singleShot(ReconnectDelayMs, this, [this] {
         const ServerConfig config = connection->serverConfig();
-        connection->connectToServer(connection->getHost(), ReconnectPort, config.nickname,
-                                    config.realName, config.useSsl);
+        // The session has no getter for its port.
+        connection->connectToServer(connection->getHost(), ServerStore::DefaultPort,
+                                    config.nickname, config.realName, config.useSsl);
     });
 }
 

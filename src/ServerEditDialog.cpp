@@ -18,8 +18,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int DefaultPort = 6667;
-
 QStringList authMethods()
 {
     return {u"None"_s,
@@ -128,11 +126,11 @@ QString ServerEditDialog::fullAddress() const
 void ServerEditDialog::buildAddressRows(QFormLayout *form, const QString &address)
 {
     const ServerStore::HostPort parts = ServerStore::splitAddress(address).value_or(
-            ServerStore::HostPort{address, DefaultPort});
+            ServerStore::HostPort{address, ServerStore::DefaultPort});
     serverEdit = makeEdit(parts.host, u"irc.libera.chat"_s);
     form->addRow(tr("IRC server:"), serverEdit);
 
-    portEdit = makeEdit(QString::number(parts.port), QString::number(DefaultPort));
+    portEdit = makeEdit(QString::number(parts.port), QString::number(ServerStore::DefaultPort));
     portEdit->setFixedWidth(80);
     portEdit->setValidator(new QIntValidator(1, 65535, portEdit));
     form->addRow(tr("Port:"), portEdit);

@@ -26,6 +26,9 @@ namespace ServerStore {
 /// Stands in front of a favourite's address in a list: a star and a blank.
 inline constexpr QStringView FavoriteMark = u"\u2605 ";
 
+/// The port of IRC without TLS, where no other is known.
+inline constexpr quint16 DefaultPort = 6667;
+
 /// A host and the port behind it; the port is 0 if it was no number.
 struct HostPort
 {
