@@ -74,6 +74,32 @@ EmojiPicker::EmojiPicker(QWidget *parent, const QString &theme)
     setupUI();
 }
 
+QPoint EmojiPicker::placeAt(const QRect &button, const QSize &size, const QRect &available)
+{
+    int x = 0;
+    int y = button.y() - size.height() / 2;
+    if (button.x() + button.width() + size.width() + 2 * Gap <= available.right()) {
+        x = button.x() + button.width() + Gap;
+    } else if (button.x() - size.width() - 2 * Gap >= available.left()) {
+        x = button.x() - size.width() - Gap;
+    } else {
+        x = button.x() - (size.width() - button.width()) / 2;
+        y = button.y() - size.height() - Gap;
+        if (y < available.top())
+            y = button.y() + button.height() + Gap;
+    }
+
+    if (x < available.left())
+        x = available.left() + Gap;
+    if (x + size.width() > available.right())
+        x = available.right() - size.width() - Gap;
+    if (y < available.top())
+        y = available.top() + Gap;
+    if (y + size.height() > available.bottom())
+        y = available.bottom() - size.height() - Gap;
+    return {x, y};
+}
+
 void EmojiPicker::setupUI()
 {
     // Some of these are text symbols by themselves; the selector at their end makes them emojis.
@@ -147,30 +173,4 @@ void EmojiPicker::addEmoji(QGridLayout *grid, const QString &emoji, int row, int
         emit emojiSelected(emoji);
         close();
     });
-}
-
-QPoint placeEmojiPicker(const QRect &button, const QSize &size, const QRect &available)
-{
-    int x = 0;
-    int y = button.y() - size.height() / 2;
-    if (button.x() + button.width() + size.width() + 2 * Gap <= available.right()) {
-        x = button.x() + button.width() + Gap;
-    } else if (button.x() - size.width() - 2 * Gap >= available.left()) {
-        x = button.x() - size.width() - Gap;
-    } else {
-        x = button.x() - (size.width() - button.width()) / 2;
-        y = button.y() - size.height() - Gap;
-        if (y < available.top())
-            y = button.y() + button.height() + Gap;
-    }
-
-    if (x < available.left())
-        x = available.left() + Gap;
-    if (x + size.width() > available.right())
-        x = available.right() - size.width() - Gap;
-    if (y < available.top())
-        y = available.top() + Gap;
-    if (y + size.height() > available.bottom())
-        y = available.bottom() - size.height() - Gap;
-    return {x, y};
 }

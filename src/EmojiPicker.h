@@ -22,6 +22,13 @@ public:
     /// `theme` names the looks: "glass", "dark", or anything else for light.
     EmojiPicker(QWidget *parent, const QString &theme);
 
+    /// Where the top left corner of a picker of `size` belongs that opens from `button`, all in the
+    /// coordinates of the screen of which `available` may be used: to the right of the button, or
+    /// else to its left, or else over it, or else under it, and within `available` as far as it
+    /// fits.
+    [[nodiscard]] static QPoint placeAt(const QRect &button, const QSize &size,
+                                        const QRect &available);
+
 signals:
     /// A click has chosen `emoji`, with its variation selector if it has one. The picker is still
     /// up; it closes when this returns.
@@ -34,9 +41,3 @@ private:
 
     QString currentTheme;
 };
-
-/// Where the top left corner of a picker of `size` belongs that opens from `button`, all in the
-/// coordinates of the screen of which `available` may be used: to the right of the button, or else
-/// to its left, or else over it, or else under it, and within `available` as far as it fits.
-[[nodiscard]] QPoint placeEmojiPicker(const QRect &button, const QSize &size,
-                                      const QRect &available);

@@ -1388,9 +1388,9 @@ void MainWindow::toggleEmojiPicker()
 {
     auto *picker = new EmojiPicker(this, currentTheme);
     picker->adjustSize();
-    picker->move(placeEmojiPicker(QRect(emojiButton->mapToGlobal(QPoint()), emojiButton->size()),
-                                  picker->sizeHint(),
-                                  QGuiApplication::primaryScreen()->availableGeometry()));
+    picker->move(EmojiPicker::placeAt(
+            QRect(emojiButton->mapToGlobal(QPoint()), emojiButton->size()), picker->sizeHint(),
+            QGuiApplication::primaryScreen()->availableGeometry()));
     connect(picker, &EmojiPicker::emojiSelected, inputLine, [this](const QString &emoji) {
         inputLine->insert(emoji);
         inputLine->setFocus();

@@ -423,7 +423,7 @@ void TestEmojiPicker::findsItsPlace()
 {
     QFETCH(const QRect, available);
     QFETCH(const QPoint, button);
-    QTEST(placeEmojiPicker(QRect(button, QSize(36, 30)), PickerSize, available), "place");
+    QTEST(EmojiPicker::placeAt(QRect(button, QSize(36, 30)), PickerSize, available), "place");
 }
 
 void TestEmojiPicker::opensBesideTheInputLine()
@@ -436,9 +436,9 @@ void TestEmojiPicker::opensBesideTheInputLine()
     QCOMPARE(picker->parentWidget(), &conversation.session.window);
     const QPushButton &button = conversation.session.probe.emojiButton();
     QCOMPARE(picker->pos(),
-             placeEmojiPicker(QRect(button.mapToGlobal(QPoint()), button.size()),
-                              picker->sizeHint(),
-                              QGuiApplication::primaryScreen()->availableGeometry()));
+             EmojiPicker::placeAt(QRect(button.mapToGlobal(QPoint()), button.size()),
+                                  picker->sizeHint(),
+                                  QGuiApplication::primaryScreen()->availableGeometry()));
     QCOMPARE(picker->size(), picker->sizeHint());
 }
 
