@@ -1,19 +1,15 @@
 #include "ConnectDialog.h"
 
 #include "ConnectDialogBoxes.h"
+#include "ConnectDialogForm.h"
 #include "ConnectDialogStyle.h"
 #include "DialogParts.h"
-#include "FocusMark.h"
 #include "ServerCatalogue.h"
 #include "ServerEditDialog.h"
-#include "ServerListDelegate.h"
 #include "ServerRows.h"
 #include "ServerStore.h"
 
 #include <QCheckBox>
-#include <QFormLayout>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
@@ -21,7 +17,6 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QSettings>
-#include <QVBoxLayout>
 
 #include <optional>
 
@@ -36,6 +31,7 @@ constexpr qsizetype MaxHistory = 10;
 ConnectDialog::ConnectDialog(QWidget *parent)
     : QDialog(parent)
 {
+    setWindowTitle(tr("Connect to IRC Server"));
     buildForm();
     setMinimumWidth(460);
     setMaximumWidth(560);
@@ -292,88 +288,19 @@ void ConnectDialog::showServerContextMenu(const QPoint &pos)
 
 void ConnectDialog::buildForm()
 {
-    setWindowTitle(tr("Connect to IRC Server"));
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(28, 28, 28, 20);
-    layout->setSpacing(18);
-
-    auto *title = new QLabel(tr("Connect to IRC"));
-    title->setObjectName(u"titleLabel"_s);
-    layout->addWidget(title);
-
-    auto *form = new QFormLayout;
-    form->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    form->setFormAlignment(Qt::AlignLeft | Qt::AlignTop);
-    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
-    form->setSpacing(12);
-    layout->addLayout(form);
-    buildFields(form);
-
-    sslCheck = new QCheckBox(tr("Use SSL"));
-    layout->addWidget(sslCheck);
-    layout->addLayout(buildDialogButtons());
-}
-
-void ConnectDialog::buildFields(QFormLayout *form)
-{
-    const auto addEdit = [form](const QString &label, const QString &placeholder) {
-        auto *edit = new QLineEdit;
-        edit->setPlaceholderText(placeholder);
-        form->addRow(label, edit);
-        return edit;
-    };
-    serverEdit = addEdit(tr("Server:"), u"irc.libera.chat"_s);
-    portEdit = addEdit(tr("Port:"), QString::number(ServerStore::DefaultPort));
-    portEdit->setFixedWidth(80);
-
-    QWidget *listButtons = buildListButtons();
-    serverList = new QListWidget;
-    serverList->setAlternatingRowColors(true);
-    serverList->setMinimumHeight(120);
-    serverList->setMaximumHeight(150);
-    serverList->setContextMenuPolicy(Qt::CustomContextMenu);
-    // The buttons stand where its label would.
-    serverList->setAccessibleName(tr("Servers"));
-    new FocusMark(*serverList);
-    serverList->setItemDelegate(new ServerListDelegate(this));
-    form->addRow(listButtons, serverList);
-
-    nicknameEdit = addEdit(tr("Nickname:"), tr("Type you nickname"));
-    realNameEdit = addEdit(tr("Real name:"), tr("Type you Real name (optionally)"));
-    channelsEdit = addEdit(tr("Join channels:"), tr("#linux, #help"));
-}
-
-QWidget *ConnectDialog::buildListButtons()
-{
-    addButton = DialogParts::makeButton(tr("Add"), u"addButton"_s);
-    editButton = DialogParts::makeButton(tr("Edit"), u"editButton"_s);
-    deleteButton = DialogParts::makeButton(tr("Delete"), u"deleteButton"_s);
-
-    auto *column = new QWidget;
-    auto *layout = new QVBoxLayout(column);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(4);
-    layout->addWidget(addButton);
-    layout->addWidget(editButton);
-    layout->addWidget(deleteButton);
-    layout->addStretch();
-    return column;
-}
-
-QBoxLayout *ConnectDialog::buildDialogButtons()
-{
-    auto *cancelButton = DialogParts::makeButton(tr("Cancel"), u"cancelButton"_s);
-    auto *connectButton = DialogParts::makeButton(tr("Connect"), u"connectButton"_s);
-    connectButton->setDefault(true);
-    new FocusMark(*connectButton);
-    connect(connectButton, &QPushButton::clicked, this, &ConnectDialog::onConnectClicked);
-    connect(cancelButton, &QPushButton::clicked, this, &ConnectDialog::reject);
-
-    auto *layout = new QHBoxLayout;
-    layout->addStretch();
-    layout->addWidget(cancelButton);
-    layout->addWidget(connectButton);
-    return layout;
+    const ConnectDialogForm form(*this);
+    serverEdit = form.serverEdit;
+    portEdit = form.portEdit;
+    nicknameEdit = form.nicknameEdit;
+    realNameEdit = form.realNameEdit;
+    channelsEdit = form.channelsEdit;
+    sslCheck = form.sslCheck;
+    serverList = form.serverList;
+    addButton = form.addButton;
+    editButton = form.editButton;
+    deleteButton = form.deleteButton;
+    connect(form.connectButton, &QPushButton::clicked, this, &ConnectDialog::onConnectClicked);
+    connect(form.cancelButton, &QPushButton::clicked, this, &ConnectDialog::reject);
 }
 
 void ConnectDialog::makeConnections()

@@ -8,9 +8,7 @@
 #include <QString>
 #include <QStringList>
 
-class QBoxLayout;
 class QCheckBox;
-class QFormLayout;
 class QLineEdit;
 class QListWidget;
 class QPoint;
@@ -73,9 +71,6 @@ private slots:
 private:
     // Window
     void buildForm();
-    void buildFields(QFormLayout *form);
-    [[nodiscard]] QWidget *buildListButtons();
-    [[nodiscard]] QBoxLayout *buildDialogButtons();
     void makeConnections();
     void applyTheme();
 
