@@ -19,7 +19,6 @@ constexpr int CachedRows = 300;
 
 // From here on, ending a change takes longer than anything else that a new line needs.
 constexpr int RowsOfLongConversation = 1000;
-constexpr int OpenChangeMilliseconds = 2000;
 
 // In a window without room for a letter a long text would need more pixels than there are numbers.
 constexpr qint64 HighestEstimate = 1'000'000;
@@ -41,6 +40,7 @@ qreal truncated(qreal value)
 ChatLayout::ChatLayout(QTextDocument *document)
     : QAbstractTextDocumentLayout(document)
     , cache(CachedRows)
+    , openChange(*document)
 {
 }
 
@@ -54,6 +54,12 @@ QTextBlock ChatLayout::blockAt(int row, int column) const
 int ChatLayout::rowOf(const QTextBlock &block) const
 {
     return (block.blockNumber() - 1) / columns.count();
+}
+
+QPointF ChatLayout::textOrigin(int row, int column) const
+{
+    return {qreal(margin() + columns.start(column) + columns.cellPadding()),
+            qreal(rowTop(row) + columns.cellPadding())};
 }
 
 int ChatLayout::rowAt(int y) const
@@ -89,8 +95,7 @@ QRectF ChatLayout::blockBoundingRect(const QTextBlock &block) const
         const int column = (number - 1) % columns.count();
         const int room = columns.room(column, rightBorder(block).width);
         QRectF rect = lentLayout(block, room).boundingRect();
-        rect.moveTopLeft(QPointF(margin() + columns.start(column) + columns.cellPadding(),
-                                 rowTop(rowOf(block)) + columns.cellPadding()));
+        rect.moveTopLeft(textOrigin(rowOf(block), column));
         return rect;
     }
     QRectF rect = lentLayout(block, contentWidth()).boundingRect();
@@ -120,28 +125,18 @@ void ChatLayout::setShownHeight(int height)
 void ChatLayout::beginRows()
 {
     // Screen readers learn of new text through the document's signals.
-    if (rowCount() < RowsOfLongConversation || QAccessible::isActive()
-        || openChangeTimer.isActive())
+    if (rowCount() < RowsOfLongConversation || QAccessible::isActive() || openChange.isOpen())
         return;
-    QTextCursor(document()).beginEditBlock();
-    openChangeStart = table->lastPosition();
-    openChangeTimer.start(OpenChangeMilliseconds, this);
+    openChange.begin(table->lastPosition());
 }
 
 void ChatLayout::endRows()
 {
     // Otherwise Qt has told of them.
-    if (!openChangeTimer.isActive())
+    if (!openChange.isOpen())
         return;
     addRows(rowsInDocument() - rowCount());
     announceSize();
-}
-
-void ChatLayout::endOpenChange()
-{
-    openChangeTimer.stop();
-    QTextCursor(document()).endEditBlock();
-    openChangeStart = 0;
 }
 
 int ChatLayout::rowsInDocument() const
@@ -152,7 +147,7 @@ int ChatLayout::rowsInDocument() const
 void ChatLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
     // The end of a change whose rows are known already.
-    if (openChangeStart > 0 && from >= openChangeStart)
+    if (openChange.covers(from))
         return;
     if (!table)
         startOver();
@@ -425,10 +420,6 @@ void ChatLayout::announceSize()
 
 void ChatLayout::timerEvent(QTimerEvent *event)
 {
-    if (event->timerId() == openChangeTimer.timerId()) {
-        endOpenChange();
-        return;
-    }
     if (event->timerId() != repairTimer.timerId()) {
         QAbstractTextDocumentLayout::timerEvent(event);
         return;
@@ -505,9 +496,7 @@ void ChatLayout::drawRow(QPainter &painter, const PaintContext &context,
             painter.restore();
         }
         painter.setPen(context.palette.color(QPalette::Text));
-        cell.layout->draw(&painter,
-                          QPointF(margin() + columns.start(column) + columns.cellPadding(),
-                                  top + columns.cellPadding()),
+        cell.layout->draw(&painter, textOrigin(row, column),
                           selections.ranges(cell.block, QPoint(column, row)), context.clip);
     }
 }
@@ -516,12 +505,13 @@ int ChatLayout::hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) cons
 {
     if (!table)
         return accuracy == Qt::ExactHit ? -1 : 0;
-    const QPointF inTable(truncated(point.x()) - margin(), truncated(point.y()) - margin());
+    const QPointF hit(truncated(point.x()), truncated(point.y()));
+    const QPointF inTable = hit - QPointF(margin(), margin());
     const QRectF bounds(0, 0, columns.width(), heights.total());
     // The far edges belong to the table as well.
     if (inTable.x() >= 0 && inTable.y() >= 0 && inTable.x() <= bounds.right()
         && inTable.y() <= bounds.bottom())
-        return hitTable(inTable, accuracy);
+        return hitTable(hit, accuracy);
     if (accuracy == Qt::ExactHit)
         return -1;
     // The block below the table hides beside its last line, all across the document.
@@ -534,8 +524,8 @@ int ChatLayout::hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) cons
 
 int ChatLayout::hitTable(const QPointF &point, Qt::HitTestAccuracy accuracy) const
 {
-    const int row = heights.rowAbove(point.y());
-    const int column = columns.columnLeftOf(point.x());
+    const int row = heights.rowAbove(point.y() - margin());
+    const int column = columns.columnLeftOf(point.x() - margin());
     Cells fresh;
     const Cells *cells = cache.object(row);
     if (!cells) {
@@ -543,8 +533,6 @@ int ChatLayout::hitTable(const QPointF &point, Qt::HitTestAccuracy accuracy) con
         cells = &fresh;
     }
     const Cell &cell = (*cells)[static_cast<std::size_t>(column)];
-    const QPointF inCell(point.x() - columns.start(column) - columns.cellPadding(),
-                         point.y() - heights.top(row) - columns.cellPadding());
-    const int offset = hitText(*cell.layout, inCell, accuracy);
+    const int offset = hitText(*cell.layout, point - textOrigin(row, column), accuracy);
     return offset < 0 ? -1 : cell.block.position() + std::min(offset, cell.block.length() - 1);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CellText.h"
+#include "OpenChange.h"
 #include "RowHeights.h"
 #include "TableColumns.h"
 
@@ -113,6 +114,8 @@ private:
     [[nodiscard]] QTextBlock blockAt(int row, int column) const;
     [[nodiscard]] Row &rowData(int row) { return rows[static_cast<std::size_t>(row)]; }
     [[nodiscard]] int rowOf(const QTextBlock &block) const;
+    // Where the text of a cell starts within the document.
+    [[nodiscard]] QPointF textOrigin(int row, int column) const;
 
     void startOver();
     void takeSettings();
@@ -120,7 +123,6 @@ private:
     [[nodiscard]] int rowsInDocument() const;
     void addRows(int count);
     void measureEnd(int first);
-    void endOpenChange();
     void forget(QTextBlock block, int end);
     void estimate(int row);
     [[nodiscard]] int estimatedHeight(const Row &row) const;
@@ -156,10 +158,8 @@ private:
     // Numbers of the blocks whose own layouts were given lines.
     mutable QSet<int> lentLayouts;
 
-    // Runs as long as a change of the document is kept open.
-    QBasicTimer openChangeTimer;
-    // Where the first row of the open change starts; nothing above it has changed.
-    int openChangeStart = 0;
+    // Starts where its first row does.
+    OpenChange openChange;
 
     // What the current layout was made for.
     int pageWidth = 0;

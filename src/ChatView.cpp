@@ -71,10 +71,13 @@ int ChatView::scrollValue(const Place &place) const
                                    : layout->rowTop(place.row + 1) - offset - viewport()->height();
 }
 
-void ChatView::restore(const Place &place)
+// Does `work`, which changes heights, and leaves the text at `edge` where it is.
+void ChatView::keepPlace(Edge edge, const std::function<void()> &work)
 {
+    const Place steady = place(edge);
     const QScopedValueRollback<bool> adjusting(isAdjusting, true);
-    const int value = scrollValue(place);
+    work();
+    const int value = scrollValue(steady);
     verticalScrollBar()->setValue(value);
     // The conversation has become too short for it.
     if (verticalScrollBar()->value() != value)
@@ -120,41 +123,28 @@ void ChatView::timerEvent(QTimerEvent *event)
     const Edge edge = steadyEdge();
     if (settle(edge))
         viewport()->update();
-    const Place steady = place(edge);
-    {
-        const QScopedValueRollback<bool> adjusting(isAdjusting, true);
-        layout->measureSome(deadline);
-    }
-    restore(steady);
+    keepPlace(edge, [this, deadline] { layout->measureSome(deadline); });
     if (!layout->hasEstimates())
         idleTimer.stop();
 }
 
 void ChatView::resizeEvent(QResizeEvent *event)
 {
-    const Place steady = place(steadyEdge());
-    {
-        const QScopedValueRollback<bool> adjusting(isAdjusting, true);
-        QTextBrowser::resizeEvent(event);
-    }
-    restore(steady);
+    const Edge edge = steadyEdge();
+    keepPlace(edge, [this, event] { QTextBrowser::resizeEvent(event); });
     coverGround();
     if (isVisible())
-        startMeasuring(steady.edge);
+        startMeasuring(edge);
     viewport()->update();
 }
 
 void ChatView::changeEvent(QEvent *event)
 {
-    const Place steady = place(steadyEdge());
-    {
-        const QScopedValueRollback<bool> adjusting(isAdjusting, true);
-        QTextBrowser::changeEvent(event);
-    }
-    restore(steady);
+    const Edge edge = steadyEdge();
+    keepPlace(edge, [this, event] { QTextBrowser::changeEvent(event); });
     coverGround();
     if (isVisible())
-        startMeasuring(steady.edge);
+        startMeasuring(edge);
 }
 
 void ChatView::showEvent(QShowEvent *event)

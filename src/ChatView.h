@@ -4,6 +4,8 @@
 #include <QPixmap>
 #include <QTextBrowser>
 
+#include <functional>
+
 class ChatLayout;
 
 /// The view of one conversation, a document that holds a table made by `ChatTable`.
@@ -48,7 +50,7 @@ private:
     [[nodiscard]] Edge steadyEdge() const;
     [[nodiscard]] Place place(Edge edge) const;
     [[nodiscard]] int scrollValue(const Place &place) const;
-    void restore(const Place &place);
+    void keepPlace(Edge edge, const std::function<void()> &work);
     bool settle(Edge edge);
     void startMeasuring(Edge edge);
     void measureLater();
