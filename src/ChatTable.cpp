@@ -169,11 +169,6 @@ QTextTable *ChatTable::create(QTextEdit &view, int columns)
     return table;
 }
 
-void ChatTable::appendRow(QTextTable &table, const ChatRow &row)
-{
-    appendRows(table, {row});
-}
-
 void ChatTable::appendRows(QTextTable &table, const QList<ChatRow> &rows)
 {
     if (rows.isEmpty())

@@ -33,21 +33,18 @@ namespace ChatTable {
 ///
 /// `columns` is 2 or 3. The table has one row that stays empty: it makes the small gap above the
 /// first line. The table belongs to the document; null is returned if there is none.
-QTextTable *create(QTextEdit &view, int columns);
+[[nodiscard]] QTextTable *create(QTextEdit &view, int columns);
 
-/// Appends one line below the last one.
-void appendRow(QTextTable &table, const ChatRow &row);
-
-/// Appends `rows` in their order as one change of the document.
+/// Appends `rows` below the last one, in their order and as one change of the document.
 ///
 /// Each change costs time that grows with the table, so lines that come together are appended
 /// together. The document is the same as after as many single calls.
 void appendRows(QTextTable &table, const QList<ChatRow> &rows);
 
 /// `nick` as it is shown: the first 15 code units and an ellipsis if it has more than 16.
-QString elidedNick(const QString &nick);
+[[nodiscard]] QString elidedNick(const QString &nick);
 
 /// Colour of a nick as it is shown. Nicks that elide alike share a colour.
-QColor nickColor(const QString &displayNick);
+[[nodiscard]] QColor nickColor(const QString &displayNick);
 
 } // namespace ChatTable

@@ -447,12 +447,12 @@ void TestChatLayout::keepsAChangeOpenInALongConversation()
     const QSignalSpy changes(view.document(), &QTextDocument::contentsChange);
     ChatTable::appendRows(*table, ChatCorpus::plainRows(998));
     QCOMPARE(changes.count(), 1);
-    ChatTable::appendRow(*table, ChatCorpus::plainRows(1).constFirst());
+    ChatTable::appendRows(*table, ChatCorpus::plainRows(1));
     QCOMPARE(changes.count(), 2);
 
     const auto &layout = *qobject_cast<ChatLayout *>(view.document()->documentLayout());
     for (int rows = 1001; rows < 1020; ++rows) {
-        ChatTable::appendRow(*table, ChatCorpus::plainRows(1, rows).constFirst());
+        ChatTable::appendRows(*table, ChatCorpus::plainRows(1, rows));
         QCOMPARE(table->rows(), rows);
         QCOMPARE(layout.rowCount(), rows);
         QCOMPARE(qreal(layout.rowTop(rows) + 4), view.document()->size().height());
@@ -462,7 +462,7 @@ void TestChatLayout::keepsAChangeOpenInALongConversation()
     const QSignalSpy updates(&layout, &QAbstractTextDocumentLayout::update);
     QTRY_COMPARE(changes.count(), 3);
     QCOMPARE(updates.count(), 0);
-    ChatTable::appendRow(*table, ChatCorpus::plainRows(1).constFirst());
+    ChatTable::appendRows(*table, ChatCorpus::plainRows(1));
     QTRY_COMPARE(changes.count(), 4);
     QCOMPARE(layout.rowCount(), 1020);
 }

@@ -153,7 +153,7 @@ void TestChatTable::leavesTheViewReadOnly()
 
 void TestChatTable::keepsTheFirstRowEmpty()
 {
-    ChatTable::appendRow(*table, SampleRows.first());
+    ChatTable::appendRows(*table, {SampleRows.first()});
     QCOMPARE(table->rows(), 2);
     for (int column = 0; column < 3; ++column)
         QCOMPARE(cellText(*table, 0, column), QString());
@@ -163,7 +163,7 @@ void TestChatTable::keepsTheFirstRowEmpty()
 
 void TestChatTable::fillsTheTimeCell()
 {
-    ChatTable::appendRow(*table, {.time = u"10:20:30 "_s, .nick = u"bob"_s, .text = u"x"_s});
+    ChatTable::appendRows(*table, {{.time = u"10:20:30 "_s, .nick = u"bob"_s, .text = u"x"_s}});
     QCOMPARE(cellText(*table, 1, 0), u"10:20:30 "_s);
     QCOMPARE(cellBlock(*table, 1, 0).blockFormat().alignment(), Qt::AlignLeft);
     QCOMPARE(textFormat(*table, 1, 0).foreground().color(), Grey);
@@ -172,7 +172,7 @@ void TestChatTable::fillsTheTimeCell()
 
 void TestChatTable::fillsTheNickCell()
 {
-    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s});
+    ChatTable::appendRows(*table, {{.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s}});
     QCOMPARE(cellText(*table, 1, 1), u"bob  "_s);
     QCOMPARE(cellBlock(*table, 1, 1).blockFormat().alignment(), Qt::AlignRight);
     const QTextCharFormat format = textFormat(*table, 1, 1);
@@ -199,7 +199,7 @@ void TestChatTable::drawsTheRuleBesideEveryNick()
 
 void TestChatTable::leavesANickCellWithoutColorIfNobodySpoke()
 {
-    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = {}, .text = u"x"_s, .ownAway = true});
+    ChatTable::appendRows(*table, {{.time = u"t"_s, .nick = {}, .text = u"x"_s, .ownAway = true}});
     QCOMPARE(cellText(*table, 1, 1), u"  "_s);
     const QTextCharFormat format = textFormat(*table, 1, 1);
     QCOMPARE(format.fontWeight(), 700);
@@ -209,8 +209,8 @@ void TestChatTable::leavesANickCellWithoutColorIfNobodySpoke()
 
 void TestChatTable::showsTheAwayUserPaleAndItalic()
 {
-    ChatTable::appendRow(*table,
-                         {.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s, .ownAway = true});
+    ChatTable::appendRows(*table,
+                          {{.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s, .ownAway = true}});
     const QTextCharFormat format = textFormat(*table, 1, 1);
     QCOMPARE(format.foreground().color(), QColor(u"#AAAAAA"_s));
     QVERIFY(format.fontItalic());
@@ -219,7 +219,8 @@ void TestChatTable::showsTheAwayUserPaleAndItalic()
 
 void TestChatTable::fillsTheTextCell()
 {
-    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"bob"_s, .text = u" some \x02text"_s});
+    ChatTable::appendRows(*table,
+                          {{.time = u"t"_s, .nick = u"bob"_s, .text = u" some \x02text"_s}});
     QCOMPARE(cellText(*table, 1, 2), u" some \x02text"_s);
     QCOMPARE(cellBlock(*table, 1, 2).blockFormat().alignment(), Qt::AlignLeft);
     QVERIFY(propertiesOf(textFormat(*table, 1, 2)).isEmpty());
@@ -227,8 +228,9 @@ void TestChatTable::fillsTheTextCell()
 
 void TestChatTable::dimsTheText()
 {
-    ChatTable::appendRow(
-            *table, {.time = u"t"_s, .nick = u"bob"_s, .text = u" joined #chan"_s, .dimmed = true});
+    ChatTable::appendRows(
+            *table,
+            {{.time = u"t"_s, .nick = u"bob"_s, .text = u" joined #chan"_s, .dimmed = true}});
     QCOMPARE(textFormat(*table, 1, 2).foreground().color(), Grey);
     QCOMPARE(textFormat(*table, 1, 1).foreground().color(), QColor(0xad, 0x14, 0x57));
 }
@@ -237,7 +239,7 @@ void TestChatTable::showsNoNickInTwoColumns()
 {
     QTextBrowser other;
     QTextTable *narrow = ChatTable::create(other, 2);
-    ChatTable::appendRow(*narrow, {.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s});
+    ChatTable::appendRows(*narrow, {{.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s}});
     QCOMPARE(cellText(*narrow, 1, 0), u"t"_s);
     QCOMPARE(cellText(*narrow, 1, 1), u"x"_s);
     QCOMPARE(cellBlock(*narrow, 1, 1).blockFormat().alignment(), Qt::AlignLeft);
@@ -261,7 +263,7 @@ void TestChatTable::elidesLongNicks()
     QFETCH(const QString, nick);
     QFETCH(const QString, shown);
     QCOMPARE(ChatTable::elidedNick(nick), shown);
-    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = nick, .text = u"x"_s});
+    ChatTable::appendRows(*table, {{.time = u"t"_s, .nick = nick, .text = u"x"_s}});
     QCOMPARE(cellText(*table, 1, 1), QString(shown + u"  "_s));
 }
 
@@ -302,8 +304,10 @@ void TestChatTable::colorsNicksByWhatIsShown()
 
 void TestChatTable::colorsAnElidedNickByItsShownForm()
 {
-    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"abcdefghijklmnopqr"_s, .text = u"x"_s});
-    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"abcdefghijklmno123"_s, .text = u"x"_s});
+    ChatTable::appendRows(*table,
+                          {{.time = u"t"_s, .nick = u"abcdefghijklmnopqr"_s, .text = u"x"_s}});
+    ChatTable::appendRows(*table,
+                          {{.time = u"t"_s, .nick = u"abcdefghijklmno123"_s, .text = u"x"_s}});
     QCOMPARE(textFormat(*table, 1, 1).foreground().color(),
              ChatTable::nickColor(u"abcdefghijklmno\u2026"_s));
     QCOMPARE(textFormat(*table, 1, 1), textFormat(*table, 2, 1));
@@ -332,7 +336,7 @@ void TestChatTable::keepsOneBlockPerCell()
     QFETCH(const QString, text);
     QFETCH(const QString, shown);
     const int before = view.document()->blockCount();
-    ChatTable::appendRow(*table, {.time = text, .nick = text, .text = text});
+    ChatTable::appendRows(*table, {{.time = text, .nick = text, .text = text}});
     QCOMPARE(view.document()->blockCount(), before + 3);
     QCOMPARE(table->rows(), 2);
     QCOMPARE(cellBlock(*table, 1, 0).text(), shown);
@@ -363,7 +367,7 @@ void TestChatTable::findsLinksInTheTextAsItCame()
 {
     QFETCH(const QString, text);
     QFETCH(const QString, shown);
-    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"bob"_s, .text = text});
+    ChatTable::appendRows(*table, {{.time = u"t"_s, .nick = u"bob"_s, .text = text}});
     const QTextBlock block = cellBlock(*table, 1, 2);
     QCOMPARE(block.text(), shown);
     QStringList links;
@@ -378,7 +382,7 @@ void TestChatTable::findsLinksInTheTextAsItCame()
 void TestChatTable::leavesOtherCharactersAlone()
 {
     const QString text = u"a\tb\u00a0c\v\f\x1b\u0085\u2028\ufeff\xd83d\xde00"_s;
-    ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"bob"_s, .text = text});
+    ChatTable::appendRows(*table, {{.time = u"t"_s, .nick = u"bob"_s, .text = text}});
     QCOMPARE(cellBlock(*table, 1, 2).text(), text);
 }
 
@@ -387,7 +391,7 @@ void TestChatTable::appendsManyAsIfOneByOne()
     QTextBrowser other;
     QTextTable *single = ChatTable::create(other, 3);
     for (const ChatRow &row : SampleRows)
-        ChatTable::appendRow(*single, row);
+        ChatTable::appendRows(*single, {row});
     ChatTable::appendRows(*table, SampleRows);
     QCOMPARE(table->rows(), SampleRows.size() + 1);
     QCOMPARE(describe(*view.document()), describe(*other.document()));
@@ -430,7 +434,7 @@ void TestChatTable::writesWhatTheTablesOwnCellsWouldTake()
     fill(1, right, bold, u"bob  "_s);
     fill(2, left, {}, u" hello"_s);
 
-    ChatTable::appendRow(*table, {.time = u"[10:00]"_s, .nick = u"bob"_s, .text = u" hello"_s});
+    ChatTable::appendRows(*table, {{.time = u"[10:00]"_s, .nick = u"bob"_s, .text = u" hello"_s}});
     QCOMPARE(describe(*view.document()), describe(*other.document()));
     QCOMPARE(view.toHtml(), other.toHtml());
 }

@@ -152,9 +152,9 @@ void TestChatViewUse::copiesWhatQtsViewCopies()
 void TestChatViewUse::followsLinksByMouse()
 {
     const auto view = makeView(30);
-    ChatTable::appendRow(*table, {.time = u"t"_s,
-                                  .nick = u"bob"_s,
-                                  .text = u" see https://example.org/x and me@example.org ."_s});
+    ChatTable::appendRows(*table, {{.time = u"t"_s,
+                                    .nick = u"bob"_s,
+                                    .text = u" see https://example.org/x and me@example.org ."_s}});
     scrollToEnd(*view);
     view->setOpenLinks(false);
     const QSignalSpy clicks(view.get(), &QTextBrowser::anchorClicked);
@@ -176,7 +176,8 @@ void TestChatViewUse::followsLinksByKeyboard()
         ChatTable::appendRows(*conversation, ChatCorpus::plainRows(20));
         for (const QString &text :
              {u" https://example.org/1"_s, u" so"_s, u" two@example.org yes"_s})
-            ChatTable::appendRow(*conversation, {.time = u"t"_s, .nick = u"bob"_s, .text = text});
+            ChatTable::appendRows(*conversation,
+                                  {{.time = u"t"_s, .nick = u"bob"_s, .text = text}});
         ChatTable::appendRows(*conversation, ChatCorpus::plainRows(40));
         view.setOpenLinks(false);
         view.resize(450, 300);
@@ -210,7 +211,7 @@ void TestChatViewUse::hoversLinks()
 {
     const auto view = makeView(3);
     for (const QString &text : {u" https://example.org/1"_s, u" so https://example.org/2"_s})
-        ChatTable::appendRow(*table, {.time = u"t"_s, .nick = u"bob"_s, .text = text});
+        ChatTable::appendRows(*table, {{.time = u"t"_s, .nick = u"bob"_s, .text = text}});
     const QSignalSpy hovered(view.get(), qOverload<const QUrl &>(&QTextBrowser::highlighted));
     const QPoint first = pointOf(*view, u"https://example.org/1"_s);
     const QPoint second = pointOf(*view, u"https://example.org/2"_s);
