@@ -85,12 +85,12 @@ void setWidth(QTextLayout &layout, QTextLine &line, QTextOption &option, const Q
 
 } // namespace
 
-int heightOf(const QTextLine &line)
+int CellText::heightOf(const QTextLine &line)
 {
     return static_cast<int>(std::ceil(line.ascent() + line.descent() + line.leading()));
 }
 
-TextExtent layOutCell(QTextLayout &layout, const QTextBlock &block, qreal width)
+TextExtent CellText::layOut(QTextLayout &layout, const QTextBlock &block, qreal width)
 {
     QTextOption option = optionFor(block);
     layout.setTextOption(option);
@@ -121,16 +121,16 @@ TextExtent layOutCell(QTextLayout &layout, const QTextBlock &block, qreal width)
     return extent;
 }
 
-int widestCharacter(const QTextBlock &block)
+int CellText::widestCharacter(const QTextBlock &block)
 {
     // A layout in less room than that would claim more.
     constexpr qreal Unlimited = 1e6;
     QTextLayout layout(block);
-    layOutCell(layout, block, Unlimited);
+    layOut(layout, block, Unlimited);
     return static_cast<int>(std::ceil(layout.minimumWidth()));
 }
 
-int hitText(const QTextLayout &layout, const QPointF &point, Qt::HitTestAccuracy accuracy)
+int CellText::hitTest(const QTextLayout &layout, const QPointF &point, Qt::HitTestAccuracy accuracy)
 {
     const bool isExact = accuracy == Qt::ExactHit;
     int offset = 0;
@@ -152,7 +152,7 @@ int hitText(const QTextLayout &layout, const QPointF &point, Qt::HitTestAccuracy
     return isExact ? -1 : offset;
 }
 
-CellBorder rightBorder(const QTextBlock &block)
+CellBorder CellText::rightBorder(const QTextBlock &block)
 {
     const QTextTableCellFormat format = block.charFormat().toTableCellFormat();
     if (format.rightBorderStyle() == QTextFrameFormat::BorderStyle_None)
@@ -236,7 +236,7 @@ const TextEstimator::FontMeasures &TextEstimator::measuresOf(const QFont &font,
     line.setLeadingIncluded(true);
     line.setLineWidth(1000);
     sample.endLayout();
-    measures->lineHeight = heightOf(line);
+    measures->lineHeight = CellText::heightOf(line);
     fonts.push_back(std::move(measures));
     return *fonts.back();
 }

@@ -23,9 +23,6 @@ struct CellBorder
     QBrush brush;
 };
 
-/// The border along the right edge of the cell that holds `block`.
-CellBorder rightBorder(const QTextBlock &block);
-
 /// Measures of a cell's text.
 struct TextExtent
 {
@@ -39,22 +36,31 @@ struct TextExtent
     bool isSure = false;
 };
 
+/// The text of one cell: its lines and what lies where in them.
+namespace CellText {
+
+/// The border along the right edge of the cell that holds `block`.
+[[nodiscard]] CellBorder rightBorder(const QTextBlock &block);
+
 /// Breaks the text of `block` into the lines of `layout`. `width` is the room that its cell has for
 /// text, in pixels.
 ///
 /// The lines are those of Qt's own document layout. `layout` is the block's own or was made for it.
-TextExtent layOutCell(QTextLayout &layout, const QTextBlock &block, qreal width);
+TextExtent layOut(QTextLayout &layout, const QTextBlock &block, qreal width);
 
 /// Height that `line` takes in a cell.
-int heightOf(const QTextLine &line);
+[[nodiscard]] int heightOf(const QTextLine &line);
 
 /// Width in pixels of the widest single character in the text of `block`.
-int widestCharacter(const QTextBlock &block);
+[[nodiscard]] int widestCharacter(const QTextBlock &block);
 
 /// Offset of the character at `point`, which counts from the start of the laid out text.
 ///
 /// An exact hit is -1 where there is no text; otherwise it is the nearest place for a cursor.
-int hitText(const QTextLayout &layout, const QPointF &point, Qt::HitTestAccuracy accuracy);
+[[nodiscard]] int hitTest(const QTextLayout &layout, const QPointF &point,
+                          Qt::HitTestAccuracy accuracy);
+
+} // namespace CellText
 
 /// Tells a cell's measures without shaping its text, at a fraction of the cost.
 ///
@@ -64,7 +70,7 @@ class TextEstimator final
 {
 public:
     /// Measures of the text of `block`, painted on `device`; on the screen, if that is null.
-    TextExtent estimate(const QTextBlock &block, QPaintDevice *device);
+    [[nodiscard]] TextExtent estimate(const QTextBlock &block, QPaintDevice *device);
 
     /// Forgets all fonts: the document has another default font.
     void clear();
@@ -82,8 +88,9 @@ private:
         int lineHeight = 0;
     };
 
-    const FontMeasures &measuresOf(const QFont &font, QPaintDevice *device);
-    const FontMeasures &measuresOf(const QTextFragment &fragment, QPaintDevice *device);
+    [[nodiscard]] const FontMeasures &measuresOf(const QFont &font, QPaintDevice *device);
+    [[nodiscard]] const FontMeasures &measuresOf(const QTextFragment &fragment,
+                                                 QPaintDevice *device);
 
     std::vector<std::unique_ptr<FontMeasures>> fonts;
     // By the format's index within the document.

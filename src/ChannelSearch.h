@@ -22,7 +22,7 @@ class ChannelSearch final : public QObject
 
 public:
     /// The search of `tree`, which owns it. It is made by the first call.
-    static ChannelSearch &of(QTreeWidget &tree);
+    [[nodiscard]] static ChannelSearch &of(QTreeWidget &tree);
 
     /// Takes a row in right away that is being added to the tree. One that nobody hands over costs
     /// the next search the time to go through the whole tree.
@@ -36,8 +36,8 @@ private:
     explicit ChannelSearch(QTreeWidget &searched);
 
     void forget();
-    std::vector<bool> find(const QString &text) const;
-    std::size_t numberOf(int row);
+    [[nodiscard]] std::vector<bool> find(const QString &text) const;
+    [[nodiscard]] std::size_t numberOf(int row);
 
     struct Place
     {

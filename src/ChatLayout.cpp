@@ -93,7 +93,7 @@ QRectF ChatLayout::blockBoundingRect(const QTextBlock &block) const
     const int number = block.blockNumber();
     if (table && number > 0 && rowOf(block) < rowCount()) {
         const int column = (number - 1) % columns.count();
-        const int room = columns.room(column, rightBorder(block).width);
+        const int room = columns.room(column, CellText::rightBorder(block).width);
         QRectF rect = lentLayout(block, room).boundingRect();
         rect.moveTopLeft(textOrigin(rowOf(block), column));
         return rect;
@@ -109,7 +109,7 @@ const QTextLayout &ChatLayout::lentLayout(const QTextBlock &block, int room) con
 {
     QTextLayout &layout = *block.layout();
     if (layout.lineCount() == 0) {
-        layOutCell(layout, block, room);
+        CellText::layOut(layout, block, room);
         lentLayouts.insert(block.blockNumber());
     }
     return layout;
@@ -286,7 +286,7 @@ void ChatLayout::estimate(int row)
     for (int column = 0; column + 1 < columns.count(); ++column, block = block.next()) {
         const TextExtent side = estimator.estimate(block, paintDevice());
         data.sideHeight = std::max(data.sideHeight, side.height);
-        if (!side.isSure || side.width > columns.room(column, rightBorder(block).width))
+        if (!side.isSure || side.width > columns.room(column, CellText::rightBorder(block).width))
             data.isSideSure = false;
     }
     data.text = estimator.estimate(block, paintDevice());
@@ -323,14 +323,14 @@ ChatLayout::Cells ChatLayout::layOut(int row) const
     Cells cells;
     QTextBlock block = blockAt(row, 0);
     for (int column = 0; column < columns.count(); ++column, block = block.next()) {
-        const CellBorder border = rightBorder(block);
+        const CellBorder border = CellText::rightBorder(block);
         Cell cell{.block = block,
                   .layout = std::make_unique<QTextLayout>(block),
                   .extent = {},
                   .border = border};
         // Otherwise the text would be shaped anew at each painting.
         cell.layout->setCacheEnabled(true);
-        cell.extent = layOutCell(*cell.layout, block, columns.room(column, border.width));
+        cell.extent = CellText::layOut(*cell.layout, block, columns.room(column, border.width));
         cells.push_back(std::move(cell));
     }
     return cells;
@@ -347,14 +347,15 @@ void ChatLayout::take(int row, const Cells &cells)
             data.sideHeight = std::max(data.sideHeight, cell.extent.height);
         const int index = static_cast<int>(column);
         if (cell.layout->minimumWidth() > columns.room(index, cell.border.width)
-            && columns.require(index, widestCharacter(cell.block), cell.border.width))
+            && columns.require(index, CellText::widestCharacter(cell.block), cell.border.width))
             areColumnsStale = true;
     }
     const Cell &text = cells.back();
     if (text.extent.isSure)
         data.text = text.extent;
     else if (!data.text.isSure)
-        data.text = {.width = text.extent.width, .height = heightOf(text.layout->lineAt(0))};
+        data.text = {.width = text.extent.width,
+                     .height = CellText::heightOf(text.layout->lineAt(0))};
     setHeight(row, std::max(data.sideHeight, text.extent.height) + 2 * columns.cellPadding(), true);
 }
 
@@ -533,6 +534,6 @@ int ChatLayout::hitTable(const QPointF &point, Qt::HitTestAccuracy accuracy) con
         cells = &fresh;
     }
     const Cell &cell = (*cells)[static_cast<std::size_t>(column)];
-    const int offset = hitText(*cell.layout, point - textOrigin(row, column), accuracy);
+    const int offset = CellText::hitTest(*cell.layout, point - textOrigin(row, column), accuracy);
     return offset < 0 ? -1 : cell.block.position() + std::min(offset, cell.block.length() - 1);
 }

@@ -31,6 +31,6 @@ struct Command
 /// Takes `line` apart: an input line that is trimmed and begins with a slash.
 ///
 /// A leading slash cannot be escaped: "//me" is the command "/me".
-Command parse(const QString &line);
+[[nodiscard]] Command parse(const QString &line);
 
 } // namespace Commands

@@ -15,13 +15,13 @@ class QTextCursor;
 namespace IrcText {
 
 /// The sixteen IRC colours, by the number that a colour code carries.
-const std::array<QColor, 16> &colors();
+[[nodiscard]] const std::array<QColor, 16> &colors();
 
 /// The one with this number, which must be below sixteen.
 const QColor &color(int number);
 
 /// Number of black or of white, whichever can be read on a ground of this colour.
-int legibleOn(const QColor &color);
+[[nodiscard]] int legibleOn(const QColor &color);
 
 /// Writes `text` at `cursor`, with web and mail addresses as anchors.
 ///
@@ -42,6 +42,6 @@ void insertWithLinks(QTextCursor &cursor, const QString &text, const QTextCharFo
 /// come to know. A code right behind a URL stands as a tag in the URL's target and text. A mail
 /// address inside a URL becomes a second anchor, and the rest of the topic is repeated before it,
 /// until there are a million characters of HTML: from then on such an address stays text.
-QString toHtml(const QString &topic);
+[[nodiscard]] QString toHtml(const QString &topic);
 
 } // namespace IrcText

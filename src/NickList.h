@@ -12,20 +12,20 @@
 namespace NickList {
 
 /// True if `character` is one of the prefixes "~&@%+".
-bool isPrefix(QChar character);
+[[nodiscard]] bool isPrefix(QChar character);
 
 /// `entry` without its first character if that is a prefix; otherwise `entry` unchanged.
 /// Only one prefix is ever taken off: "+@nick" gives "@nick".
-QString stripPrefix(const QString &entry);
+[[nodiscard]] QString stripPrefix(const QString &entry);
 
 /// Rank of an entry, 1 for "~" to 5 for "+", and 6 for an empty or unprefixed one.
-int prefixRank(const QString &entry);
+[[nodiscard]] int prefixRank(const QString &entry);
 
 /// True for an entry with one of the prefixes "~&@%".
-bool isOperator(const QString &entry);
+[[nodiscard]] bool isOperator(const QString &entry);
 
 /// Index of the first entry whose nick equals `nick` exactly, or -1.
-qsizetype indexOfNick(const QStringList &entries, const QString &nick);
+[[nodiscard]] qsizetype indexOfNick(const QStringList &entries, const QString &nick);
 
 /// Takes the first entry whose nick equals `nick` exactly out of `entries` and returns it.
 std::optional<QString> take(QStringList &entries, const QString &nick);
