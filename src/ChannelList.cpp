@@ -14,9 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int ChannelColumn = 0;
-constexpr int UsersColumn = 1;
-constexpr int TopicColumn = 2;
+using Row = NumericTreeWidgetItem;
 
 const auto DarkTreeSheet = u"QTreeWidget { background-color: #1E1E1E; color: #DDDDDD; "
                            "alternate-background-color: #252525; }"
@@ -46,9 +44,9 @@ QTreeWidget *createTree(const QString &theme)
     header->setMinimumHeight(30);
     header->setStyleSheet(u"QHeaderView::section { padding: 4px; font-weight: bold; }"_s);
     tree->setStyleSheet(ThemeManager::isDark(theme) ? DarkTreeSheet : QString());
-    header->setSectionResizeMode(ChannelColumn, QHeaderView::Interactive);
+    header->setSectionResizeMode(Row::ChannelColumn, QHeaderView::Interactive);
     header->setMinimumSectionSize(120);
-    header->resizeSection(ChannelColumn, 200);
+    header->resizeSection(Row::ChannelColumn, 200);
     tree->setContextMenuPolicy(Qt::CustomContextMenu);
     return tree;
 }
@@ -78,11 +76,11 @@ QString ChannelList::summary(const QString &serverName, int totalChannels, int t
 void ChannelList::addRow(QTreeWidget &tree, const QString &channel, const QString &userCount,
                          const QString &topic)
 {
-    auto *item = new NumericTreeWidgetItem;
-    item->setText(ChannelColumn, channel);
-    item->setText(UsersColumn, userCount);
-    item->setText(TopicColumn, topic);
-    item->setData(UsersColumn, Qt::UserRole, userCount.toInt());
+    auto *item = new Row;
+    item->setText(Row::ChannelColumn, channel);
+    item->setText(Row::UsersColumn, userCount);
+    item->setText(Row::TopicColumn, topic);
+    item->setData(Row::UsersColumn, Qt::UserRole, userCount.toInt());
     item->setHidden(false);
     tree.addTopLevelItem(item);
     ChannelSearch::of(tree).add(*item);
@@ -90,7 +88,7 @@ void ChannelList::addRow(QTreeWidget &tree, const QString &channel, const QStrin
 
 QString ChannelList::channelOf(const QTreeWidgetItem &row)
 {
-    return row.text(ChannelColumn);
+    return row.text(Row::ChannelColumn);
 }
 
 void ChannelList::sortByUsers(QTreeWidget &tree)
@@ -103,5 +101,5 @@ void ChannelList::sortByUsers(QTreeWidget &tree)
         header->setSortIndicator(-1, Qt::DescendingOrder);
         tree.setSortingEnabled(true);
     }
-    tree.sortItems(UsersColumn, Qt::DescendingOrder);
+    tree.sortItems(Row::UsersColumn, Qt::DescendingOrder);
 }

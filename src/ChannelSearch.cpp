@@ -1,13 +1,12 @@
 #include "ChannelSearch.h"
 
+#include "NumericTreeWidgetItem.h"
+
 #include <QTreeWidget>
 
 #include <algorithm>
 
 namespace {
-
-constexpr int NameColumn = 0;
-constexpr int TopicColumn = 2;
 
 // A byte that UTF-8 never has, so that nothing is found across two texts.
 constexpr char EndOfText = '\xFF';
@@ -52,8 +51,8 @@ ChannelSearch::ChannelSearch(QTreeWidget &searched)
 void ChannelSearch::add(const QTreeWidgetItem &row)
 {
     numbers.insert(&row, ends.size());
-    texts += folded(row.text(NameColumn)) + EndOfText;
-    texts += folded(row.text(TopicColumn)) + EndOfText;
+    texts += folded(row.text(NumericTreeWidgetItem::ChannelColumn)) + EndOfText;
+    texts += folded(row.text(NumericTreeWidgetItem::TopicColumn)) + EndOfText;
     ends.push_back(texts.size());
 }
 

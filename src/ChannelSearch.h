@@ -28,8 +28,8 @@ public:
     /// the next search the time to go through the whole tree.
     void add(const QTreeWidgetItem &row);
 
-    /// Shows the rows whose name in column 0 or topic in column 2 contains `text` without regard to
-    /// case, and hides the others. An empty text shows all rows.
+    /// Shows the rows whose channel or topic contains `text` without regard to case, and hides the
+    /// others. An empty text shows all rows.
     void showMatches(const QString &text);
 
 private:

@@ -2,21 +2,15 @@
 
 #include <QTreeWidget>
 
-namespace {
-
-constexpr int NumericColumn = 1;
-
-} // namespace
-
 bool NumericTreeWidgetItem::operator<(const QTreeWidgetItem &other) const
 {
     const QTreeWidget *tree = treeWidget();
     const int column = tree ? tree->sortColumn() : 0;
-    if (column == NumericColumn) {
+    if (column == UsersColumn) {
         bool isNumber = false;
         bool isOtherNumber = false;
-        const int number = data(NumericColumn, Qt::UserRole).toInt(&isNumber);
-        const int otherNumber = other.data(NumericColumn, Qt::UserRole).toInt(&isOtherNumber);
+        const int number = data(UsersColumn, Qt::UserRole).toInt(&isNumber);
+        const int otherNumber = other.data(UsersColumn, Qt::UserRole).toInt(&isOtherNumber);
         if (isNumber && isOtherNumber)
             return number < otherNumber;
     }
