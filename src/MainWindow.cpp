@@ -180,7 +180,7 @@ void MainWindow::setupInputRow()
 
 void MainWindow::setupMenuBar()
 {
-    installEventFilter(new StatusTipStopper(this));
+    new StatusTipStopper(*this);
     // Without a role an entry stays in its menu on macOS.
     const auto addWithoutRole = [](QAction *action) { action->setMenuRole(QAction::NoRole); };
 

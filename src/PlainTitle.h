@@ -1,9 +1,8 @@
 #pragma once
 
-#include <QEvent>
 #include <QObject>
-#include <QWidget>
-#include <QWindow>
+
+class QWidget;
 
 /// Shows a window's title to the letter, for titles that name what others have chosen.
 ///
@@ -11,22 +10,12 @@
 /// stays as it is set, before the window is shown.
 class PlainTitle final : public QObject
 {
+    Q_OBJECT
     Q_DISABLE_COPY_MOVE(PlainTitle)
 
 public:
     /// Belongs to `window`, whose title it shows from now on.
-    explicit PlainTitle(QWidget &window)
-        : QObject(&window)
-    {
-        window.installEventFilter(this);
-    }
+    explicit PlainTitle(QWidget &window);
 
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (event->type() == QEvent::Show) {
-            const auto *window = static_cast<QWidget *>(watched);
-            window->windowHandle()->setTitle(window->windowTitle());
-        }
-        return QObject::eventFilter(watched, event);
-    }
+    bool eventFilter(QObject *watched, QEvent *event) override;
 };

@@ -14,7 +14,6 @@ constexpr qsizetype LongestTip = 500;
 
 PlainToolTips::PlainToolTips(QTabBar &bar)
     : QObject(&bar)
-    , tabBar(bar)
 {
     bar.installEventFilter(this);
 }
@@ -24,12 +23,13 @@ bool PlainToolTips::eventFilter(QObject *watched, QEvent *event)
     if (event->type() != QEvent::ToolTip)
         return QObject::eventFilter(watched, event);
     const auto *help = static_cast<QHelpEvent *>(event);
-    QString tip = tabBar.tabToolTip(tabBar.tabAt(help->pos()));
+    auto *bar = static_cast<QTabBar *>(watched);
+    QString tip = bar->tabToolTip(bar->tabAt(help->pos()));
     if (tip.size() > LongestTip)
         tip = tip.first(LongestTip) + u'…';
     // A tip without any text hides the one on show.
     if (!tip.isEmpty())
         tip = u"<span>%1</span>"_s.arg(tip.toHtmlEscaped());
-    QToolTip::showText(help->globalPos(), tip, &tabBar);
+    QToolTip::showText(help->globalPos(), tip, bar);
     return true;
 }

@@ -18,7 +18,4 @@ public:
     explicit PlainToolTips(QTabBar &bar);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
-
-private:
-    QTabBar &tabBar;
 };

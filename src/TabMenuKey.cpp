@@ -5,7 +5,6 @@
 
 TabMenuKey::TabMenuKey(QTabBar &bar)
     : QObject(&bar)
-    , tabBar(bar)
 {
     bar.installEventFilter(this);
 }
@@ -15,6 +14,7 @@ bool TabMenuKey::eventFilter(QObject *watched, QEvent *event)
     if (event->type() != QEvent::ContextMenu
         || static_cast<QContextMenuEvent *>(event)->reason() != QContextMenuEvent::Keyboard)
         return QObject::eventFilter(watched, event);
-    emit tabBar.customContextMenuRequested(tabBar.tabRect(tabBar.currentIndex()).center());
+    auto *bar = static_cast<QTabBar *>(watched);
+    emit bar->customContextMenuRequested(bar->tabRect(bar->currentIndex()).center());
     return true;
 }

@@ -18,7 +18,4 @@ public:
     explicit TabMenuKey(QTabBar &bar);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
-
-private:
-    QTabBar &tabBar;
 };
