@@ -46,8 +46,9 @@ public:
     /// Port; 0 if the field holds no number.
     [[nodiscard]] int port() const;
 
-    // Once the user has connected, these tell the choice, with the field standing in for what the
-    // chosen record leaves empty. Before that the record is a default one.
+    /// Once the user has connected, `nickname`, `realName` and `favoriteChannels` tell the choice,
+    /// with the field standing in for what the chosen record leaves empty; so do the functions below
+    /// them, from the record alone. Before that the record is a default one.
     [[nodiscard]] QString nickname() const;
     [[nodiscard]] QString realName() const;
     [[nodiscard]] QStringList favoriteChannels() const;

@@ -6,7 +6,6 @@
 #include <QStringView>
 
 #include <initializer_list>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 

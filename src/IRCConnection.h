@@ -71,27 +71,39 @@ public:
 
     /// Sends `line` as it stands, with CR LF behind it. Its length is not looked at, and a CR or LF
     /// inside is not taken out. Without a connection the text is lost and `errorOccurred` says so.
+    ///
+    /// `joinChannel`, `partChannel`, `sendPrivmsg`, `changeNick`, `sendWhois` and `sendWatch` send
+    /// one line each by this function, with arguments that are looked at no more than that.
     void sendRaw(const QString &line);
-    /// Each of these sends one line with `sendRaw`, whose failures are theirs.
+    /// Asks to join `channel`. An empty one is sent like any other, as "JOIN ".
     void joinChannel(const QString &channel);
-    /// With the reason "Leaving".
+    /// Leaves `channel` with the reason "Leaving".
     void partChannel(const QString &channel);
+    /// Sends `text` to a channel or a nick.
     void sendPrivmsg(const QString &target, const QString &text);
 
     /// Asks for another nick; `currentNick` follows when the server agrees.
     void changeNick(const QString &nick);
+
+    /// Asks who `nick` is; the answer comes as the signals `whoisUserReceived` to
+    /// `whoisAwayReceived`, as far as the server knows it.
     void sendWhois(const QString &nick);
 
     /// Adds `nick` to the server's WATCH list or takes it off. Does nothing without a connection.
     void sendWatch(const QString &nick, bool add);
 
-    /// Totals of the running channel listing, kept by the parser. A server may tell any count of
-    /// users, negative ones included; their sum stops at the ends of `int`.
+    /// Starts the totals of a channel listing at 0, with no server's name. Like `addListChannel`
+    /// and `setListServerName` it is for the parser, which sees the listing.
     void resetListCounters();
+    /// Counts one channel. A server may tell any count of users, negative ones included; their sum
+    /// stops at the ends of `int`.
     void addListChannel(int userCount);
     void setListServerName(const QString &name);
+    /// The server that began the last listing; empty if it didn't say its name.
     [[nodiscard]] QString getListServerName() const;
+    /// Channels since the last `resetListCounters`.
     [[nodiscard]] int getTotalListChannels() const;
+    /// Users of these channels, each counted once per channel.
     [[nodiscard]] int getTotalListUsers() const;
 
     /// Asks for the next nick of the list, since the server refused the one asked for last. At the
@@ -110,6 +122,9 @@ public:
     void setReadFinishedHandler(std::function<void()> handler);
 
 signals:
+    // The numerics are those of RFC 2812. What a line lacks is empty in its signal, unless stated
+    // otherwise; a nick is the part of the line's prefix before its first "!".
+
     /// The link is up and the registration lines are queued.
     void connected();
     /// The server has welcomed the user (numeric 001).
@@ -126,34 +141,57 @@ signals:
     void privmsgReceived(const QString &from, const QString &target, const QString &text);
     /// Somebody joined, the user included.
     void joinReceived(const QString &nick, const QString &channel);
+    /// Somebody left `channel` (PART), the user included. `reason` is empty if none was given.
     void partReceived(const QString &nick, const QString &channel, const QString &reason);
     /// A nick in sight changed, the user's included, or a refused one gave way to the next.
     void nickChanged(const QString &oldNick, const QString &newNick);
-    /// One line of a name list; the names keep their mode prefixes.
+    /// One line of a name list (numeric 353); the names keep their mode prefixes.
     void namesList(const QString &channel, const QList<QString> &names);
+    /// The end of the name list of `channel` (numeric 366).
     void namesListFinished(const QString &channel);
+    /// The topic of `channel`, as the answer to a JOIN or to the question for it (numeric 332). It
+    /// is raw, with its formatting codes. A topic that somebody sets comes as no signal.
     void topicReceived(const QString &channel, const QString &topic);
+    /// Somebody left the network (QUIT). `reason` is empty if none was given.
     void quitReceived(const QString &nick, const QString &reason);
+    /// `kickerNick` removed `kickedNick`, who may be the user, from `channel` (KICK). `reason` is
+    /// empty if none was given.
     void kickReceived(const QString &channel, const QString &kickedNick, const QString &kickerNick,
                       const QString &reason);
+    /// The channel listing begins (numeric 321, which not every server sends).
     void listStartReceived();
-    /// One row of the channel listing. `userCount` is the server's text.
+    /// One row of the channel listing (numeric 322). `userCount` is the server's text, and `topic`
+    /// is raw, with its formatting codes.
     void listChannelReceived(const QString &channel, const QString &userCount,
                              const QString &topic);
+    /// The channel listing is complete (numeric 323).
     void listEndReceived();
-    /// Totals of the channel listing, just before `listEndReceived`.
+    /// Totals of the channel listing, just before `listEndReceived`. `serverName` is empty if the
+    /// listing's start didn't carry it.
     void listInfoReceived(const QString &serverName, int totalChannels, int totalUsers);
+    /// Who `nick` is: user name, host and real name (numeric 311).
     void whoisUserReceived(const QString &nick, const QString &user, const QString &host,
                            const QString &real);
+    /// The server that `nick` uses, and what it says of itself (numeric 312). Only a line with one
+    /// parameter more than RFC 2812 has brings this signal; the ordinary one is dropped.
     void whoisServerReceived(const QString &nick, const QString &server, const QString &serverInfo);
+    /// `nick` is an operator of the network (numeric 313).
     void whoisOperatorReceived(const QString &nick);
-    /// `idle` is in seconds; `signon` is the server's descriptive text, not a time.
+    /// How long `nick` has been silent (numeric 317), from a server that tells the time of the
+    /// sign-on too, as RFC 2812 does not ask for. `idle` is in seconds, and 0 if the server's text
+    /// is no number; `signon` is the server's descriptive text, not that time.
     void whoisIdleReceived(const QString &nick, int idle, const QString &signon);
+    /// The channels that `nick` is in (numeric 319), split by blanks and with their mode prefixes.
+    /// A user of many channels brings several lines.
     void whoisChannelsReceived(const QString &nick, const QString &channels);
-    /// `targetTab` is the nick, or "Server" for a line too short to carry one.
+    /// The end of the answer about `nick` (numeric 318). `targetTab` is the nick, or "Server" for a
+    /// line too short to carry one.
     void whoisEndReceived(const QString &targetTab, const QString &nick);
-    /// Somebody is away: part of a WHOIS, or the answer to a message to them.
+    /// Somebody is away (numeric 301): part of a WHOIS, or the answer to a message to them.
     void whoisAwayReceived(const QString &nick, const QString &msg);
+    /// A watched nick came, went, or is there or not (numerics 600, 601, 602, 604, 605 and 606,
+    /// which servers with WATCH send and no RFC describes). `online` is true if the fifth
+    /// parameter, where many servers send a time, is "1".
     void watchStatus(const QString &nick, bool online);
     /// The user's own nick changed. It comes before the `nickChanged` that caused it is seen by
     /// anybody else, and not for a nick that is only tried after a refusal.
@@ -188,7 +226,7 @@ private:
     bool useSsl = false;
     QString buffer; // Decoded text that is no whole line yet.
     bool registrationDone = false;
-    bool spareFlag = false;
+    bool spareFlag = false; // Cleared by each new session; nothing sets it or looks at it.
     bool awaitingPong = false;
     int totalListChannels = 0;
     int totalListUsers = 0;
