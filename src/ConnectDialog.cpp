@@ -22,12 +22,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-constexpr qsizetype MaxHistory = 10;
-
-} // namespace
-
 ConnectDialog::ConnectDialog(QWidget *parent)
     : QDialog(parent)
 {
@@ -123,19 +117,12 @@ void ConnectDialog::loadSettings()
         serverConfigs.insert(id, ServerStore::loadConfig(settings, id));
     showServers(ids, settings);
     reorderServerList();
-    selectFirstServer(settings.value(u"connection/history"_s).toStringList());
+    selectFirstServer(ServerStore::loadHistory());
 }
 
 void ConnectDialog::saveSettings() const
 {
-    const QString entry = server() + u':' + QString::number(port());
-    QSettings settings;
-    QStringList history = settings.value(u"connection/history"_s).toStringList();
-    history.removeAll(entry);
-    history.append(entry);
-    while (history.size() > MaxHistory)
-        history.removeFirst();
-    settings.setValue(u"connection/history"_s, history);
+    ServerStore::addToHistory(server() + u':' + QString::number(port()));
 }
 
 void ConnectDialog::onServerListSelectionChanged()
@@ -385,35 +372,27 @@ void ConnectDialog::removeServerConfig(const QString &id)
 
 bool ConnectDialog::isDefaultServer(const QString &id) const
 {
-    static const QSet<QString> defaultIds = []() {
-        QSet<QString> ids;
-        for (const QString &address : defaultServers()) {
-            if (const std::optional<QString> defaultId = ServerStore::idOfAddress(address))
-                ids.insert(*defaultId);
-        }
-        return ids;
-    }();
-    return defaultIds.contains(id);
+    return ServerStore::isDefaultServer(id);
 }
 
 void ConnectDialog::loadDeletedDefaults()
 {
-    deletedDefaults = ServerStore::loadIds(u"servers/deletedDefaultServers"_s);
+    deletedDefaults = ServerStore::loadIds(ServerStore::DeletedDefaultsKey);
 }
 
 void ConnectDialog::saveDeletedDefaults()
 {
-    ServerStore::saveIds(u"servers/deletedDefaultServers"_s, deletedDefaults);
+    ServerStore::saveIds(ServerStore::DeletedDefaultsKey, deletedDefaults);
 }
 
 void ConnectDialog::loadFavorites()
 {
-    favoriteServers = ServerStore::loadIds(u"servers/favorites"_s);
+    favoriteServers = ServerStore::loadIds(ServerStore::FavoritesKey);
 }
 
 void ConnectDialog::saveFavorites()
 {
-    ServerStore::saveIds(u"servers/favorites"_s, favoriteServers);
+    ServerStore::saveIds(ServerStore::FavoritesKey, favoriteServers);
 }
 
 void ConnectDialog::showServers(const QSet<QString> &ids, const QSettings &settings)
@@ -451,17 +430,7 @@ void ConnectDialog::selectFirstServer(const QStringList &history)
 
 void ConnectDialog::saveServerList()
 {
-    QSettings settings;
-    QStringList customIds;
-    for (int i = 0; i < serverList->count(); ++i) {
-        const std::optional<QString> id = ServerRows::idOf(serverList->item(i));
-        if (!id)
-            continue;
-        ServerStore::seedAddress(settings, *id, ServerRows::addressOf(serverList->item(i)));
-        if (!isDefaultServer(*id))
-            customIds.append(*id);
-    }
-    settings.setValue(u"servers/customList"_s, customIds);
+    ServerStore::saveListedServers(ServerRows::addresses(serverList));
 }
 
 void ConnectDialog::reorderServerList()

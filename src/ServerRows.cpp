@@ -43,6 +43,14 @@ std::optional<QString> idOf(const QListWidgetItem *row)
     return ServerStore::idOfAddress(addressOf(row));
 }
 
+QStringList addresses(const QListWidget *list)
+{
+    QStringList all;
+    for (int i = 0; i < list->count(); ++i)
+        all.append(addressOf(list->item(i)));
+    return all;
+}
+
 QListWidgetItem *findAddress(const QListWidget *list, const QString &address)
 {
     return findRow(list, [&](const QListWidgetItem *row) { return addressOf(row) == address; });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -18,6 +19,9 @@ namespace ServerRows {
 
 /// The id of the row's server; nothing if the row holds no "host:port", as with an IPv6 host.
 [[nodiscard]] std::optional<QString> idOf(const QListWidgetItem *row);
+
+/// The addresses of all rows of `list` from the top.
+[[nodiscard]] QStringList addresses(const QListWidget *list);
 
 /// The first row of `list` with exactly this address, or null.
 [[nodiscard]] QListWidgetItem *findAddress(const QListWidget *list, const QString &address);

@@ -1,5 +1,6 @@
 #include "ServerStore.h"
 
+#include "ServerCatalogue.h"
 #include "TabNames.h"
 
 #include <QRegularExpression>
@@ -8,6 +9,11 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QString CustomListKey = u"servers/customList"_s;
+const QString HistoryKey = u"connection/history"_s;
+
+constexpr qsizetype MaxHistory = 10;
 
 QString addressKey(const QString &id)
 {
@@ -60,6 +66,19 @@ std::optional<QString> addressOfId(const QString &id)
     if (parts.size() != 2)
         return std::nullopt;
     return QString(parts.at(0) + u':' + parts.at(1));
+}
+
+bool isDefaultServer(const QString &id)
+{
+    static const QSet<QString> defaultIds = []() {
+        QSet<QString> ids;
+        for (const QString &address : ServerCatalogue::addresses()) {
+            if (const std::optional<QString> defaultId = idOfAddress(address))
+                ids.insert(*defaultId);
+        }
+        return ids;
+    }();
+    return defaultIds.contains(id);
 }
 
 QStringList parseChannels(const QString &text)
@@ -126,15 +145,15 @@ void removeGroup(const QString &id)
     QSettings().remove(groupName(id));
 }
 
-QSet<QString> loadIds(const QString &key)
+QSet<QString> loadIds(QStringView key)
 {
-    const QStringList ids = QSettings().value(key).toStringList();
+    const QStringList ids = QSettings().value(key.toString()).toStringList();
     return {ids.cbegin(), ids.cend()};
 }
 
-void saveIds(const QString &key, const QSet<QString> &ids)
+void saveIds(QStringView key, const QSet<QString> &ids)
 {
-    QSettings().setValue(key, QStringList(ids.cbegin(), ids.cend()));
+    QSettings().setValue(key.toString(), QStringList(ids.cbegin(), ids.cend()));
 }
 
 void seedAddress(QSettings &settings, const QString &id, const QString &address)
@@ -161,12 +180,42 @@ QSet<QString> seedAndListServers(const QStringList &defaultAddresses,
         ids.insert(*id);
         seedAddress(settings, *id, address);
     }
-    const QStringList customIds = settings.value(u"servers/customList"_s).toStringList();
+    const QStringList customIds = settings.value(CustomListKey).toStringList();
     for (const QString &id : customIds) {
         ids.insert(id);
         seedAddress(settings, id, guessAddress(id));
     }
     return ids;
+}
+
+void saveListedServers(const QStringList &addresses)
+{
+    QSettings settings;
+    QStringList customIds;
+    for (const QString &address : addresses) {
+        const std::optional<QString> id = idOfAddress(address);
+        if (!id)
+            continue;
+        seedAddress(settings, *id, address);
+        if (!isDefaultServer(*id))
+            customIds.append(*id);
+    }
+    settings.setValue(CustomListKey, customIds);
+}
+
+QStringList loadHistory()
+{
+    return QSettings().value(HistoryKey).toStringList();
+}
+
+void addToHistory(const QString &address)
+{
+    QStringList history = loadHistory();
+    history.removeAll(address);
+    history.append(address);
+    while (history.size() > MaxHistory)
+        history.removeFirst();
+    QSettings().setValue(HistoryKey, history);
 }
 
 } // namespace ServerStore

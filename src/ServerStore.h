@@ -29,6 +29,10 @@ inline constexpr QStringView FavoriteMark = u"\u2605 ";
 /// The port of IRC without TLS, where no other is known.
 inline constexpr quint16 DefaultPort = 6667;
 
+// Keys of sets of server ids.
+inline constexpr QStringView FavoritesKey = u"servers/favorites";
+inline constexpr QStringView DeletedDefaultsKey = u"servers/deletedDefaultServers";
+
 /// A host and the port behind it; the port is 0 if it was no number.
 struct HostPort
 {
@@ -60,6 +64,9 @@ enum class OddIdAddress {
 /// The address of the server `id`; nothing unless there is exactly one "_".
 [[nodiscard]] std::optional<QString> addressOfId(const QString &id);
 
+/// True if the server `id` is one of ServerCatalogue.
+[[nodiscard]] bool isDefaultServer(const QString &id);
+
 /// The channels of a list that a user typed, parted by commas and white space in any mix.
 ///
 /// Each gets a leading "#" unless it has one; "&local" too becomes "#&local", since "#" is the only
@@ -83,9 +90,9 @@ void saveConfig(const QString &id, const ServerConfig &config, OddIdAddress oddI
 /// Forgets the record and the address of the server `id`.
 void removeGroup(const QString &id);
 
-/// A stored set of server ids, such as the favourites.
-[[nodiscard]] QSet<QString> loadIds(const QString &key);
-void saveIds(const QString &key, const QSet<QString> &ids);
+/// The set of server ids that is stored under `key`.
+[[nodiscard]] QSet<QString> loadIds(QStringView key);
+void saveIds(QStringView key, const QSet<QString> &ids);
 
 /// Stores `address` as that of the server `id`, unless one is stored already.
 void seedAddress(QSettings &settings, const QString &id, const QString &address);
@@ -98,5 +105,15 @@ void seedAddress(QSettings &settings, const QString &id, const QString &address)
 /// `deletedDefaults`, and those that the user added. Each has an address in the store afterwards.
 [[nodiscard]] QSet<QString> seedAndListServers(const QStringList &defaultAddresses,
                                                const QSet<QString> &deletedDefaults);
+
+/// Stores which of the servers at `addresses`, all that are listed, are the user's own. Each that
+/// has an id has an address in the store afterwards; the others are not stored anywhere.
+void saveListedServers(const QStringList &addresses);
+
+/// The addresses that were connected to, the last one at the end, none of them twice.
+[[nodiscard]] QStringList loadHistory();
+
+/// Puts `address` at the end of the history, which keeps ten addresses.
+void addToHistory(const QString &address);
 
 } // namespace ServerStore

@@ -1,3 +1,4 @@
+#include "ServerCatalogue.h"
 #include "ServerStore.h"
 #include "TemporaryStore.h"
 
@@ -39,6 +40,9 @@ private slots:
     void seedsOnlyMissingAddresses();
     void guessesAMissingAddress();
     void listsDefaultsAndTheUsersOwn();
+    void knowsTheServersThatComeWithIt();
+    void storesWhichListedServersAreTheUsersOwn();
+    void keepsTheLastTenAddresses();
 
 private:
     TemporaryStore store;
@@ -397,6 +401,48 @@ void TestServerStore::listsDefaultsAndTheUsersOwn()
     QCOMPARE(settings.value(u"own.org_1/address"_s), QVariant(u"own.org:1"_s));
     QCOMPARE(settings.value(u"my_own_2/address"_s), QVariant(u"my:own:2"_s));
     QCOMPARE(settings.value(u"c_3/address"_s), QVariant(u"kept"_s));
+}
+
+void TestServerStore::knowsTheServersThatComeWithIt()
+{
+    const QStringList addresses = ServerCatalogue::addresses();
+    for (const QString &address : addresses)
+        QVERIFY2(ServerStore::isDefaultServer(*ServerStore::idOfAddress(address)),
+                 qPrintable(address));
+    QVERIFY(!ServerStore::isDefaultServer(u"irc.oftc.net_6697"_s));
+    QVERIFY(!ServerStore::isDefaultServer(u"IRC.oftc.net_6667"_s));
+    QVERIFY(!ServerStore::isDefaultServer(QString()));
+}
+
+void TestServerStore::storesWhichListedServersAreTheUsersOwn()
+{
+    QSettings().setValue(u"servers/customList"_s, QStringList{u"gone.org_1"_s});
+    QSettings().setValue(u"servers/own.org_2/address"_s, u"kept"_s);
+    ServerStore::saveListedServers(
+            {u"own.org:2"_s, u"irc.oftc.net:6667"_s, u"::1:6667"_s, u"odd"_s, u"a_b:3"_s});
+    QSettings settings;
+    QCOMPARE(settings.value(u"servers/customList"_s),
+             QVariant(QStringList{u"own.org_2"_s, u"a_b_3"_s}));
+    settings.beginGroup(u"servers"_s);
+    QCOMPARE(settings.childGroups(),
+             (QStringList{u"a_b_3"_s, u"irc.oftc.net_6667"_s, u"own.org_2"_s}));
+    QCOMPARE(settings.value(u"own.org_2/address"_s), QVariant(u"kept"_s));
+    QCOMPARE(settings.value(u"irc.oftc.net_6667/address"_s), QVariant(u"irc.oftc.net:6667"_s));
+}
+
+void TestServerStore::keepsTheLastTenAddresses()
+{
+    QCOMPARE(ServerStore::loadHistory(), QStringList());
+    QStringList used;
+    for (int port = 1; port <= 11; ++port) {
+        used.append(u"a.org:%1"_s.arg(port));
+        ServerStore::addToHistory(used.constLast());
+    }
+    QCOMPARE(ServerStore::loadHistory(), used.mid(1));
+    ServerStore::addToHistory(used.at(5));
+    used.move(5, used.size() - 1);
+    QCOMPARE(ServerStore::loadHistory(), used.mid(1));
+    QCOMPARE(QSettings().allKeys(), QStringList{u"connection/history"_s});
 }
 
 QTEST_GUILESS_MAIN(TestServerStore)
