@@ -176,20 +176,20 @@ void showAbout(QWidget *parent)
     addIcon(*layout, 96, u"Velmora"_s, u"font-size: 42px; font-weight: bold; color: #007AFF;"_s);
     addLabel(*layout, u"Velmora"_s, u"color: #1d1d1f;"_s)
             ->setFont(QFont(LettersFont, 26, QFont::Bold));
-    addLabel(*layout, u"Version 2.0 Sable-Ridge"_s, u"color: #888888;"_s)
+    addLabel(*layout, QDialog::tr("Version 2.0 Sable-Ridge"), u"color: #888888;"_s)
             ->setFont(QFont(LettersFont, 16));
     QLabel *description = addLabel(
             *layout,
-            u"<p style=\"color:#555555; font-size:15px; text-align:center;\">"
-            "Velmora is a free, modern, cross\u2011platform IRC client<br>"
-            "for macOS, Linux and Windows.<br><br>"
-            "<a href=\"https://velmora.example/\" style=\"color:#007AFF;\">velmora.example</a></p>"_s,
+            u"<p style=\"color:#555555; font-size:15px; text-align:center;\">%1<br>%2<br><br>"
+            "<a href=\"https://velmora.example/\" style=\"color:#007AFF;\">velmora.example</a></p>"_s
+                    .arg(QDialog::tr("Velmora is a free, modern, cross\u2011platform IRC client"),
+                         QDialog::tr("for macOS, Linux and Windows.")),
             QString());
     description->setTextFormat(Qt::RichText);
     description->setWordWrap(true);
     description->setOpenExternalLinks(true);
     layout->addStretch();
-    addLabel(*layout, u"\u00A9 2026 The Velmora developers"_s,
+    addLabel(*layout, QDialog::tr("\u00A9 2026 The Velmora developers"),
              u"color: #888888; font-size: 13px;"_s);
     layout->addSpacing(6);
     addButton(dialog, *layout);

@@ -233,7 +233,7 @@ void TestPackaging::tellsOneVersion_data()
                                  << u"<release version=\""_s;
     QTest::newRow("package") << u"packaging/debian/changelog"_s << u"velmora ("_s;
     QTest::newRow("changes") << u"CHANGELOG.md"_s << u"\n## "_s;
-    QTest::newRow("window") << u"src/InfoDialogs.cpp"_s << u"u\"Version "_s;
+    QTest::newRow("window") << u"src/InfoDialogs.cpp"_s << u"tr(\"Version "_s;
 }
 
 // The latest stands first wherever there are several.
