@@ -1,5 +1,7 @@
 #include "Attention.h"
 
+#include "TabNames.h"
+
 #include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
@@ -23,6 +25,19 @@ QString shortened(const QString &text)
     if (text.size() <= Longest)
         return text;
     return text.first(Longest - ellipsis.size()) + ellipsis;
+}
+
+bool isDeserved(const QString &tabName, const QString &text, const QString &ownNick)
+{
+    return TabNames::isChannel(tabName) ? mentions(text, ownNick) : TabNames::isPrivate(tabName);
+}
+
+Notice noticeOf(const QString &tabName, const QString &text, const QString &sender)
+{
+    const QString message = shortened(text);
+    if (TabNames::isChannel(tabName))
+        return {tabName, u"%1: %2"_s.arg(sender, message)};
+    return {sender, message};
 }
 
 } // namespace Attention

@@ -15,4 +15,18 @@ namespace Attention {
 /// `text`, or its first 252 code units and "..." if it has more than 255.
 [[nodiscard]] QString shortened(const QString &text);
 
+/// True if `text` from somebody else in the tab `tabName` deserves attention: in a channel what
+/// mentions `ownNick`, in a private conversation everything, elsewhere nothing.
+[[nodiscard]] bool isDeserved(const QString &tabName, const QString &text, const QString &ownNick);
+
+/// What a notification says.
+struct Notice
+{
+    QString title;
+    QString message;
+};
+
+/// Names the channel, where there is one, and the sender; the text is shortened.
+[[nodiscard]] Notice noticeOf(const QString &tabName, const QString &text, const QString &sender);
+
 } // namespace Attention

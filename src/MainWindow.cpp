@@ -51,7 +51,6 @@
 #include <QStatusBar>
 #include <QSystemTrayIcon>
 #include <QTextBrowser>
-#include <QTextTable>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -814,19 +813,13 @@ void MainWindow::appendToServerTab(const QString &text)
 
 void MainWindow::drawAttention(const QString &tabName, const QString &text, const QString &sender)
 {
-    const bool isChannel = TabNames::isChannel(tabName);
-    const bool deserved = isChannel ? Attention::mentions(text, connection->currentNick())
-                                    : TabNames::isPrivate(tabName);
-    if (!deserved)
+    if (!Attention::isDeserved(tabName, text, connection->currentNick()))
         return;
     highlightTab(tabName);
     if (tabName == currentTabName)
         return;
-    const QString shortened = Attention::shortened(text);
-    if (isChannel)
-        showNotification(tabName, u"%1: %2"_s.arg(sender, shortened));
-    else
-        showNotification(sender, shortened);
+    const Attention::Notice notice = Attention::noticeOf(tabName, text, sender);
+    showNotification(notice.title, notice.message);
 }
 
 void MainWindow::highlightTab(const QString &tabName)

@@ -92,6 +92,10 @@ private slots:
     void recognisesAMention();
     void shortensALongText_data();
     void shortensALongText();
+    void deservesAttention_data();
+    void deservesAttention();
+    void writesNotices_data();
+    void writesNotices();
 
     void decides_data();
     void decides();
@@ -213,6 +217,54 @@ void TestAttention::shortensALongText()
 {
     QFETCH(const QString, text);
     QTEST(Attention::shortened(text), "result");
+}
+
+void TestAttention::deservesAttention_data()
+{
+    QTest::addColumn<QString>("tab");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("deserved");
+
+    QTest::newRow("mention in a channel") << u"#a"_s << u"hi me"_s << true;
+    QTest::newRow("no mention in a channel") << u"#a"_s << u"hi"_s << false;
+    QTest::newRow("mention in a conversation") << u"bob"_s << u"hi me"_s << true;
+    QTest::newRow("no mention in a conversation") << u"bob"_s << u"hi"_s << true;
+    QTest::newRow("local channel") << u"&a"_s << u"hi"_s << true;
+    QTest::newRow("server") << u"Server"_s << u"hi me"_s << false;
+    QTest::newRow("list") << u"List"_s << u"hi me"_s << false;
+}
+
+void TestAttention::deservesAttention()
+{
+    QFETCH(const QString, tab);
+    QFETCH(const QString, text);
+    QTEST(Attention::isDeserved(tab, text, u"me"_s), "deserved");
+}
+
+void TestAttention::writesNotices_data()
+{
+    QTest::addColumn<QString>("tab");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("message");
+
+    const QString whole(255, u'x');
+    const QString cut = QString(252, u'x') + u"..."_s;
+    QTest::newRow("channel") << u"#a"_s << u"hi %2"_s << u"#a"_s << u"bob%1: hi %2"_s;
+    QTest::newRow("conversation") << u"carol"_s << u"hi"_s << u"bob%1"_s << u"hi"_s;
+    QTest::newRow("as long as fits") << u"carol"_s << whole << u"bob%1"_s << whole;
+    QTest::newRow("too long") << u"carol"_s << QString(256, u'x') << u"bob%1"_s << cut;
+    QTest::newRow("too long in a channel")
+            << u"#a"_s << QString(256, u'x') << u"#a"_s << QString(u"bob%1: "_s + cut);
+}
+
+void TestAttention::writesNotices()
+{
+    QFETCH(const QString, tab);
+    QFETCH(const QString, text);
+    const Attention::Notice notice = Attention::noticeOf(tab, text, u"bob%1"_s);
+    QTEST(notice.title, "title");
+    QTEST(notice.message, "message");
 }
 
 void TestAttention::decides_data()
