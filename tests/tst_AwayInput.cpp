@@ -2,6 +2,7 @@
 #include "MyTabWidget.h"
 #include "SessionSteps.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QAction>
@@ -103,12 +104,13 @@ void TestAwayInput::tellsTheConversationsLater()
     const SessionSteps steps(session);
     session.probe.typeLine(u"/away lunch"_s);
     QCOMPARE(steps.lines(), (Lines{{u"Server"_s, {u"*** You are marked as away (lunch)"_s}}}));
-    QTRY_COMPARE(steps.lines().value(u"#a"_s), QStringList{u"me|is away (lunch)"_s});
+    QTRY_COMPARE_WITH_TIMEOUT(steps.lines().value(u"#a"_s), QStringList{u"me|is away (lunch)"_s},
+                              Patience);
 
     session.probe.typeLine(u"/back"_s);
     QCOMPARE(session.probe.lastLine(u"Server"_s), u"*** You are back"_s);
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|is away (lunch)"_s);
-    QTRY_COMPARE(session.probe.lastLine(u"#a"_s), u"me|is back"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"#a"_s), u"me|is back"_s, Patience);
 }
 
 void TestAwayInput::tellsTheConversationsInOrder()
@@ -124,8 +126,9 @@ void TestAwayInput::tellsTheConversationsInOrder()
     session.probe.showTab(u"Server"_s);
     while (session.probe.tabWidget().count() > 1)
         session.probe.closeTab(1);
-    QTRY_COMPARE(session.probe.tabTexts(),
-                 (QStringList{u"Server"_s, u"#a"_s, u"#b"_s, u"Anna"_s, u"bob"_s}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabTexts(),
+                              (QStringList{u"Server"_s, u"#a"_s, u"#b"_s, u"Anna"_s, u"bob"_s}),
+                              Patience);
     QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"me|is away (lunch)"_s});
 }
 
@@ -153,7 +156,7 @@ void TestAwayInput::tellsWithTheNickOfTheMoment()
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     session.probe.typeLine(u"/away lunch"_s);
     emit session.probe.connection().nickChanged(u"me"_s, u"new"_s);
-    QTRY_COMPARE(session.probe.lastLine(u"#a"_s), u"new|is away (lunch)"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"#a"_s), u"new|is away (lunch)"_s, Patience);
 }
 
 void TestAwayInput::leavesOutTheList()

@@ -3,6 +3,7 @@
 #include "Ngircd.h"
 #include "PlainClient.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QHeaderView>
@@ -62,7 +63,7 @@ void TestChannelList::asksForNothingBeforeRegistration()
 {
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s));
-    QTRY_VERIFY(session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(session.probe.connection().isConnected(), Patience);
     static_cast<void>(session.takeSent());
     const QStringList before = session.probe.lines(Server);
     session.choose(u"Channel &List"_s);
@@ -291,7 +292,7 @@ void TestChannelList::keepsItsRowsWithoutALink()
     QVERIFY(session.sayAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s,
                             u":irc.test 323 me :End"_s}));
     session.server.close();
-    QTRY_VERIFY(!session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
     QCOMPARE(session.probe.listColumn(0), QStringList{u"#a"_s});
     QCOMPARE(session.probe.listInfoLabel()->text(), u"irc.test: 1 channels, 5 users"_s);
     session.probe.listSearchEdit().setText(u"nothing"_s);
@@ -316,9 +317,10 @@ void TestChannelList::listsARealServer()
     WindowSession session;
     IRCConnection &connection = session.probe.connection();
     connection.connectToServer(u"127.0.0.1"_s, ngircd.port(), u"me"_s, u"Me"_s, false);
-    QTRY_VERIFY(connection.isRegistered());
+    QTRY_VERIFY_WITH_TIMEOUT(connection.isRegistered(), Patience);
     session.choose(u"Channel &List"_s);
-    QTRY_COMPARE(session.probe.lastLine(Server), u"*** Channel list complete."_s);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(Server), u"*** Channel list complete."_s,
+                              Patience);
     QCOMPARE(session.probe.listColumn(0).mid(0, 2), (QStringList{u"#velmora"_s, u"#Ünder&over"_s}));
     QCOMPARE(session.probe.listColumn(1).mid(0, 2), (QStringList{u"2"_s, u"1"_s}));
     QCOMPARE(session.probe.listColumn(2).value(0), u"\u00030,4Alle über <b>Velmora</b>"_s);

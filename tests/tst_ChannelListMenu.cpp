@@ -2,6 +2,7 @@
 #include "ModalAnswers.h"
 #include "MyTabWidget.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QLabel>
@@ -211,7 +212,8 @@ void TestChannelListMenu::survivesWhatHappensUnderTheMenu()
             return session.sayAll({u":irc.test 322 me #c 9 :x"_s, u":irc.test 323 me :"_s});
         } else if (event == "drop"_L1) {
             session.server.close();
-            return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); });
+            return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); },
+                                   Patience);
         } else {
             const QTreeWidget *tree = session.probe.listTree();
             session.probe.closeTab(1);
@@ -289,7 +291,7 @@ void TestChannelListMenu::doesNothingByDoubleClickWithoutALink()
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s}));
     session.server.close();
-    QTRY_VERIFY(!session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
     const QStringList before = session.probe.lines(Server);
     doubleClick(session, 0);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));

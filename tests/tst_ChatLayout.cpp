@@ -1,6 +1,7 @@
 #include "ChatCorpus.h"
 #include "ChatLayout.h"
 #include "ViewPair.h"
+#include "Waiting.h"
 
 #include <QPainter>
 #include <QScrollBar>
@@ -396,7 +397,7 @@ void TestChatLayout::paintsWithoutAView()
     // What was found while painting is told afterwards.
     const QSignalSpy sizes(own->documentLayout(),
                            &QAbstractTextDocumentLayout::documentSizeChanged);
-    QTRY_COMPARE(sizes.count(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(sizes.count(), 1, Patience);
     QCOMPARE(own->size(), stock->size());
 }
 
@@ -460,10 +461,10 @@ void TestChatLayout::keepsAChangeOpenInALongConversation()
     QCOMPARE(changes.count(), 2);
     // The end of the change brings nothing new.
     const QSignalSpy updates(&layout, &QAbstractTextDocumentLayout::update);
-    QTRY_COMPARE(changes.count(), 3);
+    QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 3, Patience);
     QCOMPARE(updates.count(), 0);
     ChatTable::appendRows(*table, ChatCorpus::plainRows(1));
-    QTRY_COMPARE(changes.count(), 4);
+    QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 4, Patience);
     QCOMPARE(layout.rowCount(), 1020);
 }
 
@@ -485,7 +486,7 @@ void TestChatLayout::looksTheSameDuringAnOpenChange()
         QCOMPARE(pair.own.verticalScrollBar()->value(), pair.stock.verticalScrollBar()->value());
         QCOMPARE(pair.difference(), QString());
     }
-    QTRY_VERIFY(changes.count() > 0);
+    QTRY_VERIFY_WITH_TIMEOUT(changes.count() > 0, Patience);
     QCOMPARE(pair.difference(), QString());
 
     pair.append(ChatCorpus::rows().first(1));
@@ -500,7 +501,7 @@ void TestChatLayout::looksTheSameDuringAnOpenChange()
         cursor.setPosition(cellPosition(view, 5, 2));
         cursor.insertText(u"more and more and more "_s.repeated(10));
     });
-    QTRY_COMPARE(pair.own.document()->size(), pair.stock.document()->size());
+    QTRY_COMPARE_WITH_TIMEOUT(pair.own.document()->size(), pair.stock.document()->size(), Patience);
     QVERIFY(pair.measure());
     pair.scrollTo(0);
     QCOMPARE(pair.difference(), QString());

@@ -2,6 +2,7 @@
 #include "ChatLayout.h"
 #include "ChatView.h"
 #include "ViewPair.h"
+#include "Waiting.h"
 
 #include <QApplication>
 #include <QPainter>
@@ -115,7 +116,7 @@ void TestChatView::showsTheEndOfManyLinesAtOnce()
     QVERIFY(layoutOf(*view).hasEstimates());
     QCOMPARE(endOfText(*view), view->viewport()->height());
     const QImage before = painted(*view->viewport());
-    QTRY_VERIFY(!layoutOf(*view).hasEstimates());
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
     QCOMPARE(endOfText(*view), view->viewport()->height());
     QCOMPARE(painted(*view->viewport()), before);
 }
@@ -132,7 +133,7 @@ void TestChatView::measuresNothingUnseen()
     QCoreApplication::processEvents();
     QVERIFY(layoutOf(*view).hasEstimates());
     stack.setCurrentIndex(1);
-    QTRY_VERIFY(!layoutOf(*view).hasEstimates());
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
 }
 
 void TestChatView::showsTheEndOfAHiddenTab()
@@ -156,7 +157,7 @@ void TestChatView::showsTheEndOfAHiddenTab()
     scrollToEnd(*view);
     stack.setCurrentIndex(1);
     QCOMPARE(endOfText(*view), view->viewport()->height());
-    QTRY_VERIFY(!layoutOf(*view).hasEstimates());
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
     QCOMPARE(endOfText(*view), view->viewport()->height());
 }
 
@@ -174,12 +175,12 @@ void TestChatView::looksLikeQtsViewAfterHiddenLines()
 void TestChatView::showsAfterResizingAtOnceWhatStays()
 {
     const auto view = makeView(2000);
-    QTRY_VERIFY(!layoutOf(*view).hasEstimates());
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
     for (const QSize size : {QSize(400, 300), QSize(700, 350), QSize(350, 250)}) {
         view->resize(size);
         QVERIFY(layoutOf(*view).hasEstimates());
         const QImage first = painted(*view->viewport());
-        QTRY_VERIFY(!layoutOf(*view).hasEstimates());
+        QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
         QCOMPARE(painted(*view->viewport()), first);
         QCOMPARE(onScreen(*view->viewport()), first);
     }
@@ -196,32 +197,32 @@ void TestChatView::holdsTheEndThroughResizingAndOtherFonts()
     for (const QSize size : {QSize(400, 300), QSize(700, 200), QSize(500, 400)}) {
         view->resize(size);
         QVERIFY(isAtEnd());
-        QTRY_VERIFY(!layoutOf(*view).hasEstimates());
+        QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
         QVERIFY(isAtEnd());
     }
     view->setFont(QFont(u"DejaVu Serif"_s, 17));
     QVERIFY(isAtEnd());
-    QTRY_VERIFY(!layoutOf(*view).hasEstimates());
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
     QVERIFY(isAtEnd());
 }
 
 void TestChatView::holdsThePlaceOfAReader()
 {
     const auto view = makeView(500);
-    QTRY_VERIFY(!layoutOf(*view).hasEstimates());
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
     const ChatLayout &layout = layoutOf(*view);
     view->verticalScrollBar()->setValue(layout.rowTop(200));
     const auto rowOnTop = [&] { return layout.rowAt(view->verticalScrollBar()->value()); };
     QCOMPARE(rowOnTop(), 200);
     view->resize(380, 300);
     QCOMPARE(rowOnTop(), 200);
-    QTRY_VERIFY(!layout.hasEstimates());
+    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), Patience);
     QCOMPARE(rowOnTop(), 200);
     view->setFont(QFont(u"DejaVu Serif"_s, 17));
-    QTRY_VERIFY(!layout.hasEstimates());
+    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), Patience);
     QCOMPARE(rowOnTop(), 200);
     ChatTable::appendRows(*table, ChatCorpus::plainRows(300));
-    QTRY_VERIFY(!layout.hasEstimates());
+    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), Patience);
     QCOMPARE(rowOnTop(), 200);
 }
 
@@ -235,7 +236,7 @@ void TestChatView::holdsThePlaceWhileRowsAreMeasured()
     const int row = layout.rowAt(view->verticalScrollBar()->value());
     const int top = layout.rowTop(row) - view->verticalScrollBar()->value();
     QVERIFY(layout.hasEstimates());
-    QTRY_VERIFY(!layout.hasEstimates());
+    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), Patience);
     QCOMPARE(layout.rowTop(row) - view->verticalScrollBar()->value(), top);
     QCOMPARE(painted(*view->viewport()), before);
     QCOMPARE(onScreen(*view->viewport()), before);
@@ -282,24 +283,24 @@ void TestChatView::putsOnTheScreenWhatIsThere()
             {}, u"QTextBrowser { background: #eeeeff; color: #222222; border: none; }"_s, {}};
     for (const QString &sheet : sheets) {
         view->setStyleSheet(sheet);
-        QTRY_VERIFY(isPainted());
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
         for (int i = 0; i < 40; ++i) {
             ChatTable::appendRows(*table, ChatCorpus::plainRows(1 + i % 3, i));
             scrollToEnd(*view);
-            QTRY_VERIFY(isPainted());
+            QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
         }
         view->verticalScrollBar()->setValue(view->verticalScrollBar()->value() - 37);
-        QTRY_VERIFY(isPainted());
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
         view->resize(view->width() + 7, view->height() - 11);
-        QTRY_VERIFY(isPainted());
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
         view->setFont(QFont(u"DejaVu Sans"_s, view->font().pointSize() + 1));
-        QTRY_VERIFY(isPainted());
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
         ChatTable::appendRows(*table, ChatCorpus::rows());
-        QTRY_VERIFY(isPainted());
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
         scrollToEnd(*view);
-        QTRY_VERIFY(isPainted());
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
         view->selectAll();
-        QTRY_VERIFY(isPainted());
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
     }
 }
 

@@ -2,6 +2,7 @@
 #include "ChatLayout.h"
 #include "ChatView.h"
 #include "ViewPair.h"
+#include "Waiting.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -243,7 +244,7 @@ void TestChatViewUse::findsText()
     QVERIFY(view->find(u"line 1234 "_s, QTextDocument::FindBackward));
     const QRect found = view->cursorRect();
     QVERIFY(view->viewport()->rect().contains(found));
-    QTRY_VERIFY(!layoutOf(*view).hasEstimates());
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
     QVERIFY(view->viewport()->rect().contains(view->cursorRect()));
 }
 

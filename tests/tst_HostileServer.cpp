@@ -2,6 +2,7 @@
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QListWidget>
@@ -494,7 +495,8 @@ void TestHostileServer::takesALinkCutAnywhere()
     QVERIFY(begin(session));
     session.server.sendBytes(bytes);
     session.server.close();
-    QTRY_COMPARE(session.probe.lastLine(u"Server"_s), u"*** Disconnected."_s);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"Server"_s), u"*** Disconnected."_s,
+                              Patience);
     // What was left over stands in front of the next session's first line.
     QVERIFY(session.acceptDialog(u"me"_s));
     session.server.sendBytes("\r\n");

@@ -1,5 +1,6 @@
 #include "TestSession.h"
 #include "TlsAuthority.h"
+#include "Waiting.h"
 
 #include <QEventLoop>
 #include <QRegularExpression>
@@ -190,7 +191,7 @@ void TestIRCConnectionLinks::tellsTheOldSessionsEndFirst()
     QEventLoop loop;
     connect(&session.connection, &IRCConnection::registered, &loop, &QEventLoop::quit);
     QTimer::singleShot(0, this, [&] { session.dial(); });
-    QTimer::singleShot(ScriptedServer::Patience, &loop, &QEventLoop::quit);
+    QTimer::singleShot(Patience, &loop, &QEventLoop::quit);
     loop.exec();
     QCOMPARE(session.log.parsed(),
              (QStringList{u"disconnected()"_s, u"connected()"_s,

@@ -1,4 +1,5 @@
 #include "TestSession.h"
+#include "Waiting.h"
 
 #include <QEventLoop>
 #include <QRandomGenerator>
@@ -57,7 +58,7 @@ bool TestIRCConnectionReading::feed(const QByteArray &bytes)
 {
     QSignalSpy reads(session->connection.findChild<QTcpSocket *>(), &QTcpSocket::readyRead);
     session->server.sendBytes(bytes);
-    return !reads.isEmpty() || reads.wait(ScriptedServer::Patience);
+    return !reads.isEmpty() || reads.wait(Patience);
 }
 
 void TestIRCConnectionReading::cutsLines_data()
@@ -150,7 +151,7 @@ void TestIRCConnectionReading::readsManyLinesInOneGo()
         bytes += ":alice!~alice@host PRIVMSG #x :" + QByteArray::number(i) + "\r\n";
     QVERIFY(bytes.size() > 10'000'000);
     session->server.sendBytes(bytes);
-    QTRY_COMPARE_WITH_TIMEOUT(messages, Count, 60000);
+    QTRY_COMPARE_WITH_TIMEOUT(messages, Count, Patience);
 }
 
 void TestIRCConnectionReading::readsOneLineInManyPieces()
@@ -167,7 +168,7 @@ void TestIRCConnectionReading::readsOneLineInManyPieces()
     for (int i = 0; i < Length / 10000; ++i)
         session->server.sendBytes(piece);
     session->server.sendBytes("\r\n");
-    QTRY_COMPARE_WITH_TIMEOUT(length, Length, 60000);
+    QTRY_COMPARE_WITH_TIMEOUT(length, Length, Patience);
 }
 
 void TestIRCConnectionReading::readsBinaryData()
@@ -234,7 +235,7 @@ void TestIRCConnectionReading::letsASlotRunAnEventLoop()
     bool hasArrived = false;
     connect(&session->connection, &IRCConnection::quitReceived, this, [&] {
         session->server.send(u":a!b@c PRIVMSG #x :3"_s);
-        hasArrived = QTest::qWaitFor([&] { return socket->bytesAvailable() > 0; });
+        hasArrived = QTest::qWaitFor([&] { return socket->bytesAvailable() > 0; }, Patience);
     });
     session->server.sendBytes(":a!b@c PRIVMSG #x :1\r\n:a!b@c QUIT\r\n:a!b@c PRIVMSG #x :2\r\n");
     QVERIFY(session->log.waitFor(uR"(privmsgReceived("a", "#x", "3"))"_s));
@@ -255,7 +256,7 @@ void TestIRCConnectionReading::letsASlotDialAgainAndRunAnEventLoop()
         connect(&session->connection, &IRCConnection::topicReceived, &loop, &QEventLoop::quit);
         connect(&session->server, &ScriptedServer::clientArrived, this,
                 [&](int client) { session->server.send(u":s 332 me #x :inner"_s, client); });
-        QTimer::singleShot(ScriptedServer::Patience, &loop, &QEventLoop::quit);
+        QTimer::singleShot(Patience, &loop, &QEventLoop::quit);
         loop.exec();
     });
     session->server.sendBytes(":a!b@c QUIT\r\n:a!b@c PRIVMSG #x :1\r\n:a!b@c PRIVMSG #x :2\r\n");

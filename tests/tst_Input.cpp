@@ -1,6 +1,7 @@
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QAction>
@@ -475,7 +476,7 @@ void TestInput::listsOnlyWhenRegistered()
 {
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s));
-    QTRY_VERIFY(session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(session.probe.connection().isConnected(), Patience);
     const QStringList before = session.takeSent();
     const NewLines lines(session);
     session.probe.typeLine(u"/list"_s);

@@ -6,6 +6,7 @@
 #include "ProgramOnScreen.h"
 #include "TemporaryStore.h"
 #include "VirtualScreen.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QApplication>
@@ -37,7 +38,7 @@ int runEventLoop()
 {
     QTimer patience;
     patience.callOnTimeout([] { QCoreApplication::exit(-1); });
-    patience.start(ScriptedServer::Patience);
+    patience.start(Patience);
     return QApplication::exec();
 }
 
@@ -108,9 +109,9 @@ void TestMainWindowEnd::endsTheProgramByItsKey()
     ProgramOnScreen program(screen, programStore);
     QVERIFY2(program.start(), qUtf8Printable(program.errorOutput()));
     QVERIFY(screen.press(u"Escape"_s));
-    QTRY_COMPARE_WITH_TIMEOUT(screen.activeTitle(), u"Velmora"_s, ScriptedServer::Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(screen.activeTitle(), u"Velmora"_s, Patience);
     QVERIFY(screen.press(u"ctrl+q"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), ScriptedServer::Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), Patience);
     QCOMPARE(program.exitStatus(), 0);
     QCOMPARE(program.errorOutput(), QString());
 }
@@ -131,10 +132,9 @@ void TestMainWindowEnd::endsWhileNoNameServerAnswers()
                            u"ASAN_OPTIONS=%1:verify_asan_link_order=0:detect_leaks=0"_s.arg(
                                    qEnvironmentVariable("ASAN_OPTIONS"))}));
     QVERIFY(program.pressConnect());
-    QTRY_COMPARE_WITH_TIMEOUT(program.errorOutput(), u"Looking for irc.example.org\n"_s,
-                              ScriptedServer::Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(program.errorOutput(), u"Looking for irc.example.org\n"_s, Patience);
     QVERIFY(screen.press(u"ctrl+q"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), ScriptedServer::Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), Patience);
     QCOMPARE(program.exitStatus(), 0);
 }
 
@@ -214,7 +214,7 @@ void TestMainWindowEnd::closesWithinARead()
             });
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #d :two\r\n"_ba);
     QTRY_VERIFY(!session.window.isVisible());
-    QTRY_COMPARE(session.probe.lines(u"#d"_s), QStringList{u"a|two"_s});
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#d"_s), QStringList{u"a|two"_s}, Patience);
     QCOMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s});
     session.destroyWindow();
     QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
@@ -237,8 +237,7 @@ void TestMainWindowEnd::setsTheProgramUp()
     Child program;
     QVERIFY(launch(program, programStore));
     // The store's place follows from the names of the application and of the organisation.
-    QTRY_COMPARE_WITH_TIMEOUT(programStore.value(u"theme"_s).toString(), u"light"_s,
-                              ScriptedServer::Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(programStore.value(u"theme"_s).toString(), u"light"_s, Patience);
     QCOMPARE(program.state(), QProcess::Running);
     program.stop();
 }
@@ -265,9 +264,9 @@ void TestMainWindowEnd::closesTheStoreToOthers()
     }
     Child program;
     QVERIFY(launch(program, programStore));
-    QTRY_COMPARE_WITH_TIMEOUT(QFile::permissions(file), OwnFile, ScriptedServer::Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(QFile::permissions(file), OwnFile, Patience);
     QTRY_COMPARE_WITH_TIMEOUT(QFile::permissions(folder),
-                              OwnFile | QFile::ExeOwner | QFile::ExeUser, ScriptedServer::Patience);
+                              OwnFile | QFile::ExeOwner | QFile::ExeUser, Patience);
     program.stop();
 }
 

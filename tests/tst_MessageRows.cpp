@@ -1,5 +1,6 @@
 #include "IRCConnection.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QDateTime>
@@ -452,8 +453,8 @@ void TestMessageRows::usesTheAwayStateOfTheMoment()
                     session.probe.isAway() = false;
             });
     session.server.sendBytes(":me!u@h PRIVMSG #c :one\r\n:me!u@h PRIVMSG #c :two\r\n"_ba);
-    QTRY_COMPARE(session.probe.lines(u"#c"_s),
-                 (QStringList{u"me|[Away: gone] one"_s, u"me|two"_s}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s),
+                              (QStringList{u"me|[Away: gone] one"_s, u"me|two"_s}), Patience);
 }
 
 QTEST_MAIN(TestMessageRows)

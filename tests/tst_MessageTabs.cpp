@@ -1,6 +1,7 @@
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QLabel>
@@ -197,12 +198,12 @@ void TestMessageTabs::bringsAReaderBackToTheEnd()
     for (int number = 0; number < 60; ++number)
         session.probe.appendMessageToTab(u"#c"_s, QString::number(number), u"alice"_s);
     const QTextBrowser &view = *session.probe.tabs().value(u"#c"_s).chatView;
-    QTRY_VERIFY(view.verticalScrollBar()->maximum() > 0);
-    QTRY_VERIFY(isAtTheEnd(view));
+    QTRY_VERIFY_WITH_TIMEOUT(view.verticalScrollBar()->maximum() > 0, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), Patience);
     view.verticalScrollBar()->setValue(0);
     QVERIFY(!isAtTheEnd(view));
     session.probe.appendMessageToTab(u"#c"_s, u"last"_s, u"alice"_s);
-    QTRY_VERIFY(isAtTheEnd(view));
+    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), Patience);
     QVERIFY(view.textCursor().atEnd());
 }
 
@@ -212,13 +213,13 @@ void TestMessageTabs::scrollsTabsThatAreNotShown()
     for (int number = 0; number < 60; ++number)
         session.probe.appendMessageToTab(u"#c"_s, QString::number(number), u"alice"_s);
     const QTextBrowser &view = *session.probe.tabs().value(u"#c"_s).chatView;
-    QTRY_VERIFY(view.verticalScrollBar()->maximum() > 0);
+    QTRY_VERIFY_WITH_TIMEOUT(view.verticalScrollBar()->maximum() > 0, Patience);
     view.verticalScrollBar()->setValue(0);
     session.probe.showTab(Server);
     session.probe.appendMessageToTab(u"#c"_s, u"last"_s, u"alice"_s);
     QVERIFY(view.textCursor().atEnd());
     session.probe.showTab(u"#c"_s);
-    QTRY_VERIFY(isAtTheEnd(view));
+    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), Patience);
 }
 
 void TestMessageTabs::writesTheLinesOfAReadInTheirOrder()
@@ -232,7 +233,7 @@ void TestMessageTabs::writesTheLinesOfAReadInTheirOrder()
         expected.append(u"alice|"_s + QString::number(number));
     }
     session.server.sendBytes(read);
-    QTRY_COMPARE(session.probe.lines(u"#c"_s), expected);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), expected, Patience);
     QCOMPARE(tableOf(session.probe, u"#c"_s).rows(), 51);
 }
 
@@ -254,7 +255,7 @@ void TestMessageTabs::writesTheLinesOfTwoReadsInTheirOrder()
             });
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"
                              ":a!u@h PRIVMSG #c :three\r\n"_ba);
-    QTRY_COMPARE(session.probe.lines(u"#d"_s), QStringList{u"b|x"_s});
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#d"_s), QStringList{u"b|x"_s}, Patience);
     QVERIFY(nested);
     QStringList lines = session.probe.lines(u"#c"_s);
     // The loop within may come before or after the line that it was run for; nothing is lost, and
@@ -268,9 +269,10 @@ void TestMessageTabs::writesALineThatIsCutInTwoReads()
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIV"_ba);
-    QTRY_COMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s});
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s}, Patience);
     session.server.sendBytes("MSG #c :two\r\n"_ba);
-    QTRY_COMPARE(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|two"_s}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|two"_s}),
+                              Patience);
 }
 
 void TestMessageTabs::writesTheLinesOfAReadToTheirTabs()
@@ -279,7 +281,8 @@ void TestMessageTabs::writesTheLinesOfAReadToTheirTabs()
     QVERIFY(session.registerAs(u"me"_s));
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:irc.test NOTICE * :hello\r\n"
                              ":a!u@h PRIVMSG me :two\r\n:a!u@h PRIVMSG #c :three\r\n"_ba);
-    QTRY_COMPARE(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|three"_s}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|three"_s}),
+                              Patience);
     QCOMPARE(session.probe.lines(u"a"_s), QStringList{u"a|two"_s});
     QCOMPARE(session.probe.lines(Server).last(), u"<< :irc.test NOTICE * :hello"_s);
 }
@@ -290,7 +293,8 @@ void TestMessageTabs::writesTheLinesOfAReadThroughARename()
     QVERIFY(session.registerAs(u"me"_s));
     session.server.sendBytes(":a!u@h PRIVMSG me :one\r\n:b!u@h PRIVMSG me :other\r\n"
                              ":a!u@h NICK b\r\n:b!u@h PRIVMSG me :two\r\n"_ba);
-    QTRY_COMPARE(session.probe.tabTexts(), (QStringList{Server, u"b"_s, u"b"_s}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabTexts(), (QStringList{Server, u"b"_s, u"b"_s}),
+                              Patience);
     QCOMPARE(session.probe.lines(u"b"_s),
              (QStringList{u"a|one"_s, u"a|is now known as b"_s, u"b|two"_s}));
     // The conversation that lost its record keeps what was said in it.
@@ -309,7 +313,8 @@ void TestMessageTabs::writesTheLinesOfAReadThatEndsTheSession()
             });
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"
                              ":a!u@h PRIVMSG #c :three\r\n"_ba);
-    QTRY_VERIFY(session.probe.lines(Server).contains(u"*** Disconnected."_s));
+    QTRY_VERIFY_WITH_TIMEOUT(session.probe.lines(Server).contains(u"*** Disconnected."_s),
+                             Patience);
     QCOMPARE(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|two"_s, u"a|three"_s}));
 }
 
@@ -324,7 +329,7 @@ void TestMessageTabs::writesTheRowsOfAReadForAClosedTab()
                     session.probe.closeTab(1);
             });
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"_ba);
-    QTRY_COMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|two"_s});
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), QStringList{u"a|two"_s}, Patience);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
 }
 

@@ -1,4 +1,5 @@
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QLabel>
@@ -154,7 +155,8 @@ void TestNameLists::keepsUnfinishedNamesThroughADisconnect()
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     QVERIFY(session.say(u":irc.test 353 me = #a :old"_s));
     session.server.close();
-    QTRY_COMPARE(session.probe.lastLine(u"Server"_s), u"*** Disconnected."_s);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"Server"_s), u"*** Disconnected."_s,
+                              Patience);
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me new"_s));
     QCOMPARE(session.probe.users(), (QStringList{u"me"_s, u"new"_s, u"old"_s}));
@@ -177,7 +179,7 @@ void TestNameLists::keepsTheStaleListAfterAReconnect()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me alice"_s));
     session.server.close();
-    QTRY_COMPARE(session.probe.users(), QStringList());
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.users(), QStringList(), Patience);
     QVERIFY(session.registerAs());
     QVERIFY(session.say(u":alice!u@h QUIT :x"_s));
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"alice|quit (x)"_s);

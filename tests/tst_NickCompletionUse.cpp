@@ -1,6 +1,7 @@
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QAbstractItemView>
@@ -39,7 +40,7 @@ void type(const MainWindowProbe &probe, const QString &text)
     QLineEdit &line = probe.inputLine();
     line.activateWindow();
     line.setFocus();
-    static_cast<void>(QTest::qWaitFor([&line] { return line.hasFocus(); }));
+    static_cast<void>(QTest::qWaitFor([&line] { return line.hasFocus(); }, Patience));
     line.clear();
     QTest::keyClicks(&line, text);
 }
@@ -454,7 +455,7 @@ void TestNickCompletionUse::goesOnWhileItIsOpen()
     type(session.probe, u"al"_s);
     QCOMPARE(offered(session.probe), QStringList{u"alf"_s});
     session.server.close();
-    QTRY_VERIFY(!session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
     QTest::keyClick(popup, Qt::Key_Escape);
     QVERIFY(!popup->isVisible());
     QCOMPARE(session.probe.inputLine().text(), u"al"_s);

@@ -1,3 +1,5 @@
+#include "Waiting.h"
+
 #include <QDirIterator>
 #include <QImageReader>
 #include <QProcess>
@@ -11,8 +13,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int Patience = 60000; // In ms.
 
 const QString Id = QStringLiteral(VELMORA_ID);
 const QString Version = QStringLiteral(VELMORA_VERSION);

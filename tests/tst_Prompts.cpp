@@ -4,6 +4,7 @@
 #include "SessionSteps.h"
 #include "TemporaryStore.h"
 #include "ThemeManager.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QAction>
@@ -70,7 +71,7 @@ using Happening = bool (*)(WindowSession &session);
 bool disconnectByMenu(WindowSession &session)
 {
     session.choose(u"&Disconnect"_s);
-    return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); });
+    return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); }, Patience);
 }
 
 bool changeOwnNick(WindowSession &session)
@@ -189,7 +190,7 @@ void TestPrompts::asksInTheForm()
         QTEST(edit->text(), "text");
         QTEST(edit->placeholderText(), "placeholder");
         QTEST(edit->accessibleName(), "label");
-        QVERIFY(QTest::qWaitFor([edit] { return edit->hasFocus(); }));
+        QVERIFY(QTest::qWaitFor([edit] { return edit->hasFocus(); }, Patience));
 
         QCOMPARE(box->standardButtons(), QDialogButtonBox::Save | QDialogButtonBox::Cancel);
         const QPushButton *save = box->button(QDialogButtonBox::Save);
@@ -405,11 +406,12 @@ void TestPrompts::tellsTheConversationsLater()
     answers.queueForDialog(accepting(u"lunch"_s));
     session.choose(MarkAway);
     QCOMPARE(steps.lines(), (Lines{{Server, {u"*** You are marked as away (lunch)"_s}}}));
-    QTRY_COMPARE(steps.lines().value(u"#a"_s), QStringList{u"me|is away (lunch)"_s});
+    QTRY_COMPARE_WITH_TIMEOUT(steps.lines().value(u"#a"_s), QStringList{u"me|is away (lunch)"_s},
+                              Patience);
     session.choose(UnmarkAway);
     QCOMPARE(session.probe.lastLine(Server), u"*** You are back"_s);
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|is away (lunch)"_s);
-    QTRY_COMPARE(session.probe.lastLine(u"#a"_s), u"me|is back"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"#a"_s), u"me|is back"_s, Patience);
     QCOMPARE(answers.problems(), QStringList());
 }
 
@@ -736,8 +738,10 @@ void TestPrompts::goesAwayAfterWhatHappened()
     QVERIFY(session.probe.lines(Server).contains(u"*** You are marked as away (lunch)"_s));
     QCOMPARE(steps.sent().filter(Spoken), sent);
     if (session.probe.tabs().contains(u"#a"_s)) {
-        QTRY_COMPARE(session.probe.lastLine(u"#a"_s),
-                     QString(session.probe.connection().currentNick() + u"|is away (lunch)"_s));
+        QTRY_COMPARE_WITH_TIMEOUT(
+                session.probe.lastLine(u"#a"_s),
+                QString(session.probe.connection().currentNick() + u"|is away (lunch)"_s),
+                Patience);
     }
 }
 

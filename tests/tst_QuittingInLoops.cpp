@@ -3,6 +3,7 @@
 #include "Child.h"
 #include "NestedLoops.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 
 #include <QApplication>
 #include <QTest>
@@ -17,8 +18,6 @@ namespace {
 
 // With this argument and the name of a loop the program is one that quits inside the loop.
 constexpr QLatin1StringView QuitInside = "--quit-inside"_L1;
-
-constexpr int Patience = 20000; // In ms. Builds with sanitizers on a busy machine are slow.
 
 using Ending = void (*)(LoopScene &scene);
 

@@ -1,6 +1,7 @@
 #include "IRCConnection.h"
 #include "RawLines.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QTest>
@@ -108,7 +109,8 @@ void TestRawLines::staysMuteAfterAListingThatBroke()
     QVERIFY(session.registerAs());
     session.probe.listReceiving() = true;
     session.server.close();
-    QTRY_COMPARE(session.probe.lastLine(u"Server"_s), u"*** Disconnected."_s);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"Server"_s), u"*** Disconnected."_s,
+                              Patience);
     QVERIFY(session.probe.listReceiving());
 
     const qsizetype before = session.probe.lines(u"Server"_s).size();

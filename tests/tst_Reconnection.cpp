@@ -1,5 +1,6 @@
 #include "IRCConnection.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QAbstractEventDispatcher>
@@ -121,7 +122,7 @@ void TestReconnection::staysDownWhenTheServerGoes()
         session.server.cut();
     else
         session.server.close();
-    QTRY_COMPARE(session.window.statusBar()->styleSheet(), Red);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, Patience);
     const QStringList lines = session.probe.lines(u"Server"_s).mid(before);
     QCOMPARE(lines.size(), 2);
     QVERIFY2(lines.at(0).startsWith(u"*** Error: "_s), qUtf8Printable(lines.at(0)));
@@ -139,7 +140,7 @@ void TestReconnection::doesNotReconnectALostSession()
 
     QVERIFY(session.registerAs());
     session.server.close();
-    QTRY_COMPARE(session.window.statusBar()->styleSheet(), Red);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, Patience);
     const QStringList lines = session.probe.lines(u"Server"_s);
     session.choose(u"&Reconnect"_s);
     QVERIFY(!waitsForASecond());
@@ -168,9 +169,10 @@ void TestReconnection::reconnectsToTheStandardPort()
     QVERIFY(first.waitForLine(u"QUIT :Velmora leaving"_s));
     QVERIFY(standard->waitForLine(u"USER me 0 * :My Self"_s));
     QCOMPARE(standard->lines().first(), u"NICK me"_s);
-    QTRY_COMPARE(session.probe.lines(u"Server"_s),
-                 (QStringList{u"*** Connected to server."_s, u"*** Disconnected."_s,
-                              u"*** Connected to server."_s}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"Server"_s),
+                              (QStringList{u"*** Connected to server."_s, u"*** Disconnected."_s,
+                                           u"*** Connected to server."_s}),
+                              Patience);
     QCOMPARE(session.probe.currentServerId(), u"some.host_7000"_s);
 
     standard->send(u":irc.test 001 me :Welcome"_s);
@@ -196,7 +198,7 @@ void TestReconnection::reconnectsWithTheRecordsTls()
     session.choose(u"&Reconnect"_s);
     QVERIFY(standard->waitForClient());
     // The first byte of a TLS handshake.
-    QTRY_VERIFY(standard->received().startsWith('\x16'));
+    QTRY_VERIFY_WITH_TIMEOUT(standard->received().startsWith('\x16'), Patience);
 }
 
 void TestReconnection::goesInSilenceWithALiveSession()
@@ -214,7 +216,8 @@ void TestReconnection::goesInSilenceWithALiveSession()
         server.send(u":me!u@h JOIN #a"_s);
         server.send(u":alice!u@h PRIVMSG me :hi"_s);
         QVERIFY(server.waitForLine(u"NAMES #a"_s));
-        QTRY_COMPARE(probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"alice"_s}));
+        QTRY_COMPARE_WITH_TIMEOUT(probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"alice"_s}),
+                                  Patience);
         connect(&connection, &IRCConnection::disconnected, this, [&] { ++told; });
         connect(&connection, &IRCConnection::errorOccurred, this, [&] { ++told; });
         connect(&connection, &IRCConnection::rawMessageReceived, this, [&] { ++told; });
@@ -234,7 +237,7 @@ void TestReconnection::mayGoBeforeItReconnects()
         session.choose(u"&Reconnect"_s);
         QVERIFY(waitsForASecond());
     }
-    QTRY_VERIFY(!waitsForASecond());
+    QTRY_VERIFY_WITH_TIMEOUT(!waitsForASecond(), Patience);
 }
 
 QTEST_MAIN(TestReconnection)

@@ -1,11 +1,11 @@
+#include "Waiting.h"
+
 #include <QProcess>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int Patience = 30000; // In ms.
 
 // What a line of bash prints that has the functions of the scripts at hand.
 QString runBash(const QString &command, const QByteArray &input = {})

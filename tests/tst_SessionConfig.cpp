@@ -1,6 +1,7 @@
 #include "ConnectDialog.h"
 #include "IRCConnection.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QFile>
@@ -287,7 +288,7 @@ void TestSessionConfig::savesNothingBeforeAChoice()
         session.probe.currentServerId().clear();
     } else {
         session.server.close();
-        QTRY_VERIFY(!session.probe.connection().isConnected());
+        QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
     }
     session.probe.autojoinChannels() = QStringList{u"#now"_s};
     session.choose(u"&Connect..."_s);
@@ -316,7 +317,7 @@ void TestSessionConfig::savesTheRecordWhenLeaving()
     const QString id = session.probe.currentServerId();
     if (!connected) {
         session.server.close();
-        QTRY_VERIFY(!session.probe.connection().isConnected());
+        QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
     }
     session.probe.connection().setServerConfig(sampleConfig());
     session.probe.autojoinChannels() = QStringList{u"#not in the record"_s};

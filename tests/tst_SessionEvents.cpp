@@ -1,6 +1,7 @@
 #include "ConnectDialog.h"
 #include "IRCConnection.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QAction>
@@ -114,7 +115,8 @@ void TestSessionEvents::tellsOfAConnection()
 {
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s, u"#b, #a"_s));
-    QTRY_COMPARE(session.probe.lines(u"Server"_s), QStringList{u"*** Connected to server."_s});
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"Server"_s),
+                              QStringList{u"*** Connected to server."_s}, Patience);
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
 
     QVERIFY(session.say(u":irc.test 001 me :Welcome"_s));
@@ -133,7 +135,7 @@ void TestSessionEvents::showsTheSessionInTheStatusBar()
     QCOMPARE(bar->currentMessage(), u"Disconnected"_s);
 
     QVERIFY(session.acceptDialog(u"me"_s));
-    QTRY_COMPARE(bar->styleSheet(), Green);
+    QTRY_COMPARE_WITH_TIMEOUT(bar->styleSheet(), Green, Patience);
     QCOMPARE(bar->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
 
     QVERIFY(session.say(u":irc.test 001 me :Welcome"_s));
@@ -142,7 +144,7 @@ void TestSessionEvents::showsTheSessionInTheStatusBar()
     QCOMPARE(bar->currentMessage(), u"Connected to 127.0.0.1 as Other"_s);
 
     session.choose(u"&Disconnect"_s);
-    QTRY_COMPARE(bar->styleSheet(), Red);
+    QTRY_COMPARE_WITH_TIMEOUT(bar->styleSheet(), Red, Patience);
     QCOMPARE(bar->currentMessage(), u"Disconnected"_s);
 }
 
@@ -250,7 +252,8 @@ void TestSessionEvents::tellsOfAnAttemptThatFails()
     WindowSession session;
     session.server.stopListening();
     QVERIFY(session.clickConnect(u"me"_s));
-    QTRY_COMPARE(session.probe.lines(u"Server"_s), QStringList{u"*** Error: Connection refused"_s});
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"Server"_s),
+                              QStringList{u"*** Error: Connection refused"_s}, Patience);
     QCOMPARE(session.window.statusBar()->styleSheet(), Red);
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
 }
@@ -264,7 +267,7 @@ void TestSessionEvents::tellsOfAPingTimeout()
     emit session.probe.connection().errorOccurred(u"Ping timeout: no response to PING for 45s"_s);
     QCOMPARE(session.window.statusBar()->styleSheet(), Green);
     session.probe.connection().disconnectFromServer();
-    QTRY_COMPARE(session.window.statusBar()->styleSheet(), Red);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, Patience);
     QCOMPARE(session.probe.lines(u"Server"_s).mid(before),
              (QStringList{u"*** Error: Ping timeout: no response to PING for 45s"_s,
                           u"*** Disconnected."_s}));
@@ -284,7 +287,7 @@ void TestSessionEvents::forgetsTheSessionWhenItEnds()
     QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"me"_s}));
 
     session.choose(u"&Disconnect"_s);
-    QTRY_COMPARE(session.window.statusBar()->styleSheet(), Red);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, Patience);
     QCOMPARE(session.probe.users(), QStringList());
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), QString());
@@ -304,7 +307,7 @@ void TestSessionEvents::keepsTheConversationsWhenTheSessionEnds()
     const QString id = session.probe.currentServerId();
 
     session.server.close();
-    QTRY_COMPARE(session.window.statusBar()->styleSheet(), Red);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, Patience);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
     QCOMPARE(session.probe.lines(u"#a"_s), lines);
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"alice"_s, u"me"_s}));
@@ -322,7 +325,8 @@ void TestSessionEvents::leavesFromTheMenu()
     QVERIFY(session.registerAs());
     const qsizetype before = session.probe.lines(u"Server"_s).size();
     session.choose(u"&Disconnect"_s);
-    QTRY_COMPARE(session.probe.lines(u"Server"_s).mid(before), QStringList{u"*** Disconnected."_s});
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"Server"_s).mid(before),
+                              QStringList{u"*** Disconnected."_s}, Patience);
     QVERIFY(session.server.waitForEnd());
     QCOMPARE(session.server.lines().last(), u"QUIT :Velmora leaving"_s);
 }

@@ -100,7 +100,7 @@ public:
     {
         const int before = reads;
         session.server.sendBytes(piece);
-        return waitUntil([&] { return reads > before; }, ScriptedServer::Patience);
+        return waitUntil([&] { return reads > before; });
     }
 
     WindowSession session;
@@ -136,7 +136,7 @@ public:
             session.server.cut();
         else
             session.server.close();
-        if (!waitUntil([&] { return model.disconnects > before; }, ScriptedServer::Patience))
+        if (!waitUntil([&] { return model.disconnects > before; }))
             return u"the end of the link is not noticed"_s;
         const QString difference = SessionInvariants::difference(session.probe, model);
         return difference.isEmpty() ? SessionInvariants::broken(session.probe) : difference;

@@ -2,6 +2,7 @@
 #include "IRCConnection.h"
 #include "ModalAnswers.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QApplication>
@@ -246,7 +247,8 @@ void TestTabMenu::survivesALinkThatDropsUnderTheMenu()
     answers.queueForMenu([&](QMenu *menu) {
         session.server.sendBytes(":a!u@h PRIVMSG #c :last words\r\n"_ba);
         session.server.close();
-        dropped = QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); });
+        dropped = QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); },
+                                  Patience);
         ModalAnswers::choosing(u"Close"_s)(menu);
     });
     requestContextMenu(session.probe, 1);

@@ -2,6 +2,7 @@
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QLabel>
@@ -341,7 +342,7 @@ void TestTabs::fillsTheUserListAgainAfterADisconnect()
     QVERIFY(session.join(u"#c"_s, u"@me alice"_s));
     QCOMPARE(session.probe.users(), (QStringList{u"@me"_s, u"alice"_s}));
     session.server.close();
-    QTRY_VERIFY(session.probe.users().isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(session.probe.users().isEmpty(), Patience);
     session.probe.clickTab(0);
     session.probe.clickTab(1);
     QCOMPARE(session.probe.users(), (QStringList{u"@me"_s, u"alice"_s}));
@@ -355,7 +356,7 @@ void TestTabs::removesNoTabOnADisconnect()
     QVERIFY(session.say(u":bob!u@h PRIVMSG me :hello"_s));
     const QStringList names{Server, u"#c"_s, u"bob"_s};
     session.server.close();
-    QTRY_VERIFY(!session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
     QCOMPARE(session.probe.tabTexts(), names);
     QCOMPARE(session.probe.tabs().size(), 3);
 

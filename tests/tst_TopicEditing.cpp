@@ -8,6 +8,7 @@
 #include "PlainClient.h"
 #include "TemporaryStore.h"
 #include "ThemeManager.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QColorDialog>
@@ -236,7 +237,7 @@ void TestTopicEditing::looksAgainWhenItJoins()
     Operator op;
     QVERIFY(op.enter());
     op.session.server.close();
-    QTRY_VERIFY(!op.session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(!op.session.probe.connection().isConnected(), Patience);
     QVERIFY(op.offers());
     // Under another nick, the old entry is somebody else's.
     QVERIFY(op.session.registerAs(u"other"_s));
@@ -329,7 +330,7 @@ void TestTopicEditing::doesNothingWhileDisconnected()
     Operator op;
     QVERIFY(op.enter());
     op.session.server.close();
-    QTRY_VERIFY(!op.session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(!op.session.probe.connection().isConnected(), Patience);
     const QStringList lines = op.session.probe.lines(u"Server"_s);
     QTest::mouseClick(op.button(), Qt::LeftButton);
     QCoreApplication::processEvents();
@@ -495,7 +496,8 @@ void TestTopicEditing::survivesALinkThatDrops()
     bool dropped = false;
     answers->queueForDialog([&](QDialog *dialog) {
         op.session.server.close();
-        dropped = QTest::qWaitFor([&] { return !op.session.probe.connection().isConnected(); });
+        dropped = QTest::qWaitFor([&] { return !op.session.probe.connection().isConnected(); },
+                                  Patience);
         save(u"too late"_s)(dialog);
     });
     op.button()->click();
@@ -563,10 +565,10 @@ void TestTopicEditing::reachesTheOthersOnARealServer()
     Operator op;
     IRCConnection &connection = op.session.probe.connection();
     connection.connectToServer(u"127.0.0.1"_s, proxy.port(), u"wanda"_s, u"Wanda"_s, false);
-    QTRY_VERIFY(connection.isRegistered());
+    QTRY_VERIFY_WITH_TIMEOUT(connection.isRegistered(), Patience);
     connection.joinChannel(u"#room"_s);
     // Whoever comes first is the operator.
-    QTRY_VERIFY(op.button(u"#room"_s) != nullptr && op.offers(u"#room"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(op.button(u"#room"_s) != nullptr && op.offers(u"#room"_s), Patience);
     PlainClient bob;
     QVERIFY(bob.enter(ngircd.port(), u"bob"_s));
     bob.send(u"JOIN #room"_s);

@@ -2,6 +2,7 @@
 #include "MyTabWidget.h"
 #include "SessionSteps.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QListWidget>
@@ -314,7 +315,7 @@ void TestUserList::tellsNoOperatorWithoutALink()
     QVERIFY(session.registerAs());
     QVERIFY(session.probe.isUserOperator(u"#c"_s));
     session.server.close();
-    QTRY_VERIFY(!session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
     QVERIFY(!session.probe.isUserOperator(u"#c"_s));
 }
 

@@ -5,6 +5,7 @@
 #include "PlainClient.h"
 #include "RecordedLines.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QTest>
@@ -104,7 +105,7 @@ void TestWatch::watchesNobodyAgainAfterAReconnect()
     WindowSession session;
     QVERIFY(begin(session));
     session.server.close();
-    QTRY_VERIFY(!session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
     QVERIFY(session.probe.watchedNicks().isEmpty());
     QVERIFY(session.registerAs());
     QVERIFY(session.say(u":bob!u@h PRIVMSG me :here still"_s));
@@ -286,17 +287,19 @@ void TestWatch::watchesOnInspIrcd()
     bob->send(u"PRIVMSG alice :hi"_s);
     QVERIFY(wire.waitForProgram(u"WATCH +bob"_s));
     QVERIFY(wire.waitForServer(u" 604 alice bob "_s));
-    QTRY_COMPARE(session.probe.lines(u"bob"_s), (QStringList{u"bob|hi"_s, HasQuit}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s), (QStringList{u"bob|hi"_s, HasQuit}),
+                              Patience);
 
     bob->send(u"QUIT :bye"_s);
     QVERIFY(wire.waitForServer(u" 601 alice bob "_s));
-    QTRY_COMPARE(session.probe.lines(u"bob"_s), (QStringList{u"bob|hi"_s, HasQuit, HasQuit}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
+                              (QStringList{u"bob|hi"_s, HasQuit, HasQuit}), Patience);
 
     bob = std::make_unique<PlainClient>();
     QVERIFY(bob->enter(server.port(), u"bob"_s));
     QVERIFY(wire.waitForServer(u" 600 alice bob "_s));
-    QTRY_COMPARE(session.probe.lines(u"bob"_s),
-                 (QStringList{u"bob|hi"_s, HasQuit, HasQuit, HasQuit}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
+                              (QStringList{u"bob|hi"_s, HasQuit, HasQuit, HasQuit}), Patience);
 
     session.probe.closeTab(1);
     QVERIFY(wire.waitForProgram(u"WATCH -bob"_s));
@@ -304,7 +307,8 @@ void TestWatch::watchesOnInspIrcd()
     session.probe.typeLine(u"/msg bob once more"_s);
     QVERIFY(wire.waitForProgram(u"WATCH +bob"_s, 2));
     QVERIFY(bob->waitFor(u" PRIVMSG bob :once more"_s));
-    QTRY_COMPARE(session.probe.lines(u"bob"_s), (QStringList{u"alice|once more"_s, HasQuit}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
+                              (QStringList{u"alice|once more"_s, HasQuit}), Patience);
     QCOMPARE(wire.lines().filter(u">> WATCH "_s),
              (QStringList{u">> WATCH +bob"_s, u">> WATCH -bob"_s, u">> WATCH +bob"_s}));
 }
@@ -318,7 +322,8 @@ void TestWatch::believesInspIrcdOfAnAbsentNick()
     QVERIFY(session.enter(wire.port(), u"alice"_s));
     session.probe.typeLine(u"/msg bob anybody there?"_s);
     QVERIFY(wire.waitForServer(u" 605 alice bob * * 0 :"_s));
-    QTRY_COMPARE(session.probe.lines(u"bob"_s), (QStringList{u"alice|anybody there?"_s, HasQuit}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
+                              (QStringList{u"alice|anybody there?"_s, HasQuit}), Patience);
 }
 
 // Somebody who was there all along comes back with every join.
@@ -331,18 +336,22 @@ void TestWatch::mixesJoinsWithWatching()
     QVERIFY(bob.enter(server.port(), u"bob"_s));
     WindowSession session;
     QVERIFY(session.enter(wire.port(), u"alice"_s, u"#room"_s));
-    QTRY_COMPARE(session.probe.users(), QStringList{u"@alice"_s});
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.users(), QStringList{u"@alice"_s}, Patience);
     session.probe.typeLine(u"/msg bob hello"_s);
-    QTRY_COMPARE(session.probe.lines(u"bob"_s), (QStringList{u"alice|hello"_s, HasQuit}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
+                              (QStringList{u"alice|hello"_s, HasQuit}), Patience);
 
     bob.send(u"JOIN #room"_s);
-    QTRY_COMPARE(session.probe.lines(u"bob"_s), (QStringList{u"alice|hello"_s, HasQuit, IsBack}));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
+                              (QStringList{u"alice|hello"_s, HasQuit, IsBack}), Patience);
 
     // The old nick goes off line; the conversation has the new one by then.
     bob.send(u"NICK rob"_s);
     QVERIFY(wire.waitForServer(u" 601 alice bob "_s));
-    QTRY_COMPARE(session.probe.lines(u"rob"_s),
-                 (QStringList{u"alice|hello"_s, HasQuit, IsBack, u"bob|is now known as rob"_s}));
+    QTRY_COMPARE_WITH_TIMEOUT(
+            session.probe.lines(u"rob"_s),
+            (QStringList{u"alice|hello"_s, HasQuit, IsBack, u"bob|is now known as rob"_s}),
+            Patience);
     QCOMPARE(session.probe.watchedNicks(), Bob);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#room"_s, u"rob"_s}));
     session.probe.closeTab(2);
@@ -362,7 +371,8 @@ void TestWatch::livesWithAServerThatWatchesNobody()
     QVERIFY(session.enter(wire.port(), u"alice"_s));
     session.probe.typeLine(u"/msg bob hello"_s);
     QVERIFY(wire.waitForServer(u" 421 alice WATCH :"_s));
-    QTRY_VERIFY(session.probe.lastLine(u"Server"_s).contains(u" 421 alice WATCH :"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(session.probe.lastLine(u"Server"_s).contains(u" 421 alice WATCH :"_s),
+                             Patience);
     QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"alice|hello"_s});
     QVERIFY(bob.waitFor(u" PRIVMSG bob :hello"_s));
 }

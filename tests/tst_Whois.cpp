@@ -4,6 +4,7 @@
 #include "PlainClient.h"
 #include "RecordedLines.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QRegularExpression>
@@ -192,7 +193,7 @@ void TestWhois::keepsItsRecordsWhenTheSessionEnds()
     QVERIFY(session.registerAs());
     QVERIFY(session.sayAll({User, Operator}));
     session.server.close();
-    QTRY_VERIFY(!session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
     QVERIFY(session.registerAs());
     QVERIFY(session.probe.whoisResults().value(u"bob"_s).isOperator);
     QVERIFY(session.say(numeric(u"311"_s, u"bob other host * :Other"_s)));
@@ -490,7 +491,7 @@ void TestWhois::asksNgircd()
     QVERIFY(session.enter(server.port(), u"alice"_s));
     session.probe.openTabs({u"#here"_s});
     session.probe.typeLine(u"/whois bob"_s);
-    QTRY_COMPARE(printed(session, u"#here"_s).size(), 5);
+    QTRY_COMPARE_WITH_TIMEOUT(printed(session, u"#here"_s).size(), 5, Patience);
     QStringList lines = printed(session, u"#here"_s);
     QVERIFY(QRegularExpression(u"^\\*\\*\\* bob idle \\d+s, signed on seconds idle, signon time$"_s)
                     .match(lines.takeAt(2))
@@ -500,7 +501,7 @@ void TestWhois::asksNgircd()
                                  u"*** bob is away: Gone fishing"_s}));
 
     session.probe.typeLine(u"/whois nosuch"_s);
-    QTRY_COMPARE(printed(session, u"#here"_s).size(), 7);
+    QTRY_COMPARE_WITH_TIMEOUT(printed(session, u"#here"_s).size(), 7, Patience);
     QCOMPARE(printed(session, u"#here"_s).last(2),
              (QStringList{u"*** WHOIS nosuch: @ ()"_s, u"*** nosuch is using  ()"_s}));
     QVERIFY(session.probe.lastLine(u"Server"_s).contains(u" 401 alice nosuch :"_s));
@@ -519,7 +520,7 @@ void TestWhois::asksInspIrcd()
     QVERIFY(session.enter(server.port(), u"alice"_s));
     session.probe.openTabs({u"#here"_s});
     session.probe.typeLine(u"/whois bob"_s);
-    QTRY_COMPARE(printed(session, u"#here"_s).size(), 4);
+    QTRY_COMPARE_WITH_TIMEOUT(printed(session, u"#here"_s).size(), 4, Patience);
     QCOMPARE(printed(session, u"#here"_s).first(3),
              (QStringList{u"*** WHOIS bob: bob@127.0.0.1 (A plain client)"_s,
                           u"*** bob is an IRC operator"_s, u"*** bob is using  ()"_s}));

@@ -1,14 +1,9 @@
 #include "Child.h"
 
+#include "Waiting.h"
+
 #include <csignal>
 #include <sys/prctl.h>
-
-namespace {
-
-constexpr int StartPatience = 10000; // In ms.
-constexpr int StopPatience = 5000;   // In ms.
-
-} // namespace
 
 Child::Child(QObject *parent)
     : QProcess(parent)
@@ -25,7 +20,7 @@ Child::~Child()
 bool Child::launch(const QString &program, const QStringList &arguments)
 {
     start(program, arguments);
-    return waitForStarted(StartPatience);
+    return waitForStarted(Patience);
 }
 
 void Child::stop()
@@ -33,8 +28,8 @@ void Child::stop()
     if (state() == NotRunning)
         return;
     terminate();
-    if (!waitForFinished(StopPatience)) {
+    if (!waitForFinished(Patience)) {
         kill();
-        waitForFinished(StopPatience);
+        waitForFinished(Patience);
     }
 }

@@ -1,5 +1,7 @@
 #include "FakeDesktop.h"
 
+#include "Waiting.h"
+
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusObjectPath>
@@ -9,8 +11,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int Patience = 20000; // In ms.
 
 const auto WatcherService = u"org.kde.StatusNotifierWatcher"_s;
 const auto NotificationService = u"org.freedesktop.Notifications"_s;

@@ -2,6 +2,7 @@
 
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QTest>
@@ -13,7 +14,7 @@ namespace Happenings {
 bool dropLink(WindowSession &session)
 {
     session.server.close();
-    return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); });
+    return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); }, Patience);
 }
 
 bool flood(WindowSession &session)

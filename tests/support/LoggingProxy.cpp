@@ -1,5 +1,7 @@
 #include "LoggingProxy.h"
 
+#include "Waiting.h"
+
 #include <QHostAddress>
 #include <QTcpSocket>
 #include <QTest>
@@ -51,8 +53,7 @@ qsizetype LoggingProxy::countFromProgram(const QString &line) const
 
 bool LoggingProxy::waitForProgram(const QString &line, int times) const
 {
-    return QTest::qWaitFor([&] { return countFromProgram(line) >= times; },
-                           ScriptedServer::Patience);
+    return QTest::qWaitFor([&] { return countFromProgram(line) >= times; }, Patience);
 }
 
 bool LoggingProxy::waitForServer(const QString &text) const
@@ -65,7 +66,7 @@ bool LoggingProxy::waitForServer(const QString &text) const
                 }
                 return false;
             },
-            ScriptedServer::Patience);
+            Patience);
 }
 
 bool LoggingProxy::waitForEnd(int connections) const

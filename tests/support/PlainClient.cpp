@@ -1,15 +1,11 @@
 #include "PlainClient.h"
 
+#include "Waiting.h"
+
 #include <QHostAddress>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr int Patience = 10000; // In ms.
-
-} // namespace
 
 PlainClient::PlainClient()
 {

@@ -1,12 +1,12 @@
 #include "PrivateBus.h"
 
+#include "Waiting.h"
+
 #include <QFile>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int Patience = 10000; // In ms.
 
 // Whoever runs the tests may talk to everybody on it.
 constexpr QLatin1StringView Configuration = R"(<busconfig>

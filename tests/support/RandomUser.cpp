@@ -171,7 +171,7 @@ void RandomUser::losesLink()
         session.server.sendBytes(lines.garbage().chopped(2));
         session.server.close();
     }
-    if (!waitUntil([&] { return model.disconnects > before; }, ScriptedServer::Patience))
+    if (!waitUntil([&] { return model.disconnects > before; }))
         failure = u"the end of the link is not noticed"_s;
 }
 
@@ -180,8 +180,7 @@ void RandomUser::disconnects()
     const int before = model.disconnects;
     const bool wasConnected = isConnected();
     session.choose(u"&Disconnect"_s);
-    if (wasConnected
-        && !waitUntil([&] { return model.disconnects > before; }, ScriptedServer::Patience))
+    if (wasConnected && !waitUntil([&] { return model.disconnects > before; }))
         failure = u"the user cannot disconnect"_s;
 }
 

@@ -8,6 +8,8 @@
 
 using namespace Qt::StringLiterals;
 
+const int ScriptedServer::Patience = ::Patience;
+
 ScriptedServer::ScriptedServer(QObject *parent)
     : QObject(parent)
     , server(std::make_unique<QTcpServer>())
@@ -116,17 +118,17 @@ void ScriptedServer::cut(int client)
 
 bool ScriptedServer::waitForClient(int count) const
 {
-    return waitUntil([this, count] { return clientCount() >= count; }, Patience);
+    return waitUntil([this, count] { return clientCount() >= count; });
 }
 
 bool ScriptedServer::waitForLine(const QString &line, int client, int times) const
 {
-    return waitUntil([&] { return lines(client).count(line) >= times; }, Patience);
+    return waitUntil([&] { return lines(client).count(line) >= times; });
 }
 
 bool ScriptedServer::waitForEnd(int client) const
 {
-    return waitUntil([this, client] { return !isThere(client); }, Patience);
+    return waitUntil([this, client] { return !isThere(client); });
 }
 
 void ScriptedServer::admit(QTcpSocket *socket)

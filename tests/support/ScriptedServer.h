@@ -29,7 +29,7 @@ class ScriptedServer : public QObject
 
 public:
     static constexpr int Latest = -1;
-    static constexpr int Patience = 10000; ///< In ms, for every wait.
+    static const int Patience; ///< The patience of every test, in ms: see Waiting.h.
 
     /// Listens at once.
     explicit ScriptedServer(QObject *parent = nullptr);

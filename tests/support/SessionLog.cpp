@@ -1,6 +1,6 @@
 #include "SessionLog.h"
 
-#include "ScriptedServer.h"
+#include "Waiting.h"
 
 #include <QTest>
 
@@ -96,7 +96,7 @@ QStringList SessionLog::raw() const
 
 bool SessionLog::waitFor(const QString &entry, int times) const
 {
-    return QTest::qWaitFor([&] { return calls.count(entry) >= times; }, ScriptedServer::Patience);
+    return QTest::qWaitFor([&] { return calls.count(entry) >= times; }, Patience);
 }
 
 void SessionLog::clear()

@@ -1,5 +1,7 @@
 #include "TestSession.h"
 
+#include "Waiting.h"
+
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -33,5 +35,5 @@ bool TestSession::settle()
 {
     const QString mark = u"MARK %1"_s.arg(++marks);
     server.send(mark);
-    return QTest::qWaitFor([&] { return log.raw().contains(mark); }, ScriptedServer::Patience);
+    return QTest::qWaitFor([&] { return log.raw().contains(mark); }, Patience);
 }

@@ -1,6 +1,7 @@
 #include "ViewPair.h"
 
 #include "ChatLayout.h"
+#include "Waiting.h"
 
 #include <QDir>
 #include <QPainter>
@@ -10,8 +11,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int Patience = 30000; // In ms.
 
 // Without the scroll bar: at times Qt's view misses the last change of its document's height.
 QImage picture(QTextBrowser &view, qreal ratio)

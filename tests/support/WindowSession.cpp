@@ -44,10 +44,10 @@ WindowSession::WindowSession()
                      });
     window.show();
     const auto dialog = [this] { return window.findChild<ConnectDialog *>(); };
-    if (!waitUntil([&] { return dialog() != nullptr; }, ScriptedServer::Patience))
+    if (!waitUntil([&] { return dialog() != nullptr; }))
         return;
     dialog()->reject();
-    static_cast<void>(waitUntil([&] { return dialog() == nullptr; }, ScriptedServer::Patience));
+    static_cast<void>(waitUntil([&] { return dialog() == nullptr; }));
 }
 
 void WindowSession::choose(const QString &entry)
@@ -96,8 +96,8 @@ bool WindowSession::acceptDialog(const QString &nick, const QString &channels)
     bool clicked = false;
     // Within the event loop, as a click of the mouse: what is deleted later goes in its time.
     QTimer::singleShot(0, &window, [&] { clicked = clickConnect(nick, channels); });
-    return waitUntil([&] { return clicked; }, ScriptedServer::Patience)
-           && server.waitForClient(clients + 1) && server.waitForLine("NICK "_L1 + nick);
+    return waitUntil([&] { return clicked; }) && server.waitForClient(clients + 1)
+           && server.waitForLine("NICK "_L1 + nick);
 }
 
 bool WindowSession::registerAs(const QString &nick, const QString &channels)
@@ -114,8 +114,7 @@ bool WindowSession::enter(quint16 port, const QString &nick, const QString &chan
     // InspIRCd admits nobody without a real name.
     QTimer::singleShot(0, &window,
                        [&] { clicked = clickConnect(port, nick, channels, u"A window"_s); });
-    return waitUntil([&] { return clicked && probe.connection().isRegistered(); },
-                     ScriptedServer::Patience);
+    return waitUntil([&] { return clicked && probe.connection().isRegistered(); });
 }
 
 bool WindowSession::say(const QString &line)
@@ -136,7 +135,7 @@ bool WindowSession::settle()
     // it is handled, but in the same call: once the event loop is back, all is done.
     const int mark = ++marks;
     server.send(Mark + QString::number(mark));
-    return waitUntil([&] { return lastMark >= mark; }, ScriptedServer::Patience);
+    return waitUntil([&] { return lastMark >= mark; });
 }
 
 bool WindowSession::join(const QString &channel, const QString &names)
