@@ -325,7 +325,8 @@ void TestChannelList::listsARealServer()
     QCOMPARE(session.probe.listColumn(1).mid(0, 2), (QStringList{u"2"_s, u"1"_s}));
     QCOMPARE(session.probe.listColumn(2).value(0), u"\u00030,4Alle über <b>Velmora</b>"_s);
     QCOMPARE(session.probe.listInfoLabel()->text(),
-             u"irc.velmora.test: %1 channels, 3 users"_s.arg(session.probe.listColumn(0).size()));
+             u"%1: %2 channels, 3 users"_s.arg(
+                     ngircd.name(), QString::number(session.probe.listColumn(0).size())));
     emit session.probe.listTree()->itemDoubleClicked(session.probe.listTree()->topLevelItem(0), 0);
     QVERIFY(bob.waitFor(u":me!"_s));
     QCOMPARE(session.probe.currentTabName(), u"#velmora"_s);

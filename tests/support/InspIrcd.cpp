@@ -6,7 +6,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QLatin1StringView Configuration = R"(<server name="irc.velmora.test"
+constexpr QLatin1StringView Configuration = R"(<server name="%2"
     description="A server for tests" network="Velmora">
 <admin name="nobody" nick="nobody" email="nobody@velmora.test">
 <bind address="127.0.0.1" port="%1" type="clients">

@@ -4,7 +4,7 @@
 
 /// A real IRC server of the system's that tells about watched nicks, with no wait between lines.
 ///
-/// It goes by "irc.velmora.test". Whoever says "OPER boss sesame" is an operator from then on.
+/// Whoever says "OPER boss sesame" is an operator from then on.
 class InspIrcd final : public ServerProcess
 {
 public:

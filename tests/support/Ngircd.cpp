@@ -5,7 +5,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QLatin1StringView Configuration = R"([Global]
-Name = irc.velmora.test
+Name = %2
 Info = A server for tests
 Listen = 127.0.0.1
 Ports = %1

@@ -4,7 +4,7 @@
 
 /// A real IRC server of the system's, with no wait between lines.
 ///
-/// It goes by "irc.velmora.test". It knows no WATCH.
+/// It knows no WATCH.
 class Ngircd final : public ServerProcess
 {
 public:

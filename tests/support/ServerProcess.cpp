@@ -1,7 +1,10 @@
 #include "ServerProcess.h"
 
+#include "Waiting.h"
+
 #include <QFile>
 #include <QHostAddress>
+#include <QRandomGenerator>
 #include <QStandardPaths>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -12,7 +15,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int Attempts = 5;
-constexpr int Patience = 10000; // In ms.
+constexpr int OneTry = 5000; // In ms, of several.
 
 quint16 freePort()
 {
@@ -20,17 +23,29 @@ quint16 freePort()
     return probe.listen(QHostAddress::LocalHost) ? probe.serverPort() : quint16(0);
 }
 
-bool answers(quint16 port)
+// What the server on the port calls itself; nothing if nobody answers there.
+QByteArray nameOfServerOn(quint16 port)
 {
     QTcpSocket probe;
     probe.connectToHost(QHostAddress::LocalHost, port);
-    return probe.waitForConnected(1000);
+    if (!probe.waitForConnected(Patience))
+        return {};
+    // Whoever has not registered is refused it, in the server's name.
+    probe.write("LIST\r\n");
+    while (!probe.canReadLine()) {
+        if (!probe.waitForReadyRead(OneTry))
+            return {};
+    }
+    const QByteArray line = probe.readLine();
+    return line.startsWith(':') ? line.mid(1, line.indexOf(' ') - 1) : QByteArray();
 }
 
 } // namespace
 
 ServerProcess::ServerProcess(const Recipe &whatToRun)
     : recipe(whatToRun)
+    , ownName(u"irc-%1.velmora.test"_s.arg(
+              QString::number(QRandomGenerator::system()->generate(), 16)))
 {
 }
 
@@ -41,7 +56,7 @@ ServerProcess::~ServerProcess()
 
 bool ServerProcess::start()
 {
-    // Somebody else may take the port between our look and the server's start.
+    // Somebody else may take the port between our look and the server's start, and be a server too.
     for (int attempt = 0; attempt < Attempts; ++attempt) {
         if (startOn(freePort()))
             return true;
@@ -56,6 +71,11 @@ void ServerProcess::kill()
         return;
     process.kill();
     process.waitForFinished(Patience);
+}
+
+QString ServerProcess::name() const
+{
+    return ownName;
 }
 
 quint16 ServerProcess::port() const
@@ -82,7 +102,7 @@ bool ServerProcess::startOn(quint16 candidate)
     QFile file(fileName);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    file.write(recipe.configuration.arg(usedPort).toUtf8());
+    file.write(recipe.configuration.arg(usedPort).arg(ownName).toUtf8());
     file.close();
 
     const QString program = findProgram();
@@ -93,8 +113,11 @@ bool ServerProcess::startOn(quint16 candidate)
     process.start(program, recipe.arguments + QStringList{fileName});
     if (!process.waitForStarted(Patience))
         return false;
-    return QTest::qWaitFor(
-                   [this] { return process.state() != QProcess::Running || answers(usedPort); },
-                   Patience)
-           && process.state() == QProcess::Running && answers(usedPort);
+    QByteArray name;
+    const auto somebodyAnswers = [&] {
+        name = nameOfServerOn(usedPort);
+        return !name.isEmpty() || process.state() != QProcess::Running;
+    };
+    return QTest::qWaitFor(somebodyAnswers, Patience) && process.state() == QProcess::Running
+           && name == ownName.toUtf8();
 }

@@ -20,6 +20,8 @@ public:
     /// Kills the server, as a crash would.
     void kill();
 
+    /// What the server calls itself, which no other does.
+    [[nodiscard]] QString name() const;
     [[nodiscard]] quint16 port() const;
 
 protected:
@@ -27,7 +29,7 @@ protected:
     {
         QString program;
         QStringList arguments;   ///< The name of the file with the configuration comes behind them.
-        QString configuration;   ///< With %1 where the port belongs.
+        QString configuration;   ///< With %1 for the port and %2 for the name.
         bool isConfined = false; ///< The system may forbid it our folder, wherefore a copy is run.
     };
 
@@ -38,6 +40,7 @@ private:
     [[nodiscard]] bool startOn(quint16 candidate);
 
     Recipe recipe;
+    const QString ownName;
     QTemporaryDir folder;
     QProcess process;
     quint16 usedPort = 0;
