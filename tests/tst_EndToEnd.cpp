@@ -5,6 +5,7 @@
 #include "ScriptedServer.h"
 #include "TlsAuthority.h"
 #include "VirtualScreen.h"
+#include "Waiting.h"
 #include "Walk.h"
 
 #include <QFile>
@@ -21,11 +22,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Patience = Walk::Patience;
-
 constexpr QRgb BobColour = qRgb(0xad, 0x14, 0x57);
 constexpr int NickPoints = 20; // A short nick has more points of its colour than this.
-constexpr int TabPoints = 150; // A new tab changes more points than this.
 
 // A command that runs another in a system whose certificates are those of the folder. Programs
 // look for authorities in the system's own places only, so we lay the folder over these, in a mount
@@ -127,15 +125,14 @@ void TestEndToEnd::connectsFromTheDialogByKeyboard()
 void TestEndToEnd::talksBothWays()
 {
     QVERIFY(walk->enter());
-    const int before = walk->program.shownLines();
     QVERIFY(walk->program.say(u"Good evening, everybody"_s));
     QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :Good evening, everybody"_s));
-    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), before + 1, Patience);
+    QVERIFY(walk->program.waitForLines(2));
 
     const int bobBefore = screen.countPoints(BobColour);
     walk->bob.send(u"PRIVMSG #room :Good evening, Wanda"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), before + 2, Patience);
-    QTRY_VERIFY_WITH_TIMEOUT(screen.countPoints(BobColour) > bobBefore + NickPoints, Patience);
+    QVERIFY(walk->program.waitForLines(3));
+    QVERIFY(screen.waitFor([&] { return screen.countPoints(BobColour) > bobBefore + NickPoints; }));
 }
 
 void TestEndToEnd::runsItsCommands()
@@ -179,9 +176,8 @@ void TestEndToEnd::runsItsCommands()
 void TestEndToEnd::refusesAnUnknownCommand()
 {
     QVERIFY(walk->enter());
-    const int before = walk->program.shownLines();
     QVERIFY(walk->program.say(u"/frobnicate the server"_s));
-    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), before + 1, Patience);
+    QVERIFY(walk->program.waitForLines(2));
     QVERIFY(walk->program.say(u"still here"_s));
     QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :still here"_s));
     QCOMPARE(walk->sentByProgram().filter(u"frobnicate"_s, Qt::CaseInsensitive), QStringList());
@@ -190,27 +186,27 @@ void TestEndToEnd::refusesAnUnknownCommand()
 void TestEndToEnd::hearsAPrivateMessage()
 {
     QVERIFY(walk->enter());
-    const QImage before = screen.picture();
+    const QRect before = screen.whenStill([this] { return walk->program.tabs(); });
+    QVERIFY(!before.isEmpty());
     walk->bob.send(u"PRIVMSG wanda :psst"_s);
     // The conversation opens, and its partner is watched from then on.
     QVERIFY(walk->proxy->waitForProgram(u"WATCH +bob"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(screen.countChanges(before) > TabPoints, Patience);
+    QVERIFY(screen.waitFor([&] { return walk->program.tabs().right() > before.right(); }));
 }
 
 void TestEndToEnd::asksAboutSomebody()
 {
     QVERIFY(walk->enter());
-    const int before = walk->program.shownLines();
     QVERIFY(walk->program.say(u"/whois bob"_s));
     QVERIFY(walk->proxy->waitForProgram(u"WHOIS bob"_s));
     QVERIFY(walk->proxy->waitForServer(u" 318 wanda bob "_s));
     // Who it is, by which server, idle for how long, and in which channels.
-    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), before + 4, Patience);
+    QVERIFY(walk->program.waitForLines(1 + 4));
 
     // Of somebody who is not there, the lines that are always printed.
     QVERIFY(walk->program.say(u"/whois nosuch"_s));
     QVERIFY(walk->proxy->waitForServer(u" 318 wanda nosuch "_s));
-    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), before + 6, Patience);
+    QVERIFY(walk->program.waitForLines(1 + 6));
 }
 
 void TestEndToEnd::takesAnotherNickWhenItsOwnIsInUse()
@@ -229,7 +225,7 @@ void TestEndToEnd::outlivesTheServerAndConnectsAgain()
 {
     QVERIFY(walk->enter());
     walk->server->kill();
-    QTRY_VERIFY_WITH_TIMEOUT(walk->showsStatus(Walk::Red), Patience);
+    QVERIFY(walk->waitForStatus(Walk::Red));
     QVERIFY(walk->program.isRunning());
 
     Ngircd next;
@@ -238,7 +234,7 @@ void TestEndToEnd::outlivesTheServerAndConnectsAgain()
     QVERIFY(walk->program.openConnectDialog());
     QVERIFY(walk->program.pressConnect());
     QVERIFY(walk->proxy->waitForProgram(u"JOIN #room"_s, 2));
-    QTRY_VERIFY_WITH_TIMEOUT(walk->showsStatus(Walk::Green), Patience);
+    QVERIFY(walk->waitForStatus(Walk::Green));
 }
 
 void TestEndToEnd::takesItsLeaveWhenTheWindowCloses()
@@ -263,9 +259,10 @@ void TestEndToEnd::livesWithAJoinWhoseChannelIsTrailing()
     QVERIFY(walk->proxy->waitForProgram(u"NAMES "_s));
 
     // The first line that is spoken opens the channel all the same, and so does our own.
-    const QImage before = screen.picture();
+    const QRect before = screen.whenStill([this] { return walk->program.tabs(); });
+    QVERIFY(!before.isEmpty());
     walk->bob.send(u"PRIVMSG #room :anybody here?"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(screen.countChanges(before) > TabPoints, Patience);
+    QVERIFY(screen.waitFor([&] { return walk->program.tabs().right() > before.right(); }));
     QVERIFY(walk->program.say(u"/msg #room here I am"_s));
     QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :here I am"_s));
 }
@@ -285,7 +282,7 @@ void TestEndToEnd::trustsAnAuthorityOfTheSystem()
     QVERIFY(server.waitForLine(u"USER wanda 0 * :Wanda Walker"_s));
     server.send(u":irc.test 001 wanda :Welcome"_s);
     QVERIFY(server.waitForLine(u"JOIN #room"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(walk->showsStatus(Walk::Green), Patience);
+    QVERIFY(walk->waitForStatus(Walk::Green));
 }
 
 void TestEndToEnd::refusesACertificateThatVouchesForItself()
@@ -301,8 +298,8 @@ void TestEndToEnd::refusesACertificateThatVouchesForItself()
     QVERIFY(walk->program.pressConnect());
     QTRY_VERIFY_WITH_TIMEOUT(!refusal.isEmpty(), Patience);
     // That it was connected, the error, and that it is disconnected.
-    QTRY_COMPARE_WITH_TIMEOUT(walk->program.shownLines(), 3, Patience);
-    QTRY_VERIFY_WITH_TIMEOUT(walk->showsStatus(Walk::Red), Patience);
+    QVERIFY(walk->program.waitForLines(3));
+    QVERIFY(walk->waitForStatus(Walk::Red));
     QVERIFY(walk->program.isRunning());
 }
 

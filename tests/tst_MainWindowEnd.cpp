@@ -109,7 +109,7 @@ void TestMainWindowEnd::endsTheProgramByItsKey()
     ProgramOnScreen program(screen, programStore);
     QVERIFY2(program.start(), qUtf8Printable(program.errorOutput()));
     QVERIFY(screen.press(u"Escape"_s));
-    QTRY_COMPARE_WITH_TIMEOUT(screen.activeTitle(), u"Velmora"_s, Patience);
+    QVERIFY(screen.waitFor([&] { return screen.activeTitle() == "Velmora"_L1; }));
     QVERIFY(screen.press(u"ctrl+q"_s));
     QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), Patience);
     QCOMPARE(program.exitStatus(), 0);

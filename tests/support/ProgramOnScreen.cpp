@@ -1,13 +1,10 @@
 #include "ProgramOnScreen.h"
 
 #include <QMargins>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int Patience = 20000; // In ms. Builds with sanitizers on a busy machine are slow.
 
 const auto MainTitle = u"Velmora"_s;
 const auto DialogTitle = u"Connect to IRC Server"_s;
@@ -27,6 +24,12 @@ constexpr int StampDistance = 40;
 constexpr QPoint ServerMenu{25, 10};
 constexpr QPoint SettingsMenu{190, 10};
 constexpr QRect TabBar{10, 28, 1000, 32};
+constexpr QRgb CurrentTabColour = qRgb(0x00, 0x7a, 0xff);
+constexpr int CurrentTabDistance = 30;
+// The frame of each other tab.
+constexpr QRgb TabFrameColour = qRgb(0xd1, 0xd1, 0xd6);
+constexpr int TabFrameDistance = 2;
+
 constexpr QRect ChannelNames{15, 120, 180, 500};
 // The user list takes the window's right fifth.
 constexpr int UserNamesFromRight = 245;
@@ -92,9 +95,24 @@ int ProgramOnScreen::shownLines() const
     return screen.countTextRows(stamps, StampColour, StampDistance);
 }
 
+bool ProgramOnScreen::waitForLines(int count) const
+{
+    return screen.waitFor([&] { return shownLines() == count; });
+}
+
 QRect ProgramOnScreen::tabBar() const
 {
     return TabBar.translated(window.topLeft());
+}
+
+QRect ProgramOnScreen::currentTab() const
+{
+    return screen.findPoints(tabBar(), CurrentTabColour, CurrentTabDistance);
+}
+
+QRect ProgramOnScreen::tabs() const
+{
+    return currentTab() | screen.findPoints(tabBar(), TabFrameColour, TabFrameDistance);
 }
 
 QRect ProgramOnScreen::channelNames() const
@@ -109,7 +127,7 @@ QRect ProgramOnScreen::userNames() const
 
 bool ProgramOnScreen::close()
 {
-    return screen.press(u"alt+F4"_s) && QTest::qWaitFor([this] { return !isRunning(); }, Patience);
+    return screen.press(u"alt+F4"_s) && screen.waitFor([this] { return !isRunning(); });
 }
 
 bool ProgramOnScreen::isRunning() const
@@ -137,6 +155,6 @@ QString ProgramOnScreen::errorOutput()
 
 bool ProgramOnScreen::waitForActive(const QString &title) const
 {
-    return QTest::qWaitFor([&] { return !isRunning() || screen.activeTitle() == title; }, Patience)
+    return screen.waitFor([&] { return !isRunning() || screen.activeTitle() == title; })
            && isRunning();
 }

@@ -41,9 +41,15 @@ public:
 
     /// How many lines the open tab shows, by their time stamps.
     [[nodiscard]] int shownLines() const;
+    /// Waits until the open tab shows so many lines.
+    [[nodiscard]] bool waitForLines(int count) const;
 
-    /// Where the tabs of the main window lie.
+    /// Where there is room for the tabs of the main window.
     [[nodiscard]] QRect tabBar() const;
+    /// Where the tab in front lies.
+    [[nodiscard]] QRect currentTab() const;
+    /// Where all the tabs lie, in one rectangle.
+    [[nodiscard]] QRect tabs() const;
     /// Where the names of the channel list stand, without the header.
     [[nodiscard]] QRect channelNames() const;
     /// Where the names of the user list stand.

@@ -1,12 +1,9 @@
 #include "TrayPanel.h"
 
-#include <QTest>
-
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Patience = 20000; // In ms.
 constexpr int Height = 32;
 constexpr int Width = 200; // Icons for which there is room.
 
@@ -42,5 +39,5 @@ QPoint TrayPanel::icon() const
 
 bool TrayPanel::waitForIcon() const
 {
-    return QTest::qWaitFor([this] { return !icon().isNull(); }, Patience);
+    return screen.waitFor([this] { return !icon().isNull(); });
 }

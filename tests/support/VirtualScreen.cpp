@@ -1,6 +1,9 @@
 #include "VirtualScreen.h"
 
-#include <QElapsedTimer>
+#include "Waiting.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QHash>
 #include <QRegularExpression>
@@ -12,12 +15,13 @@
 #include <cstdlib>
 #include <functional>
 #include <numeric>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Patience = 20000; // In ms, for each program to come up or to do its work.
+constexpr int LookInterval = 100; // In ms.
 
 constexpr int RowGap = 3; // Fewer blank lines than this occur within a row of text.
 
@@ -83,12 +87,10 @@ bool VirtualScreen::startDisplay()
         return false;
     }
     QByteArray number;
-    const bool ready = QTest::qWaitFor(
-            [&] {
-                number += server.readAllStandardOutput();
-                return number.endsWith('\n') || server.state() == QProcess::NotRunning;
-            },
-            Patience);
+    const bool ready = waitFor([&] {
+        number += server.readAllStandardOutput();
+        return number.endsWith('\n') || server.state() == QProcess::NotRunning;
+    });
     if (!ready || !number.endsWith('\n')) {
         reason = u"Xvfb doesn't come up: %1"_s.arg(
                 QString::fromLocal8Bit(server.readAllStandardError()));
@@ -106,7 +108,7 @@ bool VirtualScreen::startWindowManager()
         return false;
     }
     // It counts its desktops when it is ready to take windows.
-    if (!QTest::qWaitFor([this] { return run({u"get_num_desktops"_s}); }, Patience)) {
+    if (!waitFor([this] { return run({u"get_num_desktops"_s}); })) {
         reason = u"openbox doesn't come up: %1"_s.arg(
                 QString::fromLocal8Bit(manager.readAllStandardError()));
         return false;
@@ -196,6 +198,34 @@ int VirtualScreen::countChanges(const QImage &before) const
     return count;
 }
 
+bool VirtualScreen::waitFor(const std::function<bool()> &condition) const
+{
+    const QDeadlineTimer deadline(Patience);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QTest::qWait(LookInterval);
+    }
+    return true;
+}
+
+QRect VirtualScreen::whenStill(const std::function<QRect()> &look) const
+{
+    QRect found;
+    const auto isStill = [&] {
+        const QRect before = std::exchange(found, look());
+        return !found.isEmpty() && found == before;
+    };
+    return waitFor(isStill) ? found : QRect();
+}
+
+void VirtualScreen::keep(const QString &name) const
+{
+    const QString file = QDir::current().absoluteFilePath(name + u".png");
+    if (picture().save(file))
+        qInfo("Screenshot: %s", qPrintable(file));
+}
+
 QRect VirtualScreen::activeWindow() const
 {
     // The tool counts the frame twice when it is asked for a window's place, but the mouse finds
@@ -235,7 +265,8 @@ bool VirtualScreen::click(QPoint place, int button) const
 
 bool VirtualScreen::doubleClick(QPoint place) const
 {
-    return point(place) && run({u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"40"_s, u"1"_s});
+    // With a pause between them, the two clicks of a busy machine are too far apart.
+    return point(place) && run({u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"0"_s, u"1"_s});
 }
 
 bool VirtualScreen::point(QPoint place) const

@@ -9,6 +9,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <functional>
+
 /// A screen in memory (Xvfb) with a window manager (openbox) on a free display, and the keyboard
 /// and the mouse that belong to it (xdotool).
 class VirtualScreen final
@@ -40,6 +42,19 @@ public:
     [[nodiscard]] int countTextRows(const QRect &area, QRgb colour, int distance) const;
     /// How many points differ between the picture and what the screen shows now.
     [[nodiscard]] int countChanges(const QImage &before) const;
+
+    /// Waits until `condition` holds, which is for whatever changes outside of this process: each
+    /// look starts a program or reads the whole picture, so there are few of them. False if it did
+    /// not come to hold.
+    [[nodiscard]] bool waitFor(const std::function<bool()> &condition) const;
+
+    /// What `look` finds when it has found the same twice in a row, and so nothing is being painted
+    /// there any more; waits also until it finds anything at all. Empty if that does not come
+    /// about.
+    [[nodiscard]] QRect whenStill(const std::function<QRect()> &look) const;
+
+    /// Keeps a picture of the screen under this name in the current folder, and says where.
+    void keep(const QString &name) const;
 
     /// The title of the window that has the keyboard.
     [[nodiscard]] QString activeTitle() const;

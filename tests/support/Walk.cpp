@@ -1,8 +1,6 @@
 #include "Walk.h"
 
-#include <QDir>
 #include <QRegularExpression>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -48,13 +46,12 @@ bool Walk::enter(const QStringList &channels)
             return false;
     }
     // Our own join is all that has been said there.
-    return QTest::qWaitFor([this] { return showsStatus(Green) && program.shownLines() == 1; },
-                           Patience);
+    return waitForStatus(Green) && program.waitForLines(1);
 }
 
-bool Walk::showsStatus(QRgb colour) const
+bool Walk::waitForStatus(QRgb colour) const
 {
-    return screen.countPoints(colour) > BarPoints;
+    return screen.waitFor([&] { return screen.countPoints(colour) > BarPoints; });
 }
 
 QStringList Walk::sentByProgram() const
@@ -64,9 +61,7 @@ QStringList Walk::sentByProgram() const
 
 void Walk::report(const QString &name) const
 {
-    const QString file = QDir::current().absoluteFilePath(name + u".png");
-    if (screen.picture().save(file))
-        qInfo("Screenshot: %s", qPrintable(file));
+    screen.keep(name);
     if (proxy)
         qInfo("On the wire:\n%s", qPrintable(proxy->lines().join(u'\n')));
 }

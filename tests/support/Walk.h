@@ -20,8 +20,6 @@ struct Walk final
 {
     Q_DISABLE_COPY_MOVE(Walk)
 
-    static constexpr int Patience = 15000; ///< In ms, for what is awaited on the screen.
-
     // The status bar, connected and not.
     static constexpr QRgb Green = qRgb(0xd4, 0xed, 0xda);
     static constexpr QRgb Red = qRgb(0xf8, 0xd7, 0xda);
@@ -37,7 +35,8 @@ struct Walk final
     /// first of them then.
     [[nodiscard]] bool enter(const QStringList &channels = {QStringLiteral("#room")});
 
-    [[nodiscard]] bool showsStatus(QRgb colour) const;
+    /// Waits until the status bar has this colour.
+    [[nodiscard]] bool waitForStatus(QRgb colour) const;
     [[nodiscard]] QStringList sentByProgram() const;
 
     /// Tells what can be seen on the wire, and on the screen in a picture of this name.
