@@ -1,4 +1,5 @@
 #include "VirtualScreen.h"
+#include "Waiting.h"
 
 #include <QImage>
 #include <QProcess>
@@ -14,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Patience = 90000; // In ms; the demo gives itself a minute.
+constexpr int DemoPatience = 5 * Patience; // In ms; the demo gives itself a little less.
 
 constexpr QRgb MaraColour = qRgb(0x2e, 0x7d, 0x32); // Of one who talks in the demo.
 constexpr int NickPoints = 20; // A short nick has more points of its colour than this.
@@ -58,7 +59,7 @@ void TestDemo::start(const QStringList &arguments)
 {
     demo.setProcessChannelMode(QProcess::MergedChannels);
     demo.start(QStringLiteral(VELMORA_DEMO), arguments);
-    QVERIFY(demo.waitForStarted());
+    QVERIFY(demo.waitForStarted(Patience));
 }
 
 void TestDemo::waitsForThePersonOnADisplay()
@@ -68,15 +69,15 @@ void TestDemo::waitsForThePersonOnADisplay()
     demo.setProcessEnvironment(screen.environment());
     start({});
     const auto waitForWindow = [&](const QString &title) {
-        return QTest::qWaitFor([&] { return screen.activeTitle() == title; }, Patience);
+        return screen.waitFor([&] { return screen.activeTitle() == title; });
     };
     QVERIFY(waitForWindow(u"Connect to IRC Server"_s));
     QVERIFY(screen.press(u"Return"_s));
     QVERIFY(waitForWindow(u"Velmora"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(screen.countPoints(MaraColour) > NickPoints, Patience);
+    QVERIFY(screen.waitFor([&] { return screen.countPoints(MaraColour) > NickPoints; }));
     QVERIFY(screen.press(u"alt+F4"_s));
 
-    QVERIFY(demo.waitForFinished(Patience));
+    QVERIFY(demo.waitForFinished(DemoPatience));
     const QString told = QString::fromLocal8Bit(demo.readAll());
     QVERIFY2(demo.exitStatus() == QProcess::NormalExit && demo.exitCode() == 0, qPrintable(told));
     QVERIFY2(told.contains("Press Connect"_L1), qPrintable(told));
@@ -85,7 +86,7 @@ void TestDemo::waitsForThePersonOnADisplay()
 void TestDemo::showsTheConversationAndEndsByItself()
 {
     start({u"--screenshots"_s, folder.path()});
-    QVERIFY(demo.waitForFinished(Patience));
+    QVERIFY(demo.waitForFinished(DemoPatience));
     const QString told = QString::fromLocal8Bit(demo.readAll());
     QVERIFY2(demo.exitStatus() == QProcess::NormalExit && demo.exitCode() == 0, qPrintable(told));
     QVERIFY(told.endsWith("The conversation was seen on the wire and on the screen.\n"_L1));
@@ -113,10 +114,10 @@ void TestDemo::leavesNothingBehindWhenStopped()
     QByteArray told;
     QTRY_VERIFY_WITH_TIMEOUT((told += demo.readAll()).contains("Watching")
                                      || demo.state() == QProcess::NotRunning,
-                             Patience);
+                             DemoPatience);
     QVERIFY2(demo.state() == QProcess::Running, told.constData());
     QCOMPARE(::kill(pid_t(demo.processId()), signal), 0);
-    QVERIFY(demo.waitForFinished(Patience));
+    QVERIFY(demo.waitForFinished(DemoPatience));
     QVERIFY(demo.exitStatus() == QProcess::CrashExit || demo.exitCode() != 0);
     QTRY_VERIFY_WITH_TIMEOUT(nothingIsLeft(), Patience);
 }

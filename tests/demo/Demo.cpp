@@ -5,12 +5,12 @@
 #include "PreparedStore.h"
 #include "ProgramOnScreen.h"
 #include "VirtualScreen.h"
+#include "Waiting.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QEventLoop>
 #include <QMargins>
-#include <QTest>
 #include <QTextStream>
 #include <QTimer>
 
@@ -23,8 +23,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto TimeForAll = 60s;
-constexpr auto SignalCheck = 200ms; // How soon a signal is noticed.
+constexpr int TimeForAll = 4 * Patience; // In ms; it takes half a minute where nothing else runs.
+constexpr auto SignalCheck = 200ms;      // How soon a signal is noticed.
 
 // The colours in which the program writes two of the nicks.
 constexpr QRgb MaraColour = qRgb(0x2e, 0x7d, 0x32);
@@ -58,10 +58,10 @@ PreparedStore::Server guest(const DemoServer &server)
 }
 
 /// The unattended demo. Each step gives back nothing when it worked, else the reason.
-class Walk final
+class Tour final
 {
 public:
-    explicit Walk(const QString &pictures)
+    explicit Tour(const QString &pictures)
         : folder(pictures)
     {
     }
@@ -95,7 +95,7 @@ private:
     int hugoBefore = 0;
 };
 
-QString Walk::connect()
+QString Tour::connect()
 {
     if (!screen.start())
         return screen.failure();
@@ -117,7 +117,7 @@ QString Walk::connect()
     return {};
 }
 
-QString Walk::watchConversation()
+QString Tour::watchConversation()
 {
     tell(u"Watching the conversation"_s);
     if (!waitFor([this] { return server.conversationIsOver(); }))
@@ -127,7 +127,7 @@ QString Walk::watchConversation()
     return {};
 }
 
-QString Walk::speak()
+QString Tour::speak()
 {
     tell(u"Saying something"_s);
     const int before = screen.countPoints(MaraColour, ColourDistance);
@@ -144,7 +144,7 @@ QString Walk::speak()
     return {};
 }
 
-QString Walk::lookAround()
+QString Tour::lookAround()
 {
     tell(u"Looking at the channel list and the preferences"_s);
     const auto showsList = [this] {
@@ -160,7 +160,7 @@ QString Walk::lookAround()
     return program.closeDialog() ? QString() : u"the preferences don't close"_s;
 }
 
-QString Walk::leave()
+QString Tour::leave()
 {
     tell(u"Closing the window"_s);
     if (!program.close())
@@ -172,26 +172,26 @@ QString Walk::leave()
     return {};
 }
 
-void Walk::keepScreen(const QString &name) const
+void Tour::keepScreen(const QString &name) const
 {
     keep(name, screen.picture());
 }
 
-void Walk::keepWindow(const QString &name) const
+void Tour::keepWindow(const QString &name) const
 {
     const QRect window = screen.activeWindow();
     screen.point(OutOfTheWay);
     keep(name, screen.picture().copy(window.marginsAdded(Frame)));
 }
 
-void Walk::keep(const QString &name, const QImage &picture) const
+void Tour::keep(const QString &name, const QImage &picture) const
 {
     const QString file = folder.absoluteFilePath(name + u".png");
     if (folder.mkpath(u"."_s) && picture.save(file))
         tell(u"Screenshot: %1"_s.arg(file));
 }
 
-void Walk::tellAboutProgram()
+void Tour::tellAboutProgram()
 {
     if (!program.isRunning())
         tell(u"The program isn't running; its exit status was %1."_s.arg(program.exitStatus()));
@@ -199,19 +199,22 @@ void Walk::tellAboutProgram()
         tell(u"The program wrote:\n%1"_s.arg(errors));
 }
 
-bool Walk::waitFor(const std::function<bool()> &condition) const
+bool Tour::waitFor(const std::function<bool()> &condition) const
 {
-    return QTest::qWaitFor([&] { return interrupted != 0 || condition(); },
-                           int(deadline.remainingTime()))
-           && interrupted == 0;
+    bool holds = false;
+    const auto isOver = [&] {
+        holds = condition();
+        return holds || interrupted != 0 || deadline.hasExpired();
+    };
+    return screen.waitFor(isOver) && holds && interrupted == 0;
 }
 
-bool Walk::shows(QRgb colour, int before) const
+bool Tour::shows(QRgb colour, int before) const
 {
     return screen.countPoints(colour, ColourDistance) >= before + NickPoints;
 }
 
-bool Walk::seesBlink() const
+bool Tour::seesBlink() const
 {
     return !screen.findPoints(program.tabBar(), BlinkColour, ColourDistance).isEmpty();
 }
@@ -259,15 +262,15 @@ int Demo::runAttended()
 
 int Demo::runUnattended(const QString &folder)
 {
-    Walk walk(folder);
-    for (const auto step : {&Walk::connect, &Walk::watchConversation, &Walk::speak,
-                            &Walk::lookAround, &Walk::leave}) {
-        const QString reason = (walk.*step)();
+    Tour tour(folder);
+    for (const auto step : {&Tour::connect, &Tour::watchConversation, &Tour::speak,
+                            &Tour::lookAround, &Tour::leave}) {
+        const QString reason = (tour.*step)();
         if (reason.isEmpty())
             continue;
         tell(u"error: %1"_s.arg(interrupted != 0 ? u"interrupted"_s : reason));
-        walk.keepScreen(u"failure"_s);
-        walk.tellAboutProgram();
+        tour.keepScreen(u"failure"_s);
+        tour.tellAboutProgram();
         return EXIT_FAILURE;
     }
     tell(u"The conversation was seen on the wire and on the screen."_s);
