@@ -1,4 +1,5 @@
 #include "HighlightTabBar.h"
+#include "Waiting.h"
 
 #include <QPainter>
 #include <QProxyStyle>
@@ -9,10 +10,13 @@
 
 #include <chrono>
 #include <memory>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr int PaintInterval = 20; // In ms; Qt holds a repaint back for less.
 
 const QColor LightBlink(0xFF, 0xB8, 0x00);
 const QColor DarkBlink(0xFF, 0xD7, 0x00);
@@ -66,6 +70,17 @@ public:
         return QObject::eventFilter(watched, event);
     }
 
+    /// Waits for an event, and then until the event loop has nothing left that brings another.
+    [[nodiscard]] bool waitUntilPainted() const
+    {
+        if (!QTest::qWaitFor([this] { return !regions.isEmpty(); }, Patience))
+            return false;
+        qsizetype seen = 0;
+        while (std::exchange(seen, regions.size()) != regions.size())
+            QTest::qWait(PaintInterval);
+        return true;
+    }
+
     QList<QRegion> regions;
 };
 
@@ -90,11 +105,9 @@ public:
     /// Shows the bar and waits until nothing is left to be painted.
     [[nodiscard]] bool show()
     {
+        const PaintWatcher watcher(&bar);
         bar.show();
-        if (!QTest::qWaitForWindowExposed(&bar))
-            return false;
-        QCoreApplication::processEvents();
-        return true;
+        return QTest::qWaitForWindowExposed(&bar, Patience) && watcher.waitUntilPainted();
     }
 
     /// The blink timers that run.
@@ -261,7 +274,7 @@ void TestHighlightTabBar::unmarkingAnUnmarkedTabDoesNothing()
     QVERIFY(!fixture.bar.isHighlighted(1));
     fixture.bar.highlightTab(2);
     fixture.bar.unhighlightTab(2);
-    QCoreApplication::processEvents();
+    QVERIFY(watcher.waitUntilPainted());
     const qsizetype paintedBefore = watcher.regions.size();
 
     fixture.bar.unhighlightTab(2);
@@ -316,7 +329,7 @@ void TestHighlightTabBar::blinksByItself()
     Fixture fixture;
     fixture.bar.highlightTab(1);
     QSignalSpy timeouts(fixture.runningTimers().constFirst(), &QTimer::timeout);
-    QVERIFY(timeouts.wait());
+    QVERIFY(timeouts.wait(Patience));
     QCOMPARE(fixture.pixelsOf(LightBlink, 1) > 0, timeouts.size() % 2 == 0);
 }
 
@@ -407,30 +420,32 @@ void TestHighlightTabBar::blinkRepaintsItsTabOnly()
 {
     Fixture fixture;
     QVERIFY(fixture.show());
+    PaintWatcher watcher(&fixture.bar);
     fixture.bar.highlightTab(1);
     fixture.holdTimers();
-    QCoreApplication::processEvents();
+    QVERIFY(watcher.waitUntilPainted());
 
-    const PaintWatcher watcher(&fixture.bar);
+    watcher.regions.clear();
     fixture.blinkOnce();
-    QTRY_COMPARE(watcher.regions.size(), 1);
-    QCOMPARE(watcher.regions.constFirst(), QRegion(fixture.bar.tabRect(1)));
+    QVERIFY(watcher.waitUntilPainted());
+    QCOMPARE(watcher.regions, QList<QRegion>{fixture.bar.tabRect(1)});
 }
 
 void TestHighlightTabBar::markingAndUnmarkingRepaint()
 {
     Fixture fixture;
     QVERIFY(fixture.show());
-    const PaintWatcher watcher(&fixture.bar);
+    PaintWatcher watcher(&fixture.bar);
     // A blink repaints its tab alone.
     const QList<QRegion> wholeBar{fixture.bar.rect()};
     fixture.bar.highlightTab(1);
     fixture.holdTimers();
-    QTRY_VERIFY(!watcher.regions.isEmpty());
+    QVERIFY(watcher.waitUntilPainted());
     QCOMPARE(watcher.regions, wholeBar);
+    watcher.regions.clear();
     fixture.bar.unhighlightTab(1);
-    QTRY_COMPARE(watcher.regions.size(), 2);
-    QCOMPARE(watcher.regions.mid(1), wholeBar);
+    QVERIFY(watcher.waitUntilPainted());
+    QCOMPARE(watcher.regions, wholeBar);
 }
 
 void TestHighlightTabBar::paintsTabsInTheirOrder()
@@ -569,14 +584,16 @@ void TestHighlightTabBar::themeChangeRepaintsAndKeepsTheTimers()
 {
     Fixture fixture;
     QVERIFY(fixture.show());
+    PaintWatcher watcher(&fixture.bar);
     fixture.bar.highlightTab(1);
     fixture.holdTimers();
-    QCoreApplication::processEvents();
+    QVERIFY(watcher.waitUntilPainted());
     const QList<QTimer *> timers = fixture.runningTimers();
 
-    const PaintWatcher watcher(&fixture.bar);
+    watcher.regions.clear();
     fixture.bar.setTheme(u"dark"_s);
-    QTRY_COMPARE(watcher.regions.size(), 1);
+    QVERIFY(watcher.waitUntilPainted());
+    QCOMPARE(watcher.regions.size(), 1);
     QCOMPARE(fixture.runningTimers(), timers);
     QVERIFY(fixture.pixelsOf(DarkBlink, 1) > 0);
     QCOMPARE(fixture.pixelsOf(LightBlink, 1), 0);

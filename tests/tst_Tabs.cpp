@@ -328,7 +328,7 @@ void TestTabs::setsTheRatioOnceTheLayoutHasSettled()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"#d"_s});
-    QCoreApplication::processEvents();
+    QVERIFY(session.settleRatio());
     session.probe.showTab(u"#d"_s);
     // Whatever the layout makes of the change, the ratio is imposed behind it.
     session.probe.splitter().setSizes({500, 500});

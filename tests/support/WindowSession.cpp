@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSplitter>
 #include <QTest>
 #include <QTimer>
 
@@ -144,6 +145,13 @@ bool WindowSession::join(const QString &channel, const QString &names)
     return sayAll({u":%1!user@host JOIN %2"_s.arg(nick, channel),
                    u":irc.test 353 %1 = %2 :%3"_s.arg(nick, channel, names),
                    u":irc.test 366 %1 %2 :End of /NAMES list."_s.arg(nick, channel)});
+}
+
+bool WindowSession::settleRatio()
+{
+    constexpr int Share = 20;
+    probe.splitter().setSizes({500, 500});
+    return waitUntil([this] { return probe.shareOfUserList() == Share; });
 }
 
 QStringList WindowSession::takeSent()

@@ -47,6 +47,10 @@ public:
     /// has them.
     [[nodiscard]] bool join(const QString &channel, const QString &names);
 
+    /// Waits until the ratio of the splitter has been set anew behind a tab's change, which must
+    /// have been the last that was done: nothing sets it any more then.
+    [[nodiscard]] bool settleRatio();
+
     /// What the client has sent since the last call or the last connect, line by line: all of it
     /// while it is connected, and what has arrived by now if it isn't.
     [[nodiscard]] QStringList takeSent();
