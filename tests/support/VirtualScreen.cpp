@@ -78,10 +78,12 @@ QString VirtualScreen::failure() const
 
 bool VirtualScreen::startDisplay()
 {
-    // The server picks the number and writes it once it can be used.
-    const bool launched = server.launch(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s,
-                                                    u"1400x900x24"_s, u"-fbdir"_s, folder.path(),
-                                                    u"-nolisten"_s, u"tcp"_s, u"-noreset"_s});
+    // The server picks the number and writes it once it can be used. It repeats no key, since a
+    // busy machine may keep one down for long.
+    const bool launched =
+            server.launch(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s,
+                                      u"1400x900x24"_s, u"-fbdir"_s, folder.path(), u"-nolisten"_s,
+                                      u"tcp"_s, u"-noreset"_s, u"-r"_s});
     if (!launched) {
         reason = u"Xvfb can't be started: %1"_s.arg(server.errorString());
         return false;
