@@ -2,6 +2,7 @@
 #include "ConnectDialog.h"
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
+#include "Preloading.h"
 #include "PreparedStore.h"
 #include "ProgramOnScreen.h"
 #include "TemporaryStore.h"
@@ -127,10 +128,7 @@ void TestMainWindowEnd::endsWhileNoNameServerAnswers()
                             .realName = u"Wanda"_s,
                             .channels = {}});
     ProgramOnScreen program(screen, programStore);
-    QVERIFY(program.start({u"env"_s,
-                           QString(u"LD_PRELOAD="_s + QStringLiteral(VELMORA_SILENT_NAMES)),
-                           u"ASAN_OPTIONS=%1:verify_asan_link_order=0:detect_leaks=0"_s.arg(
-                                   qEnvironmentVariable("ASAN_OPTIONS"))}));
+    QVERIFY(program.start(preloading(QStringLiteral(VELMORA_SILENT_NAMES))));
     QVERIFY(program.pressConnect());
     QTRY_COMPARE_WITH_TIMEOUT(program.errorOutput(), u"Looking for irc.example.org\n"_s, Patience);
     QVERIFY(screen.press(u"ctrl+q"_s));
