@@ -63,6 +63,11 @@ private slots:
     void deletesNothingUnlessTold_data();
     void deletesNothingUnlessTold();
     void deletesNothingWithoutRow();
+    void forgetsTheRecordOfAServerThatIsGone_data();
+    void forgetsTheRecordOfAServerThatIsGone();
+    void remembersTheRecordOfADeletedDefault();
+    void addsAFavoriteWithoutItsStar();
+    void showsTheStoredChannelsBeforeItRefills();
     void survivesItsEndInsideABoxOrForm_data();
     void survivesItsEndInsideABoxOrForm();
     void survivesItsEndInsideAMenu();
@@ -555,6 +560,88 @@ void TestConnectDialogEditing::deletesNothingWithoutRow()
     ServerAnswers::read(*answers, QMessageBox::Information, u"Delete"_s, u"No server selected."_s);
     page.clickDelete();
     QCOMPARE(page.list->count(), 72);
+}
+
+void TestConnectDialogEditing::forgetsTheRecordOfAServerThatIsGone_data()
+{
+    QTest::addColumn<bool>("isDeleted");
+
+    QTest::newRow("renamed") << false;
+    QTest::newRow("deleted") << true;
+}
+
+void TestConnectDialogEditing::forgetsTheRecordOfAServerThatIsGone()
+{
+    QFETCH(const bool, isDeleted);
+    StoredServers::addCustom(u"own.example.org"_s, 6697);
+    StoredServers::setValue(u"own.example.org_6697"_s, u"password"_s, u"secret"_s);
+    ConnectDialogPage page;
+    QVERIFY(page.select(u"own.example.org:6697"_s));
+    if (isDeleted) {
+        ServerAnswers::press(*answers, QMessageBox::Yes);
+        page.clickDelete();
+    } else {
+        ServerAnswers::save(*answers, {{u"Port:"_s, u"6698"_s}});
+        page.clickEdit();
+    }
+    // Its address, typed by hand, is now that of a server that nobody knows.
+    page.typeServer(u"own.example.org"_s, u"6697"_s);
+    page.nickname->setText(u"typed"_s);
+    page.clickConnect();
+    QCOMPARE(page.dialog.nickname(), u"typed"_s);
+    QCOMPARE(page.dialog.password(), QString());
+}
+
+void TestConnectDialogEditing::remembersTheRecordOfADeletedDefault()
+{
+    StoredServers::setValue(u"irc.oftc.net_6667"_s, u"password"_s, u"secret"_s);
+    ConnectDialogPage page;
+    QVERIFY(page.select(u"irc.oftc.net:6667"_s));
+    ServerAnswers::press(*answers, QMessageBox::Yes);
+    page.clickDelete();
+    page.typeServer(u"irc.oftc.net"_s, u"6667"_s);
+    page.nickname->setText(u"typed"_s);
+    page.clickConnect();
+    QCOMPARE(page.dialog.password(), u"secret"_s);
+}
+
+void TestConnectDialogEditing::addsAFavoriteWithoutItsStar()
+{
+    QSettings().setValue(u"servers/deletedDefaultServers"_s, QStringList{u"irc.oftc.net_6667"_s});
+    QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
+    const ConnectDialogPage page;
+    ServerAnswers::save(*answers, {{u"IRC server:"_s, u"irc.oftc.net"_s}});
+    page.clickAdd();
+    QCOMPARE(page.currentRow(), u"irc.oftc.net:6667"_s);
+    QCOMPARE(page.rows().filter(Star), QStringList());
+    QCOMPARE(StoredServers::favoriteIds(), QStringList{u"irc.oftc.net_6667"_s});
+    const ConnectDialogPage again; // The next one shows the star.
+    QCOMPARE(again.rows().constFirst(), QString(Star + u"irc.oftc.net:6667"_s));
+}
+
+void TestConnectDialogEditing::showsTheStoredChannelsBeforeItRefills()
+{
+    // The two differ only for a server that something else has written meanwhile, and that has
+    // become current under the form.
+    const auto edit = [this](const QStringList &stored) {
+        temporaryStore.clear();
+        StoredServers::addCustom(u"own.example.org"_s, 6697);
+        StoredServers::setValue(u"own.example.org_6697"_s, u"autojoin"_s, QStringList{u"#shown"_s});
+        ConnectDialogPage page;
+        page.select(u"irc.oftc.net:6667"_s);
+        StoredServers::setValue(u"own.example.org_6697"_s, u"autojoin"_s, stored);
+        QStringList texts;
+        answers->queueForDialog([&](QDialog *form) {
+            page.select(u"own.example.org:6697"_s);
+            connect(page.channels, &QLineEdit::textChanged, this,
+                    [&texts](const QString &text) { texts.append(text); });
+            form->findChild<QPushButton *>(u"connectButton"_s)->click();
+        });
+        page.clickEdit();
+        return texts;
+    };
+    QCOMPARE(edit({u"#a"_s, u"#b"_s}), (QStringList{u"#a, #b"_s, u"#shown"_s}));
+    QCOMPARE(edit({}), QStringList()); // The field has what it had all along.
 }
 
 void TestConnectDialogEditing::survivesItsEndInsideABoxOrForm_data()

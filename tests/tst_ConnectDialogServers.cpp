@@ -10,6 +10,7 @@
 #include <QMessageBox>
 #include <QRegularExpression>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <memory>
@@ -60,6 +61,8 @@ private slots:
     void togglesFavoritesFromTheMenu();
     void keepsTheRowCurrentWhileSorting();
     void fillsTheFieldsFromTheRowThatSortingRestores();
+    void fillsTheFieldsFromEachRowThatIsCurrentMeanwhile();
+    void readsItsListsAnew();
     void livesWithADamagedStore();
     void livesWithHalfGroups();
     void livesWithAStoreThatCannotBeWritten();
@@ -381,6 +384,36 @@ void TestConnectDialogServers::fillsTheFieldsFromTheRowThatSortingRestores()
     page.realName->setText(u"Real"_s);
     page.clickConnect();
     QCOMPARE(StoredServers::value(u"own.example.org_6697"_s, u"realname"_s), QVariant(u"Real"_s));
+}
+
+void TestConnectDialogServers::fillsTheFieldsFromEachRowThatIsCurrentMeanwhile()
+{
+    StoredServers::addCustom(u"own.example.org"_s, 6697);
+    ConnectDialogPage page;
+    QVERIFY(page.select(u"own.example.org:6697"_s));
+    const QSignalSpy hosts(page.server, &QLineEdit::textChanged);
+    const QSignalSpy nicks(page.nickname, &QLineEdit::textChanged);
+    ServerAnswers::choose(*answers, u"Add to Favorites"_s);
+    page.openMenu(u"own.example.org:6697"_s);
+    // Each has been away and is back.
+    QVERIFY(hosts.size() >= 2);
+    QVERIFY(hosts.constFirst().constFirst().toString() != u"own.example.org"_s);
+    QCOMPARE(hosts.constLast().constFirst().toString(), u"own.example.org"_s);
+    QCOMPARE(nicks.constFirst().constFirst().toString(), QString());
+    QCOMPARE(nicks.constLast().constFirst().toString(), u"nick-of-own.example.org"_s);
+}
+
+void TestConnectDialogServers::readsItsListsAnew()
+{
+    QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
+    QSettings().setValue(u"servers/deletedDefaultServers"_s, QStringList{u"irc.efnet.org_6667"_s});
+    ConnectDialogPage page;
+    QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.rizon.net_6667"_s});
+    QSettings().setValue(u"servers/deletedDefaultServers"_s, QStringList{u"irc.w3.org_6667"_s});
+    QVERIFY(QMetaObject::invokeMethod(&page.dialog, "loadSettings"));
+    QCOMPARE(page.rows().filter(Star), QStringList{Star + u"irc.rizon.net:6667"_s});
+    QVERIFY(page.rows().contains(u"irc.efnet.org:6667"_s));
+    QVERIFY(!page.rows().contains(u"irc.w3.org:6667"_s));
 }
 
 void TestConnectDialogServers::livesWithADamagedStore()

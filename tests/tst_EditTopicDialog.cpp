@@ -8,6 +8,9 @@
 #include <QAction>
 #include <QColorDialog>
 #include <QDialogButtonBox>
+#include <QFont>
+#include <QPainter>
+#include <QPixmap>
 #include <QPointer>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -137,6 +140,8 @@ private slots:
     void drawsItsIcons_data();
     void drawsItsIcons();
     void writesItsIconsInTheirStyles();
+    void writesItsIconsInTheMiddle_data();
+    void writesItsIconsInTheMiddle();
     void cutsNothingOff();
 
     void givesBackTheTrimmedText_data();
@@ -294,6 +299,9 @@ void TestEditTopicDialog::takesTheDialogsSheetButStaysWhite()
     // On its own the method puts back the theme's sheet.
     dialog->applyTheme();
     QCOMPARE(dialog->styleSheet(), ThemeManager::dialogStyleSheet(theme));
+    // Qt gives back what it has turned off for a sheet with a ground.
+    dialog->setStyleSheet(QString());
+    QVERIFY(dialog->autoFillBackground());
 }
 
 void TestEditTopicDialog::writesBlackOnWhiteOnADarkDesktop()
@@ -369,6 +377,56 @@ void TestEditTopicDialog::writesItsIconsInTheirStyles()
     // Whether in colour or not depends on the fonts that are there.
     const QImage emoji = iconOf(*dialog, u"Emoji"_s);
     QVERIFY(countPoints(emoji, qRgba(0, 0, 0, 0)) < 24 * 24 - 50);
+}
+
+void TestEditTopicDialog::writesItsIconsInTheMiddle_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("letter");
+    QTest::addColumn<QColor>("color");
+    QTest::addColumn<int>("pixelSize");
+    QTest::addColumn<QFont>("font");
+    QFont bold;
+    bold.setBold(true);
+    QFont italic;
+    italic.setItalic(true);
+    QFont underlined;
+    underlined.setUnderline(true);
+
+    QTest::newRow("bold") << u"Bold"_s << u"B"_s << QColor(0x33, 0x33, 0x33) << 18 << bold;
+    QTest::newRow("italic") << u"Italic"_s << u"I"_s << QColor(0x33, 0x33, 0x33) << 18 << italic;
+    QTest::newRow("underline") << u"Underline"_s << u"U"_s << QColor(0x33, 0x33, 0x33) << 18
+                               << underlined;
+    QTest::newRow("text color") << u"Text Color"_s << u"A"_s << QColor(0x00, 0x7A, 0xFF) << 18
+                                << bold;
+    QTest::newRow("background color")
+            << u"Background Color"_s << u"A"_s << QColor(0x33, 0x33, 0x33) << 18 << bold;
+    QTest::newRow("emoji") << u"Emoji"_s << u"😊"_s << QColor(Qt::black) << 20 << QFont();
+}
+
+void TestEditTopicDialog::writesItsIconsInTheMiddle()
+{
+    QFETCH(const QString, text);
+    QFETCH(const QString, letter);
+    QFETCH(const QColor, color);
+    QFETCH(const int, pixelSize);
+    QFETCH(QFont, font);
+    const auto dialog = makeDialog();
+    font.setPixelSize(pixelSize);
+    QPixmap expected(24, 24);
+    expected.fill(Qt::transparent);
+    QPainter painter(&expected);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (text == u"Background Color"_s) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(0xFF, 0xFF, 0x99));
+        painter.drawRoundedRect(2, 2, 20, 20, 4, 4);
+    }
+    painter.setFont(font);
+    painter.setPen(color);
+    painter.drawText(QRect(0, 0, 24, 24), Qt::AlignCenter, letter);
+    painter.end();
+    QCOMPARE(iconOf(*dialog, text), expected.toImage().convertToFormat(QImage::Format_ARGB32));
 }
 
 void TestEditTopicDialog::cutsNothingOff()

@@ -11,6 +11,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
@@ -79,6 +80,36 @@ QList<QStringList> shownRows(const QString &html)
     return rows;
 }
 
+// What stands in a box one after another: a label's text or "icon", "button" and so on.
+QStringList partsOf(const QLayout &box)
+{
+    QStringList parts;
+    for (int index = 0; index < box.count(); ++index) {
+        QLayoutItem *item = box.itemAt(index);
+        if (item->layout() != nullptr)
+            parts.append(u"("_s + partsOf(*item->layout()).join(u' ') + u")"_s);
+        else if (item->spacerItem() != nullptr)
+            parts.append(item->expandingDirections() != Qt::Orientations()
+                                 ? u"stretch"_s
+                                 : QString::number(item->sizeHint().height()));
+        else if (const auto *shown = qobject_cast<QLabel *>(item->widget()))
+            parts.append(shown->pixmap().isNull() ? shown->text().left(7) : u"icon"_s);
+        else
+            parts.append(QString::fromLatin1(item->widget()->metaObject()->className()));
+    }
+    return parts;
+}
+
+// The styles of all that are opened by `tag`, in order.
+QStringList stylesOf(const QString &html, const QString &tag)
+{
+    const QRegularExpression expression(u"<%1 [^>]*?style=\"([^\"]*)\""_s.arg(tag));
+    QStringList styles;
+    for (const QRegularExpressionMatch &match : expression.globalMatch(html))
+        styles.append(match.captured(1));
+    return styles;
+}
+
 } // namespace
 
 class TestInfoDialogs final : public QObject
@@ -91,7 +122,10 @@ private slots:
     void closesByAccepting_data();
     void closesByAccepting();
     void tellsWhatTheProgramIs();
+    void stylesTheDescription();
+    void spacesItsParts();
     void listsTheBasicCommands();
+    void stylesTheTable();
     void letsTheWholeTableBeRead();
     void staysWhiteAboutButWearsTheThemeInHelp();
     void showsWordsIfTheIconIsMissing();
@@ -216,6 +250,32 @@ void TestInfoDialogs::tellsWhatTheProgramIs()
     QCOMPARE(problems, QStringList());
 }
 
+void TestInfoDialogs::stylesTheDescription()
+{
+    const QStringList problems = lookAt(showAbout, [](QDialog &dialog) {
+        const QString html = label(dialog, u"<p"_s)->text();
+        QCOMPARE(stylesOf(html, u"p"_s),
+                 QStringList{u"color:#555555; font-size:15px; text-align:center;"_s});
+        QCOMPARE(stylesOf(html, u"a"_s), QStringList{u"color:#007AFF;"_s});
+    });
+    QCOMPARE(problems, QStringList());
+}
+
+void TestInfoDialogs::spacesItsParts()
+{
+    QStringList problems = lookAt(showAbout, [](QDialog &dialog) {
+        QCOMPARE(partsOf(*dialog.layout()),
+                 (QStringList{u"icon"_s, u"Velmora"_s, u"Version"_s, u"<p styl"_s, u"stretch"_s,
+                              u"\u00A9 2026 "_s, u"6"_s, u"(stretch QPushButton stretch)"_s}));
+    });
+    problems += lookAt(showHelp, [](QDialog &dialog) {
+        QCOMPARE(partsOf(*dialog.layout()),
+                 (QStringList{u"icon"_s, u"QWidget"_s, u"QScrollArea"_s, u"stretch"_s,
+                              u"(stretch QPushButton stretch)"_s}));
+    });
+    QCOMPARE(problems, QStringList());
+}
+
 void TestInfoDialogs::listsTheBasicCommands()
 {
     const QStringList problems = lookAt(showHelp, [](QDialog &dialog) {
@@ -251,6 +311,24 @@ void TestInfoDialogs::listsTheBasicCommands()
         };
         QCOMPARE(shownRows(table->text()), expected);
         QCOMPARE(table->text().count(u"white-space:nowrap"_s), 1);
+    });
+    QCOMPARE(problems, QStringList());
+}
+
+void TestInfoDialogs::stylesTheTable()
+{
+    const QStringList problems = lookAt(showHelp, [](QDialog &dialog) {
+        const QString html = label(dialog, u"<table"_s)->text();
+        QCOMPARE(stylesOf(html, u"table"_s),
+                 QStringList{
+                         u"border-collapse:collapse; width:100%; font-size:13px; color:#333;"_s});
+        QCOMPARE(stylesOf(html, u"tr"_s), QStringList{u"border-bottom:1px solid #ccc;"_s});
+        const QString header =
+                u"font-weight:bold; text-align:left; padding:4px 8px; border-bottom:1px solid #ccc;"_s;
+        QStringList cells{header, header, u"padding:2px 8px; white-space:nowrap;"_s};
+        while (cells.size() < 36)
+            cells.append(u"padding:2px 8px;"_s);
+        QCOMPARE(stylesOf(html, u"td"_s), cells);
     });
     QCOMPARE(problems, QStringList());
 }

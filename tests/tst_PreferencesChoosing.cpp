@@ -26,6 +26,8 @@ private slots:
     void asksForTheColor_data();
     void asksForTheColor();
     void asksForTheLogPath();
+    void startsWhereTheLastChoiceWas_data();
+    void startsWhereTheLastChoiceWas();
     void changesNothingIfAChoiceIsCancelled_data();
     void changesNothingIfAChoiceIsCancelled();
     void showsTheBackgroundOfTheWindow_data();
@@ -163,6 +165,35 @@ void TestPreferencesChoosing::asksForTheLogPath()
         shown->reject();
     });
     form.button(u"..."_s)->click();
+    QCOMPARE(form.answers.problems(), QStringList());
+}
+
+void TestPreferencesChoosing::startsWhereTheLastChoiceWas_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::newRow("image") << u"Choose Image..."_s;
+    QTest::newRow("log path") << u"..."_s;
+}
+
+void TestPreferencesChoosing::startsWhereTheLastChoiceWas()
+{
+    QFETCH(const QString, button);
+    const QTemporaryDir last;
+    WindowSession session;
+    session.probe.chatBgImage() = PreferencesForm::anImage();
+    PreferencesForm form(session);
+    form.set(u"logPath"_s, u"/tmp"_s);
+    form.answers.queueForDialog([&](QDialog *shown) {
+        qobject_cast<QFileDialog *>(shown)->setDirectory(last.path());
+        shown->reject();
+    });
+    form.button(button)->click();
+    // Neither the image nor the path that is there already says where to look.
+    form.answers.queueForDialog([&](QDialog *shown) {
+        QCOMPARE(qobject_cast<QFileDialog *>(shown)->directory().path(), last.path());
+        shown->reject();
+    });
+    form.button(button)->click();
     QCOMPARE(form.answers.problems(), QStringList());
 }
 

@@ -71,6 +71,7 @@ private slots:
     void deletesItselfWhenClosed_data();
     void deletesItselfWhenClosed();
     void isAWindowOfOneSize();
+    void isAsLargeAsItsContents();
     void laysOutTheWindow();
     void laysOutEachPage_data();
     void laysOutEachPage();
@@ -166,6 +167,20 @@ void TestPreferencesDialog::isAWindowOfOneSize()
     QCOMPARE(dialog->size(), dialog->minimumSize());
     QVERIFY(dialog->width() >= 560);
     QVERIFY(dialog->height() >= 520);
+}
+
+void TestPreferencesDialog::isAsLargeAsItsContents()
+{
+    WindowSession session;
+    const PreferencesForm form(session);
+    QDialog *dialog = form.dialog;
+    QVERIFY(dialog);
+    const QSize fixed = dialog->size();
+    dialog->setMinimumSize(560, 520);
+    dialog->setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+    dialog->resize(2000, 2000);
+    dialog->adjustSize();
+    QCOMPARE(fixed, dialog->size());
 }
 
 void TestPreferencesDialog::laysOutTheWindow()

@@ -6,6 +6,8 @@
 #include <QSettings>
 #include <QTest>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 class TestServerStore final : public QObject
@@ -24,6 +26,8 @@ private slots:
     void parsesChannels_data();
     void parsesChannels();
     void defaultsOfARecord();
+    void keepsTheOrderOfARecordsFields();
+    void movesARecord();
     void copiesTheSpareFlagWithTheRecord();
     void loadsTheDefaultRecordForAnUnknownServer();
     void loadsMissingKeysFromTheGivenRecord();
@@ -165,6 +169,37 @@ void TestServerStore::defaultsOfARecord()
     QCOMPARE(config.encoding, u"UTF-8 (Unicode)"_s);
     QCOMPARE(config.useSsl, false);
     QCOMPARE(config.spareFlag, false);
+}
+
+void TestServerStore::keepsTheOrderOfARecordsFields()
+{
+    const ServerConfig config{u"nick"_s, u"alt"_s,    u"Real"_s, u"None"_s, u"secret"_s,
+                              {u"#a"_s}, u"KOI8-R"_s, true,      false};
+    QCOMPARE(config.nickname, u"nick"_s);
+    QCOMPARE(config.altNickname, u"alt"_s);
+    QCOMPARE(config.realName, u"Real"_s);
+    QCOMPARE(config.authMethod, u"None"_s);
+    QCOMPARE(config.password, u"secret"_s);
+    QCOMPARE(config.autojoin, QStringList{u"#a"_s});
+    QCOMPARE(config.encoding, u"KOI8-R"_s);
+    QCOMPARE(config.useSsl, true);
+    QCOMPARE(config.spareFlag, false);
+}
+
+void TestServerStore::movesARecord()
+{
+    ServerConfig config;
+    config.nickname = QString::number(17); // A literal would be nobody's.
+    config.spareFlag = true;
+    ServerConfig moved = std::move(config);
+    QCOMPARE(moved.nickname, u"17"_s);
+    QVERIFY(moved.spareFlag);
+    QVERIFY(moved.nickname.isDetached()); // A copy would share it.
+    ServerConfig assigned;
+    assigned = std::move(moved);
+    QCOMPARE(assigned.nickname, u"17"_s);
+    QVERIFY(assigned.spareFlag);
+    QVERIFY(assigned.nickname.isDetached());
 }
 
 void TestServerStore::copiesTheSpareFlagWithTheRecord()
