@@ -123,6 +123,7 @@ private slots:
     void showsNotificationsAsText();
     void survivesAFlood();
 
+    void writesNoLog_data();
     void writesNoLog();
     void givesTheProgramItsIconWithoutATray();
 
@@ -627,17 +628,27 @@ void TestAttention::survivesAFlood()
     QVERIFY(attended.notifications().contains(u"#a: bob: me 999"_s));
 }
 
+void TestAttention::writesNoLog_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("folder") << QString();
+    QTest::newRow("folder that is not there") << u"/missing/logs"_s;
+}
+
 void TestAttention::writesNoLog()
 {
+    QFETCH(const QString, path);
     const QTemporaryDir folder;
     QSettings settings;
     settings.setValue(u"logEnabled"_s, true);
-    settings.setValue(u"logPath"_s, folder.path());
+    settings.setValue(u"logPath"_s, QString(folder.path() + path));
     settings.sync();
     Attended attended;
     QVERIFY(attended.begin());
     QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :hi me"_s));
     QVERIFY(QDir(folder.path()).isEmpty());
+    QCOMPARE(attended.session.probe.preferences().value(u"logPath"_s).toString(),
+             QString(folder.path() + path));
 }
 
 void TestAttention::givesTheProgramItsIconWithoutATray()

@@ -39,18 +39,23 @@ bool begin(WindowSession &session, const QStringList &channels)
     return session.probe.listColumn(0) == channels;
 }
 
+QPoint placeOf(const WindowSession &session, int row)
+{
+    const QTreeWidget &tree = *session.probe.listTree();
+    return tree.visualItemRect(tree.topLevelItem(row)).center();
+}
+
 void requestMenu(const WindowSession &session, int row)
 {
     QTreeWidget &tree = *session.probe.listTree();
-    const QPoint place = row < 0 ? QPoint(5, tree.viewport()->height() - 5)
-                                 : tree.visualItemRect(tree.topLevelItem(row)).center();
+    const QPoint place = row < 0 ? QPoint(5, tree.viewport()->height() - 5) : placeOf(session, row);
     emit tree.customContextMenuRequested(place);
 }
 
 void doubleClick(const WindowSession &session, int row)
 {
     QTreeWidget &tree = *session.probe.listTree();
-    const QPoint place = tree.visualItemRect(tree.topLevelItem(row)).center();
+    const QPoint place = placeOf(session, row);
     QTest::mouseClick(tree.viewport(), Qt::LeftButton, {}, place);
     QTest::mouseDClick(tree.viewport(), Qt::LeftButton, {}, place);
 }
@@ -67,6 +72,7 @@ private slots:
     void showsNoMenuBesideTheRows();
     void showsTheMenu_data();
     void showsTheMenu();
+    void showsTheMenuAtThePlaceWithinTheTree();
     void joinsFromTheMenu();
     void doesNothingIfTheMenuIsDismissed();
     void togglesAutojoin();
@@ -76,7 +82,10 @@ private slots:
 
     void opensAChannelByDoubleClick();
     void goesToAnOpenChannelByDoubleClick();
+    void dressesATabOpenedByDoubleClick();
     void doesNothingByDoubleClickWithoutALink();
+    void doesNothingByDoubleClickBesideTheRows();
+    void joinsWithoutATabByDoubleClickOnNoName();
     void leavesTheTopicOfSuchATabEmpty();
     void opensOddNamesByDoubleClick_data();
     void opensOddNamesByDoubleClick();
@@ -133,6 +142,23 @@ void TestChannelListMenu::showsTheMenu()
         menu->close();
     });
     requestMenu(session, 0);
+    QCOMPARE(answers.problems(), QStringList());
+}
+
+// The place counts from the rows' corner; taken from the tree's, it is off by the header.
+void TestChannelListMenu::showsTheMenuAtThePlaceWithinTheTree()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s, u"#b"_s}));
+    QTreeWidget &tree = *session.probe.listTree();
+    // Far from the screen's edges, which would move the menu.
+    const QPoint place(20, placeOf(session, 1).y());
+    ModalAnswers answers;
+    answers.queueForMenu([&](QMenu *menu) {
+        QCOMPARE(menu->pos(), tree.mapToGlobal(place));
+        menu->close();
+    });
+    emit tree.customContextMenuRequested(place);
     QCOMPARE(answers.problems(), QStringList());
 }
 
@@ -284,6 +310,36 @@ void TestChannelListMenu::goesToAnOpenChannelByDoubleClick()
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List, u"#a"_s}));
     QCOMPARE(session.takeSent(), QStringList{u"JOIN #a"_s});
+}
+
+void TestChannelListMenu::dressesATabOpenedByDoubleClick()
+{
+    QSettings().setValue(u"chatBgColor"_s, u"#cfe8cf"_s);
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s}));
+    doubleClick(session, 0);
+    const QTextBrowser *view = session.probe.tabs().value(u"#a"_s).chatView;
+    QCOMPARE(view->styleSheet(), session.probe.tabs().value(Server).chatView->styleSheet());
+    QCOMPARE(view->palette().color(QPalette::Base), QColor(u"#cfe8cf"_s));
+}
+
+void TestChannelListMenu::doesNothingByDoubleClickBesideTheRows()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {u"#a"_s}));
+    emit session.probe.listTree()->itemDoubleClicked(nullptr, 0);
+    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
+}
+
+void TestChannelListMenu::joinsWithoutATabByDoubleClickOnNoName()
+{
+    WindowSession session;
+    QVERIFY(begin(session, {QString()}));
+    doubleClick(session, 0);
+    QCOMPARE(session.takeSent(), QStringList{u"JOIN "_s});
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
+    QCOMPARE(session.probe.currentTabName(), List);
 }
 
 void TestChannelListMenu::doesNothingByDoubleClickWithoutALink()

@@ -42,6 +42,7 @@ private slots:
     void partsAChannelThatIsClosed();
     void closesAChannelSilentlyWhileDisconnected();
     void unwatchesAPrivateTabThatIsClosed();
+    void forgetsWhomItWatchedWithoutALink();
     void unwatchesNobodyElse();
     void forgetsTheListsWidgets();
     void forgetsWhatBelongsToTheTab();
@@ -249,6 +250,22 @@ void TestClosingTabs::unwatchesAPrivateTabThatIsClosed()
     QCOMPARE(session.takeSent(), QStringList{u"WATCH -Bob"_s});
     QVERIFY(session.probe.watchedNicks().isEmpty());
     QCOMPARE(session.probe.lines(Server), before);
+}
+
+void TestClosingTabs::forgetsWhomItWatchedWithoutALink()
+{
+    WindowSession session;
+    session.probe.openTabs({u"Bob"_s});
+    QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
+    const QStringList before = session.probe.lines(Server);
+    session.probe.closeTab(1);
+    QVERIFY(session.probe.watchedNicks().isEmpty());
+    QCOMPARE(session.probe.lines(Server), before);
+
+    QVERIFY(session.registerAs(u"me"_s));
+    QCOMPARE(session.takeSent(), QStringList());
+    session.probe.openTabs({u"Bob"_s});
+    QCOMPARE(session.takeSent(), QStringList{u"WATCH +Bob"_s});
 }
 
 void TestClosingTabs::unwatchesNobodyElse()

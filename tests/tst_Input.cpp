@@ -56,6 +56,7 @@ private slots:
     void sendsText();
     void refusesTextOnServer();
     void sendsToPrivateConversations();
+    void sendsToTheListAsToANick();
     void dropsBlankLines_data();
     void dropsBlankLines();
     void dropsLinesWithoutASession();
@@ -145,6 +146,18 @@ void TestInput::sendsToPrivateConversations()
     session.probe.typeLine(u"hello"_s);
     QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG bob :hello"_s});
     QCOMPARE(session.probe.lines(u"bob"_s), (QStringList{u"bob|hi"_s, u"me|hello"_s}));
+}
+
+// The search covers the input line on that tab, and its name is one like any other.
+void TestInput::sendsToTheListAsToANick()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    session.probe.addListTab();
+    session.probe.showTab(u"List"_s);
+    QTest::ignoreMessage(QtWarningMsg, "appendMessageToTab: chatView is null for tab List");
+    session.probe.typeLine(u"hello"_s);
+    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG List :hello"_s});
 }
 
 void TestInput::dropsBlankLines_data()

@@ -9,6 +9,7 @@
 #include <QTextBlock>
 #include <QTextBrowser>
 #include <QTextTable>
+#include <QThread>
 
 using namespace Qt::StringLiterals;
 
@@ -61,6 +62,7 @@ private slots:
     void writesTheTime();
     void formatsTheTimeAsPreferred();
     void keepsTheTimeOfWrittenRows();
+    void takesTheTimeOfALineWhenItComes();
     void writesTheNick_data();
     void writesTheNick();
     void writesNoNickForTheSystem();
@@ -162,6 +164,7 @@ void TestMessageRows::keepsEveryRow()
         expected.append(u"alice|"_s + text);
     }
     QCOMPARE(session.probe.lines(u"#c"_s), expected);
+    QCOMPARE(tableOf(session.probe, u"#c"_s).document()->maximumBlockCount(), 0);
 }
 
 void TestMessageRows::writesTheTime()
@@ -202,6 +205,33 @@ void TestMessageRows::keepsTheTimeOfWrittenRows()
     const QTextTable &table = tableOf(session.probe, u"#c"_s);
     QCOMPARE(table.cellAt(1, 0).firstCursorPosition().block().text(), u"old"_s);
     QCOMPARE(table.cellAt(2, 0).firstCursorPosition().block().text(), u"new"_s);
+}
+
+// The rows of one read are written together when it ends.
+void TestMessageRows::takesTheTimeOfALineWhenItComes()
+{
+    constexpr int Pause = 50; // In ms.
+    const auto format = u"yyyy-MM-dd HH:mm:ss.zzz"_s;
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    session.probe.timestampFormat() = format;
+    const IRCConnection &connection = session.probe.connection();
+    bool wasReading = false;
+    connect(&connection, &IRCConnection::privmsgReceived, this, [&connection, &wasReading] {
+        wasReading = connection.isReading();
+        QThread::msleep(Pause);
+    });
+    // In one piece, or the lines may come in two reads.
+    session.server.sendBytes(":bob!u@h PRIVMSG #c :first\r\n:bob!u@h PRIVMSG #c :second\r\n"_ba);
+    QVERIFY(session.settle());
+    QVERIFY(wasReading);
+    const QTextTable &table = tableOf(session.probe, u"#c"_s);
+    const auto timeOf = [&table, &format](int row) {
+        return QDateTime::fromString(table.cellAt(row, 0).firstCursorPosition().block().text(),
+                                     format);
+    };
+    QVERIFY(timeOf(1).isValid());
+    QVERIFY(timeOf(1).msecsTo(timeOf(2)) >= Pause);
 }
 
 void TestMessageRows::writesTheNick_data()

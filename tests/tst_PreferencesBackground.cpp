@@ -1,3 +1,4 @@
+#include "ChatBackground.h"
 #include "PreferencesForm.h"
 #include "StyleSheetReader.h"
 #include "TemporaryStore.h"
@@ -57,6 +58,7 @@ private slots:
     void dressesTheViews();
     void dressesTheScrollBars_data();
     void dressesTheScrollBars();
+    void turnsThePaletteWhiteUnderAnImage();
     void fillsTheGround();
     void passesTabsWithoutAViewBy();
     void takesTheStoredBackgroundAtTheStart();
@@ -164,8 +166,26 @@ void TestPreferencesBackground::dressesTheScrollBars()
     QVERIFY(sheet.indexOf("QScrollBar"_L1) > sheet.indexOf("QTextBrowser"_L1));
     QVERIFY(sheet.contains("rgba(128,128,128,0.5)"_L1));
     QVERIFY(sheet.contains("border-radius: 4px"_L1));
+    const StyleSheetReader rules(sheet);
+    for (const QString &bar : {u"QScrollBar:vertical"_s, u"QScrollBar:horizontal"_s})
+        QCOMPARE(rules.value(bar, u"background"_s), u"transparent"_s);
+    for (const QString &arrow : {u"QScrollBar::add-line"_s, u"QScrollBar::sub-line"_s}) {
+        QCOMPARE(rules.value(arrow, u"border"_s), u"none"_s);
+        QCOMPARE(rules.value(arrow, u"background"_s), u"none"_s);
+    }
     QCOMPARE(view->verticalScrollBar()->sizeHint().width(), 8);
     QCOMPARE(view->horizontalScrollBar()->sizeHint().height(), 8);
+}
+
+void TestPreferencesBackground::turnsThePaletteWhiteUnderAnImage()
+{
+    QTextBrowser view;
+    const ChatBackground background(u"dark"_s, PreferencesForm::anImage(), Qt::blue);
+    background.applyTo(view);
+    // The sheet lies over the palette as long as the view wears it.
+    view.setStyleSheet(QString());
+    QCOMPARE(view.palette().color(QPalette::Base), QColor(Qt::white));
+    QCOMPARE(view.palette().color(QPalette::Window), QColor(Qt::white));
 }
 
 void TestPreferencesBackground::fillsTheGround()

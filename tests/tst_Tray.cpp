@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QDBusArgument>
 #include <QDir>
+#include <QMenu>
 #include <QPalette>
 #include <QRegularExpression>
 #include <QSystemTrayIcon>
@@ -53,11 +54,12 @@ constexpr QRgb BalloonColour = qRgb(255, 255, 225);
 constexpr int BalloonPoints = 2000; // It has more of them, and the tool tip of the icon none.
 
 // With these arguments the program is one that shows a window of another program, that tells by its
-// exit status whether there is a tray, or that notifies of the odd text and tells what Qt's own
-// window for that shows.
+// exit status whether there is a tray, that notifies of the odd text and tells what Qt's own window
+// for that shows, or that brings a maximised window back in two ways.
 constexpr QLatin1StringView ShowAWindow = "--show-a-window"_L1;
 constexpr QLatin1StringView LookForATray = "--look-for-a-tray"_L1;
 constexpr QLatin1StringView Notify = "--notify"_L1;
+constexpr QLatin1StringView ShowMaximised = "--show-maximised"_L1;
 
 const auto OddText = u"<b>bold</b> &amp; <a href=\"x:y\">here</a>"_s;
 
@@ -102,6 +104,24 @@ int notify(int argc, char **argv)
         return 1;
     QTextStream(stdout) << DrawnText::joined(*findBalloon());
     return 0;
+}
+
+int showMaximised(int argc, char **argv)
+{
+    const QApplication application(argc, argv);
+    const TemporaryStore store;
+    MainWindow window;
+    QSystemTrayIcon *icon = MainWindowProbe(window).trayIcon();
+    window.showMaximized();
+    if (!icon || !QTest::qWaitForWindowExposed(&window, Patience) || !window.isMaximized())
+        return 1;
+    for (const auto reason : {QSystemTrayIcon::Trigger, QSystemTrayIcon::DoubleClick}) {
+        emit icon->activated(reason);
+        if (!window.isMaximized())
+            return 2;
+    }
+    icon->contextMenu()->actions().constFirst()->trigger();
+    return window.isMaximized() ? 3 : 0;
 }
 
 // The sizes of the pictures that are read from a message.
@@ -306,6 +326,7 @@ private slots:
     void doesNothingByAMiddleClick();
     void showsItsMenuByARightClick();
     void comesBackByTheMenu();
+    void leavesAMaximisedWindowToItsMenu();
     void quitsByTheMenu();
     void notifiesByAWindowOfItsOwn();
     void notifiesOfTextAsItIsByAWindowOfItsOwn();
@@ -403,6 +424,17 @@ void TestTray::comesBackByTheMenu()
                && scene->screen.press(u"Return"_s) && scene->waitForActive(MainTitle, OneTry);
     };
     QVERIFY(QTest::qWaitFor(isBack, Patience));
+}
+
+// A click brings such a window to the front as it is, the menu's entry at its normal size.
+void TestTray::leavesAMaximisedWindowToItsMenu()
+{
+    QVERIFY(scene->addPanel());
+    Child shower;
+    shower.setProcessEnvironment(scene->screen.environment());
+    QVERIFY(shower.launch(QCoreApplication::applicationFilePath(), {ShowMaximised}));
+    QVERIFY(shower.waitForFinished(2 * Patience));
+    QCOMPARE(shower.exitCode(), 0);
 }
 
 void TestTray::quitsByTheMenu()
@@ -604,6 +636,8 @@ int main(int argc, char **argv)
         return lookForATray(argc, argv);
     if (argc > 1 && QLatin1StringView(argv[1]) == Notify)
         return notify(argc, argv);
+    if (argc > 1 && QLatin1StringView(argv[1]) == ShowMaximised)
+        return showMaximised(argc, argv);
     QCoreApplication application(argc, argv);
     TestTray test;
     return QTest::qExec(&test, argc, argv);
