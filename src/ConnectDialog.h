@@ -47,8 +47,8 @@ public:
     [[nodiscard]] int port() const;
 
     /// Once the user has connected, `nickname`, `realName` and `favoriteChannels` tell the choice,
-    /// with the field standing in for what the chosen record leaves empty; so do the functions below
-    /// them, from the record alone. Before that the record is a default one.
+    /// with the field standing in for what the chosen record leaves empty; so do the functions
+    /// below them, from the record alone. Before that the record is a default one.
     [[nodiscard]] QString nickname() const;
     [[nodiscard]] QString realName() const;
     [[nodiscard]] QStringList favoriteChannels() const;
