@@ -40,6 +40,7 @@ private slots:
     void ignoresIndexesThatNoTabHolds();
     void closesFromOutside();
     void partsAChannelThatIsClosed();
+    void closesATabThatAsksForIt();
     void closesAChannelSilentlyWhileDisconnected();
     void unwatchesAPrivateTabThatIsClosed();
     void forgetsWhomItWatchedWithoutALink();
@@ -206,6 +207,14 @@ void TestClosingTabs::closesFromOutside()
     session.window.requestCloseTab(2);
     session.window.requestCloseTab(-1);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#a"_s}));
+}
+
+void TestClosingTabs::closesATabThatAsksForIt()
+{
+    WindowSession session;
+    session.probe.openTabs({u"#a"_s, u"#b"_s});
+    emit session.probe.tabWidget().tabCloseRequested(1);
+    QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#b"_s}));
 }
 
 void TestClosingTabs::partsAChannelThatIsClosed()

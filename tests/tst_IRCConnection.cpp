@@ -2,6 +2,7 @@
 
 #include <QMetaMethod>
 #include <QRegularExpression>
+#include <QTcpSocket>
 #include <QTest>
 
 #include <functional>
@@ -45,6 +46,8 @@ private slots:
     void beginsIdle();
 
     void registersWithTwoLines();
+    void tellsOfTheLinkBehindItsGreeting();
+    void asksForNoDelay();
     void registersWithAnEmptyRealName();
     void neverSaysThePassword();
     void sendsEachCommand_data();
@@ -143,6 +146,26 @@ void TestIRCConnection::registersWithTwoLines()
     QVERIFY(session.sent().isEmpty());
     QVERIFY(session.server.received().startsWith(
             "NICK alice\r\nUSER alice 0 * :Real Name\r\nMARK 1\r\n"));
+}
+
+void TestIRCConnection::tellsOfTheLinkBehindItsGreeting()
+{
+    TestSession session;
+    connect(&session.connection, &IRCConnection::connected, this,
+            [&] { session.connection.sendRaw(u"HELLO"_s); });
+    session.dial();
+    QVERIFY(session.server.waitForLine(u"HELLO"_s));
+    QCOMPARE(session.server.lines(),
+             (QStringList{u"NICK me"_s, u"USER me 0 * :Real Name"_s, u"HELLO"_s}));
+}
+
+void TestIRCConnection::asksForNoDelay()
+{
+    TestSession session;
+    QVERIFY(session.open());
+    auto *socket = session.connection.findChild<QTcpSocket *>();
+    QVERIFY(socket);
+    QCOMPARE(socket->socketOption(QAbstractSocket::LowDelayOption).toInt(), 1);
 }
 
 void TestIRCConnection::registersWithAnEmptyRealName()

@@ -30,6 +30,7 @@ private slots:
     void movesOnWithEachRefusedNick();
     void followsTheOwnNick();
     void asksForNamesUnderTheNewNick();
+    void asksForNamesBehindTheJoin();
 
     void survivesAnything();
 
@@ -373,6 +374,15 @@ void TestIRCParser::followsTheOwnNick()
     QCOMPARE(session->connection.currentNick(), u"you"_s);
     QCOMPARE(session->log.entries(),
              (QStringList{uR"(ownNickChanged("you"))"_s, uR"(nickChanged("me", "you"))"_s}));
+}
+
+void TestIRCParser::asksForNamesBehindTheJoin()
+{
+    QVERIFY(session->open(u"me"_s));
+    connect(&session->connection, &IRCConnection::joinReceived, this,
+            [this] { session->connection.sendRaw(u"JOINED"_s); });
+    parse(u":me!b@c JOIN #a"_s);
+    QCOMPARE(session->sent(), (QStringList{u"JOINED"_s, u"NAMES #a"_s}));
 }
 
 void TestIRCParser::asksForNamesUnderTheNewNick()
