@@ -10,6 +10,7 @@
 #include "Report.h"
 #include "ScriptedServer.h"
 #include "VirtualScreen.h"
+#include "Waiting.h"
 
 #include <QApplication>
 #include <QDir>
@@ -31,8 +32,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Patience = 60000; // In ms.
-constexpr int Quiet = 400;      // In ms without work, after which a program counts as idle.
+constexpr int Quiet = 400; // In ms without work, after which a program counts as idle.
 
 // Processor time of another process in milliseconds, all of its threads together.
 double processorTimeOf(qint64 process)

@@ -8,6 +8,7 @@
 #include "IRCConnection.h"
 #include "ScriptedServer.h"
 #include "SessionLog.h"
+#include "Waiting.h"
 
 #include <QCoreApplication>
 #include <QTcpSocket>
@@ -58,7 +59,7 @@ void Session::feed(const QByteArray &bytes)
         return;
     hasTriedNicks = hasTriedNicks || bytes.contains("433");
     server.sendBytes(bytes);
-    Fuzzing::demand(socket->waitForReadyRead(ScriptedServer::Patience), "each read arrives");
+    Fuzzing::demand(socket->waitForReadyRead(Patience), "each read arrives");
 }
 
 QStringList Session::tell(const QByteArrayList &reads)

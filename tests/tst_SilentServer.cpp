@@ -15,7 +15,6 @@
 #include "Waiting.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QTest>
@@ -209,12 +208,8 @@ void TestSilentServer::init()
 
 void TestSilentServer::cleanup()
 {
-    if (QTest::currentTestFailed()) {
-        const QString file = QDir::current().absoluteFilePath(
-                u"%1.png"_s.arg(QString::fromLatin1(QTest::currentTestFunction())));
-        if (screen.picture().save(file))
-            qInfo("Screenshot: %s", qPrintable(file));
-    }
+    if (QTest::currentTestFailed())
+        screen.keep(QString::fromLatin1(QTest::currentTestFunction()));
     for (const Event &event : std::as_const(session->timeline))
         qInfo("%6.1f s  %s", event.second, qPrintable(event.text));
     if (session->program.isRunning()) {

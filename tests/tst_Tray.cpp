@@ -13,10 +13,10 @@
 #include "TemporaryStore.h"
 #include "TrayPanel.h"
 #include "VirtualScreen.h"
+#include "Waiting.h"
 
 #include <QApplication>
 #include <QDBusArgument>
-#include <QDir>
 #include <QMenu>
 #include <QPalette>
 #include <QRegularExpression>
@@ -31,8 +31,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Patience = 60000; // In ms.
-constexpr int OneTry = 5000;    // In ms, of several.
+constexpr int OneTry = 5000; // In ms, of several.
 constexpr int NotificationMs = 5000;
 
 const auto MainTitle = u"Velmora"_s;
@@ -180,7 +179,7 @@ public:
     [[nodiscard]] bool addPanel()
     {
         panel = std::make_unique<TrayPanel>(screen);
-        return panel->start() && QTest::qWaitFor([this] { return hasTray(); }, Patience);
+        return panel->start() && screen.waitFor([this] { return hasTray(); });
     }
     [[nodiscard]] bool addDesktop()
     {
@@ -219,8 +218,8 @@ public:
     {
         other.setProcessEnvironment(screen.environment());
         return other.launch(QCoreApplication::applicationFilePath(), {ShowAWindow})
-               && QTest::qWaitFor([this] { return screen.activate(OtherTitle); }, Patience)
-               && QTest::qWaitFor([this] { return isCovered(); }, Patience);
+               && screen.waitFor([this] { return screen.activate(OtherTitle); })
+               && screen.waitFor([this] { return isCovered(); });
     }
     [[nodiscard]] bool isCovered() const
     {
@@ -230,8 +229,7 @@ public:
     [[nodiscard]] bool waitForUncovered() const
     {
         return waitForActive(MainTitle)
-               && QTest::qWaitFor([this] { return screen.countPoints(OtherColour) == 0; },
-                                  Patience);
+               && screen.waitFor([this] { return screen.countPoints(OtherColour) == 0; });
     }
     /// Opens the icon's menu and waits until it is painted, and so takes the keys. As long as the
     /// program hears that its window has lost the keyboard, Qt closes the menu again at once.
@@ -241,7 +239,7 @@ public:
             return screen.click(panel->icon(), 3)
                    && QTest::qWaitFor([this] { return isMenuOpen(); }, OneTry);
         };
-        return QTest::qWaitFor(isOpened, Patience);
+        return screen.waitFor(isOpened);
     }
     [[nodiscard]] bool isMenuOpen() const
     {
@@ -250,7 +248,7 @@ public:
     }
     [[nodiscard]] bool minimise()
     {
-        return screen.minimise() && QTest::qWaitFor([this] { return isMinimised(); }, Patience);
+        return screen.minimise() && screen.waitFor([this] { return isMinimised(); });
     }
     [[nodiscard]] bool waitForActive(const QString &title, int patience = Patience) const
     {
@@ -299,14 +297,12 @@ bool openPrompt(const Scene &scene)
 
 bool openTabMenu(const Scene &scene)
 {
-    // The tab of #room is the second one.
-    constexpr QPoint Tab(150, 16);
-    if (!QTest::qWaitFor([&] { return scene.program.shownLines() == 1; }, Patience))
+    const QRect tab = scene.screen.whenStill([&] { return scene.program.currentTab(); });
+    if (tab.isEmpty() || !scene.program.waitForLines(1))
         return false;
     const QImage before = scene.screen.picture();
-    return scene.screen.click(scene.program.tabBar().topLeft() + Tab, 3)
-           && QTest::qWaitFor([&] { return scene.screen.countChanges(before) > MenuPoints; },
-                              Patience);
+    return scene.screen.click(tab.center(), 3)
+           && scene.screen.waitFor([&] { return scene.screen.countChanges(before) > MenuPoints; });
 }
 
 } // namespace
@@ -356,12 +352,8 @@ void TestTray::init()
 
 void TestTray::cleanup()
 {
-    if (QTest::currentTestFailed()) {
-        const QString file = QDir::current().absoluteFilePath(
-                u"%1.png"_s.arg(QString::fromLatin1(QTest::currentTestFunction())));
-        if (scene->screen.picture().save(file))
-            qInfo("Screenshot: %s", qPrintable(file));
-    }
+    if (QTest::currentTestFailed())
+        scene->screen.keep(QString::fromLatin1(QTest::currentTestFunction()));
     QCOMPARE(scene->program.errorOutput(), QString());
     scene.reset();
 }
@@ -423,7 +415,7 @@ void TestTray::comesBackByTheMenu()
         return scene->openMenu() && scene->screen.press(u"Down"_s)
                && scene->screen.press(u"Return"_s) && scene->waitForActive(MainTitle, OneTry);
     };
-    QVERIFY(QTest::qWaitFor(isBack, Patience));
+    QVERIFY(scene->screen.waitFor(isBack));
 }
 
 // A click brings such a window to the front as it is, the menu's entry at its normal size.

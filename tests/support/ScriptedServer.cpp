@@ -8,8 +8,6 @@
 
 using namespace Qt::StringLiterals;
 
-const int ScriptedServer::Patience = ::Patience;
-
 ScriptedServer::ScriptedServer(QObject *parent)
     : QObject(parent)
     , server(std::make_unique<QTcpServer>())

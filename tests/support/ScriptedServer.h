@@ -29,7 +29,6 @@ class ScriptedServer : public QObject
 
 public:
     static constexpr int Latest = -1;
-    static const int Patience; ///< The patience of every test, in ms: see Waiting.h.
 
     /// Listens at once.
     explicit ScriptedServer(QObject *parent = nullptr);
