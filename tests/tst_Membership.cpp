@@ -50,6 +50,7 @@ private slots:
     void opensATabForAStrangersJoin();
     void listsJoinsInOrderOfArrival();
     void losesRankWithAJoin();
+    void comesThroughANetSplit();
     void tellsAPrivateTabOfAReturn();
     void tellsNobodyOfItsOwnReturn();
 
@@ -292,6 +293,46 @@ void TestMembership::losesRankWithAJoin()
     QVERIFY(session.say(u":zoe!u@h JOIN #a"_s));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s),
              (QStringList{u"@op"_s, u"me"_s, u"zoe"_s, u"~owner"_s}));
+}
+
+void TestMembership::comesThroughANetSplit()
+{
+    constexpr int Users = 5000;
+    const auto nick = [](int number) { return u"u%1"_s.arg(number, 4, 10, QChar(u'0')); };
+    const auto isCutOff = [](int number) { return number % 5 == 0; };
+    QStringList operators;
+    QStringList others{u"me"_s};
+    QStringList names = others;
+    for (int number = 0; number < Users; ++number) {
+        const QString entry = number % 3 == 0 ? QString(u'@' + nick(number)) : nick(number);
+        names.append(entry);
+        if (!isCutOff(number))
+            (number % 3 == 0 ? operators : others).append(entry);
+    }
+    QStringList quits;
+    QStringList joins;
+    QStringList returning;
+    for (int number = Users - 1; number >= 0; --number) {
+        if (!isCutOff(number))
+            continue;
+        quits.append(u":%1!u@h QUIT :*.net *.split"_s.arg(nick(number)));
+        joins.append(u":%1!u@h JOIN #a"_s.arg(nick(number)));
+        returning.append(nick(number));
+    }
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#a"_s, names.join(u' ')));
+
+    QVERIFY(session.sayAll(quits));
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s), operators + others);
+    QCOMPARE(session.probe.users(), operators + others);
+    // They come back without their ranks: at the end of the list on show, and in the order of their
+    // nicks in the channel's own.
+    QVERIFY(session.sayAll(joins));
+    QCOMPARE(session.probe.users(), operators + others + returning);
+    QStringList everybody = others + returning;
+    everybody.sort(Qt::CaseInsensitive);
+    QCOMPARE(session.probe.channelUsers().value(u"#a"_s), operators + everybody);
 }
 
 void TestMembership::tellsAPrivateTabOfAReturn()

@@ -368,8 +368,11 @@ void TestPreferencesSaving::leavesCompletionAndHighlightsAlone()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.join(u"#a"_s, u"me @bob +Ann"_s));
+    QVERIFY(session.join(u"#a"_s, u"me @bob +Ann carl"_s));
     const QStringList users = session.probe.users();
+    // Tabs that open do not come to the front, though the box that asks for it is checked.
+    QVERIFY(session.say(u":eve!e@h PRIVMSG me :hi"_s));
+    QCOMPARE(session.probe.currentTabName(), u"#a"_s);
     session.probe.showTab(u"Server"_s);
     {
         const PreferencesForm form(session);
@@ -379,6 +382,10 @@ void TestPreferencesSaving::leavesCompletionAndHighlightsAlone()
     // A message to the user opens its tab or marks it as ever.
     session.probe.showTab(u"#a"_s);
     QCOMPARE(session.probe.users(), users);
+    session.probe.inputLine().setText(u"c"_s);
+    session.probe.completeNick();
+    QCOMPARE(session.probe.inputLine().text(), u"carl"_s);
+    session.probe.inputLine().clear();
     QVERIFY(session.say(u":bob!b@h PRIVMSG me :hi"_s));
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
     session.probe.showTab(u"Server"_s);
