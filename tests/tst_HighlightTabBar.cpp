@@ -1,6 +1,7 @@
 #include "HighlightTabBar.h"
 #include "Waiting.h"
 
+#include <QElapsedTimer>
 #include <QPainter>
 #include <QProxyStyle>
 #include <QSignalSpy>
@@ -65,23 +66,26 @@ public:
 
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (event->type() == QEvent::Paint)
+        if (event->type() == QEvent::Paint) {
             regions.append(static_cast<QPaintEvent *>(event)->region());
+            sinceLast.start();
+        }
         return QObject::eventFilter(watched, event);
     }
 
-    /// Waits for an event, and then until the event loop has nothing left that brings another.
+    /// Waits for an event that no other follows.
     [[nodiscard]] bool waitUntilPainted() const
     {
-        if (!QTest::qWaitFor([this] { return !regions.isEmpty(); }, Patience))
-            return false;
-        qsizetype seen = 0;
-        while (std::exchange(seen, regions.size()) != regions.size())
-            QTest::qWait(PaintInterval);
-        return true;
+        const auto isDone = [this] {
+            return !regions.isEmpty() && sinceLast.hasExpired(PaintInterval);
+        };
+        return QTest::qWaitFor(isDone, Patience);
     }
 
     QList<QRegion> regions;
+
+private:
+    QElapsedTimer sinceLast;
 };
 
 /// A bar with the tabs "Alpha", "Bravo" and "Charlie", the first of them current, in letters large

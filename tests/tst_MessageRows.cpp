@@ -9,7 +9,6 @@
 #include <QTextBlock>
 #include <QTextBrowser>
 #include <QTextTable>
-#include <QThread>
 
 using namespace Qt::StringLiterals;
 
@@ -210,16 +209,19 @@ void TestMessageRows::keepsTheTimeOfWrittenRows()
 // The rows of one read are written together when it ends.
 void TestMessageRows::takesTheTimeOfALineWhenItComes()
 {
-    constexpr int Pause = 50; // In ms.
     const auto format = u"yyyy-MM-dd HH:mm:ss.zzz"_s;
     WindowSession session;
     QVERIFY(session.registerAs());
     session.probe.timestampFormat() = format;
     const IRCConnection &connection = session.probe.connection();
     bool wasReading = false;
-    connect(&connection, &IRCConnection::privmsgReceived, this, [&connection, &wasReading] {
+    QList<QDateTime> told;
+    // The read goes on once the clock does.
+    connect(&connection, &IRCConnection::privmsgReceived, this, [&connection, &wasReading, &told] {
         wasReading = connection.isReading();
-        QThread::msleep(Pause);
+        told.append(QDateTime::currentDateTime());
+        while (QDateTime::currentDateTime() == told.constLast()) {
+        }
     });
     // In one piece, or the lines may come in two reads.
     session.server.sendBytes(":bob!u@h PRIVMSG #c :first\r\n:bob!u@h PRIVMSG #c :second\r\n"_ba);
@@ -230,8 +232,11 @@ void TestMessageRows::takesTheTimeOfALineWhenItComes()
         return QDateTime::fromString(table.cellAt(row, 0).firstCursorPosition().block().text(),
                                      format);
     };
+    QCOMPARE(told.size(), 2);
     QVERIFY(timeOf(1).isValid());
-    QVERIFY(timeOf(1).msecsTo(timeOf(2)) >= Pause);
+    QVERIFY(timeOf(1) <= told.constFirst());
+    QVERIFY(timeOf(2) > told.constFirst());
+    QVERIFY(timeOf(2) <= told.constLast());
 }
 
 void TestMessageRows::writesTheNick_data()

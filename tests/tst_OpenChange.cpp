@@ -1,5 +1,7 @@
 #include "OpenChange.h"
+#include "Waiting.h"
 
+#include <QAbstractEventDispatcher>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTextCursor>
@@ -67,11 +69,13 @@ void TestOpenChange::endsByItself()
     change.begin(9);
     append(u" and"_s);
     append(u" more"_s);
-    // Less than the two seconds, with room for a machine that is slow.
-    QTest::qWait(500);
+    QCoreApplication::processEvents();
     QVERIFY(change.isOpen());
     QCOMPARE(changes.count(), 0);
-    QTRY_COMPARE(changes.count(), 1);
+    const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(&change);
+    QCOMPARE(timers.size(), 1);
+    QCOMPARE(timers.constFirst().interval, 2000);
+    QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 1, Patience);
     const QVariantList all{9, 0, 9};
     QCOMPARE(changes.constFirst(), all);
     QVERIFY(!change.isOpen());

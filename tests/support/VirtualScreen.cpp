@@ -202,13 +202,15 @@ int VirtualScreen::countChanges(const QImage &before) const
 
 bool VirtualScreen::waitFor(const std::function<bool()> &condition) const
 {
-    const QDeadlineTimer deadline(Patience);
-    while (!condition()) {
-        if (deadline.hasExpired())
+    QDeadlineTimer nextLook(0);
+    const auto isSeen = [&] {
+        if (!nextLook.hasExpired())
             return false;
-        QTest::qWait(LookInterval);
-    }
-    return true;
+        const bool holds = condition();
+        nextLook.setRemainingTime(LookInterval);
+        return holds;
+    };
+    return QTest::qWaitFor(isSeen, Patience);
 }
 
 QRect VirtualScreen::whenStill(const std::function<QRect()> &look) const
