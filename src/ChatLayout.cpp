@@ -2,7 +2,6 @@
 
 #include "CellSelections.h"
 
-#include <QAccessible>
 #include <QPainter>
 #include <QTextDocument>
 #include <QTextFrame>
@@ -46,7 +45,7 @@ ChatLayout::ChatLayout(QTextDocument *document)
 
 ChatLayout::~ChatLayout() = default;
 
-QTextBlock ChatLayout::blockAt(int row, int column) const
+QTextBlock ChatLayout::cellBlock(int row, int column) const
 {
     return document()->findBlockByNumber(1 + row * columns.count() + column);
 }
@@ -124,8 +123,7 @@ void ChatLayout::setShownHeight(int height)
 
 void ChatLayout::beginRows()
 {
-    // Screen readers learn of new text through the document's signals.
-    if (rowCount() < RowsOfLongConversation || QAccessible::isActive() || openChange.isOpen())
+    if (rowCount() < RowsOfLongConversation || openChange.isOpen())
         return;
     openChange.begin(table->lastPosition());
 }
@@ -256,6 +254,7 @@ void ChatLayout::addRows(int count)
     if (count > 0) {
         emit update(QRectF(0, rowTop(first), documentSize().width(),
                            rowTop(rowCount()) - rowTop(first)));
+        emit rowsAdded(first, count);
     }
 }
 
@@ -282,7 +281,7 @@ void ChatLayout::estimate(int row)
     Row &data = rowData(row);
     data.sideHeight = 0;
     data.isSideSure = true;
-    QTextBlock block = blockAt(row, 0);
+    QTextBlock block = cellBlock(row, 0);
     for (int column = 0; column + 1 < columns.count(); ++column, block = block.next()) {
         const TextExtent side = estimator.estimate(block, paintDevice());
         data.sideHeight = std::max(data.sideHeight, side.height);
@@ -321,7 +320,7 @@ void ChatLayout::setHeight(int row, int height, bool isExact)
 ChatLayout::Cells ChatLayout::layOut(int row) const
 {
     Cells cells;
-    QTextBlock block = blockAt(row, 0);
+    QTextBlock block = cellBlock(row, 0);
     for (int column = 0; column < columns.count(); ++column, block = block.next()) {
         const CellBorder border = CellText::rightBorder(block);
         Cell cell{.block = block,

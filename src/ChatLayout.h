@@ -84,6 +84,17 @@ public:
     /// Height of the document at which `row` starts or, for `rowCount()`, the last row ends.
     [[nodiscard]] int rowTop(int row) const { return margin() + heights.top(row); }
 
+    /// 0 without a table.
+    [[nodiscard]] int columnCount() const { return columns.count(); }
+
+    /// The block of a cell.
+    [[nodiscard]] QTextBlock cellBlock(int row, int column) const;
+
+signals:
+    /// Emitted when `count` rows from `first` on have been added with their text, even if the edit
+    /// block of their change is still open.
+    void rowsAdded(int first, int count);
+
 protected:
     void documentChanged(int from, int charsRemoved, int charsAdded) override;
     void timerEvent(QTimerEvent *event) override;
@@ -111,7 +122,6 @@ private:
     [[nodiscard]] int margin() const { return static_cast<int>(document()->documentMargin()); }
     // Width between the document's margins.
     [[nodiscard]] int contentWidth() const { return std::max(pageWidth - 2 * margin(), 0); }
-    [[nodiscard]] QTextBlock blockAt(int row, int column) const;
     [[nodiscard]] Row &rowData(int row) { return rows[static_cast<std::size_t>(row)]; }
     [[nodiscard]] int rowOf(const QTextBlock &block) const;
     // Where the text of a cell starts within the document.

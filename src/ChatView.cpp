@@ -1,5 +1,6 @@
 #include "ChatView.h"
 
+#include "ChatAccessibility.h"
 #include "ChatLayout.h"
 #include "ChatScrollBar.h"
 
@@ -39,6 +40,12 @@ ChatView::ChatView(QWidget *parent)
     document()->setDocumentLayout(layout);
     setVerticalScrollBar(new ChatScrollBar(Qt::Vertical, this));
     connect(layout, &ChatLayout::documentSizeChanged, this, &ChatView::measureLater);
+    accessibility = new ChatAccessibility(*this);
+}
+
+bool ChatView::isBeingRead() const
+{
+    return accessibility->isReading();
 }
 
 ChatView::Edge ChatView::steadyEdge() const

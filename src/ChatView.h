@@ -6,6 +6,7 @@
 
 #include <functional>
 
+class ChatAccessibility;
 class ChatLayout;
 
 /// The view of one conversation, a document that holds a table made by `ChatTable`.
@@ -24,6 +25,10 @@ class ChatView final : public QTextBrowser
 
 public:
     explicit ChatView(QWidget *parent = nullptr);
+
+    /// True while a user of a screen reader has the caret at a row, so that the view should not
+    /// move it to the end.
+    [[nodiscard]] bool isBeingRead() const;
 
 protected:
     void changeEvent(QEvent *event) override;
@@ -61,6 +66,7 @@ private:
     void paintGround(const QRegion &region);
 
     ChatLayout *layout = nullptr;
+    ChatAccessibility *accessibility = nullptr;
     QBasicTimer idleTimer;
     QString anchorUnderMouse;
     // What lies behind the text, of the viewport's size, where it is more than one colour; else

@@ -1,5 +1,7 @@
 #include "RowQueue.h"
 
+#include "ChatView.h"
+
 #include <QTextBrowser>
 
 #include <utility>
@@ -18,6 +20,9 @@ void RowQueue::flush()
          ++conversation) {
         QTextBrowser *view = conversation.key();
         ChatTable::appendRows(*conversation->table, conversation->rows);
+        const auto *chatView = qobject_cast<const ChatView *>(view);
+        if (chatView && chatView->isBeingRead())
+            continue;
         QTextCursor cursor = view->textCursor();
         cursor.movePosition(QTextCursor::End);
         view->setTextCursor(cursor);

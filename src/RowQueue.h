@@ -20,7 +20,7 @@ public:
     void add(QTextBrowser &view, QTextTable &table, const ChatRow &row);
 
     /// Writes what waits, and brings each view that gets a row to its bottom: also that of a reader
-    /// who has scrolled back.
+    /// who has scrolled back, but not one that a screen reader is reading.
     void flush();
 
 private:

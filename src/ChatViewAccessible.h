@@ -1,0 +1,85 @@
+#pragma once
+
+#include "ChatText.h"
+
+#include <QAccessibleWidget>
+#include <QHash>
+
+class ChatLayout;
+class ChatView;
+
+/// The accessible interface of a `ChatView`: a document with one line per row (`ChatText`), whose
+/// children are the links.
+///
+/// Qt's own interface for a `QTextBrowser` has the role of a label, gives the text without line
+/// breaks and reads the geometry from `QTextBlock::layout()`, which `ChatLayout` does not use.
+/// Offsets of the text interface are those of `ChatText`.
+class ChatViewAccessible final : public QAccessibleWidget, public QAccessibleTextInterface
+{
+    Q_DISABLE_COPY_MOVE(ChatViewAccessible)
+
+public:
+    explicit ChatViewAccessible(ChatView &view);
+    ~ChatViewAccessible() override;
+
+    /// Makes Qt use this interface for each `ChatView`. Further calls have no effect.
+    static void install();
+
+    /// The interface of `view`; null after another factory has replaced it.
+    [[nodiscard]] static ChatViewAccessible *of(ChatView &view);
+
+    [[nodiscard]] const ChatText &chatText() const { return conversation; }
+
+    /// Index of the link that is selected, as by Tab; -1 if none is.
+    [[nodiscard]] int focusedLink() const;
+
+    /// Opens the link as Return does.
+    void openLink(int index);
+
+    /// Rectangle on the screen; empty for an empty range.
+    [[nodiscard]] QRect rangeRect(ChatText::Range range) const;
+
+    void *interface_cast(QAccessible::InterfaceType type) override;
+    [[nodiscard]] QAccessible::State state() const override;
+
+    [[nodiscard]] int childCount() const override;
+    [[nodiscard]] QAccessibleInterface *child(int index) const override;
+    [[nodiscard]] QAccessibleInterface *childAt(int x, int y) const override;
+    [[nodiscard]] int indexOfChild(const QAccessibleInterface *child) const override;
+    [[nodiscard]] QAccessibleInterface *focusChild() const override;
+
+    using QAccessibleWidget::text;
+    [[nodiscard]] QString text(int startOffset, int endOffset) const override;
+    [[nodiscard]] int characterCount() const override;
+    QString textAtOffset(int offset, QAccessible::TextBoundaryType boundary, int *startOffset,
+                         int *endOffset) const override;
+    QString textBeforeOffset(int offset, QAccessible::TextBoundaryType boundary, int *startOffset,
+                             int *endOffset) const override;
+    QString textAfterOffset(int offset, QAccessible::TextBoundaryType boundary, int *startOffset,
+                            int *endOffset) const override;
+    QString attributes(int offset, int *startOffset, int *endOffset) const override;
+
+    [[nodiscard]] int cursorPosition() const override;
+    void setCursorPosition(int position) override;
+    void selection(int selectionIndex, int *startOffset, int *endOffset) const override;
+    [[nodiscard]] int selectionCount() const override;
+    void addSelection(int startOffset, int endOffset) override;
+    void removeSelection(int selectionIndex) override;
+    void setSelection(int selectionIndex, int startOffset, int endOffset) override;
+
+    [[nodiscard]] QRect characterRect(int offset) const override;
+    [[nodiscard]] int offsetAtPoint(const QPoint &point) const override;
+    void scrollToSubstring(int startIndex, int endIndex) override;
+
+private:
+    [[nodiscard]] ChatView &view() const;
+    [[nodiscard]] ChatLayout &layout() const;
+    // From the document's coordinates to the screen's.
+    [[nodiscard]] QPoint documentOrigin() const;
+    [[nodiscard]] ChatText::Range unitAt(int offset, QAccessible::TextBoundaryType boundary) const;
+    void select(ChatText::Range range);
+
+    const ChatText conversation;
+    // By the index of the link; registered with Qt when they are asked for.
+    mutable QHash<int, QAccessible::Id> links;
+};
