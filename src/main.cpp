@@ -1,3 +1,4 @@
+#include "LightPalette.h"
 #include "MainWindow.h"
 
 #include <QApplication>
@@ -71,6 +72,7 @@ int main(int argc, char *argv[])
     // Desktops find name and icon of the window and of its notifications by that of the entry.
     QGuiApplication::setDesktopFileName(QStringLiteral(VELMORA_ID));
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
+    const LightPalette palette;
 
     // Stays open until the end: Qt keeps the file in memory only while some QSettings is, and the
     // many short-lived ones of the program would each read it anew.
