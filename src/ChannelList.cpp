@@ -6,9 +6,13 @@
 
 #include <QHeaderView>
 #include <QLabel>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -49,6 +53,74 @@ QTreeWidget *createTree(const QString &theme)
     header->resizeSection(Row::ChannelColumn, 200);
     tree->setContextMenuPolicy(Qt::CustomContextMenu);
     return tree;
+}
+
+struct SortedRow
+{
+    int users = 0;
+    QTreeWidgetItem *item = nullptr;
+    bool isHidden = false;
+};
+
+std::vector<SortedRow> readRows(QTreeWidget &tree)
+{
+    std::vector<SortedRow> rows;
+    rows.reserve(static_cast<std::size_t>(tree.topLevelItemCount()));
+    for (int i = 0; i < tree.topLevelItemCount(); ++i) {
+        QTreeWidgetItem *item = tree.topLevelItem(i);
+        rows.push_back({.users = item->data(Row::UsersColumn, Qt::UserRole).toInt(),
+                        .item = item,
+                        .isHidden = tree.isRowHidden(i, QModelIndex())});
+    }
+    return rows;
+}
+
+// Puts the items into the order of `rows`. Removing the rows first makes the view forget the
+// current row, the selection, the hidden rows and the scroll position, so they are restored.
+void arrange(QTreeWidget &tree, const std::vector<SortedRow> &rows)
+{
+    QTreeWidgetItem *current = tree.currentItem();
+    const QList<QTreeWidgetItem *> selected = tree.selectedItems();
+    const int scrolled = tree.verticalScrollBar()->value();
+
+    QList<QTreeWidgetItem *> items = tree.invisibleRootItem()->takeChildren();
+    std::ranges::transform(rows, items.begin(), &SortedRow::item);
+    tree.insertTopLevelItems(0, items);
+
+    for (int i = 0; const SortedRow &row : rows)
+        tree.setRowHidden(i++, QModelIndex(), row.isHidden);
+    if (current)
+        tree.setCurrentItem(current, Row::ChannelColumn, QItemSelectionModel::NoUpdate);
+    for (QTreeWidgetItem *item : selected)
+        item->setSelected(true);
+    tree.verticalScrollBar()->setValue(scrolled);
+}
+
+// Gives the order of QTreeWidget::sortItems(), which is slow in a long list: it reads both numbers
+// from the items for each comparison, and these are scattered over the memory.
+void sortByNumber(QTreeWidget &tree, Qt::SortOrder order)
+{
+    std::vector<SortedRow> rows = readRows(tree);
+    const auto isBefore = [order](const SortedRow &a, const SortedRow &b) {
+        return order == Qt::AscendingOrder ? a.users < b.users : b.users < a.users;
+    };
+    if (std::ranges::is_sorted(rows, isBefore))
+        return;
+    std::ranges::stable_sort(rows, isBefore);
+    ChannelSearch::of(tree).keepDuring([&tree, &rows] { arrange(tree, rows); });
+}
+
+// Sorts by users and enables sorting. QTreeWidget would also sort the rows by itself when they are
+// added and when sorting is enabled; the header shows no column meanwhile, which prevents both.
+void sortByUsersIn(QTreeWidget &tree, Qt::SortOrder order)
+{
+    QHeaderView *header = tree.header();
+    const QSignalBlocker blocker(header);
+    header->setSortIndicator(-1, order);
+    tree.setSortingEnabled(false);
+    sortByNumber(tree, order);
+    tree.setSortingEnabled(true);
+    header->setSortIndicator(Row::UsersColumn, order);
 }
 
 } // namespace
@@ -93,13 +165,11 @@ QString ChannelList::channelOf(const QTreeWidgetItem &row)
 
 void ChannelList::sortByUsers(QTreeWidget &tree)
 {
-    QHeaderView *header = tree.header();
-    // Each of the two steps below would sort a long list on the way: the first one by the header's
-    // old column, and the second one also for the header's signal.
-    const QSignalBlocker blocker(header);
-    if (!tree.isSortingEnabled()) {
-        header->setSortIndicator(-1, Qt::DescendingOrder);
-        tree.setSortingEnabled(true);
-    }
-    tree.sortItems(Row::UsersColumn, Qt::DescendingOrder);
+    sortByUsersIn(tree, Qt::DescendingOrder);
+}
+
+void ChannelList::sortNewRows(QTreeWidget &tree)
+{
+    if (tree.isSortingEnabled() && tree.sortColumn() == Row::UsersColumn)
+        sortByUsersIn(tree, tree.header()->sortIndicatorOrder());
 }

@@ -36,4 +36,9 @@ void addRow(QTreeWidget &tree, const QString &channel, const QString &userCount,
 /// Orders the rows by users, the fullest channel first, and lets a click on a header change that.
 void sortByUsers(QTreeWidget &tree);
 
+/// Moves rows that were added to a list sorted by users to their places, so that QTreeWidget does
+/// not have to do it, which is slow. In any other list it does nothing: QTreeWidget sorts by
+/// another column itself, and before the first list has ended there is no order.
+void sortNewRows(QTreeWidget &tree);
+
 } // namespace ChannelList

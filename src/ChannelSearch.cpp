@@ -2,6 +2,7 @@
 
 #include "NumericTreeWidgetItem.h"
 
+#include <QScopedValueRollback>
 #include <QTreeWidget>
 
 #include <algorithm>
@@ -56,8 +57,16 @@ void ChannelSearch::add(const QTreeWidgetItem &row)
     ends.push_back(texts.size());
 }
 
+void ChannelSearch::keepDuring(const std::function<void()> &reorder)
+{
+    const QScopedValueRollback keeping(isKeeping, true);
+    reorder();
+}
+
 void ChannelSearch::forget()
 {
+    if (isKeeping)
+        return;
     numbers.clear();
     places = {};
     texts = {};

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,9 @@ public:
     /// the next search the time to go through the whole tree.
     void add(const QTreeWidgetItem &row);
 
+    /// Calls `reorder`, which removes rows and adds the same ones again, and keeps their texts.
+    void keepDuring(const std::function<void()> &reorder);
+
     /// Shows the rows whose channel or topic contains `text` without regard to case, and hides the
     /// others. An empty text shows all rows.
     void showMatches(const QString &text);
@@ -46,6 +50,7 @@ private:
     };
 
     QTreeWidget &tree;
+    bool isKeeping = false;                              // True while rows are only reordered.
     QHash<const QTreeWidgetItem *, std::size_t> numbers; // Rows in the order of their arrival.
     std::vector<Place> places;     // What each row of the tree was found to be.
     std::string texts;             // In UTF-8 and with case folded, each with a mark behind it.

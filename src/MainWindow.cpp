@@ -260,6 +260,8 @@ void MainWindow::connectSession()
     connection->setReadFinishedHandler([this] {
         pendingRows.flush();
         refreshPendingCompletion();
+        if (listTree && std::exchange(hasNewListRows, false))
+            ChannelList::sortNewRows(*listTree);
     });
 }
 
@@ -1312,8 +1314,10 @@ void MainWindow::onListStart()
 void MainWindow::onListChannel(const QString &channel, const QString &userCount,
                                const QString &topic)
 {
-    if (listTree)
-        ChannelList::addRow(*listTree, channel, userCount, topic);
+    if (!listTree)
+        return;
+    ChannelList::addRow(*listTree, channel, userCount, topic);
+    hasNewListRows = true;
 }
 
 void MainWindow::onListEnd()
@@ -1321,6 +1325,7 @@ void MainWindow::onListEnd()
     if (listTree) {
         listTree->setUpdatesEnabled(true);
         ChannelList::sortByUsers(*listTree);
+        hasNewListRows = false;
     }
     listReceiving = false;
     appendToServerTab(u"*** Channel list complete."_s);

@@ -328,4 +328,5 @@ private:
     RowQueue pendingRows; ///< Of the read in progress: written together when it ends.
     /// What the read in progress has updated the completion with last, if it has.
     std::optional<NickCompletion::Source> pendingCompletion;
+    bool hasNewListRows = false; ///< Whether the read in progress has added rows to `listTree`.
 };

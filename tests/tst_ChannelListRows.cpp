@@ -6,6 +6,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QScrollBar>
 #include <QTest>
 #include <QTreeWidget>
 
@@ -55,6 +56,9 @@ private slots:
     void sortsTheFullestFirst();
     void countsOtherTextAsNobody();
     void sortsByClickOnAHeader();
+    void keepsTheOrderOfArrivalAmongEquals();
+    void sortingKeepsWhatTheUserDidMeanwhile();
+    void keepsASecondListingInOrder_data();
     void keepsASecondListingInOrder();
     void filtersByNameAndTopic();
     void showsLaterRowsWhateverTheSearch();
@@ -206,20 +210,76 @@ void TestChannelListRows::sortsByClickOnAHeader()
     QCOMPARE(session.probe.listColumn(1), (QStringList{u"1"_s, u"2"_s, u"3"_s}));
 }
 
-void TestChannelListRows::keepsASecondListingInOrder()
+void TestChannelListRows::keepsTheOrderOfArrivalAmongEquals()
 {
     WindowSession session;
     QVERIFY(begin(session));
+    QStringList rows;
+    QStringList few;
+    QStringList many;
+    for (int i = 0; i < 100; ++i) {
+        const QString channel = u"#c%1"_s.arg(i);
+        rows.append(row(channel, i % 2 == 0 ? u"9"_s : u"10"_s));
+        (i % 2 == 0 ? few : many).append(channel);
+    }
+    QVERIFY(list(session, rows));
+    QCOMPARE(session.probe.listColumn(0), many + few);
+}
+
+void TestChannelListRows::sortingKeepsWhatTheUserDidMeanwhile()
+{
+    WindowSession session;
+    QVERIFY(begin(session));
+    QTreeWidget &tree = *session.probe.listTree();
+    QStringList rows{Start};
+    for (int i = 0; i < 500; ++i)
+        rows.append(row(u"#c%1"_s.arg(i), QString::number(i)));
+    QVERIFY(session.sayAll(rows));
+    session.probe.listSearchEdit().setText(u"7"_s);
+    const QStringList found = session.probe.listColumn(0);
+    tree.setCurrentItem(tree.topLevelItem(17));
+    tree.verticalScrollBar()->setValue(3);
+    QVERIFY(session.say(End));
+    QCOMPARE(session.probe.listColumn(0), QStringList(found.crbegin(), found.crend()));
+    QVERIFY(tree.currentItem());
+    QCOMPARE(tree.currentItem()->text(0), u"#c17"_s);
+    QCOMPARE(tree.selectedItems(), QList{tree.currentItem()});
+    QCOMPARE(tree.verticalScrollBar()->value(), 3);
+    session.probe.listSearchEdit().setText(u"#c17"_s);
+    QCOMPARE(session.probe.listColumn(0).first(), u"#c179"_s);
+}
+
+void TestChannelListRows::keepsASecondListingInOrder_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<Qt::SortOrder>("order");
+    QTest::addColumn<QStringList>("channels");
+
+    QTest::newRow("by channel") << 0 << Qt::AscendingOrder << QStringList{u"#a"_s, u"#b"_s};
+    QTest::newRow("fullest first") << 1 << Qt::DescendingOrder << QStringList{u"#b"_s, u"#a"_s};
+    QTest::newRow("emptiest first") << 1 << Qt::AscendingOrder << QStringList{u"#a"_s, u"#b"_s};
+}
+
+void TestChannelListRows::keepsASecondListingInOrder()
+{
+    QFETCH(const int, column);
+    QFETCH(const Qt::SortOrder, order);
+    QFETCH(const QStringList, channels);
+    WindowSession session;
+    QVERIFY(begin(session));
     QVERIFY(list(session, {row(u"#a"_s, u"1"_s)}));
-    session.probe.listTree()->sortItems(0, Qt::AscendingOrder);
+    QTreeWidget &tree = *session.probe.listTree();
+    tree.sortItems(column, order);
     session.choose(u"Channel &List"_s);
     QVERIFY(session.sayAll({Start, row(u"#b"_s, u"3"_s), row(u"#a"_s, u"1"_s)}));
-    QVERIFY(!session.probe.listTree()->updatesEnabled());
-    QVERIFY(session.probe.listTree()->isSortingEnabled());
-    QCOMPARE(session.probe.listColumn(0), (QStringList{u"#a"_s, u"#b"_s}));
+    QVERIFY(!tree.updatesEnabled());
+    QVERIFY(tree.isSortingEnabled());
+    QCOMPARE(tree.header()->sortIndicatorSection(), column);
+    QCOMPARE(tree.header()->sortIndicatorOrder(), order);
+    QCOMPARE(session.probe.listColumn(0), channels);
     QVERIFY(session.sayAll({row(u"#c"_s, u"2"_s), End}));
     QCOMPARE(session.probe.listColumn(0), (QStringList{u"#b"_s, u"#c"_s, u"#a"_s}));
-    QVERIFY(session.probe.listTree()->updatesEnabled());
+    QVERIFY(tree.updatesEnabled());
 }
 
 void TestChannelListRows::filtersByNameAndTopic()
