@@ -5,6 +5,7 @@
 
 #include "Child.h"
 #include "ConnectDialog.h"
+#include "IRCConnection.h"
 #include "MainWindow.h"
 #include "PreparedStore.h"
 #include "Report.h"
@@ -13,14 +14,17 @@
 #include "Waiting.h"
 
 #include <QApplication>
+#include <QBasicTimer>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QMainWindow>
 #include <QStyleFactory>
+#include <QTcpSocket>
 #include <QTest>
 #include <QTextStream>
 #include <QTimer>
+#include <QTimerEvent>
 
 #include <algorithm>
 #include <cstdlib>
@@ -108,25 +112,30 @@ public:
     // Starts the program and brings it into the channel.
     bool start()
     {
-        PreparedStore::Server record;
-        record.host = u"127.0.0.1"_s;
-        record.port = server.port();
-        record.nickname = u"me"_s;
-        record.realName = u"Me"_s;
-        record.channels = QStringList{u"#bench"_s};
-        store.addServer(record);
-        QProcessEnvironment environment =
-                screen ? screen->environment() : QProcessEnvironment::systemEnvironment();
-        environment.insert(u"XDG_CONFIG_HOME"_s, store.configHome());
-        program.setProcessEnvironment(environment);
+        prepare();
         if (!screen)
-            return program.launch(QCoreApplication::applicationFilePath(), {u"--window"_s})
-                   && join();
+            return launchWindow() && join();
         return program.launch(QStringLiteral(VELMORA_PROGRAM))
                && QTest::qWaitFor(
                        [this] { return screen->activeTitle() == u"Connect to IRC Server"_s; },
                        Patience)
                && screen->press(u"Return"_s) && join();
+    }
+
+    // The same with the window made here, which measures its event-loop iterations.
+    bool startMeasuring()
+    {
+        prepare();
+        return launchWindow({u"--iterations"_s}) && join();
+    }
+
+    // The longest event-loop iteration since the last call, in ms of processor time.
+    double longestIteration()
+    {
+        double longest = 0;
+        for (const QByteArray &figure : program.readAllStandardOutput().split('\n'))
+            longest = std::max(longest, figure.toDouble());
+        return longest;
     }
 
     struct Cost
@@ -176,6 +185,27 @@ public:
     [[nodiscard]] double memory() const { return Report::residentMemory(program.processId()); }
 
 private:
+    void prepare()
+    {
+        PreparedStore::Server record;
+        record.host = u"127.0.0.1"_s;
+        record.port = server.port();
+        record.nickname = u"me"_s;
+        record.realName = u"Me"_s;
+        record.channels = QStringList{u"#bench"_s};
+        store.addServer(record);
+        QProcessEnvironment environment =
+                screen ? screen->environment() : QProcessEnvironment::systemEnvironment();
+        environment.insert(u"XDG_CONFIG_HOME"_s, store.configHome());
+        program.setProcessEnvironment(environment);
+    }
+
+    bool launchWindow(const QStringList &arguments = {})
+    {
+        return program.launch(QCoreApplication::applicationFilePath(),
+                              QStringList{u"--window"_s} + arguments);
+    }
+
     bool join()
     {
         const bool isThere = server.waitForClient() && server.waitForLine(u"JOIN #bench"_s);
@@ -233,6 +263,56 @@ bool reportFloods(VirtualScreen *screen)
     before = second.memory();
     printCost(u"50,000 lines in one go"_s, second.send(lines(50000)), 2.5);
     printMemory(u"50,000 lines: memory a row"_s, second.memory() - before, 50000);
+
+    Session third(screen);
+    if (!third.startMeasuring())
+        return false;
+    third.longestIteration();
+    third.send(lines(50000));
+    Report::print({.work = u"50,000 lines in one go, longest event-loop iteration"_s,
+                   .unit = u"ms"_s,
+                   .value = third.longestIteration(),
+                   .limit = {},
+                   .stock = {}});
+    return true;
+}
+
+// Processor time of one read of 1 MB in 20,000 lines, in milliseconds.
+std::optional<double> readOfManyLines()
+{
+    ScriptedServer server;
+    IRCConnection connection;
+    connection.connectToServer(u"127.0.0.1"_s, server.port(), u"me"_s, u"Me"_s, false);
+    if (!server.waitForLine(u"USER me 0 * :Me"_s))
+        return {};
+    const QByteArray bytes =
+            QByteArray(":irc.test 372 me :" + QByteArray(30, 'x') + "\r\n").repeated(20000);
+    auto *socket = connection.findChild<QTcpSocket *>();
+    // The socket collects what arrives and does not report it.
+    socket->blockSignals(true);
+    server.sendBytes(bytes);
+    if (!waitUntil([&] { return socket->bytesAvailable() == bytes.size(); }))
+        return {};
+    const double start = Report::processorTime();
+    QMetaObject::invokeMethod(&connection, "onReadyRead");
+    return Report::processorTime() - start;
+}
+
+bool reportReading()
+{
+    std::vector<double> times;
+    for (int i = 0; i < 15; ++i) {
+        const std::optional<double> time = readOfManyLines();
+        if (!time)
+            return false;
+        times.push_back(*time);
+    }
+    std::sort(times.begin(), times.end());
+    Report::print({.work = u"one read of 1 MB in 20,000 lines"_s,
+                   .unit = u"ms"_s,
+                   .value = times[times.size() / 2],
+                   .limit = {},
+                   .stock = {}});
     return true;
 }
 
@@ -352,12 +432,35 @@ int runToFirstFrame(bool isEmpty)
     return QApplication::exec();
 }
 
+// Prints the processor time of each event-loop iteration of more than a millisecond.
+class IterationMeter final : public QObject
+{
+public:
+    IterationMeter() { timer.start(1, this); }
+
+protected:
+    void timerEvent(QTimerEvent * /*event*/) override
+    {
+        const double now = Report::processorTime();
+        if (now - last > 1)
+            QTextStream(stdout) << now - last << Qt::endl;
+        last = now;
+    }
+
+private:
+    QBasicTimer timer;
+    double last = Report::processorTime();
+};
+
 // The program with Return pressed in its connect dialog.
-int runWindow()
+int runWindow(bool isMeasured)
 {
     prepareApplication();
     MainWindow window;
     window.show();
+    std::optional<IterationMeter> meter;
+    if (isMeasured)
+        meter.emplace();
     QTimer answer;
     QObject::connect(&answer, &QTimer::timeout, &window, [&] {
         if (auto *dialog = window.findChild<ConnectDialog *>()) {
@@ -384,6 +487,8 @@ bool report(const QString &part, VirtualScreen *screen)
 {
     if (part == "floods"_L1)
         return reportFloods(screen);
+    if (part == "reading"_L1)
+        return reportReading();
     if (part == "pace"_L1)
         return reportPace(screen);
     if (part == "names"_L1)
@@ -405,7 +510,7 @@ int main(int argc, char *argv[])
     const QString task = arguments.value(0);
     if (task == "--window"_L1 || task == "--first-frame"_L1) {
         const QApplication application(argc, argv);
-        return task == "--window"_L1 ? runWindow()
+        return task == "--window"_L1 ? runWindow(arguments.contains("--iterations"_L1))
                                      : runToFirstFrame(arguments.value(1) == "empty"_L1);
     }
     const bool hasScreen = qgetenv("QT_QPA_PLATFORM") == "xcb";

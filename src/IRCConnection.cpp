@@ -31,10 +31,6 @@ constexpr qint64 PatienceForPong = 45000;
 
 constexpr qsizetype LongestAlternative = 30;
 
-// In bytes. A server that sends everything it has at once is heard in pieces, between which the
-// window answers its user.
-constexpr qint64 LongestRead = 524'288;
-
 #if defined(Q_OS_WIN)
 // Windows has had these since 2017, but the headers of MinGW have no names for them.
 constexpr int IdleTimeOption = 3;
@@ -108,7 +104,6 @@ void IRCConnection::connectToServer(const QString &newHost, quint16 newPort, con
         socket = new QTcpSocket(this);
         socket->connectToHost(host, port, QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
     }
-    socket->setReadBufferSize(LongestRead);
     socket->setSocketOption(QAbstractSocket::KeepAliveOption, 1);
     socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
 

@@ -23,10 +23,10 @@ class QTimer;
 /// Failures never throw and are never retried: each one is an `errorOccurred` with text for the
 /// user. Text is UTF-8 in both directions.
 ///
-/// A line ends at CR LF only, and nothing limits its length. A read takes what has come, up to
-/// 512 KiB, and is decoded by itself, so a character cut by its end comes out as replacement
-/// characters. After 60 seconds without traffic the server is asked for a sign of life, and left
-/// after another 45 without an answer; both are looked for every 10 seconds.
+/// A line ends at CR LF only, and nothing limits its length. A read returns all that has arrived
+/// and is decoded by itself, so a character that it splits becomes replacement characters. After 60
+/// seconds without traffic the server is asked for a sign of life, and left after another 45
+/// without an answer; both are looked for every 10 seconds.
 class IRCConnection final : public QObject
 {
     Q_OBJECT

@@ -1,17 +1,47 @@
 #include "TestSession.h"
 #include "Waiting.h"
 
+#include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QSignalSpy>
+#include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
 #include <QTimer>
 
+#include <linux/sockios.h>
 #include <memory>
+#include <sys/ioctl.h>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+// The answer of ioctl(2), -1 if it has none.
+int ask(const QTcpSocket &socket, unsigned long question)
+{
+    int answer = -1;
+    return ioctl(static_cast<int>(socket.socketDescriptor()), question, &answer) == 0 ? answer : -1;
+}
+
+// Sends what the other side's system has space for. True if it has all of it.
+bool deliver(QTcpSocket &socket)
+{
+    socket.flush();
+    if (socket.bytesToWrite() > 0 || ask(socket, SIOCOUTQNSD) != 0)
+        return false;
+    // The last acknowledgement may be delayed.
+    const QDeadlineTimer deadline(Patience);
+    while (ask(socket, SIOCOUTQ) != 0) {
+        if (deadline.hasExpired())
+            return false;
+    }
+    return true;
+}
+
+} // namespace
 
 // How a session makes lines of what it reads.
 class TestIRCConnectionReading final : public QObject
@@ -28,6 +58,7 @@ private slots:
     void readsManyLinesInOneGo();
     void readsOneLineInManyPieces();
     void readsBinaryData();
+    void readsAllThatArrivedBeforeAReset();
 
     void readsNothingFromAClosedSocket();
 
@@ -182,6 +213,40 @@ void TestIRCConnectionReading::readsBinaryData()
     session->server.send(u":a!b@c PRIVMSG #x :still here"_s);
     QVERIFY(session->log.waitFor(uR"(privmsgReceived("a", "#x", "still here"))"_s));
     QVERIFY(session->connection.isConnected());
+}
+
+// Qt closes a socket when a write fails, and so loses what it has not read by then.
+void TestIRCConnectionReading::readsAllThatArrivedBeforeAReset()
+{
+    constexpr int Count = 60000;
+    int messages = 0;
+    int reads = 0;
+    int readAfterReset = 0;
+    QTcpSocket *peer = nullptr;
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    IRCConnection connection;
+    connection.setReadFinishedHandler([&reads] { ++reads; });
+    connect(&connection, &IRCConnection::privmsgReceived, this, [&] {
+        ++messages;
+        if (readAfterReset == 0 && deliver(*peer)) {
+            peer->abort();
+            readAfterReset = reads + 1;
+        } else if (reads == readAfterReset) {
+            connection.sendRaw(u"PONG"_s);
+        }
+    });
+    connection.connectToServer(u"127.0.0.1"_s, server.serverPort(), u"me"_s, u"Me"_s, false);
+    QVERIFY(waitUntil([&] { return server.hasPendingConnections() && connection.isConnected(); }));
+
+    peer = server.nextPendingConnection();
+    // What it does not read turns its close into a reset.
+    peer->setReadBufferSize(1);
+    QVERIFY(peer->isReadable());
+    const QByteArray line = ":a!b@c PRIVMSG #x :" + QByteArray(180, 'x') + "\r\n";
+    peer->write(line.repeated(Count));
+    QTRY_VERIFY_WITH_TIMEOUT(!connection.isConnected(), Patience);
+    QCOMPARE(messages, Count);
 }
 
 // Qt closes a socket at once when a write fails, and a call to read may be on its way by then.
