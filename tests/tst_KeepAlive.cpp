@@ -4,6 +4,7 @@
 #include "Waiting.h"
 
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
@@ -265,6 +266,7 @@ private slots:
     void ticksWhileConnected();
     void doesNotTickForAnAttempt();
     void stopsAtOnceWhenTheUserLeaves();
+    void stopsWithAReplacedSocket();
     void checksNothingWithoutALink();
     void setsTheSocketsOptions_data();
     void setsTheSocketsOptions();
@@ -343,6 +345,29 @@ void TestKeepAlive::stopsAtOnceWhenTheUserLeaves()
     session.dial();
     QVERIFY(timer->isActive());
     session.connection.disconnectFromServer();
+    QVERIFY(!timer->isActive());
+}
+
+// Intended: the end of a replaced socket stops the checks, although its successor is connected.
+void TestKeepAlive::stopsWithAReplacedSocket()
+{
+    TestSession session;
+    const auto *timer = session.connection.findChild<QTimer *>();
+    QVERIFY(session.open());
+    bool wasActive = false;
+    connect(&session.connection, &IRCConnection::quitReceived, this, [&] {
+        session.dial();
+        // The replaced socket is deleted when this loop has ended.
+        QEventLoop loop;
+        connect(&session.connection, &IRCConnection::connected, &loop, &QEventLoop::quit);
+        QTimer::singleShot(Patience, &loop, &QEventLoop::quit);
+        loop.exec();
+        wasActive = timer->isActive();
+    });
+    session.server.send(u":a!b@c QUIT"_s);
+    QVERIFY(session.log.waitFor(u"disconnected()"_s));
+    QVERIFY(wasActive);
+    QVERIFY(session.connection.isConnected());
     QVERIFY(!timer->isActive());
 }
 
