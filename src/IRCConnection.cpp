@@ -293,17 +293,18 @@ bool IRCConnection::cutLines()
         if (lineEnd < 0)
             break;
         found = true;
-        const QString line = buffer.mid(lineStart, lineEnd - lineStart);
-        lineStart = lineEnd + 2;
-        searchStart = lineStart;
+        const QString line = buffer.first(lineEnd);
+        // Moves the start of the text, not the text.
+        buffer.remove(0, lineEnd + 2);
+        searchStart = 0;
         if (line.isEmpty())
             continue;
         emit rawMessageReceived(line);
         IRCParser::parseLine(line, this);
     }
-    // A copy of the rest, since a buffer keeps the room of the longest line that it has ever held.
-    buffer = buffer.mid(lineStart);
-    lineStart = 0;
+    // Otherwise a buffer keeps the memory of the longest line that it has ever held.
+    if (found)
+        buffer.squeeze();
     // A CR at the very end may be the first half of a line end.
     searchStart = qMax(buffer.size() - 1, qsizetype(0));
     return found;

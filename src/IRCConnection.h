@@ -31,6 +31,7 @@ class IRCConnection final : public QObject
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(IRCConnection)
+    friend class TestIRCConnectionReading; // Reads `buffer`.
 
 public:
     explicit IRCConnection(QObject *parent = nullptr);
@@ -236,10 +237,8 @@ private:
     quint32 sleepAssertion = 0; // 0 for none.
     ServerConfig config;
 
-    // Framing's own memory, so that neither many lines in one read nor one line in many reads cost
-    // more than their length: where the text begins that is not handed on yet, and where the
-    // search for the next line end goes on.
-    qsizetype lineStart = 0;
+    // Where in `buffer` the search for the next line end continues, so that one line in many reads
+    // costs no more than its length.
     qsizetype searchStart = 0;
     bool reading = false;
     std::function<void()> readFinishedHandler;

@@ -54,6 +54,7 @@ private slots:
     void cutsLines_data();
     void cutsLines();
     void handlesEachLineBeforeTheNext();
+    void removesEachLineBeforeItIsHandled();
     void keepsAnUnfinishedLineForTheNextSession();
     void readsManyLinesInOneGo();
     void readsOneLineInManyPieces();
@@ -148,6 +149,15 @@ void TestIRCConnectionReading::handlesEachLineBeforeTheNext()
                           uR"(rawMessageReceived(":a!b@c QUIT"))"_s,
                           uR"(quitReceived("a", ""))"_s}));
     QCOMPARE(session->sent(), QStringList{u"PONG :t"_s});
+}
+
+void TestIRCConnectionReading::removesEachLineBeforeItIsHandled()
+{
+    QStringList buffers;
+    connect(&session->connection, &IRCConnection::rawMessageReceived, this,
+            [&] { buffers.append(session->connection.buffer); });
+    QVERIFY(feed("PONG x\r\nPONG y\r\nrest"));
+    QCOMPARE(buffers, (QStringList{u"PONG y\r\nrest"_s, u"rest"_s}));
 }
 
 void TestIRCConnectionReading::keepsAnUnfinishedLineForTheNextSession()
