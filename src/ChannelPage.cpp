@@ -38,6 +38,7 @@ QLabel *createTopicLabel()
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::LinksAccessibleByMouse);
     label->setWordWrap(true);
     label->setOpenExternalLinks(true);
+    label->setAccessibleDescription(QLabel::tr("Topic"));
     label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     // Left to itself it is as wide as its longest word, and so would be the whole window.
     label->setMinimumWidth(1);
@@ -82,7 +83,6 @@ QTextBrowser *createChatView()
     view->setPalette(palette);
     view->setAutoFillBackground(true);
     view->setReadOnly(true);
-    view->setAccessibleName(QTextBrowser::tr("Conversation"));
     new FocusMark(*view);
     view->setOpenExternalLinks(true);
     // A right click on a conversation shows no menu at all, not even the standard one.
@@ -105,6 +105,12 @@ QWidget *create(bool isChannel)
         layout->addWidget(createTopicBar(), 0);
     layout->addWidget(createChatView(), 1);
     return page;
+}
+
+void setName(const QWidget &page, const QString &name)
+{
+    if (auto *view = page.findChild<ChatView *>())
+        view->setAccessibleName(QTextBrowser::tr("Conversation %1").arg(name));
 }
 
 } // namespace ChannelPage

@@ -1,5 +1,6 @@
 #pragma once
 
+class QString;
 class QWidget;
 
 /// The page that a conversation's tab shows.
@@ -10,5 +11,9 @@ namespace ChannelPage {
 ///
 /// The page has no parent: the caller owns it until it is put into a tab widget.
 QWidget *create(bool isChannel);
+
+/// Sets the name that screen readers say for the conversation of `page`; a page without one, as of
+/// the channel list, is left alone.
+void setName(const QWidget &page, const QString &name);
 
 } // namespace ChannelPage

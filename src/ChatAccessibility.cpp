@@ -183,7 +183,6 @@ void ChatAccessibility::reportRows(int first, int count)
         report(text.lineRange(line));
 }
 
-// The view selects the link that Tab leads to, but Qt reports no focus there.
 void ChatAccessibility::reportFocus()
 {
     ChatViewAccessible *accessible =

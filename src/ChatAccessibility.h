@@ -23,13 +23,15 @@ public:
     /// True while a user of a screen reader has the caret at a row of the focused view.
     [[nodiscard]] bool isReading() const;
 
+    /// Reports the focus of the link that is selected, or of the view if none is any more.
+    void reportFocus();
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void accessibilityActiveChanged(bool active) override;
     void reportRows(int first, int count);
-    void reportFocus();
     bool moveCaret(const QKeyEvent &key);
 
     ChatView &view;

@@ -43,6 +43,14 @@ ChatView::ChatView(QWidget *parent)
     accessibility = new ChatAccessibility(*this);
 }
 
+bool ChatView::focusNextPrevChild(bool next)
+{
+    const bool isInside = QTextBrowser::focusNextPrevChild(next);
+    // No signal tells of the link that the focus moves to.
+    accessibility->reportFocus();
+    return isInside;
+}
+
 bool ChatView::isBeingRead() const
 {
     return accessibility->isReading();

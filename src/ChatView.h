@@ -32,6 +32,7 @@ public:
 
 protected:
     void changeEvent(QEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
     void hideEvent(QHideEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void paintEvent(QPaintEvent *event) override;

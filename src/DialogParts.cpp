@@ -2,6 +2,9 @@
 
 #include "FocusMark.h"
 
+#include <QAbstractItemView>
+#include <QAccessible>
+#include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QPushButton>
@@ -27,6 +30,15 @@ QDialogButtonBox *makeSaveAndCancel(QDialog &dialog)
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
     QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     return buttons;
+}
+
+void namePopups(const QDialog &dialog)
+{
+    const auto boxes = dialog.findChildren<QComboBox *>();
+    for (QComboBox *box : boxes) {
+        const QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(box);
+        box->view()->setAccessibleName(accessible->text(QAccessible::Name));
+    }
 }
 
 void letGoOfWindows(QWidget &parent)

@@ -22,6 +22,10 @@ inline constexpr Qt::WindowFlags Frame =
 /// them: "connectButton" and "cancelButton". The caller owns the box.
 [[nodiscard]] QDialogButtonBox *makeSaveAndCancel(QDialog &dialog);
 
+/// Gives the lists that the combo boxes of `dialog` open the names of their boxes, for screen
+/// readers. To be called when the boxes have their labels.
+void namePopups(const QDialog &dialog);
+
 /// Ends every dialog, box and menu that stands over `parent` in an event loop of its own, as if the
 /// user had turned it down, and lets it go.
 ///

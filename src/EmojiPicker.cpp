@@ -71,6 +71,7 @@ EmojiPicker::EmojiPicker(QWidget *parent, const QString &theme)
 {
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
+    setAccessibleName(tr("Emoji"));
     setupUI();
 }
 

@@ -87,7 +87,9 @@ void addIcon(QVBoxLayout &layout, int extent, const QString &substitute,
     QPixmap scaled = icon.scaled(QSize(extent, extent) * ratio, Qt::KeepAspectRatio,
                                  Qt::SmoothTransformation);
     scaled.setDevicePixelRatio(ratio);
-    addLabel(layout, QString(), QString())->setPixmap(scaled);
+    QLabel *label = addLabel(layout, QString(), QString());
+    label->setPixmap(scaled);
+    label->setAccessibleName(QDialog::tr("Velmora icon"));
 }
 
 void addButton(QDialog &dialog, QVBoxLayout &layout)

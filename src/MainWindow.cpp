@@ -140,6 +140,7 @@ void MainWindow::setupUI()
 
     nickCompleter = NickCompletion::create(this);
     inputLine->setCompleter(nickCompleter);
+    nickCompleter->popup()->setAccessibleName(tr("Completions"));
 
     connectWidgets();
     setCentralWidget(central);
@@ -568,6 +569,7 @@ void MainWindow::insertTab(const QString &name, const TabInfo &info)
     tabs.insert(name, info);
     const int index = PlainTabs::add(*tabWidget, info.page, name);
     tabWidget->setTabToolTip(index, name);
+    ChannelPage::setName(*info.page, name);
     TabStrip::putBehind(*tabBar, *info.page);
 }
 
@@ -624,6 +626,7 @@ void MainWindow::onTabChanged(int index)
     if (tab != tabs.end() && tab->highlighted) {
         tab->highlighted = false;
         tabBar->unhighlightTab(tabWidget->currentIndex());
+        PlainTabs::setMarked(*tabWidget, index, false);
     }
 
     const bool isChannel = TabNames::isChannel(name);
@@ -711,6 +714,8 @@ void MainWindow::updateTopicLabel(const QString &channel)
     if (!tab.topicLabel || !tab.topicBar)
         return;
     const QString topic = channelTopics.value(channel);
+    // Otherwise a screen reader says the label's text.
+    tab.topicLabel->setAccessibleName(topic.isEmpty() ? tr("No topic") : QString());
     if (topic.isEmpty())
         tab.topicLabel->clear();
     else
@@ -833,8 +838,10 @@ void MainWindow::highlightTab(const QString &tabName)
     // user has left it, until it has been visited again.
     tab->highlighted = true;
     const int index = tabWidget->indexOf(tab->page);
-    if (index >= 0 && tabName != currentTabName)
+    if (index >= 0 && tabName != currentTabName) {
         tabBar->highlightTab(index);
+        PlainTabs::setMarked(*tabWidget, index, true);
+    }
 }
 
 void MainWindow::showNotification(const QString &title, const QString &message)
@@ -1009,6 +1016,7 @@ void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick
     tabs.insert(newNick, info);
     if (index >= 0)
         PlainTabs::rename(*tabWidget, index, newNick);
+    ChannelPage::setName(*info.page, newNick);
     if (isOnShow)
         currentTabName = newNick;
     appendMessageToTab(newNick, u"is now known as %1"_s.arg(newNick), oldNick, true);

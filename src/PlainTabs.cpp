@@ -1,5 +1,6 @@
 #include "PlainTabs.h"
 
+#include <QAccessible>
 #include <QKeySequence>
 #include <QTabBar>
 #include <QTabWidget>
@@ -40,8 +41,19 @@ int add(QTabWidget &tabs, QWidget *page, const QString &name)
 void rename(QTabWidget &tabs, int index, const QString &name)
 {
     const NoKeys noKeys;
+    const bool wasMarked = tabs.tabBar()->accessibleTabName(index) != tabs.tabText(index);
     tabs.setTabText(index, name);
-    tabs.tabBar()->setAccessibleTabName(index, name);
+    setMarked(tabs, index, wasMarked);
+}
+
+void setMarked(QTabWidget &tabs, int index, bool isMarked)
+{
+    const QString name = tabs.tabText(index);
+    QTabBar *bar = tabs.tabBar();
+    bar->setAccessibleTabName(index, isMarked ? QTabBar::tr("%1, new message").arg(name) : name);
+    QAccessibleEvent event(bar, QAccessible::NameChanged);
+    event.setChild(index);
+    QAccessible::updateAccessibility(&event);
 }
 
 } // namespace PlainTabs

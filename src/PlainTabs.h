@@ -17,4 +17,8 @@ int add(QTabWidget &tabs, QWidget *page, const QString &name);
 /// Gives the tab at `index`, which there must be, another name.
 void rename(QTabWidget &tabs, int index, const QString &name);
 
+/// Adds to what screen readers say for the tab at `index` that there is a new message, or removes
+/// that. The tab's text stays as it is.
+void setMarked(QTabWidget &tabs, int index, bool isMarked);
+
 } // namespace PlainTabs

@@ -108,6 +108,7 @@ PreferencesDialog::PreferencesDialog(MainWindow *parent)
     pages->addTab(buildNetworkPage(), tr("Network"));
     layout->addWidget(pages);
     buildButtons();
+    DialogParts::namePopups(*this);
 
     setWindowFlag(Qt::WindowFullscreenButtonHint, false);
     // The sheet has a say in the sizes of the fields.

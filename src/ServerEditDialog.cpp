@@ -100,6 +100,7 @@ ServerEditDialog::ServerEditDialog(const QString &title, const QString &address,
     buildAddressRows(form, address);
     buildRecordRows(form, config);
     layout->addWidget(DialogParts::makeSaveAndCancel(*this));
+    DialogParts::namePopups(*this);
 
     applyTheme();
     applyComboBoxStyles();

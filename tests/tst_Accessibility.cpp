@@ -13,9 +13,13 @@
 #include "WindowSession.h"
 
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QApplication>
+#include <QComboBox>
+#include <QCompleter>
 #include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -166,6 +170,12 @@ private slots:
     void namesEveryControl_data();
     void namesEveryControl();
     void namesEachEmojiForItself();
+    void namesThePopups();
+    void namesTheEmojiPicker();
+    void namesTheProgramsIcon();
+    void tellsOfATopic();
+    void tellsOfAMarkedTab();
+    void namesARenamedConversation();
     void leadsThroughTheMainWindow();
     void leadsThroughTheChannelList();
     void leadsThroughTheConnectDialog();
@@ -240,6 +250,87 @@ void TestAccessibility::namesEachEmojiForItself()
     QCOMPARE(names.value(u"🥤"_s), u"cup with straw"_s);
 }
 
+void TestAccessibility::namesThePopups()
+{
+    int count = 0;
+    const Look look = [&count](const QWidget &window) {
+        const QList<QComboBox *> boxes = window.findChildren<QComboBox *>();
+        for (QComboBox *box : boxes) {
+            ++count;
+            QVERIFY(!spokenName(box).isEmpty());
+            QCOMPARE(spokenName(box->view()), spokenName(box));
+        }
+    };
+    showPreferences(look);
+    showServerForm(look);
+    QCOMPARE(count, 5);
+    const WindowSession session;
+    QCOMPARE(spokenName(session.probe.inputLine().completer()->popup()), u"Completions"_s);
+}
+
+void TestAccessibility::namesTheEmojiPicker()
+{
+    EmojiPicker picker(nullptr, Theme);
+    QCOMPARE(spokenName(&picker), u"Emoji"_s);
+}
+
+void TestAccessibility::namesTheProgramsIcon()
+{
+    const Look look = [](const QWidget &window) {
+        const QList<QLabel *> labels = window.findChildren<QLabel *>();
+        const auto hasIcon = [](const QLabel *label) { return !label->pixmap().isNull(); };
+        const auto icon = std::find_if(labels.cbegin(), labels.cend(), hasIcon);
+        QVERIFY(icon != labels.cend());
+        QCOMPARE(spokenName(*icon), u"Velmora icon"_s);
+    };
+    showAbout(look);
+}
+
+void TestAccessibility::tellsOfATopic()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.join(u"#c"_s, u"me"_s));
+    session.probe.showTab(u"#c"_s);
+    QLabel *label = session.probe.tabs().value(u"#c"_s).topicLabel;
+    QCOMPARE(spokenName(label), u"No topic"_s);
+    QVERIFY(session.say(u":srv 332 me #c :a <b> topic"_s));
+    QCOMPARE(spokenName(label), u"a <b> topic"_s);
+    QCOMPARE(label->accessibleDescription(), u"Topic"_s);
+}
+
+void TestAccessibility::tellsOfAMarkedTab()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.join(u"#c"_s, u"me al"_s));
+    QVERIFY(session.say(u":al!u@h PRIVMSG me :hello"_s));
+    const auto names = [&session] {
+        const QTabBar &bar = session.probe.tabBar();
+        QStringList spoken;
+        for (int index = 0; index < bar.count(); ++index)
+            spoken.append(bar.accessibleTabName(index));
+        return spoken;
+    };
+    QCOMPARE(names(), (QStringList{u"Server"_s, u"#c"_s, u"al, new message"_s}));
+    // The mark stays through another name.
+    QVERIFY(session.say(u":al!u@h NICK alice"_s));
+    QCOMPARE(names(), (QStringList{u"Server"_s, u"#c"_s, u"alice, new message"_s}));
+    session.probe.showTab(u"alice"_s);
+    QCOMPARE(names(), (QStringList{u"Server"_s, u"#c"_s, u"alice"_s}));
+}
+
+void TestAccessibility::namesARenamedConversation()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs(u"me"_s));
+    QVERIFY(session.say(u":al!u@h PRIVMSG me :hello"_s));
+    QTextBrowser *view = session.probe.tabs().value(u"al"_s).chatView;
+    QCOMPARE(spokenName(view), u"Conversation al"_s);
+    QVERIFY(session.say(u":al!u@h NICK alice"_s));
+    QCOMPARE(spokenName(view), u"Conversation alice"_s);
+}
+
 void TestAccessibility::leadsThroughTheMainWindow()
 {
     WindowSession session;
@@ -250,14 +341,14 @@ void TestAccessibility::leadsThroughTheMainWindow()
     session.probe.showTab(u"#c"_s);
     QVERIFY(activate(session.window));
 
-    QStringList way{u"Message"_s,    u"Insert emoji"_s, u"#c"_s,
-                    u"Edit topic"_s, u"Conversation"_s, u"Users"_s};
+    QStringList way{u"Message"_s,    u"Insert emoji"_s,    u"#c"_s,
+                    u"Edit topic"_s, u"Conversation #c"_s, u"Users"_s};
     QCOMPARE(wayOfTheKey(&session.probe.inputLine()), way);
     std::reverse(way.begin() + 1, way.end());
     QCOMPARE(wayOfTheKey(&session.probe.inputLine(), Qt::Key_Backtab), way);
     session.probe.showTab(u"al"_s);
     QCOMPARE(wayOfTheKey(&session.probe.inputLine()),
-             (QStringList{u"Message"_s, u"Insert emoji"_s, u"al"_s, u"Conversation"_s}));
+             (QStringList{u"Message"_s, u"Insert emoji"_s, u"al"_s, u"Conversation al"_s}));
 }
 
 void TestAccessibility::leadsThroughTheChannelList()
