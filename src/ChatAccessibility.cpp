@@ -131,6 +131,7 @@ constexpr std::array CaretMoves{
 ChatAccessibility::ChatAccessibility(ChatView &chatView)
     : QObject(&chatView)
     , view(chatView)
+    , announcer(chatView)
 {
     ChatViewAccessible::install();
     QAccessible::installActivationObserver(this);
@@ -179,8 +180,11 @@ void ChatAccessibility::reportRows(int first, int count)
     if (firstSingle > firstLine)
         report({.start = text.lineRange(firstLine).start,
                 .end = text.lineRange(firstSingle).start});
-    for (int line = firstSingle; line < endLine; ++line)
+    for (int line = firstSingle; line < endLine; ++line) {
         report(text.lineRange(line));
+        if (view.isActiveWindow())
+            announcer.announce(text.text(text.lineRange(line)).chopped(1));
+    }
 }
 
 void ChatAccessibility::reportFocus()

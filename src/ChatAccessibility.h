@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Announcer.h"
+
 #include <QAccessible>
 #include <QObject>
 
@@ -35,6 +37,7 @@ private:
     bool moveCaret(const QKeyEvent &key);
 
     ChatView &view;
+    Announcer announcer;
     bool isActive = QAccessible::isActive();
     // Index of the link that was last reported as focused; -1 if the view itself was.
     int reportedLink = -1;

@@ -83,6 +83,18 @@ public:
         return texts;
     }
 
+    /// The names of the notifications that were shown.
+    [[nodiscard]] QStringList announcedTexts() const
+    {
+        QStringList texts;
+        for (const AccessibilityBus::Event &event : bus.events()) {
+            if (event.type == "StateChanged:showing"_L1
+                && bus.role(event.source) == "notification"_L1)
+                texts.append(bus.name(event.source));
+        }
+        return texts;
+    }
+
     VirtualScreen screen;
     AccessibilityBus bus;
     ScriptedServer server;
@@ -180,6 +192,8 @@ void TestScreenReader::readsAndReportsLines()
              u"[now] wanda: joined #room\n[now] alice: first message\n[now] bob: second\n"_s);
     QTRY_COMPARE(scene.insertedTexts(),
                  (QStringList{u"[now] alice: first message\n"_s, u"[now] bob: second\n"_s}));
+    QTRY_COMPARE(scene.announcedTexts(),
+                 (QStringList{u"[now] alice: first message"_s, u"[now] bob: second"_s}));
 }
 
 void TestScreenReader::movesTheCaretRowByRow()
