@@ -5,6 +5,7 @@
 #include "FocusMark.h"
 #include "IconPixmap.h"
 #include "IrcText.h"
+#include "LineBreaks.h"
 #include "PlainTitle.h"
 #include "ThemeManager.h"
 
@@ -12,6 +13,7 @@
 #include <QColorDialog>
 #include <QDialogButtonBox>
 #include <QIcon>
+#include <QMimeData>
 #include <QPainter>
 #include <QPalette>
 #include <QShortcut>
@@ -35,6 +37,18 @@ constexpr QChar BoldCode(0x02);
 constexpr QChar ItalicCode(0x1D);
 constexpr QChar UnderlineCode(0x1F);
 constexpr QChar ColorCode(0x03);
+
+/// A text edit in which pasted and dropped line breaks become spaces; typed ones stay.
+class TopicEdit final : public QTextEdit
+{
+protected:
+    void insertFromMimeData(const QMimeData *source) override
+    {
+        QMimeData oneLine;
+        oneLine.setText(LineBreaks::toSpaces(source->text()));
+        QTextEdit::insertFromMimeData(&oneLine);
+    }
+};
 
 /// What an icon of the tool bar shows.
 struct Drawing
@@ -174,7 +188,7 @@ void EditTopicDialog::buildForm(const QString &topic)
     layout->setSpacing(8);
     layout->addWidget(buildToolBar());
 
-    topicEdit = new QTextEdit;
+    topicEdit = new TopicEdit;
     topicEdit->setAcceptRichText(false);
     topicEdit->setMinimumHeight(140);
     topicEdit->setStyleSheet(

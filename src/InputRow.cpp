@@ -1,11 +1,13 @@
 #include "InputRow.h"
 
+#include "LineBreaks.h"
 #include "TabNames.h"
 
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QValidator>
 
 using namespace Qt::StringLiterals;
 
@@ -14,9 +16,27 @@ namespace {
 constexpr int InputPage = 0;
 constexpr int ListSearchPage = 1;
 
+/// Replaces line breaks by spaces, however they get into the line.
+///
+/// `QLineEdit` shows a pasted line break as a space, but keeps it in its text.
+class OneLine final : public QValidator
+{
+public:
+    using QValidator::QValidator;
+
+    State validate(QString &input, int &cursor) const override
+    {
+        const QString before = LineBreaks::toSpaces(input.left(cursor));
+        input = before + LineBreaks::toSpaces(input.mid(cursor));
+        cursor = static_cast<int>(before.size());
+        return Acceptable;
+    }
+};
+
 QLineEdit *createLine()
 {
     auto *line = new QLineEdit;
+    line->setValidator(new OneLine(line));
     line->setPlaceholderText(QLineEdit::tr("Type a message..."));
     line->setAccessibleName(QLineEdit::tr("Message"));
     line->setMinimumHeight(30);

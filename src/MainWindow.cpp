@@ -14,6 +14,7 @@
 #include "InfoDialogs.h"
 #include "InputRow.h"
 #include "IrcText.h"
+#include "LineBreaks.h"
 #include "MyTabWidget.h"
 #include "NickList.h"
 #include "PlainTabs.h"
@@ -738,7 +739,10 @@ void MainWindow::editTopic(const QString &channel)
                              tr("You must be an operator to change the topic."), QMessageBox::Ok);
         return;
     }
-    EditTopicDialog dialog(channel, channelTopics.value(channel), currentTheme, this);
+    // Operators can set topics with U+2028, which the editor gives back as a line break: what
+    // follows it would be sent as a command.
+    EditTopicDialog dialog(channel, LineBreaks::toSpaces(channelTopics.value(channel)),
+                           currentTheme, this);
     if (dialog.exec() != QDialog::Accepted)
         return;
     // Shown at once. Whatever became of the link, the tab or the operator status meanwhile, the

@@ -6,6 +6,7 @@
 #include "ThemeManager.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QColorDialog>
 #include <QDialogButtonBox>
 #include <QFont>
@@ -177,6 +178,7 @@ private slots:
     void savesAndCancelsByButton();
     void savesByControlReturn();
     void breaksTheLineByReturn();
+    void pastesAsOneLine();
     void cancelsByEscape();
 
 private:
@@ -801,6 +803,17 @@ void TestEditTopicDialog::breaksTheLineByReturn()
     QTest::keyClick(edit(*dialog), Qt::Key_Return);
     QVERIFY(dialog->isVisible());
     QCOMPARE(edit(*dialog)->toPlainText(), u"one\ntwo"_s);
+}
+
+void TestEditTopicDialog::pastesAsOneLine()
+{
+    const auto dialog = makeDialog(u"before after"_s);
+    select(*dialog, 7, 0);
+    QGuiApplication::clipboard()->setText(u"one\r\nQUIT :x\u2028"_s);
+    edit(*dialog)->paste();
+    QCOMPARE(edit(*dialog)->toPlainText(), u"before one QUIT :x after"_s);
+    edit(*dialog)->undo();
+    QCOMPARE(edit(*dialog)->toPlainText(), u"before after"_s);
 }
 
 void TestEditTopicDialog::cancelsByEscape()

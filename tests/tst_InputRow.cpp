@@ -1,13 +1,49 @@
 #include "InputRow.h"
 
+#include <QClipboard>
+#include <QDropEvent>
+#include <QGuiApplication>
+#include <QInputMethodEvent>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTest>
 
+#include <functional>
 #include <memory>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+using Insertion = std::function<void(QLineEdit &, const QString &)>;
+
+void paste(QLineEdit &line, const QString &text)
+{
+    QGuiApplication::clipboard()->setText(text);
+    QTest::keySequence(&line, QKeySequence::Paste);
+}
+
+void drop(QLineEdit &line, const QString &text)
+{
+    QMimeData data;
+    data.setText(text);
+    const QRect cursor = line.inputMethodQuery(Qt::ImCursorRectangle).toRect();
+    QDragEnterEvent enter(cursor.center(), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&line, &enter);
+    QDropEvent event(cursor.center(), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&line, &event);
+}
+
+void commit(QLineEdit &line, const QString &text)
+{
+    QInputMethodEvent event;
+    event.setCommitString(text);
+    QCoreApplication::sendEvent(&line, &event);
+}
+
+} // namespace
 
 class TestInputRow final : public QObject
 {
@@ -17,6 +53,8 @@ private slots:
     void makesTheRow();
     void showsWhatBelongsToATab_data();
     void showsWhatBelongsToATab();
+    void keepsToOneLine_data();
+    void keepsToOneLine();
 };
 
 void TestInputRow::makesTheRow()
@@ -59,6 +97,28 @@ void TestInputRow::showsWhatBelongsToATab()
         QTEST(stack->currentIndex(), "page");
     }
     QTEST(InputRow::placeholderFor(tab), "placeholder");
+}
+
+void TestInputRow::keepsToOneLine_data()
+{
+    QTest::addColumn<Insertion>("insert");
+
+    QTest::newRow("pasted") << Insertion(paste);
+    QTest::newRow("dropped") << Insertion(drop);
+    QTest::newRow("from an input method") << Insertion(commit);
+}
+
+void TestInputRow::keepsToOneLine()
+{
+    QFETCH(const Insertion, insert);
+    const InputRow row = InputRow::create();
+    const std::unique_ptr<QStackedWidget> stack(row.stack);
+    stack->show();
+    row.line->setText(u"before after"_s);
+    row.line->setCursorPosition(7);
+    insert(*row.line, u"one\r\nQUIT :x\u2028"_s);
+    QCOMPARE(row.line->text(), u"before one QUIT :x after"_s);
+    QCOMPARE(row.line->cursorPosition(), 19);
 }
 
 QTEST_MAIN(TestInputRow)

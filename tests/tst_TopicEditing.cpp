@@ -102,6 +102,7 @@ private slots:
     void sendsAndShowsTheTopic_data();
     void sendsAndShowsTheTopic();
     void sendsAnUnchangedTopic();
+    void sendsATopicWithLineBreaksAsOneLine();
     void clearsTheTopic();
     void savesByControlReturn();
     void cancelsByEscape();
@@ -379,7 +380,7 @@ void TestTopicEditing::sendsAndShowsTheTopic_data()
     QTest::newRow("emoji") << u"I ❤\uFE0F IRC"_s << u"I ❤\uFE0F IRC"_s;
     QTest::newRow("a link") << u"see https://example.org/?a=1&b=2"_s
                             << u"see https://example.org/?a=1&b=2"_s;
-    // Nothing takes a line break out on its way; to the server the rest is a line of its own.
+    // Sent as typed; to the server the rest is a line of its own.
     QTest::newRow("line break") << u"one\ntwo"_s << u"one\ntwo"_s;
 }
 
@@ -407,6 +408,16 @@ void TestTopicEditing::sendsAnUnchangedTopic()
     op.button()->click();
     QCOMPARE(op.session.takeSent(), QStringList{u"TOPIC #a :as it was"_s});
     QCOMPARE(op.label()->text(), u"as it was"_s);
+}
+
+void TestTopicEditing::sendsATopicWithLineBreaksAsOneLine()
+{
+    Operator op;
+    QVERIFY(op.enter());
+    QVERIFY(op.session.say(u":irc.test 332 me #a :cats\u2028QUIT\u2029QUIT\nQUIT"_s));
+    answers->queueForDialog([](QDialog *dialog) { dialog->accept(); });
+    op.button()->click();
+    QCOMPARE(op.session.takeSent(), QStringList{u"TOPIC #a :cats QUIT QUIT QUIT"_s});
 }
 
 void TestTopicEditing::clearsTheTopic()
