@@ -2,6 +2,7 @@
 
 #include "ChatLayout.h"
 #include "IrcText.h"
+#include "LineBreaks.h"
 
 #include <QTextBlock>
 #include <QTextCursor>
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -132,7 +134,8 @@ void fillNick(QTextCursor &cursor, const ChatRow &row)
     cursor.setBlockCharFormat(nickCellFormat());
     align(cursor, Qt::AlignRight);
     const QString displayNick = ChatTable::elidedNick(row.nick);
-    cursor.insertText(withinBlock(displayNick) + u"  "_s, nickFormat(displayNick, row.ownAway));
+    cursor.insertText(withinBlock(displayNick) + QString(ChatTable::SpacesAfterNick, u' '),
+                      nickFormat(displayNick, row.ownAway));
 }
 
 void fillText(QTextCursor &cursor, const ChatRow &row)
@@ -143,6 +146,48 @@ void fillText(QTextCursor &cursor, const ChatRow &row)
         IrcText::insertWithLinks(cursor, row.text, base);
     else
         insertAsOneBlock(cursor, row.text, base);
+}
+
+// Part of a conversation: cells, and of a single cell the positions in the document.
+struct Selection
+{
+    int firstRow = 0;
+    int rows = 0;
+    int firstColumn = 0;
+    int columns = 0;
+    int start = 0;
+    int end = std::numeric_limits<int>::max();
+};
+
+Selection selectionOf(const QTextCursor &cursor, const QTextTable &table)
+{
+    Selection selection;
+    if (cursor.hasComplexSelection()) {
+        cursor.selectedTableCells(&selection.firstRow, &selection.rows, &selection.firstColumn,
+                                  &selection.columns);
+    } else if (cursor.hasSelection() && cursor.currentTable()) {
+        const QTextTableCell cell = table.cellAt(cursor);
+        selection = {cell.row(),           1, cell.column(), 1, cursor.selectionStart(),
+                     cursor.selectionEnd()};
+    } else if (cursor.hasSelection()) {
+        // A selection that starts or ends outside the table covers all of it.
+        selection.rows = table.rows();
+        selection.columns = table.columns();
+    }
+    return selection;
+}
+
+// The selected text of a cell, without the spaces that separate it from the cell beside it.
+QString selectedText(const QTextBlock &cell, int column, const QTextTable &table,
+                     const Selection &selection)
+{
+    const QString text = cell.text();
+    const bool hasNicks = table.columns() == 3;
+    const int leading = hasNicks && column == 2 && text.startsWith(u' ') ? 1 : 0;
+    const int trailing = hasNicks && column == 1 ? ChatTable::SpacesAfterNick : 0;
+    const int start = std::max(selection.start - cell.position(), leading);
+    const int end = std::min(selection.end - cell.position(), int(text.size()) - trailing);
+    return LineBreaks::toSpaces(text.mid(start, std::max(end - start, 0)));
 }
 
 } // namespace
@@ -197,6 +242,32 @@ void ChatTable::appendRows(QTextTable &table, const QList<ChatRow> &rows)
     cursor.endEditBlock();
     if (layout)
         layout->endRows();
+}
+
+QString ChatTable::selectedText(const QTextCursor &cursor)
+{
+    const QList<QTextFrame *> frames = cursor.document()->rootFrame()->childFrames();
+    const auto *table = frames.isEmpty() ? nullptr : qobject_cast<QTextTable *>(frames.first());
+    if (!table)
+        return {};
+    const Selection selection = selectionOf(cursor, *table);
+    QStringList lines;
+    QTextBlock cell = table->cellAt(selection.firstRow, 0).firstCursorPosition().block();
+    for (int row = 0; row < selection.rows; ++row) {
+        QStringList parts;
+        for (int column = 0; column < table->columns(); ++column, cell = cell.next()) {
+            const int selected = column - selection.firstColumn;
+            if (selected >= 0 && selected < selection.columns)
+                parts << ::selectedText(cell, column, *table, selection);
+        }
+        parts.removeAll(QString());
+        lines << parts.join(u' ');
+    }
+    while (!lines.isEmpty() && lines.first().isEmpty())
+        lines.removeFirst();
+    while (!lines.isEmpty() && lines.last().isEmpty())
+        lines.removeLast();
+    return lines.join(u'\n');
 }
 
 QString ChatTable::elidedNick(const QString &nick)

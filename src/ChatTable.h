@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 
+class QTextCursor;
 class QTextEdit;
 class QTextTable;
 
@@ -29,6 +30,9 @@ struct ChatRow
 /// that would start a new block are replaced by ones that don't.
 namespace ChatTable {
 
+/// They separate a nick from the rule on its right.
+inline constexpr int SpacesAfterNick = 2;
+
 /// Inserts an empty conversation at the end of `view`'s document and leaves the view read-only.
 ///
 /// `columns` is 2 or 3. The table has one row that stays empty: it makes the small gap above the
@@ -40,6 +44,12 @@ namespace ChatTable {
 /// Each change costs time that grows with the table, so lines that come together are appended
 /// together. The document is the same as after as many single calls.
 void appendRows(QTextTable &table, const QList<ChatRow> &rows);
+
+/// Returns what `cursor` selects as plain text, one line per row: "time nick text" with a space
+/// between them, without the cells that are not selected or empty.
+///
+/// A selection within one cell gives its text alone. There are no empty lines at either end.
+[[nodiscard]] QString selectedText(const QTextCursor &cursor);
 
 /// `nick` as it is shown: the first 15 code units and an ellipsis if it has more than 16.
 [[nodiscard]] QString elidedNick(const QString &nick);

@@ -1,6 +1,7 @@
 #include "ChatText.h"
 
 #include "ChatLayout.h"
+#include "ChatTable.h"
 
 #include <QLatin1StringView>
 #include <QTextBlock>
@@ -29,8 +30,6 @@ struct Piece
 
 using Pieces = QVarLengthArray<Piece, 3>;
 
-constexpr int SpacesAfterNick = 2;
-
 int textLength(const QTextBlock &block)
 {
     return block.length() - 1;
@@ -45,7 +44,7 @@ Pieces piecesOf(const ChatLayout &layout, int line)
     block = block.next();
     const bool hasNicks = layout.columnCount() == 3;
     if (hasNicks) {
-        const int nickLength = textLength(block) - SpacesAfterNick;
+        const int nickLength = textLength(block) - ChatTable::SpacesAfterNick;
         if (nickLength > 0)
             pieces.append({block, 0, nickLength, ": "_L1});
         block = block.next();

@@ -3,15 +3,21 @@
 #include "ChatAccessibility.h"
 #include "ChatLayout.h"
 #include "ChatScrollBar.h"
+#include "ChatTable.h"
 
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QStyle>
 #include <QStyleOptionFrame>
+#include <QTextBlock>
 #include <QTimerEvent>
 
 #include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -29,6 +35,15 @@ bool isOpaque(const QImage &picture)
     return !picture.isNull();
 }
 
+bool isLink(const QTextCursor &cursor)
+{
+    if (!cursor.hasSelection())
+        return false;
+    QTextCursor first = cursor;
+    first.setPosition(cursor.selectionStart() + 1);
+    return first.charFormat().isAnchor();
+}
+
 } // namespace
 
 ChatView::ChatView(QWidget *parent)
@@ -39,13 +54,15 @@ ChatView::ChatView(QWidget *parent)
     layout->setPaintDevice(viewport());
     document()->setDocumentLayout(layout);
     setVerticalScrollBar(new ChatScrollBar(Qt::Vertical, this));
+    connect(verticalScrollBar(), &QAbstractSlider::actionTriggered, this,
+            [this] { returnsToEnd = false; });
     connect(layout, &ChatLayout::documentSizeChanged, this, &ChatView::measureLater);
     accessibility = new ChatAccessibility(*this);
 }
 
 bool ChatView::focusNextPrevChild(bool next)
 {
-    const bool isInside = QTextBrowser::focusNextPrevChild(next);
+    const bool isInside = focusLink(next);
     // No signal tells of the link that the focus moves to.
     accessibility->reportFocus();
     return isInside;
@@ -256,6 +273,69 @@ void ChatView::scrollContentsBy(int dx, int dy)
     // A picture behind the text has been moved with it.
     if (!ground.isNull())
         viewport()->update();
+}
+
+void ChatView::keyPressEvent(QKeyEvent *event)
+{
+    // A read-only QTextEdit knows Home and End without Ctrl only.
+    if (event->matches(QKeySequence::MoveToStartOfDocument))
+        verticalScrollBar()->triggerAction(QAbstractSlider::SliderToMinimum);
+    else if (event->matches(QKeySequence::MoveToEndOfDocument))
+        verticalScrollBar()->triggerAction(QAbstractSlider::SliderToMaximum);
+    else
+        QTextBrowser::keyPressEvent(event);
+}
+
+bool ChatView::focusLink(bool next)
+{
+    if (isLink(textCursor()))
+        return QTextBrowser::focusNextPrevChild(next);
+    const int link = lastVisibleLink();
+    if (link < 0)
+        return QTextEdit::focusNextPrevChild(next);
+    returnsToEnd = steadyEdge() == Edge::Bottom;
+    // Qt goes on from the end of the selection.
+    QTextCursor before = textCursor();
+    before.setPosition(link - 1);
+    before.setPosition(link, QTextCursor::KeepAnchor);
+    setTextCursor(before);
+    return QTextBrowser::focusNextPrevChild(true);
+}
+
+int ChatView::lastVisibleLink() const
+{
+    if (layout->rowCount() == 0)
+        return -1;
+    const int top = verticalScrollBar()->value();
+    const int firstRow = layout->rowAt(top);
+    int link = -1;
+    for (int row = layout->rowAt(top + viewport()->height()); link < 0 && row >= firstRow; --row) {
+        const QTextBlock text = layout->cellBlock(row, layout->columnCount() - 1);
+        for (auto run = text.begin(); !run.atEnd(); ++run) {
+            if (run.fragment().charFormat().isAnchor())
+                link = run.fragment().position();
+        }
+    }
+    return link;
+}
+
+void ChatView::focusOutEvent(QFocusEvent *event)
+{
+    QTextBrowser::focusOutEvent(event);
+    if (event->reason() == Qt::ActiveWindowFocusReason || event->reason() == Qt::PopupFocusReason)
+        return;
+    if (std::exchange(returnsToEnd, false))
+        verticalScrollBar()->setValue(layout->rowTop(layout->rowCount()) - viewport()->height());
+}
+
+QMimeData *ChatView::createMimeDataFromSelection() const
+{
+    const QString text = ChatTable::selectedText(textCursor());
+    auto *selection = new QMimeData;
+    selection->setText(text);
+    selection->setHtml(u"<meta charset=\"utf-8\">"_s
+                       + Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal));
+    return selection;
 }
 
 void ChatView::mouseMoveEvent(QMouseEvent *event)

@@ -31,9 +31,16 @@ public:
     [[nodiscard]] bool isBeingRead() const;
 
 protected:
+    /// Also of the primary selection and of drags.
+    [[nodiscard]] QMimeData *createMimeDataFromSelection() const override;
     void changeEvent(QEvent *event) override;
+    /// Moves the focus between links. The first one is the last that is visible, so that the view
+    /// does not scroll away from the end of the conversation.
     bool focusNextPrevChild(bool next) override;
+    /// Returns to the end of the conversation if only the links have scrolled the view from there.
+    void focusOutEvent(QFocusEvent *event) override;
     void hideEvent(QHideEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -60,6 +67,9 @@ private:
     bool settle(Edge edge);
     void startMeasuring(Edge edge);
     void measureLater();
+    bool focusLink(bool next);
+    // Position of the last link that is visible; -1 if there is none.
+    [[nodiscard]] int lastVisibleLink() const;
     [[nodiscard]] QBrush backgroundBrush() const;
     [[nodiscard]] bool hasPlainGround() const;
     [[nodiscard]] QPixmap paintedGround() const;
@@ -75,4 +85,7 @@ private:
     QPixmap ground;
     // The scroll bar follows heights that have changed: the picture stays as it is.
     bool isAdjusting = false;
+    // The view showed the end of the conversation when the focus went to the first link, and the
+    // user has not scrolled since.
+    bool returnsToEnd = false;
 };

@@ -97,6 +97,14 @@ private slots:
     void appendsNothing();
     void writesWhatTheTablesOwnCellsWouldTake();
 
+    void selectsCells_data();
+    void selectsCells();
+    void selectsWithinACell_data();
+    void selectsWithinACell();
+    void selectsAll_data();
+    void selectsAll();
+    void selectsNothing();
+
 private:
     QTextBrowser view;
     QTextTable *table = nullptr;
@@ -437,6 +445,115 @@ void TestChatTable::writesWhatTheTablesOwnCellsWouldTake()
     ChatTable::appendRows(*table, {{.time = u"[10:00]"_s, .nick = u"bob"_s, .text = u" hello"_s}});
     QCOMPARE(describe(*view.document()), describe(*other.document()));
     QCOMPARE(view.toHtml(), other.toHtml());
+}
+
+void TestChatTable::selectsCells_data()
+{
+    QTest::addColumn<QPoint>("from");
+    QTest::addColumn<QPoint>("to");
+    QTest::addColumn<QString>("expected");
+
+    // Columns and rows.
+    QTest::newRow("rows") << QPoint(0, 1) << QPoint(2, 4)
+                          << u"[10:00] alice hello there\n"
+                             "[10:01] a line of the system\n"
+                             "[10:02] bob joined #chan\n"
+                             "[10:03] me [Away: x] y"_s;
+    QTest::newRow("rows, upwards") << QPoint(2, 2) << QPoint(0, 1)
+                                   << u"[10:00] alice hello there\n"
+                                      "[10:01] a line of the system"_s;
+    QTest::newRow("texts") << QPoint(2, 1) << QPoint(2, 2)
+                           << u"hello there\na line of the system"_s;
+    QTest::newRow("nicks and texts")
+            << QPoint(1, 2) << QPoint(2, 3) << u"a line of the system\nbob joined #chan"_s;
+    QTest::newRow("nicks") << QPoint(1, 1) << QPoint(1, 3) << u"alice\n\nbob"_s;
+    QTest::newRow("empty cells at both ends")
+            << QPoint(0, 3) << QPoint(0, 5) << u"[10:02]\n[10:03]"_s;
+    QTest::newRow("from the empty first row") << QPoint(0, 0) << QPoint(1, 1) << u"[10:00] alice"_s;
+    QTest::newRow("a row without time and text") << QPoint(0, 5) << QPoint(2, 5) << u"carol"_s;
+}
+
+void TestChatTable::selectsCells()
+{
+    QFETCH(const QPoint, from);
+    QFETCH(const QPoint, to);
+    ChatTable::appendRows(*table, SampleRows);
+    QTextCursor cursor = table->cellAt(from.y(), from.x()).firstCursorPosition();
+    cursor.setPosition(table->cellAt(to.y(), to.x()).lastPosition(), QTextCursor::KeepAnchor);
+    QTEST(ChatTable::selectedText(cursor), "expected");
+}
+
+void TestChatTable::selectsWithinACell_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    QTest::addColumn<QString>("expected");
+
+    // The text is " a  b", a line separator and "c ".
+    QTest::newRow("text") << 2 << 0 << 8 << u"a  b c "_s;
+    QTest::newRow("part of the text") << 2 << 2 << 4 << u"  "_s;
+    QTest::newRow("part of the text, backwards") << 2 << 7 << 4 << u"b c"_s;
+    QTest::newRow("padding before it") << 2 << 0 << 1 << QString();
+    QTest::newRow("nick") << 1 << 0 << 5 << u"bob"_s;
+    QTest::newRow("part of the nick") << 1 << 1 << 3 << u"ob"_s;
+    QTest::newRow("padding after it") << 1 << 4 << 5 << QString();
+    QTest::newRow("time") << 0 << 0 << 7 << u"[10:00]"_s;
+}
+
+void TestChatTable::selectsWithinACell()
+{
+    QFETCH(const int, column);
+    QFETCH(const int, from);
+    QFETCH(const int, to);
+    ChatTable::appendRows(*table,
+                          {{.time = u"[10:00]"_s, .nick = u"bob"_s, .text = u" a  b\nc "_s}});
+    QTextCursor cursor = table->cellAt(1, column).firstCursorPosition();
+    const int start = cursor.position();
+    cursor.setPosition(start + from);
+    cursor.setPosition(start + to, QTextCursor::KeepAnchor);
+    QTEST(ChatTable::selectedText(cursor), "expected");
+}
+
+void TestChatTable::selectsAll_data()
+{
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("with nicks") << 3
+                                << u"[10:00] alice hello there\n"
+                                   "[10:01] a line of the system\n"
+                                   "[10:02] bob joined #chan\n"
+                                   "[10:03] me [Away: x] y\n"
+                                   "carol"_s;
+    // Nothing is put before these texts, so a space there is the sender's.
+    QTest::newRow("without nicks") << 2
+                                   << u"[10:00]  hello there\n"
+                                      "[10:01]  a line of the system\n"
+                                      "[10:02]  joined #chan\n"
+                                      "[10:03] [Away: x] y"_s;
+}
+
+void TestChatTable::selectsAll()
+{
+    QFETCH(const int, columns);
+    QTextBrowser other;
+    ChatTable::appendRows(*ChatTable::create(other, columns), SampleRows);
+    other.selectAll();
+    QTEST(ChatTable::selectedText(other.textCursor()), "expected");
+}
+
+void TestChatTable::selectsNothing()
+{
+    QTextBrowser empty;
+    empty.selectAll();
+    QCOMPARE(ChatTable::selectedText(empty.textCursor()), QString());
+    view.selectAll();
+    QCOMPARE(ChatTable::selectedText(view.textCursor()), QString());
+    ChatTable::appendRows(*table, SampleRows);
+    view.moveCursor(QTextCursor::End);
+    QCOMPARE(ChatTable::selectedText(view.textCursor()), QString());
+    QCOMPARE(ChatTable::selectedText(table->cellAt(1, 2).firstCursorPosition()), QString());
 }
 
 QTEST_MAIN(TestChatTable)
