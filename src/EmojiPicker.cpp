@@ -4,6 +4,7 @@
 #include "ThemeManager.h"
 
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QList>
 #include <QPoint>
@@ -22,6 +23,42 @@ constexpr int ButtonSize = 36;
 // Between the picker and the button that it opens from, or the edge of the screen; the room that is
 // looked for beside the button has as much to spare on the far side.
 constexpr int Gap = 5;
+
+// The columns and rows that an arrow key moves by; null for other keys.
+QPoint stepOf(int key)
+{
+    switch (key) {
+    case Qt::Key_Left:
+        return {-1, 0};
+    case Qt::Key_Right:
+        return {1, 0};
+    case Qt::Key_Up:
+        return {0, -1};
+    case Qt::Key_Down:
+        return {0, 1};
+    default:
+        return {};
+    }
+}
+
+// Moves the focus from `button` to the next one in this direction, past headings, if there is one.
+void moveFocus(QWidget &button, QPoint step)
+{
+    const auto *grid = static_cast<QGridLayout *>(button.parentWidget()->layout());
+    int row = 0;
+    int column = 0;
+    int rows = 0;
+    int columns = 0;
+    grid->getItemPosition(grid->indexOf(&button), &row, &column, &rows, &columns);
+    const QLayoutItem *item = nullptr;
+    do {
+        row += step.y();
+        column += step.x();
+        item = grid->itemAtPosition(row, column);
+    } while (item && item->widget()->focusPolicy() == Qt::NoFocus);
+    if (item)
+        item->widget()->setFocus(Qt::TabFocusReason);
+}
 
 struct EmojiCategory
 {
@@ -73,6 +110,19 @@ EmojiPicker::EmojiPicker(QWidget *parent, const QString &theme)
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAccessibleName(tr("Emoji"));
     setupUI();
+    findChild<QPushButton *>()->setFocus();
+}
+
+bool EmojiPicker::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::KeyPress) {
+        const QPoint step = stepOf(static_cast<QKeyEvent *>(event)->key());
+        if (!step.isNull()) {
+            moveFocus(static_cast<QWidget &>(*watched), step);
+            return true;
+        }
+    }
+    return QDialog::eventFilter(watched, event);
 }
 
 QPoint EmojiPicker::placeAt(const QRect &button, const QSize &size, const QRect &available)
@@ -169,9 +219,13 @@ void EmojiPicker::addEmoji(QGridLayout *grid, const QString &emoji, int row, int
     button->setFixedSize(ButtonSize, ButtonSize);
     button->setCursor(Qt::PointingHandCursor);
     button->setStyleSheet(buttonSheet(currentTheme));
+    button->installEventFilter(this);
     grid->addWidget(button, row, column);
     connect(button, &QPushButton::clicked, this, [this, emoji] {
         emit emojiSelected(emoji);
         close();
+        // Keys that were typed before the popup had closed still get here.
+        if (QWidget *focused = focusWidget())
+            focused->clearFocus();
     });
 }

@@ -34,6 +34,10 @@ signals:
     /// up; it closes when this returns.
     void emojiSelected(const QString &emoji);
 
+protected:
+    /// Moves the focus from one emoji to the next as an arrow key says, within the grid.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void setupUI();
     [[nodiscard]] QGridLayout *createGrid();

@@ -12,6 +12,7 @@
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
 #include "InfoDialogs.h"
+#include "InputForwarder.h"
 #include "InputRow.h"
 #include "IrcText.h"
 #include "LineBreaks.h"
@@ -155,6 +156,7 @@ void MainWindow::connectWidgets()
         if (currentTabName != TabNames::Server && tabWidget->currentIndex() >= 0)
             closeTab(tabWidget->currentIndex());
     });
+    TabStrip::addSwitchShortcuts(*tabWidget, *this);
     connect(tabBar, &QTabBar::tabBarDoubleClicked, this, [this](int index) {
         if (tabWidget->tabText(index) != TabNames::Server)
             closeTab(index);
@@ -562,6 +564,7 @@ MainWindow::TabInfo MainWindow::createTabInfo(const QString &name, bool isChanne
     TabInfo info;
     info.page = createChannelTab(name, isChannel);
     info.chatView = info.page->findChild<QTextBrowser *>();
+    new InputForwarder(*info.chatView, *inputLine);
     return info;
 }
 
@@ -1388,6 +1391,7 @@ void MainWindow::onChannelListDoubleClicked(QTreeWidgetItem *item, int)
     }
     if (const auto tab = tabs.constFind(channel); tab != tabs.cend())
         tabWidget->setCurrentWidget(tab->page);
+    inputLine->setFocus();
     connection->joinChannel(channel);
 }
 

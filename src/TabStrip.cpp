@@ -7,6 +7,7 @@
 #include "TabMenuKey.h"
 
 #include <QPushButton>
+#include <QShortcut>
 
 using namespace Qt::StringLiterals;
 
@@ -73,6 +74,21 @@ void updateCloseButtons(QTabBar &bar, const QObject &receiver,
         if (button->styleSheet() != sheet)
             button->setStyleSheet(sheet);
     }
+}
+
+void addSwitchShortcuts(QTabWidget &tabs, QWidget &window)
+{
+    const auto add = [&](const QList<QKeySequence> &keys, int step) {
+        auto *shortcut = new QShortcut(&window);
+        shortcut->setKeys(keys);
+        QObject::connect(shortcut, &QShortcut::activated, &tabs, [&tabs, step] {
+            const int count = tabs.count();
+            if (count > 0)
+                tabs.setCurrentIndex((tabs.currentIndex() + count + step) % count);
+        });
+    };
+    add({Qt::CTRL | Qt::Key_Tab, Qt::CTRL | Qt::Key_PageDown}, 1);
+    add({Qt::CTRL | Qt::SHIFT | Qt::Key_Tab, Qt::CTRL | Qt::Key_PageUp}, -1);
 }
 
 void putBehind(QTabBar &bar, const QWidget &page)

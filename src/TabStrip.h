@@ -6,6 +6,7 @@ class HighlightTabBar;
 class MyTabWidget;
 class QObject;
 class QTabBar;
+class QTabWidget;
 class QWidget;
 
 /// The bar that the conversations' tabs stand in: what it looks like, the close buttons in it, and
@@ -21,6 +22,10 @@ HighlightTabBar *create(MyTabWidget &tabs);
 /// once tabs before it have gone, and for as long as `receiver` lives.
 void updateCloseButtons(QTabBar &bar, const QObject &receiver,
                         const std::function<void(int)> &close);
+
+/// Lets Ctrl+Tab, Ctrl+PageDown and, backwards, Ctrl+Shift+Tab and Ctrl+PageUp switch the tabs of
+/// `tabs` from everywhere in `window`, around the ends.
+void addSwitchShortcuts(QTabWidget &tabs, QWidget &window);
 
 /// Lets the keyboard go from `bar` through what is in `page`, and on to what came after the bar.
 void putBehind(QTabBar &bar, const QWidget &page);

@@ -6,6 +6,7 @@
 #include "WindowSession.h"
 
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QSettings>
@@ -287,6 +288,7 @@ void TestChannelListMenu::opensAChannelByDoubleClick()
     QCOMPARE(session.takeSent(), QStringList{u"JOIN #b"_s});
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List, u"#b"_s}));
     QCOMPARE(session.probe.currentTabName(), u"#b"_s);
+    QCOMPARE(session.window.focusWidget(), &session.probe.inputLine());
     QCOMPARE(session.probe.tabWidget().tabToolTip(2), u"#b"_s);
     const MainWindow::TabInfo tab = session.probe.tabs().value(u"#b"_s);
     QCOMPARE(tab.page, session.probe.tabWidget().widget(2));
@@ -308,6 +310,7 @@ void TestChannelListMenu::goesToAnOpenChannelByDoubleClick()
     session.probe.showTab(List);
     doubleClick(session, 0);
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
+    QCOMPARE(session.window.focusWidget(), &session.probe.inputLine());
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List, u"#a"_s}));
     QCOMPARE(session.takeSent(), QStringList{u"JOIN #a"_s});
 }

@@ -100,6 +100,9 @@ private slots:
     void emitsTheVariationSelector();
     void closesAtAClickOutside();
     void closesAtEscape();
+    void movesByArrows_data();
+    void movesByArrows();
+    void choosesByReturn();
 
     void findsItsPlace_data();
     void findsItsPlace();
@@ -362,6 +365,51 @@ void TestEmojiPicker::closesAtEscape()
     QTest::keyClick(&picker, Qt::Key_Escape);
     QVERIFY(!picker.isVisible());
     QCOMPARE(selections.size(), 0);
+}
+
+void TestEmojiPicker::movesByArrows_data()
+{
+    QTest::addColumn<QList<Qt::Key>>("keys");
+    QTest::addColumn<QString>("focused");
+
+    QTest::newRow("none") << QList<Qt::Key>() << u"😀"_s;
+    QTest::newRow("right") << QList{Qt::Key_Right} << u"😃"_s;
+    QTest::newRow("down") << QList{Qt::Key_Down} << u"😇"_s;
+    QTest::newRow("past a heading") << QList{Qt::Key_Down, Qt::Key_Down, Qt::Key_Right} << u"👎"_s;
+    QTest::newRow("back past a heading")
+            << QList{Qt::Key_Down, Qt::Key_Down, Qt::Key_Right, Qt::Key_Up, Qt::Key_Left} << u"😇"_s;
+    QTest::newRow("left edge") << QList{Qt::Key_Left} << u"😀"_s;
+    QTest::newRow("left edge of the second row") << QList{Qt::Key_Down, Qt::Key_Left} << u"😇"_s;
+    QTest::newRow("top") << QList{Qt::Key_Right, Qt::Key_Up} << u"😃"_s;
+    QTest::newRow("right edge") << QList<Qt::Key>(9, Qt::Key_Right) << u"😊"_s;
+    QTest::newRow("bottom") << QList<Qt::Key>(13, Qt::Key_Down) << u"☕"_s;
+}
+
+void TestEmojiPicker::movesByArrows()
+{
+    QFETCH(const QList<Qt::Key>, keys);
+    EmojiPicker picker(nullptr, u"light"_s);
+    picker.show();
+    for (const Qt::Key key : keys)
+        QTest::keyClick(picker.focusWidget(), key);
+    const auto *focused = qobject_cast<QPushButton *>(picker.focusWidget());
+    QVERIFY(focused != nullptr);
+    QTEST(focused->text(), "focused");
+    QVERIFY(picker.isVisible());
+}
+
+void TestEmojiPicker::choosesByReturn()
+{
+    EmojiPicker picker(nullptr, u"light"_s);
+    const QSignalSpy selections(&picker, &EmojiPicker::emojiSelected);
+    picker.show();
+    QTest::keyClick(picker.focusWidget(), Qt::Key_Right);
+    QTest::keyClick(picker.focusWidget(), Qt::Key_Return);
+    QVERIFY(!picker.isVisible());
+    // As a Return that was typed before the picker had closed.
+    QWidget *focused = picker.focusWidget();
+    QTest::keyClick(focused ? focused : &picker, Qt::Key_Return);
+    QCOMPARE(selections, (QList<QVariantList>{{u"😃"_s}}));
 }
 
 void TestEmojiPicker::findsItsPlace_data()

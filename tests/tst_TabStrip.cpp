@@ -2,8 +2,11 @@
 #include "MyTabWidget.h"
 #include "TabStrip.h"
 
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
+#include <QTextBrowser>
+#include <QTreeWidget>
 #include <QVBoxLayout>
 
 #include <memory>
@@ -51,6 +54,8 @@ private slots:
     void closesTheTabOfTheLastUpdate();
     void asksNobodyWhoIsGone();
     void leadsTheKeyboardThroughThePage();
+    void switchesTabsByKeys_data();
+    void switchesTabsByKeys();
 };
 
 void TestTabStrip::makesTheBarOfTheTabs()
@@ -148,6 +153,56 @@ void TestTabStrip::leadsTheKeyboardThroughThePage()
             way.append(widget);
     }
     QCOMPARE(way, (QList<const QWidget *>{buttons.at(0), buttons.at(2), behind}));
+}
+
+void TestTabStrip::switchesTabsByKeys_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+    QTest::addColumn<QList<int>>("expected");
+
+    const Qt::KeyboardModifiers ctrl = Qt::ControlModifier;
+    const Qt::KeyboardModifiers ctrlShift = Qt::ControlModifier | Qt::ShiftModifier;
+    const QList<int> forwards{1, 2, 0};
+    const QList<int> backwards{2, 1, 0};
+    QTest::newRow("Ctrl+Tab") << Qt::Key_Tab << ctrl << forwards;
+    QTest::newRow("Ctrl+Page Down") << Qt::Key_PageDown << ctrl << forwards;
+    QTest::newRow("Ctrl+Shift+Tab") << Qt::Key_Backtab << ctrlShift << backwards;
+    QTest::newRow("Ctrl+Page Up") << Qt::Key_PageUp << ctrl << backwards;
+}
+
+void TestTabStrip::switchesTabsByKeys()
+{
+    QFETCH(const Qt::Key, key);
+    QFETCH(const Qt::KeyboardModifiers, modifiers);
+    QFETCH(const QList<int>, expected);
+    QWidget window;
+    auto *layout = new QVBoxLayout(&window);
+    auto *tabs = new MyTabWidget;
+    layout->addWidget(tabs);
+    auto *tree = new QTreeWidget;
+    layout->addWidget(tree);
+    auto *line = new QLineEdit;
+    layout->addWidget(line);
+    HighlightTabBar *bar = TabStrip::create(*tabs);
+    auto *view = new QTextBrowser;
+    tabs->addTab(view, u"0"_s);
+    for (const QString &name : {u"1"_s, u"2"_s})
+        tabs->addTab(new QLineEdit, name);
+    TabStrip::addSwitchShortcuts(*tabs, window);
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    const QList<QWidget *> starts{bar, view, tree, line};
+    for (QWidget *start : starts) {
+        start->setFocus();
+        QList<int> visited;
+        for (qsizetype i = 0; i < expected.size(); ++i) {
+            QTest::keyClick(window.focusWidget(), key, modifiers);
+            visited << tabs->currentIndex();
+        }
+        QCOMPARE(visited, expected);
+    }
 }
 
 QTEST_MAIN(TestTabStrip)

@@ -82,10 +82,14 @@ bool ProgramOnScreen::closeDialog()
     return screen.press(u"Escape"_s) && waitForActive(MainTitle);
 }
 
+QPoint ProgramOnScreen::inputLine() const
+{
+    return window.bottomLeft() + InputFromBottomLeft;
+}
+
 bool ProgramOnScreen::say(const QString &text)
 {
-    const QPoint input = window.bottomLeft() + InputFromBottomLeft;
-    return screen.click(input) && screen.type(text) && screen.press(u"Return"_s);
+    return screen.click(inputLine()) && screen.type(text) && screen.press(u"Return"_s);
 }
 
 int ProgramOnScreen::shownLines() const

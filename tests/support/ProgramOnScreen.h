@@ -36,6 +36,8 @@ public:
     /// Closes the dialog that has the keyboard by Escape.
     [[nodiscard]] bool closeDialog();
 
+    /// A point of the input line.
+    [[nodiscard]] QPoint inputLine() const;
     /// Clicks into the input line, types the text and presses Return.
     [[nodiscard]] bool say(const QString &text);
 

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QObject>
+
+class QLineEdit;
+class QWidget;
+
+/// Sends what is typed or pasted by keyboard into a conversation to the input line, which gets the
+/// focus.
+class InputForwarder final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(InputForwarder)
+
+public:
+    /// Becomes a child of `source`. `inputLine` must outlive it; while it is hidden, keys stay with
+    /// `source`.
+    InputForwarder(QWidget &source, QLineEdit &inputLine);
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    QLineEdit &line;
+};

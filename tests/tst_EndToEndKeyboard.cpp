@@ -1,0 +1,189 @@
+// The built program in a real window, on a real server: where the keyboard goes, and what is copied
+// and pasted.
+
+#include "InspIrcd.h"
+#include "VirtualScreen.h"
+#include "Walk.h"
+
+#include <QRegularExpression>
+#include <QTest>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// From the upper left of the main window.
+constexpr QPoint InConversation{600, 400};
+constexpr int MiddleButton = 2;
+constexpr int PointsOfMenu = 1000; // Fewer than change when a menu opens.
+constexpr int OneTry = 5000;       // In ms, of several.
+
+} // namespace
+
+class TestEndToEndKeyboard final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void typesIntoTheInputLineFromAConversation();
+    void copiesRowsAsOneLineOfInput_data();
+    void copiesRowsAsOneLineOfInput();
+    void switchesTabs();
+    void choosesAnEmoji_data();
+    void choosesAnEmoji();
+    void reachesBothMenusWithOneMnemonic();
+
+private:
+    [[nodiscard]] bool clickConversation() const;
+    [[nodiscard]] bool typeLine(const QString &text) const;
+
+    VirtualScreen screen;
+    std::unique_ptr<Walk> walk;
+};
+
+void TestEndToEndKeyboard::initTestCase()
+{
+    QVERIFY2(screen.start(), qPrintable(screen.failure()));
+}
+
+void TestEndToEndKeyboard::init()
+{
+    walk = std::make_unique<Walk>(screen, std::make_unique<InspIrcd>());
+}
+
+void TestEndToEndKeyboard::cleanup()
+{
+    if (QTest::currentTestFailed())
+        walk->report(QString::fromLatin1(QTest::currentTestFunction()));
+    QVERIFY(walk->end());
+    QCOMPARE(walk->program.errorOutput(), QString());
+    walk.reset();
+}
+
+bool TestEndToEndKeyboard::clickConversation() const
+{
+    return screen.click(screen.activeWindow().topLeft() + InConversation);
+}
+
+bool TestEndToEndKeyboard::typeLine(const QString &text) const
+{
+    return screen.type(text) && screen.press(u"Return"_s);
+}
+
+void TestEndToEndKeyboard::typesIntoTheInputLineFromAConversation()
+{
+    QVERIFY(walk->enter());
+    QVERIFY(clickConversation());
+    QVERIFY(typeLine(u"hello there"_s));
+    QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :hello there"_s));
+}
+
+void TestEndToEndKeyboard::copiesRowsAsOneLineOfInput_data()
+{
+    QTest::addColumn<bool>("isPrimary");
+    QTest::newRow("clipboard") << false;
+    QTest::newRow("primary selection") << true;
+}
+
+void TestEndToEndKeyboard::copiesRowsAsOneLineOfInput()
+{
+    QFETCH(const bool, isPrimary);
+    QVERIFY(walk->enter());
+    walk->bob.send(u"PRIVMSG #room :one  two"_s);
+    walk->bob.send(u"PRIVMSG #room :QUIT :three"_s);
+    QVERIFY(walk->program.waitForLines(3));
+    QVERIFY(clickConversation());
+    QVERIFY(screen.press(u"ctrl+a"_s));
+    if (isPrimary) {
+        QVERIFY(screen.click(walk->program.inputLine(), MiddleButton));
+    } else {
+        QVERIFY(screen.press(u"ctrl+c"_s));
+        QVERIFY(screen.press(u"ctrl+v"_s));
+    }
+    QVERIFY(screen.press(u"Return"_s));
+    QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :["_s));
+    static const QRegularExpression expected(
+            uR"(^>> PRIVMSG #room :\[[\d:]+\] wanda joined #room \[[\d:]+\] bob one  two )"
+            uR"(\[[\d:]+\] bob QUIT :three$)"_s);
+    const QStringList said = walk->sentByProgram().filter(u"PRIVMSG"_s);
+    QCOMPARE(said.size(), 1);
+    QVERIFY2(expected.match(said.first()).hasMatch(), qPrintable(said.first()));
+}
+
+void TestEndToEndKeyboard::switchesTabs()
+{
+    QVERIFY(walk->enter({u"#room"_s, u"#hall"_s}));
+    QVERIFY(clickConversation());
+    QVERIFY(screen.press(u"ctrl+Tab"_s));
+    QVERIFY(typeLine(u"one"_s));
+    QVERIFY(walk->proxy->waitForProgram(u"PRIVMSG #hall :one"_s));
+    // The input line has the keyboard now.
+    QVERIFY(screen.press(u"ctrl+shift+Tab"_s));
+    QVERIFY(typeLine(u"two"_s));
+    QVERIFY(walk->proxy->waitForProgram(u"PRIVMSG #room :two"_s));
+    QVERIFY(screen.press(u"ctrl+Next"_s));
+    QVERIFY(typeLine(u"three"_s));
+    QVERIFY(walk->proxy->waitForProgram(u"PRIVMSG #hall :three"_s));
+    QVERIFY(screen.press(u"ctrl+Prior"_s));
+    QVERIFY(typeLine(u"four"_s));
+    QVERIFY(walk->proxy->waitForProgram(u"PRIVMSG #room :four"_s));
+    // From the channel list and the line that searches it, too.
+    QVERIFY(typeLine(u"/list"_s));
+    QVERIFY(walk->proxy->waitForServer(u" 323 wanda "_s));
+    QVERIFY(screen.press(u"ctrl+Prior"_s));
+    QVERIFY(typeLine(u"five"_s));
+    QVERIFY(walk->proxy->waitForProgram(u"PRIVMSG #hall :five"_s));
+}
+
+void TestEndToEndKeyboard::choosesAnEmoji_data()
+{
+    QTest::addColumn<QStringList>("keys");
+    QTest::addColumn<QString>("said");
+    QTest::newRow("by Return") << QStringList{u"Right"_s, u"Down"_s, u"Return"_s} << u"oh 🙂"_s;
+    QTest::newRow("not, by Escape") << QStringList{u"Right"_s, u"Escape"_s} << u"oh"_s;
+}
+
+void TestEndToEndKeyboard::choosesAnEmoji()
+{
+    QFETCH(const QStringList, keys);
+    QFETCH(const QString, said);
+    QVERIFY(walk->enter());
+    QVERIFY(screen.type(u"oh "_s));
+    QVERIFY(screen.press(u"Tab"_s));
+    QVERIFY(screen.press(u"space"_s));
+    for (const QString &key : keys)
+        QVERIFY(screen.press(key));
+    // The picker takes what is typed before it has closed.
+    QVERIFY(screen.waitFor([&] {
+        return screen.click(walk->program.inputLine()) && screen.press(u"Return"_s)
+               && QTest::qWaitFor(
+                       [&] {
+                           return walk->proxy->countFromProgram(u"PRIVMSG #room :"_s + said) > 0;
+                       },
+                       OneTry);
+    }));
+}
+
+void TestEndToEndKeyboard::reachesBothMenusWithOneMnemonic()
+{
+    QVERIFY(walk->enter());
+    // The first press goes to Server, the second one to Settings.
+    for (int i = 0; i < 2; ++i) {
+        const QImage before = screen.picture();
+        QVERIFY(screen.press(u"alt+s"_s));
+        QVERIFY(screen.waitFor([&] { return screen.countChanges(before) > PointsOfMenu; }));
+    }
+    QVERIFY(screen.press(u"p"_s));
+    QVERIFY(screen.waitFor([this] { return screen.activeTitle() == u"Preferences"_s; }));
+    QVERIFY(walk->program.closeDialog());
+}
+
+QTEST_GUILESS_MAIN(TestEndToEndKeyboard)
+
+#include "tst_EndToEndKeyboard.moc"
