@@ -184,7 +184,9 @@ QString selectedText(const QTextBlock &cell, int column, const QTextTable &table
     const QString text = cell.text();
     const bool hasNicks = table.columns() == 3;
     const int leading = hasNicks && column == 2 && text.startsWith(u' ') ? 1 : 0;
-    const int trailing = hasNicks && column == 1 ? ChatTable::SpacesAfterNick : 0;
+    const QString padding(ChatTable::SpacesAfterNick, u' ');
+    const int trailing =
+            hasNicks && column == 1 && text.endsWith(padding) ? int(padding.size()) : 0;
     const int start = std::max(selection.start - cell.position(), leading);
     const int end = std::min(selection.end - cell.position(), int(text.size()) - trailing);
     return LineBreaks::toSpaces(text.mid(start, std::max(end - start, 0)));

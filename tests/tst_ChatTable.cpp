@@ -101,6 +101,7 @@ private slots:
     void selectsCells();
     void selectsWithinACell_data();
     void selectsWithinACell();
+    void selectsTextInTheNickColumn();
     void selectsAll_data();
     void selectsAll();
     void selectsNothing();
@@ -513,6 +514,17 @@ void TestChatTable::selectsWithinACell()
     cursor.setPosition(start + from);
     cursor.setPosition(start + to, QTextCursor::KeepAnchor);
     QTEST(ChatTable::selectedText(cursor), "expected");
+}
+
+// As the rows of a tab that was renamed to "Server".
+void TestChatTable::selectsTextInTheNickColumn()
+{
+    ChatTable::appendRows(*table, SampleRows);
+    QTextCursor cursor = table->cellAt(1, 1).firstCursorPosition();
+    cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    cursor.insertText(u"a text"_s);
+    cursor.movePosition(QTextCursor::StartOfBlock, QTextCursor::KeepAnchor);
+    QCOMPARE(ChatTable::selectedText(cursor), u"a text"_s);
 }
 
 void TestChatTable::selectsAll_data()
