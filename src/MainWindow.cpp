@@ -31,7 +31,6 @@
 #include "ThemeManager.h"
 #include "UserListRows.h"
 
-#include <QAbstractItemView>
 #include <QClipboard>
 #include <QCompleter>
 #include <QCoreApplication>
@@ -1415,9 +1414,8 @@ void MainWindow::toggleEmojiPicker()
 
 void MainWindow::onSendInput()
 {
-    // Return takes the nick that has been chosen in the popup; the line goes on from there.
-    const QAbstractItemView *popup = nickCompleter->popup();
-    if (popup->isVisible() && popup->currentIndex().isValid())
+    // Return accepts the nick chosen in the popup and sends nothing.
+    if (NickCompletion::hasChosenNick(*nickCompleter, *inputLine))
         return;
     const QString text = inputLine->text().trimmed();
     inputLine->clear();

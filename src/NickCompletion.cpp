@@ -2,8 +2,26 @@
 
 #include "TabNames.h"
 
+#include <QAbstractItemView>
 #include <QCompleter>
+#include <QLineEdit>
+#include <QSignalBlocker>
 #include <QStringListModel>
+
+namespace {
+
+// The line reads the nick already; without the signals its cursor stays where it is.
+void highlight(QCompleter &completer, const QString &nick)
+{
+    const QAbstractItemModel *rows = completer.completionModel();
+    const QModelIndexList found = rows->match(rows->index(0, 0), Qt::DisplayRole, nick, 1,
+                                              Qt::MatchExactly | Qt::MatchCaseSensitive);
+    const QSignalBlocker blocker(completer);
+    if (!found.isEmpty())
+        completer.popup()->setCurrentIndex(found.constFirst());
+}
+
+} // namespace
 
 namespace NickCompletion {
 
@@ -34,7 +52,24 @@ void offer(QCompleter &completer, const QStringList &candidates)
         model = new QStringListModel(&completer);
         completer.setModel(model);
     }
+    if (model->stringList() == candidates)
+        return;
+    const QModelIndex current = completer.popup()->currentIndex();
+    const QString nick = current.data().toString();
+    const bool wasHighlighted = current.isValid();
     model->setStringList(candidates);
+    if (wasHighlighted)
+        highlight(completer, nick);
+}
+
+bool hasChosenNick(QCompleter &completer, const QLineEdit &line)
+{
+    const QAbstractItemView *popup = completer.popup();
+    if (!popup->isVisible())
+        return false;
+    // A highlighted nick replaces the line's text but not the prefix, and typing ends that.
+    const bool readsNick = !line.isModified() && line.text() != completer.completionPrefix();
+    return popup->currentIndex().isValid() || readsNick;
 }
 
 QString wordAt(const QString &text, int cursor)

@@ -6,6 +6,7 @@
 #include <optional>
 
 class QCompleter;
+class QLineEdit;
 class QObject;
 
 /// What can be completed in the input line, and the word at its cursor.
@@ -26,8 +27,13 @@ QCompleter *create(QObject *parent);
 /// none of them twice.
 [[nodiscard]] QStringList candidates(const Source &source);
 
-/// Lets `completer` offer `candidates`, in a string list model of its own.
+/// Lets `completer` offer `candidates`, in a string list model of its own. A nick that is
+/// highlighted in the popup stays highlighted as long as it is among them.
 void offer(QCompleter &completer, const QStringList &candidates);
+
+/// True while the popup of `completer` is open and `line` reads a nick highlighted there, even if
+/// the nick has left the list since.
+[[nodiscard]] bool hasChosenNick(QCompleter &completer, const QLineEdit &line);
 
 /// What of the word at `cursor` stands before it: the word to complete. Words end at blanks. With
 /// the cursor at the start it is the last word of a text that has a blank.

@@ -1,6 +1,7 @@
 #include "NickCompletion.h"
 
 #include <QCompleter>
+#include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QStringListModel>
 #include <QTest>
@@ -67,7 +68,11 @@ void TestNickCompletion::offersInOneModel()
     QVERIFY(model != nullptr);
     QCOMPARE(model->parent(), completer);
     QCOMPARE(model->stringList(), QStringList{u"a"_s});
+    const QSignalSpy changed(model, &QAbstractItemModel::modelReset);
+    NickCompletion::offer(*completer, {u"a"_s});
+    QCOMPARE(changed.size(), 0);
     NickCompletion::offer(*completer, {u"b"_s, u"c"_s});
+    QCOMPARE(changed.size(), 1);
     QCOMPARE(completer->model(), model);
     QCOMPARE(model->stringList(), (QStringList{u"b"_s, u"c"_s}));
 }

@@ -78,6 +78,13 @@ private slots:
     void takesWhatIsChosenByKeys();
     void takesTheChosenNickByReturn();
     void sendsTheLineUnderThePopup();
+    void keepsTheHighlightedNick_data();
+    void keepsTheHighlightedNick();
+    void acceptsAHighlightedNickThatLeft_data();
+    void acceptsAHighlightedNickThatLeft();
+    void keepsTheCursorInTheLine();
+    void sendsWhatWasTypedAfterTheNickLeft();
+    void sendsTheTypedTextAfterTheLastRow();
     void goesOnWhileItIsOpen();
 
     void completes_data();
@@ -437,6 +444,144 @@ void TestNickCompletionUse::sendsTheLineUnderThePopup()
     QTest::keyClick(popup, Qt::Key_Return);
     QVERIFY(!popup->isVisible());
     QCOMPARE(session.probe.inputLine().text(), QString());
+    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :al"_s});
+}
+
+void TestNickCompletionUse::keepsTheHighlightedNick_data()
+{
+    QTest::addColumn<QStringList>("said");
+    QTest::addColumn<QStringList>("nicks");
+
+    const auto add = [](const char *name, const QStringList &said, const QStringList &nicks) {
+        QTest::newRow(name) << said << nicks;
+    };
+    const auto albert = u"Albert"_s;
+    const auto alice = u"alice"_s;
+    add("join before it", {u":alba!u@h JOIN #c"_s}, {u"alba"_s, albert, alice});
+    add("join after it", {u":alva!u@h JOIN #c"_s}, {albert, alice, u"alva"_s});
+    add("join of another name", {u":zoe!u@h JOIN #c"_s}, {albert, alice});
+    add("part", {u":Albert!u@h PART #c"_s}, {alice});
+    add("quit", {u":Albert!u@h QUIT :x"_s}, {alice});
+    add("rename", {u":Albert!u@h NICK alf"_s}, {u"alf"_s, alice});
+    add("kick", {u":op!u@h KICK #c Albert :x"_s}, {alice});
+    add("name list", {u":irc.test 353 me = #c :@alice alto me"_s, u":irc.test 366 me #c :End"_s},
+        {alice, u"alto"_s});
+    add("several in one read",
+        {u":alf!u@h JOIN #c"_s, u":Albert!u@h QUIT :x"_s, u":alf!u@h NICK alba"_s},
+        {u"alba"_s, alice});
+    add("gone and back in one read", {u":alice!u@h PART #c"_s, u":alice!u@h JOIN #c"_s},
+        {albert, alice});
+}
+
+void TestNickCompletionUse::keepsTheHighlightedNick()
+{
+    QFETCH(const QStringList, said);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"Albert alice me"_s));
+    type(session.probe, u"al"_s);
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    QTest::keyClick(popup, Qt::Key_Down);
+    QTest::keyClick(popup, Qt::Key_Down);
+    QCOMPARE(session.probe.inputLine().text(), u"alice"_s);
+    static_cast<void>(session.takeSent());
+    session.server.sendBytes(said.join(u"\r\n"_s).toUtf8() + "\r\n"_ba); // Arrives in one read.
+    QVERIFY(session.settle());
+    QTEST(offered(session.probe), "nicks");
+    QCOMPARE(popup->currentIndex().data().toString(), u"alice"_s);
+    QVERIFY(popup->selectionModel()->isSelected(popup->currentIndex()));
+    QTest::keyClick(popup, Qt::Key_Return);
+    QVERIFY(!popup->isVisible());
+    QCOMPARE(session.probe.inputLine().text(), u"alice"_s);
+    QCOMPARE(session.takeSent(), QStringList());
+}
+
+void TestNickCompletionUse::acceptsAHighlightedNickThatLeft_data()
+{
+    QTest::addColumn<QStringList>("said");
+    QTest::addColumn<QStringList>("nicks");
+
+    const auto add = [](const char *name, const QStringList &said, const QStringList &nicks) {
+        QTest::newRow(name) << said << nicks;
+    };
+    const auto albert = u"Albert"_s;
+    add("part", {u":alice!u@h PART #c"_s}, {albert});
+    add("quit", {u":alice!u@h QUIT :x"_s}, {albert});
+    add("kick", {u":op!u@h KICK #c alice :x"_s}, {albert});
+    add("rename within the list", {u":alice!u@h NICK ali"_s}, {albert, u"ali"_s});
+    add("rename out of the list", {u":alice!u@h NICK bea"_s}, {albert});
+    add("name list", {u":irc.test 353 me = #c :Albert me"_s, u":irc.test 366 me #c :End"_s},
+        {albert});
+    add("everyone listed leaves", {u":alice!u@h QUIT :x"_s, u":Albert!u@h QUIT :x"_s}, {});
+}
+
+// The line reads the nick, but the user has not finished it: Return sends nothing until the popup
+// is closed.
+void TestNickCompletionUse::acceptsAHighlightedNickThatLeft()
+{
+    QFETCH(const QStringList, said);
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"Albert alice me"_s));
+    type(session.probe, u"al"_s);
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    QTest::keyClick(popup, Qt::Key_Down);
+    QTest::keyClick(popup, Qt::Key_Down);
+    static_cast<void>(session.takeSent());
+    QVERIFY(session.sayAll(said));
+    QTEST(offered(session.probe), "nicks");
+    QVERIFY(popup->isVisible());
+    QVERIFY(!popup->currentIndex().isValid());
+    QTest::keyClick(popup, Qt::Key_Return);
+    QVERIFY(!popup->isVisible());
+    QCOMPARE(session.probe.inputLine().text(), u"alice"_s);
+    QCOMPARE(session.takeSent(), QStringList());
+    QTest::keyClick(&session.probe.inputLine(), Qt::Key_Return);
+    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :alice"_s});
+}
+
+void TestNickCompletionUse::keepsTheCursorInTheLine()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"alice me"_s));
+    type(session.probe, u"al"_s);
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    QTest::keyClick(popup, Qt::Key_Down);
+    QTest::keyClick(popup, Qt::Key_Left);
+    QVERIFY(session.say(u":alf!u@h JOIN #c"_s));
+    QCOMPARE(session.probe.inputLine().cursorPosition(), 4);
+}
+
+void TestNickCompletionUse::sendsWhatWasTypedAfterTheNickLeft()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"alice me"_s));
+    type(session.probe, u"al"_s);
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    QTest::keyClick(popup, Qt::Key_Down);
+    static_cast<void>(session.takeSent());
+    QVERIFY(session.sayAll({u":alice!u@h QUIT :x"_s, u":alices!u@h JOIN #c"_s}));
+    QTest::keyClick(popup, Qt::Key_S);
+    QCOMPARE(offered(session.probe), QStringList{u"alices"_s});
+    QTest::keyClick(popup, Qt::Key_Return);
+    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :alices"_s});
+}
+
+// Past the last row nothing is highlighted, and the line reads what was typed again.
+void TestNickCompletionUse::sendsTheTypedTextAfterTheLastRow()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.join(u"#c"_s, u"alice me"_s));
+    static_cast<void>(session.takeSent());
+    type(session.probe, u"al"_s);
+    QAbstractItemView *popup = session.probe.nickCompleter().popup();
+    QTest::keyClick(popup, Qt::Key_Down);
+    QTest::keyClick(popup, Qt::Key_Down);
+    QCOMPARE(session.probe.inputLine().text(), u"al"_s);
+    QTest::keyClick(popup, Qt::Key_Return);
     QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :al"_s});
 }
 
