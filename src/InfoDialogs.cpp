@@ -110,6 +110,7 @@ void addButton(QDialog &dialog, QVBoxLayout &layout)
     row->addWidget(button);
     row->addStretch();
     layout.addLayout(row);
+    button->setFocus(); // Help's scroll area comes first in the tab order.
 }
 
 QString commandTable()

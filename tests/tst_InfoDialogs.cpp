@@ -127,6 +127,7 @@ private slots:
     void listsTheBasicCommands();
     void stylesTheTable();
     void letsTheWholeTableBeRead();
+    void scrollsTheTableByKeyboard();
     void staysWhiteAboutButWearsTheThemeInHelp();
     void showsWordsIfTheIconIsMissing();
     void opensFromTheMenu_data();
@@ -199,6 +200,8 @@ void TestInfoDialogs::closesByAccepting_data()
     QTest::newRow("help, Escape") << Show(showHelp) << int(Qt::Key_Escape);
     QTest::newRow("about, Return") << Show(showAbout) << int(Qt::Key_Return);
     QTest::newRow("help, Return") << Show(showHelp) << int(Qt::Key_Return);
+    QTest::newRow("about, Space") << Show(showAbout) << int(Qt::Key_Space);
+    QTest::newRow("help, Space") << Show(showHelp) << int(Qt::Key_Space);
 }
 
 void TestInfoDialogs::closesByAccepting()
@@ -211,7 +214,9 @@ void TestInfoDialogs::closesByAccepting()
         connect(dialog, &QDialog::finished, this, [&result](int code) { result = code; });
         // A shortcut needs the window to be the active one.
         QApplication::setActiveWindow(dialog);
-        QTest::keyClick(dialog, Qt::Key(key));
+        QTest::keyClick(dialog->focusWidget(), Qt::Key(key));
+        if (dialog->isVisible())
+            dialog->reject();
     });
     show();
     QCOMPARE(answers.problems(), QStringList());
@@ -345,6 +350,22 @@ void TestInfoDialogs::letsTheWholeTableBeRead()
         area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
         QCOMPARE(table->mapTo(area->viewport(), QPoint(0, table->height())).y(),
                  area->viewport()->height());
+    });
+    QCOMPARE(problems, QStringList());
+}
+
+void TestInfoDialogs::scrollsTheTableByKeyboard()
+{
+    const QStringList problems = lookAt(showHelp, [](QDialog &dialog) {
+        auto *area = dialog.findChild<QScrollArea *>();
+        QVERIFY(area);
+        area->setFixedHeight(100); // Too low for the table in every font.
+        dialog.layout()->activate();
+        QApplication::setActiveWindow(&dialog);
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
+        QCOMPARE(dialog.focusWidget(), area);
+        QTest::keyClick(area, Qt::Key_PageDown);
+        QVERIFY(area->verticalScrollBar()->value() > 0);
     });
     QCOMPARE(problems, QStringList());
 }
