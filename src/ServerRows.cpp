@@ -64,12 +64,8 @@ QListWidgetItem *findId(const QListWidget *list, const QString &id)
 void sort(QListWidget *list)
 {
     std::optional<QString> currentId;
-    if (const QListWidgetItem *row = list->currentItem()) {
+    if (const QListWidgetItem *row = list->currentItem())
         currentId = idOf(row);
-        // Taken out, a current row hands over to its neighbour. From the end of the list it does so
-        // once, and not once for each row behind it.
-        list->setCurrentRow(list->count() - 1);
-    }
     QList<QListWidgetItem *> rows;
     rows.reserve(list->count());
     while (list->count() > 0)

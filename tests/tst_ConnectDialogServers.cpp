@@ -59,6 +59,7 @@ private slots:
     void offersNoFavoriteForARowThatIsNoAddress();
     void editsAndDeletesFromTheMenu();
     void togglesFavoritesFromTheMenu();
+    void scrollsFromTheTopToTheSortedRow();
     void keepsTheRowCurrentWhileSorting();
     void fillsTheFieldsFromTheRowThatSortingRestores();
     void fillsTheFieldsFromEachRowThatIsCurrentMeanwhile();
@@ -358,6 +359,22 @@ void TestConnectDialogServers::togglesFavoritesFromTheMenu()
     QCOMPARE(page.currentRow(), u"irc.oftc.net:6667"_s);
     QVERIFY(page.list->currentRow() > 0);
     QCOMPARE(page.list->count(), 72);
+}
+
+// The list is emptied from its first row on, so that it is at its top when the row is sought again.
+void TestConnectDialogServers::scrollsFromTheTopToTheSortedRow()
+{
+    QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
+    ConnectDialogPage page;
+    ServerAnswers::choose(*answers, u"Remove from Favorites"_s);
+    page.openMenu(QString(Star + u"irc.oftc.net:6667"_s));
+    const QListWidgetItem *row = page.list->currentItem();
+    QCOMPARE(row->text(), u"irc.oftc.net:6667"_s);
+    const int height = page.list->visualItemRect(row).height();
+    const QRect visible = page.list->viewport()->rect();
+    QVERIFY(page.list->row(row) * height > visible.height());
+    QVERIFY(visible.contains(page.list->visualItemRect(row)));
+    QVERIFY(page.list->visualItemRect(row).bottom() + height > visible.bottom());
 }
 
 void TestConnectDialogServers::keepsTheRowCurrentWhileSorting()
