@@ -34,8 +34,8 @@ ConnectDialog::ConnectDialog(QWidget *parent)
     setAttribute(Qt::WA_TranslucentBackground, false);
 
     makeConnections(); // Before the rows come, so that the one that gets selected fills the fields.
-    applyTheme();      // Before the rows come as well: each would be measured for it.
     loadSettings();
+    applyTheme();
 
     adjustSize();
     setFixedSize(size());

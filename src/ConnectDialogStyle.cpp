@@ -85,9 +85,6 @@ void setBackground(QDialog *dialog, const QString &theme)
 {
     const bool glass = theme == "glass"_L1;
     dialog->setAttribute(Qt::WA_TranslucentBackground, glass);
-    // A translucent window would leave out the sheet's background too, and its texts were hard to
-    // read on what lies behind.
-    dialog->setAttribute(Qt::WA_NoSystemBackground, false);
     dialog->setAutoFillBackground(!glass);
 }
 

@@ -14,6 +14,28 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// Notes the sheet that a dialog has whenever another row of its list becomes current.
+class SheetWatch final : public QObject
+{
+public:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        auto *list = qobject_cast<QListWidget *>(watched);
+        if (list != nullptr && event->type() == QEvent::ParentChange) {
+            disconnect(list, nullptr, this, nullptr);
+            connect(list, &QListWidget::currentItemChanged, this,
+                    [this, list] { sheets.append(list->window()->styleSheet()); });
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+    QStringList sheets;
+};
+
+} // namespace
+
 class TestConnectDialog final : public QObject
 {
     Q_OBJECT
@@ -33,6 +55,7 @@ private slots:
     void dressesOnlyInAnotherTheme();
     void keepsFixedValuesInEveryTheme_data();
     void keepsFixedValuesInEveryTheme();
+    void appliesTheThemeAfterTheSettings();
     void isTranslucentForGlassAlone_data();
     void isTranslucentForGlassAlone();
     void paintsSelectedRowsInTheThemesColor();
@@ -307,6 +330,16 @@ void TestConnectDialog::keepsFixedValuesInEveryTheme()
     }
 }
 
+// Selecting a row fills the fields of the dialog without its sheet.
+void TestConnectDialog::appliesTheThemeAfterTheSettings()
+{
+    SheetWatch watch;
+    qApp->installEventFilter(&watch);
+    const ConnectDialogPage page;
+    QCOMPARE(watch.sheets, QStringList{QString()});
+    QVERIFY(!page.dialog.styleSheet().isEmpty());
+}
+
 void TestConnectDialog::isTranslucentForGlassAlone_data()
 {
     QTest::addColumn<QString>("theme");
@@ -328,9 +361,10 @@ void TestConnectDialog::isTranslucentForGlassAlone()
     QCOMPARE(page.dialog.testAttribute(Qt::WA_TranslucentBackground), glass);
     if (glass)
         QVERIFY(!page.dialog.autoFillBackground());
-    // The sheet's background is there in any case, or texts could not be read.
+    QCOMPARE(page.dialog.testAttribute(Qt::WA_NoSystemBackground), glass);
     const QColor corner = page.dialog.grab().toImage().pixelColor(2, 2);
-    QCOMPARE(corner, QColor(theme == "dark"_L1 ? u"#2E2E2E"_s : u"#FFFFFF"_s));
+    const QColor background(theme == "dark"_L1 ? u"#2E2E2E"_s : u"#FFFFFF"_s);
+    QCOMPARE(corner, glass ? QColor(Qt::transparent) : background);
     page.dialog.setCurrentTheme(u"light"_s);
     QVERIFY(!page.dialog.testAttribute(Qt::WA_TranslucentBackground));
 }
