@@ -9,9 +9,13 @@
 #include <QByteArray>
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QFile>
 #include <QFormLayout>
 #include <QIntValidator>
 #include <QLineEdit>
+#include <QPainter>
+#include <QStyleOptionComboBox>
+#include <QSvgRenderer>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -45,12 +49,57 @@ QStringList encodings()
             u"EUC-KR (Korean)"_s};
 }
 
+/// A combo box with the arrow and the height of the popup that its style sheet asks for.
+class StyledComboBox final : public QComboBox
+{
+public:
+    explicit StyledComboBox(const QString &arrowFile)
+        : arrow(arrowFile)
+    {
+    }
+
+    void showPopup() override
+    {
+        isOpening = true;
+        QComboBox::showPopup();
+        isOpening = false;
+    }
+
+protected:
+    // Qt uses the padding as the popup's margins. The sheet has less padding with the focus, which
+    // the popup then takes: with it, the popup would be too low for its rows.
+    void initStyleOption(QStyleOptionComboBox *option) const override
+    {
+        QComboBox::initStyleOption(option);
+        if (isOpening)
+            option->state &= ~QStyle::State_HasFocus;
+    }
+
+    // Qt's style sheets do not load data URIs.
+    void paintEvent(QPaintEvent *event) override
+    {
+        QComboBox::paintEvent(event);
+        QStyleOptionComboBox option;
+        initStyleOption(&option);
+        QRect place(QPoint(), arrow.defaultSize());
+        place.moveCenter(style()->subControlRect(QStyle::CC_ComboBox, &option,
+                                                 QStyle::SC_ComboBoxArrow, this)
+                                 .center());
+        QPainter painter(this);
+        arrow.render(&painter, place);
+    }
+
+private:
+    QSvgRenderer arrow;
+    bool isOpening = false;
+};
+
 // The stored value is the text that is shown, so the texts are no matter of translation. A text
 // that a newer or an older version wrote, or a hand, may be none of them.
 QComboBox *makeCombo(const QString &name, const QStringList &texts, const QString &text,
-                     const QString &defaultText)
+                     const QString &defaultText, const QString &arrowFile)
 {
-    auto *combo = new QComboBox;
+    auto *combo = new StyledComboBox(arrowFile);
     combo->setObjectName(name);
     combo->addItems(texts);
     combo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -67,13 +116,17 @@ QLineEdit *makeEdit(const QString &text, const QString &placeholder)
     return edit;
 }
 
-QString arrowUri(bool dark)
+QString arrowFile(const QString &theme)
 {
-    const QString image =
-            uR"(<svg xmlns="http://www.w3.org/2000/svg" width="12" height="12" viewBox="0 0 12 12">)"
-            uR"(<path d="M3 5l3 3 3-3z" fill="%1"/></svg>)"_s.arg(dark ? u"#DDDDDD"_s
-                                                                       : u"#333333"_s);
-    return u"data:image/svg+xml;base64,"_s + QString::fromLatin1(image.toLatin1().toBase64());
+    return ThemeManager::isDark(theme) ? u":/icons/combo_arrow_dark.svg"_s
+                                       : u":/icons/combo_arrow_light.svg"_s;
+}
+
+QString arrowUri(const QString &theme)
+{
+    QFile file(arrowFile(theme));
+    const QByteArray image = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return u"data:image/svg+xml;base64,"_s + QString::fromLatin1(image.toBase64());
 }
 
 } // namespace
@@ -146,14 +199,16 @@ void ServerEditDialog::buildRecordRows(QFormLayout *form, const ServerConfig &co
     form->addRow(tr("Second Name:"), altNickEdit);
     realNameEdit = makeEdit(config.realName, tr("Type you Real name (optionally)"));
     form->addRow(tr("Real Name:"), realNameEdit);
-    authCombo = makeCombo(u"authCombo"_s, authMethods(), config.authMethod, defaults.authMethod);
+    authCombo = makeCombo(u"authCombo"_s, authMethods(), config.authMethod, defaults.authMethod,
+                          arrowFile(currentTheme));
     form->addRow(tr("Auth Method:"), authCombo);
     passwordEdit = makeEdit(config.password, tr("Password for auth on server"));
     passwordEdit->setEchoMode(QLineEdit::Password);
     form->addRow(tr("Password:"), passwordEdit);
     autojoinEdit = makeEdit(config.autojoin.join(u", "_s), tr("#help, #linux"));
     form->addRow(tr("Auto join channels:"), autojoinEdit);
-    encodingCombo = makeCombo(u"encodingCombo"_s, encodings(), config.encoding, defaults.encoding);
+    encodingCombo = makeCombo(u"encodingCombo"_s, encodings(), config.encoding, defaults.encoding,
+                              arrowFile(currentTheme));
     form->addRow(tr("Encoding:"), encodingCombo);
 }
 
@@ -183,7 +238,7 @@ void ServerEditDialog::applyComboBoxStyles()
     const ThemePalette palette = ThemeManager::palette(currentTheme);
     const QString filled =
             sheet.arg(palette.borderColor, palette.inputBackground, palette.textColor,
-                      palette.accentColor, arrowUri(ThemeManager::isDark(currentTheme)));
+                      palette.accentColor, arrowUri(currentTheme));
     authCombo->setStyleSheet(filled);
     encodingCombo->setStyleSheet(filled);
 }

@@ -2,7 +2,10 @@
 #include "ServerEditDialog.h"
 #include "StyleSheetReader.h"
 #include "ThemeManager.h"
+#include "Waiting.h"
 
+#include <QAbstractItemView>
+#include <QApplication>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -82,6 +85,10 @@ private slots:
     void takesTheDialogsSheet();
     void dressesTheCombos_data();
     void dressesTheCombos();
+    void showsTheArrow_data();
+    void showsTheArrow();
+    void showsAllRowsInThePopups_data();
+    void showsAllRowsInThePopups();
     void drawsTheArrow_data();
     void drawsTheArrow();
 };
@@ -445,6 +452,7 @@ void TestServerEditDialog::takesTheDialogsSheet()
     QFETCH(const bool, glass);
     const auto form = makeForm({}, u":6667"_s, theme);
     QCOMPARE(form->testAttribute(Qt::WA_TranslucentBackground), glass);
+    QCOMPARE(form->testAttribute(Qt::WA_NoSystemBackground), glass);
     QCOMPARE(form->autoFillBackground(), !glass);
     QCOMPARE(form->styleSheet(), ThemeManager::dialogStyleSheet(theme));
 }
@@ -504,6 +512,62 @@ void TestServerEditDialog::dressesTheCombos()
     const Rule accent{{u"background"_s, u"#007AFF"_s}, {u"color"_s, u"white"_s}};
     QCOMPARE(sheet.rule(u"QComboBox QAbstractItemView::item:hover"_s), accent);
     QCOMPARE(sheet.rule(u"QComboBox QAbstractItemView::item:selected"_s), accent);
+}
+
+void TestServerEditDialog::showsTheArrow_data()
+{
+    drawsTheArrow_data();
+}
+
+void TestServerEditDialog::showsTheArrow()
+{
+    QFETCH(const QString, theme);
+    QFETCH(const QString, fill);
+    const auto form = makeForm({}, u":6667"_s, theme);
+    for (const QString &label : {u"Auth Method:"_s, u"Encoding:"_s}) {
+        const QImage image = combo(form.get(), label)->grab().toImage();
+        const QRect button(image.width() - 28, 4, 24, image.height() - 8);
+        int points = 0;
+        for (int x = button.left(); x <= button.right(); ++x) {
+            for (int y = button.top(); y <= button.bottom(); ++y)
+                points += image.pixelColor(x, y) == QColor(fill) ? 1 : 0;
+        }
+        QVERIFY2(points >= 4, qPrintable(u"%1 %2"_s.arg(label).arg(points)));
+    }
+}
+
+void TestServerEditDialog::showsAllRowsInThePopups_data()
+{
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<int>("row");
+
+    QTest::newRow("auth, first") << u"Auth Method:"_s << 0;
+    QTest::newRow("auth, last") << u"Auth Method:"_s << 5;
+    QTest::newRow("encoding, first") << u"Encoding:"_s << 0;
+    QTest::newRow("encoding, last") << u"Encoding:"_s << 12;
+}
+
+void TestServerEditDialog::showsAllRowsInThePopups()
+{
+    QFETCH(const QString, label);
+    QFETCH(const int, row);
+    const auto form = makeForm();
+    QComboBox *box = combo(form.get(), label);
+    box->setCurrentIndex(row);
+    form->move(100, 100);
+    form->show();
+    QApplication::setActiveWindow(form.get());
+    box->setFocus();
+    QVERIFY(box->hasFocus());
+    box->showPopup();
+    const QAbstractItemView *rows = box->view();
+    QTRY_VERIFY_WITH_TIMEOUT(rows->isVisible(), Patience);
+    QVERIFY(rows->visualRect(rows->model()->index(0, 0)).top() >= 0);
+    QVERIFY(rows->visualRect(rows->model()->index(box->count() - 1, 0)).bottom()
+            < rows->viewport()->height());
+    const auto parts = rows->window()->findChildren<QWidget *>();
+    for (const QWidget *part : parts)
+        QVERIFY(!part->inherits("QComboBoxPrivateScroller") || part->isHidden());
 }
 
 void TestServerEditDialog::drawsTheArrow_data()
