@@ -15,6 +15,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QSignalSpy>
 #include <QTest>
@@ -173,6 +174,7 @@ private slots:
 
     void opensThePickerOverItsMiddle();
     void insertsAnEmoji();
+    void showsTheCursorAfterAnEmoji();
     void takesThePickerWithIt();
 
     void savesAndCancelsByButton();
@@ -753,6 +755,19 @@ void TestEditTopicDialog::insertsAnEmoji()
     QCOMPARE(dialog->newTopic(), u"I ❤\uFE0F IRC"_s);
     QCOMPARE(edit(*dialog)->textCursor().position(), 4);
     QTRY_VERIFY(picker == nullptr);
+}
+
+void TestEditTopicDialog::showsTheCursorAfterAnEmoji()
+{
+    const auto dialog = makeDialog(u"line\n"_s.repeated(100) + u"end"_s);
+    dialog->show();
+    edit(*dialog)->moveCursor(QTextCursor::End);
+    edit(*dialog)->verticalScrollBar()->setValue(0);
+    QVERIFY(!edit(*dialog)->viewport()->rect().contains(edit(*dialog)->cursorRect()));
+    dialog->openEmojiPicker();
+    dialog->findChild<EmojiPicker *>()->findChildren<QPushButton *>().constFirst()->click();
+    QVERIFY(edit(*dialog)->textCursor().atEnd());
+    QVERIFY(edit(*dialog)->viewport()->rect().contains(edit(*dialog)->cursorRect()));
 }
 
 void TestEditTopicDialog::takesThePickerWithIt()
