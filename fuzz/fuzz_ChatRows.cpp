@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QList<ChatRow> rowsOf(const QByteArray &input)
+QList<ChatRow> rowsOf(const QByteArray &input, bool haveNickCells)
 {
     QList<ChatRow> rows;
     for (const QByteArray &line : input.split('\xFF')) {
@@ -31,6 +31,7 @@ QList<ChatRow> rowsOf(const QByteArray &input)
         row.text = QString::fromUtf8(parts.last());
         row.dimmed = line.size() % 4 == 1;
         row.ownAway = line.size() % 4 == 2;
+        row.hasNickCell = haveNickCells;
         rows.append(row);
     }
     return rows;
@@ -106,12 +107,12 @@ int LLVMFuzzerInitialize(int * /*argc*/, char *** /*argv*/)
 
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    const QList<ChatRow> rows = rowsOf(Fuzzing::bytesOf(data, size));
+    const int columns = size % 2 == 0 ? 3 : 2;
+    const QList<ChatRow> rows = rowsOf(Fuzzing::bytesOf(data, size), columns == 3);
     for (const ChatRow &row : rows)
         checkLinks(row.text);
 
     ChatView view;
-    const int columns = size % 2 == 0 ? 3 : 2;
     QTextTable *table = ChatTable::create(view, columns);
     ChatTable::appendRows(*table, rows);
     Fuzzing::demand(table->rows() == rows.size() + 1, "each line is a row");

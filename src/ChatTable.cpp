@@ -148,6 +148,23 @@ void fillText(QTextCursor &cursor, const ChatRow &row)
         insertAsOneBlock(cursor, row.text, base);
 }
 
+// `first` is the position of the row's first cell. Filled from the end, the cells not yet filled
+// keep their positions.
+void fillRow(QTextCursor &cursor, const ChatRow &row, int first, int columns)
+{
+    // A conversation that had its first line while it was called "Server" has no third column:
+    // nick and text then share the second.
+    const int textColumn = std::min(row.hasNickCell ? 2 : 1, columns - 1);
+    cursor.setPosition(first + textColumn);
+    fillText(cursor, row);
+    if (row.hasNickCell) {
+        cursor.setPosition(first + 1);
+        fillNick(cursor, row);
+    }
+    cursor.setPosition(first);
+    fillTime(cursor, row);
+}
+
 // Part of a conversation: cells, and of a single cell the positions in the document.
 struct Selection
 {
@@ -226,20 +243,13 @@ void ChatTable::appendRows(QTextTable &table, const QList<ChatRow> &rows)
     QTextCursor cursor(table.document());
     cursor.beginEditBlock();
     table.appendRows(static_cast<int>(rows.size()));
-    // An empty cell takes one position, so the new cells are the table's last positions. Filled
-    // from the end, the cells not yet filled keep theirs. Asking the table for its cells instead
-    // would make it count all of them.
-    int position = table.lastPosition();
-    const bool hasNicks = table.columns() == 3;
+    // An empty cell takes one position, so the new cells are the table's last positions. Asking the
+    // table for its cells instead would make it count all of them.
+    const int columns = table.columns();
+    int first = table.lastPosition() + 1;
     for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
-        cursor.setPosition(position--);
-        fillText(cursor, *row);
-        if (hasNicks) {
-            cursor.setPosition(position--);
-            fillNick(cursor, *row);
-        }
-        cursor.setPosition(position--);
-        fillTime(cursor, *row);
+        first -= columns;
+        fillRow(cursor, *row, first, columns);
     }
     cursor.endEditBlock();
     if (layout)

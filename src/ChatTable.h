@@ -13,7 +13,7 @@ struct ChatRow
 {
     /// The formatted time.
     QString time;
-    /// The sender in full, or empty for a line of the system. Tables of two columns don't show it.
+    /// The sender in full, or empty for a line of the system.
     QString nick;
     /// The text as it is shown, with the leading blank that most rows have.
     QString text;
@@ -21,11 +21,14 @@ struct ChatRow
     bool dimmed = false;
     /// The sender is the user, who is away: the nick is shown pale and italic.
     bool ownAway = false;
+    /// The row shows its nick, in a cell with a rule at its right. Without one the text is in the
+    /// second column, whatever columns the table has.
+    bool hasNickCell = true;
 };
 
 /// The table that holds a conversation: one row per line, growing at its end only.
 ///
-/// The columns are time, nick and text, or time and text where no nicks are shown. Each cell holds
+/// The columns are time, nick and text, or time and text where no nicks are shown. Each cell has
 /// exactly one block, so that the table's rows are the conversation's lines; characters of a cell
 /// that would start a new block are replaced by ones that don't.
 namespace ChatTable {

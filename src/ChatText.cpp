@@ -1,5 +1,6 @@
 #include "ChatText.h"
 
+#include "CellText.h"
 #include "ChatLayout.h"
 #include "ChatTable.h"
 
@@ -42,14 +43,15 @@ Pieces piecesOf(const ChatLayout &layout, int line)
     if (textLength(block) > 0)
         pieces.append({block, 0, textLength(block), " "_L1});
     block = block.next();
-    const bool hasNicks = layout.columnCount() == 3;
-    if (hasNicks) {
+    // A nick cell is known by its rule: rows without one can be in a table of three columns.
+    const bool hasNick = layout.columnCount() == 3 && CellText::rightBorder(block).width > 0;
+    if (hasNick) {
         const int nickLength = textLength(block) - ChatTable::SpacesAfterNick;
         if (nickLength > 0)
             pieces.append({block, 0, nickLength, ": "_L1});
         block = block.next();
     }
-    const bool isIndented = hasNicks && block.text().startsWith(u' ');
+    const bool isIndented = hasNick && block.text().startsWith(u' ');
     const int first = isIndented ? 1 : 0;
     pieces.append({block, first, textLength(block) - first, "\n"_L1});
     return pieces;

@@ -801,6 +801,7 @@ ChatRow MainWindow::makeRow(const QString &tabName, const QString &text, const Q
     const bool isOwnAway = isAway && isOwnNick(sender);
     ChatRow row;
     row.nick = sender;
+    row.hasNickCell = tabName != TabNames::Server;
     row.ownAway = isOwnAway;
     row.dimmed = isStatus || isOwnAway;
     if (isOwnAway && !isStatus)

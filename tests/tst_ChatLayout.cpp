@@ -39,7 +39,8 @@ class TestChatLayout final : public QObject
 private slots:
     void looksLikeQtsLayout_data();
     void looksLikeQtsLayout();
-    void looksTheSameWithTwoColumns();
+    void looksTheSameWithoutNicks_data();
+    void looksTheSameWithoutNicks();
     void looksTheSameWithEndlessWords();
     void looksTheSameEmptyAndWithOneLine();
     void looksTheSameLineByLine();
@@ -89,10 +90,22 @@ void TestChatLayout::looksLikeQtsLayout()
     QCOMPARE(pair.differenceAnywhere(ratio), QString());
 }
 
-void TestChatLayout::looksTheSameWithTwoColumns()
+void TestChatLayout::looksTheSameWithoutNicks_data()
 {
-    ViewPair pair(QSize(450, 700), 2);
-    pair.append(ChatCorpus::rows());
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<QList<ChatRow>>("rows");
+
+    QTest::newRow("two columns") << 2 << ChatCorpus::rowsWithoutNicks();
+    QTest::newRow("three columns") << 3 << ChatCorpus::rowsWithoutNicks();
+    QTest::newRow("nick and text in one cell") << 2 << ChatCorpus::rows();
+}
+
+void TestChatLayout::looksTheSameWithoutNicks()
+{
+    QFETCH(const int, columns);
+    QFETCH(const QList<ChatRow>, rows);
+    ViewPair pair(QSize(450, 700), columns);
+    pair.append(rows);
     QVERIFY(pair.measure());
     QCOMPARE(pair.differenceAnywhere(), QString());
 }
@@ -418,7 +431,8 @@ void TestChatLayout::startsOverInANewTable()
     QCOMPARE(pair.own.document()->size(), pair.stock.document()->size());
     QCOMPARE(pair.difference(), QString());
     pair.both([](QTextBrowser &view) {
-        ChatTable::appendRows(*ChatTable::create(view, 2), ChatCorpus::rows().first(50));
+        ChatTable::appendRows(*ChatTable::create(view, 2),
+                              ChatCorpus::rowsWithoutNicks().first(50));
     });
     QVERIFY(pair.measure());
     // Qt's view has missed some of the last change of its height.

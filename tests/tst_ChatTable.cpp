@@ -82,7 +82,8 @@ private slots:
     void showsTheAwayUserPaleAndItalic();
     void fillsTheTextCell();
     void dimsTheText();
-    void showsNoNickInTwoColumns();
+    void showsNoNickWithoutACellForIt();
+    void losesNothingWithoutAColumnForTheText();
     void elidesLongNicks_data();
     void elidesLongNicks();
     void colorsNicksByWhatIsShown_data();
@@ -244,16 +245,34 @@ void TestChatTable::dimsTheText()
     QCOMPARE(textFormat(*table, 1, 1).foreground().color(), QColor(0xad, 0x14, 0x57));
 }
 
-void TestChatTable::showsNoNickInTwoColumns()
+void TestChatTable::showsNoNickWithoutACellForIt()
 {
     QTextBrowser other;
     QTextTable *narrow = ChatTable::create(other, 2);
-    ChatTable::appendRows(*narrow, {{.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s}});
+    const ChatRow row{.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s, .hasNickCell = false};
+    for (QTextTable *conversation : {narrow, table}) {
+        ChatTable::appendRows(*conversation, {row, row});
+        for (const int index : {1, 2}) {
+            QCOMPARE(cellText(*conversation, index, 0), u"t"_s);
+            QCOMPARE(cellText(*conversation, index, 1), u"x"_s);
+            QCOMPARE(cellBlock(*conversation, index, 1).blockFormat().alignment(), Qt::AlignLeft);
+            QVERIFY(!conversation->cellAt(index, 1).format().hasProperty(
+                    QTextFormat::TableCellRightBorder));
+        }
+        QVERIFY(!conversation->document()->toPlainText().contains(u"bob"_s));
+    }
+    QCOMPARE(cellText(*table, 1, 2), QString());
+    QCOMPARE(cellText(*table, 2, 2), QString());
+}
+
+void TestChatTable::losesNothingWithoutAColumnForTheText()
+{
+    QTextBrowser other;
+    QTextTable *narrow = ChatTable::create(other, 2);
+    ChatTable::appendRows(*narrow, {{.time = u"t"_s, .nick = u"bob"_s, .text = u" x"_s}});
     QCOMPARE(cellText(*narrow, 1, 0), u"t"_s);
-    QCOMPARE(cellText(*narrow, 1, 1), u"x"_s);
-    QCOMPARE(cellBlock(*narrow, 1, 1).blockFormat().alignment(), Qt::AlignLeft);
-    QVERIFY(!narrow->cellAt(1, 1).format().hasProperty(QTextFormat::TableCellRightBorder));
-    QVERIFY(!other.toPlainText().contains(u"bob"_s));
+    QCOMPARE(cellText(*narrow, 1, 1), u"bob   x"_s);
+    QVERIFY(narrow->cellAt(1, 1).format().hasProperty(QTextFormat::TableCellRightBorder));
 }
 
 void TestChatTable::elidesLongNicks_data()
@@ -550,7 +569,10 @@ void TestChatTable::selectsAll()
 {
     QFETCH(const int, columns);
     QTextBrowser other;
-    ChatTable::appendRows(*ChatTable::create(other, columns), SampleRows);
+    QList<ChatRow> rows = SampleRows;
+    for (ChatRow &row : rows)
+        row.hasNickCell = columns == 3;
+    ChatTable::appendRows(*ChatTable::create(other, columns), rows);
     other.selectAll();
     QTEST(ChatTable::selectedText(other.textCursor()), "expected");
 }

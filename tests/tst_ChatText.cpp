@@ -66,8 +66,10 @@ void TestChatText::readsARowAsOneLine_data()
             << 3 << ChatRow{{}, u"alice"_s, u" hello"_s} << u"alice: hello\n"_s;
     QTest::newRow("own line while away") << 3 << ChatRow{u"1"_s, u"me"_s, u"[Away: lunch] hm"_s}
                                          << u"1 me: [Away: lunch] hm\n"_s;
-    QTest::newRow("server") << 2 << ChatRow{u"[12:34]"_s, u"srv"_s, u" indented"_s}
-                            << u"[12:34]  indented\n"_s;
+    const ChatRow serverRow{
+            .time = u"[12:34]"_s, .nick = u"srv"_s, .text = u" indented"_s, .hasNickCell = false};
+    QTest::newRow("server") << 2 << serverRow << u"[12:34]  indented\n"_s;
+    QTest::newRow("server in three columns") << 3 << serverRow << u"[12:34]  indented\n"_s;
     QTest::newRow("empty text") << 3 << ChatRow{u"1"_s, u"al"_s, {}} << u"1 al: \n"_s;
     QTest::newRow("nothing") << 3 << ChatRow{} << u"\n"_s;
     QTest::newRow("two lines") << 3 << ChatRow{u"1"_s, u"al"_s, u" one\ntwo"_s}

@@ -68,6 +68,7 @@ private slots:
     void writesTheText();
     void dimsStatusLines();
     void showsNoSenderOnServer();
+    void followsTheTabsName();
     void keepsControlCodes_data();
     void keepsControlCodes();
     void linksAddresses_data();
@@ -313,6 +314,25 @@ void TestMessageRows::showsNoSenderOnServer()
     QCOMPARE(lastCell(session.probe, Server, 1).text, u"a line"_s);
     QCOMPARE(lastCell(session.probe, Server, 1).alignment, Qt::AlignLeft);
     QVERIFY(!session.probe.tabs().value(Server).chatView->toPlainText().contains(u"alice"_s));
+}
+
+// A conversation takes its partner's new nick for its name, and its table with it.
+void TestMessageRows::followsTheTabsName()
+{
+    WindowSession session;
+    QVERIFY(session.registerAs());
+    QVERIFY(session.sayAll({u":bob!u@h PRIVMSG me :hi"_s, u":bob!u@h NICK Server"_s}));
+    session.probe.appendMessageToTab(Server, u"a line"_s, u"alice"_s);
+    QCOMPARE(tableOf(session.probe, Server).columns(), 3);
+    const Cell text = lastCell(session.probe, Server, 1);
+    QCOMPARE(text.text, u"a line"_s);
+    QCOMPARE(text.alignment, Qt::AlignLeft);
+    QVERIFY(!text.cellFormat.hasProperty(QTextFormat::TableCellRightBorder));
+    QCOMPARE(lastCell(session.probe, Server, 2).text, QString());
+
+    QVERIFY(session.sayAll({u":Server!u@h NICK bob"_s, u":bob!u@h PRIVMSG me :back"_s}));
+    QCOMPARE(lastCell(session.probe, u"bob"_s, 1).text, u"bob  "_s);
+    QCOMPARE(lastCell(session.probe, u"bob"_s, 2).text, u" back"_s);
 }
 
 void TestMessageRows::keepsControlCodes_data()

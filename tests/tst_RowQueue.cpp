@@ -28,6 +28,7 @@ ChatRow rowOf(const QString &text)
 {
     ChatRow row;
     row.text = text;
+    row.hasNickCell = false;
     return row;
 }
 

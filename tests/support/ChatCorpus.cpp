@@ -52,6 +52,14 @@ QList<ChatRow> ChatCorpus::rows()
     return result;
 }
 
+QList<ChatRow> ChatCorpus::rowsWithoutNicks()
+{
+    QList<ChatRow> result = rows();
+    for (ChatRow &row : result)
+        row.hasNickCell = false;
+    return result;
+}
+
 QList<ChatRow> ChatCorpus::plainRows(int count, int first)
 {
     QList<ChatRow> result;

@@ -9,6 +9,9 @@ namespace ChatCorpus {
 /// 220 rows; each text stands beside several nicks, and each nick beside several texts.
 QList<ChatRow> rows();
 
+/// The same without nick cells.
+QList<ChatRow> rowsWithoutNicks();
+
 /// `count` plain lines of a busy channel, numbered from `first` on, of which some are wrapped.
 QList<ChatRow> plainRows(int count, int first = 0);
 
