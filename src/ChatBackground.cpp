@@ -2,6 +2,8 @@
 
 #include "ThemeManager.h"
 
+#include <QFileInfo>
+#include <QPixmapCache>
 #include <QRegularExpression>
 #include <QSettings>
 #include <QTextBrowser>
@@ -10,6 +12,13 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+// The property of a view with an image: when the image's file was modified as of the last apply.
+constexpr char ImageTime[] = "backgroundImageTime";
+
+// In kilobytes: as large as the largest image that Qt reads. With Qt's 10 MB every new view would
+// decode a large image again and have a copy of its own.
+constexpr int PixmapCacheLimit = 256 * 1024;
 
 QColor colorBehind(const QString &theme, const QString &image, const QColor &color)
 {
@@ -58,27 +67,38 @@ QString scrollBarSheet()
 ChatBackground::ChatBackground(const QString &theme, const QString &image, const QColor &color)
     : paletteColor(colorBehind(theme, image, color))
     , sheet(frameSheet(theme, image, paletteColor) + scrollBarSheet())
-    , isWholeInSheet(image.isEmpty())
+    , hasImage(!image.isEmpty())
 {
+    if (!hasImage)
+        return;
+    imageTime = QFileInfo(image).lastModified();
+    QPixmapCache::setCacheLimit(PixmapCacheLimit);
 }
 
-bool ChatBackground::isWornBy(const QTextBrowser &view) const
+bool ChatBackground::isAppliedTo(const QTextBrowser &view) const
 {
-    return isWholeInSheet && view.styleSheet() == sheet
-           && view.palette().color(QPalette::Base) == paletteColor
-           && view.palette().color(QPalette::Window) == paletteColor;
+    const QPalette &palette = view.palette();
+    const QBrush &base = palette.brush(QPalette::Base);
+    // The sheet of an image that could be loaded removes the base colour.
+    const bool isBaseApplied =
+            base.color() == paletteColor || (hasImage && base.style() == Qt::NoBrush);
+    return isBaseApplied && palette.color(QPalette::Window) == paletteColor
+           && view.styleSheet() == sheet
+           && (!hasImage || view.property(ImageTime).toDateTime() == imageTime);
 }
 
 void ChatBackground::applyTo(QTextBrowser &view) const
 {
-    if (isWornBy(view))
+    view.setAutoFillBackground(true);
+    if (isAppliedTo(view))
         return;
     QPalette palette = view.palette();
     palette.setColor(QPalette::Base, paletteColor);
     palette.setColor(QPalette::Window, paletteColor);
     view.setPalette(palette);
-    view.setAutoFillBackground(true);
     view.setStyleSheet(sheet);
+    if (hasImage)
+        view.setProperty(ImageTime, imageTime);
     view.viewport()->update();
 }
 

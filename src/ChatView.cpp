@@ -8,6 +8,7 @@
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPixmapCache>
 #include <QScopedValueRollback>
 #include <QStyle>
 #include <QStyleOptionFrame>
@@ -42,6 +43,32 @@ bool isLink(const QTextCursor &cursor)
     QTextCursor first = cursor;
     first.setPosition(cursor.selectionStart() + 1);
     return first.charFormat().isAnchor();
+}
+
+// What decides how a view's background looks, but for changes of styles.
+struct Look
+{
+    const QWidget *window = nullptr;
+    QSize size;
+    QRect viewport;
+    qreal pixelRatio = 0;
+    QString sheet;
+
+    bool operator==(const Look &) const = default;
+};
+
+// The background painted last, which the next view of the same look shares: to paint it at each
+// change of tabs would take longer than the rest.
+struct SharedGround
+{
+    Look look;
+    QPixmapCache::Key pixmap;
+};
+
+SharedGround &sharedGround()
+{
+    static SharedGround shared;
+    return shared;
 }
 
 } // namespace
@@ -174,6 +201,8 @@ void ChatView::changeEvent(QEvent *event)
 {
     const Edge edge = steadyEdge();
     keepPlace(edge, [this, event] { QTextBrowser::changeEvent(event); });
+    if (isVisible())
+        QPixmapCache::remove(sharedGround().pixmap);
     coverGround();
     if (isVisible())
         startMeasuring(edge);
@@ -222,7 +251,7 @@ QBrush ChatView::backgroundBrush() const
 // behind the view shines through is it left to Qt.
 void ChatView::coverGround()
 {
-    ground = isVisible() && !hasPlainGround() ? paintedGround() : QPixmap();
+    ground = isVisible() && !hasPlainGround() ? foundOrPaintedGround() : QPixmap();
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent, hasPlainGround() || !ground.isNull());
 }
 
@@ -230,6 +259,23 @@ bool ChatView::hasPlainGround() const
 {
     const QBrush brush = backgroundBrush();
     return brush.style() == Qt::SolidPattern && brush.isOpaque();
+}
+
+QPixmap ChatView::foundOrPaintedGround() const
+{
+    const Look look{.window = window(),
+                    .size = size(),
+                    .viewport = viewport()->geometry(),
+                    .pixelRatio = devicePixelRatioF(),
+                    .sheet = styleSheet()};
+    SharedGround &shared = sharedGround();
+    QPixmap pixmap;
+    if (look == shared.look && QPixmapCache::find(shared.pixmap, &pixmap))
+        return pixmap;
+    QPixmapCache::remove(shared.pixmap);
+    pixmap = paintedGround();
+    shared = {.look = look, .pixmap = QPixmapCache::insert(pixmap)};
+    return pixmap;
 }
 
 QPixmap ChatView::paintedGround() const
@@ -243,7 +289,10 @@ QPixmap ChatView::paintedGround() const
     initStyleOption(&option);
     style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
     painter.end();
-    return isOpaque(picture) ? QPixmap::fromImage(picture) : QPixmap();
+    // Pixels of an opaque format are copied and not blended.
+    if (!isOpaque(picture) || !picture.reinterpretAsFormat(QImage::Format_RGB32))
+        return {};
+    return QPixmap::fromImage(std::move(picture));
 }
 
 void ChatView::paintGround(const QRegion &region)

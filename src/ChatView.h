@@ -72,6 +72,7 @@ private:
     [[nodiscard]] int lastVisibleLink() const;
     [[nodiscard]] QBrush backgroundBrush() const;
     [[nodiscard]] bool hasPlainGround() const;
+    [[nodiscard]] QPixmap foundOrPaintedGround() const;
     [[nodiscard]] QPixmap paintedGround() const;
     void coverGround();
     void paintGround(const QRegion &region);

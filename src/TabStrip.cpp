@@ -13,8 +13,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The property of a close button that tells which tab it closes.
-constexpr char CloseIndex[] = "closeIndex";
+class CloseButton final : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+    // The index of the tab that it closes, as of the last update.
+    int closeIndex = -1;
+};
 
 QString closeButtonSheet(bool isCurrent)
 {
@@ -24,9 +30,9 @@ QString closeButtonSheet(bool isCurrent)
                    isCurrent ? "#FFFFFF"_L1 : "#999999"_L1);
 }
 
-QPushButton *createCloseButton(const QObject &receiver, const std::function<void(int)> &close)
+CloseButton *createCloseButton(const QObject &receiver, const std::function<void(int)> &close)
 {
-    auto *button = new QPushButton(u"\u00D7"_s);
+    auto *button = new CloseButton(u"\u00D7"_s);
     button->setFixedSize(20, 20);
     button->setFlat(true);
     button->setAccessibleName(QPushButton::tr("Close tab"));
@@ -34,7 +40,7 @@ QPushButton *createCloseButton(const QObject &receiver, const std::function<void
     button->setFocusPolicy(Qt::NoFocus);
     button->setCursor(Qt::ArrowCursor);
     QObject::connect(button, &QPushButton::clicked, &receiver,
-                     [button, close] { close(button->property(CloseIndex).toInt()); });
+                     [button, close] { close(button->closeIndex); });
     return button;
 }
 
@@ -62,15 +68,17 @@ void updateCloseButtons(QTabBar &bar, const QObject &receiver,
                         const std::function<void(int)> &close)
 {
     const int current = bar.currentIndex();
+    const QString currentSheet = closeButtonSheet(true);
+    const QString otherSheet = closeButtonSheet(false);
     for (int index = 0; index < bar.count(); ++index) {
-        QWidget *button = bar.tabButton(index, QTabBar::LeftSide);
-        // Putting a button in lays out the whole bar, so one that is there is put right instead.
+        auto *button = static_cast<CloseButton *>(bar.tabButton(index, QTabBar::LeftSide));
+        // setTabButton() lays out the whole bar, so existing buttons are kept.
         if (!button) {
             button = createCloseButton(receiver, close);
             bar.setTabButton(index, QTabBar::LeftSide, button);
         }
-        button->setProperty(CloseIndex, index);
-        const QString sheet = closeButtonSheet(index == current);
+        button->closeIndex = index;
+        const QString &sheet = index == current ? currentSheet : otherSheet;
         if (button->styleSheet() != sheet)
             button->setStyleSheet(sheet);
     }

@@ -1,9 +1,12 @@
 #include "ChatBackground.h"
+#include "MyTabWidget.h"
 #include "PreferencesForm.h"
 #include "StyleSheetReader.h"
 #include "TemporaryStore.h"
 #include "WindowSession.h"
 
+#include <QDateTime>
+#include <QFile>
 #include <QScrollBar>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -63,7 +66,12 @@ private slots:
     void passesTabsWithoutAViewBy();
     void takesTheStoredBackgroundAtTheStart();
     void prefersAStoredImageToAStoredColor();
-    void leavesViewsAloneThatWearIt();
+    void leavesViewsAloneThatHaveIt_data();
+    void leavesViewsAloneThatHaveIt();
+    void restoresWhatElseWasChanged_data();
+    void restoresWhatElseWasChanged();
+    void showsAChangedFile();
+    void readsALargeImageOnce();
     void dressesEachNewTab_data();
     void dressesEachNewTab();
     void followsTheTheme();
@@ -227,20 +235,104 @@ void TestPreferencesBackground::prefersAStoredImageToAStoredColor()
     QCOMPARE(QSettings().value(u"chatBgColor"_s).toString(), u"#cfe8cf"_s);
 }
 
-void TestPreferencesBackground::leavesViewsAloneThatWearIt()
+void TestPreferencesBackground::leavesViewsAloneThatHaveIt_data()
 {
-    WindowSession session;
-    setBackground(session, QString(), Qt::red);
+    QTest::addColumn<QString>("image");
+    QTest::addColumn<QColor>("color");
+    QTest::newRow("color") << QString() << QColor(Qt::red);
+    QTest::newRow("image") << PreferencesForm::anImage() << QColor();
+    QTest::newRow("missing image") << u"/nowhere/image.png"_s << QColor();
+}
+
+void TestPreferencesBackground::leavesViewsAloneThatHaveIt()
+{
+    QFETCH(const QString, image);
+    QFETCH(const QColor, color);
+    const WindowSession session;
+    setBackground(session, image, color);
     StyleChanges changes;
     viewOf(session, u"Server"_s)->installEventFilter(&changes);
+    session.probe.openTabs({u"bob"_s});
     session.probe.applyChatBackground();
     QCOMPARE(changes.count, 0);
-    // Whose file may be another one by now.
-    setBackground(session, u"/nowhere/image.png"_s, QColor());
-    const int withImage = changes.count;
-    QVERIFY(withImage > 0);
+}
+
+void TestPreferencesBackground::restoresWhatElseWasChanged_data()
+{
+    QTest::addColumn<QString>("image");
+    QTest::newRow("without an image") << QString();
+    QTest::newRow("with an image") << PreferencesForm::anImage();
+}
+
+// Also where the sheet is right.
+void TestPreferencesBackground::restoresWhatElseWasChanged()
+{
+    QFETCH(const QString, image);
+    const WindowSession session;
+    setBackground(session, image, QColor());
+    QTextBrowser *view = viewOf(session, u"Server"_s);
+    const QPalette before = view->palette();
+
+    view->setAutoFillBackground(false);
     session.probe.applyChatBackground();
-    QVERIFY(changes.count > withImage);
+    QVERIFY(view->autoFillBackground());
+
+    for (const QPalette::ColorRole role : {QPalette::Base, QPalette::Window}) {
+        QPalette palette = before;
+        palette.setColor(role, Qt::blue);
+        view->setPalette(palette);
+        session.probe.applyChatBackground();
+        QCOMPARE(view->palette().brush(role), before.brush(role));
+    }
+}
+
+void TestPreferencesBackground::showsAChangedFile()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"image.png"_s);
+    const auto write = [&path](const QColor &color, const QDateTime &time) {
+        QImage image(20, 20, QImage::Format_RGB32);
+        image.fill(color);
+        QFile file(path);
+        return image.save(path) && file.open(QIODevice::ReadWrite)
+               && file.setFileTime(time, QFileDevice::FileModificationTime);
+    };
+    const QDateTime time = QDateTime::currentDateTime().addDays(-1);
+    QVERIFY(write(Qt::red, time));
+    const WindowSession session;
+    session.probe.openTabs({u"bob"_s});
+    setBackground(session, path, QColor());
+    QCOMPARE(shownGround(viewOf(session, session.probe.currentTabName())), QColor(Qt::red));
+    QVERIFY(write(Qt::yellow, time.addSecs(10)));
+    session.probe.applyChatBackground();
+    for (int index = 0; index < session.probe.tabWidget().count(); ++index) {
+        session.probe.clickTab(index);
+        QCOMPARE(shownGround(viewOf(session, session.probe.currentTabName())), QColor(Qt::yellow));
+    }
+}
+
+// A file that is read again would show, since its time and size are those of another one.
+void TestPreferencesBackground::readsALargeImageOnce()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"large.bmp"_s);
+    const QDateTime time = QDateTime::currentDateTime().addDays(-1);
+    const auto write = [&path, &time](const QColor &color) {
+        QImage image(2000, 2000, QImage::Format_RGB32); // 16 MB
+        image.fill(color);
+        QFile file(path);
+        return image.save(path) && file.open(QIODevice::ReadWrite)
+               && file.setFileTime(time, QFileDevice::FileModificationTime);
+    };
+    QVERIFY(write(Qt::red));
+    const ChatBackground background(u"light"_s, path, QColor());
+    QTextBrowser first;
+    background.applyTo(first);
+    QCOMPARE(shownGround(&first), QColor(Qt::red));
+    QVERIFY(write(Qt::yellow));
+    QTextBrowser second;
+    background.applyTo(second);
+    QCOMPARE(shownGround(&second), QColor(Qt::red));
 }
 
 void TestPreferencesBackground::dressesEachNewTab_data()
