@@ -91,6 +91,8 @@ void HighlightTabBar::paintEvent(QPaintEvent *event)
             continue;
         QStyleOptionTab option;
         initStyleOption(&option, index);
+        // No button is on the right, only space for a name's ampersands.
+        option.rightButtonSize = QSize();
         const HighlightInfo info = highlights.value(index);
         if (info.highlighted) {
             drawHighlightedTab(painter, option, info.blinkOn);

@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QCompleter>
+#include <QFontMetrics>
 #include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -114,6 +115,8 @@ private slots:
 
     void nicksInTabs_data() { addRows(); }
     void nicksInTabs();
+    void ampersandsFitIntoTabs_data();
+    void ampersandsFitIntoTabs();
     void givesTabsNoKeys();
     void nicksInLists_data() { addRows(); }
     void nicksInLists();
@@ -163,6 +166,43 @@ void TestTextFromElsewhere::nicksInTabs()
     QVERIFY(session.say(u":%1!u@h NICK %2"_s.arg(odd, renamed)));
     QVERIFY(shows(bar, renamed));
     QCOMPARE(spokenName(bar, 2), renamed);
+}
+
+// Qt measures a tab's name without its ampersands.
+void TestTextFromElsewhere::ampersandsFitIntoTabs_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("one") << u"rock&roll-and-rhythm"_s;
+    QTest::newRow("at the end") << u"rock-and-roll-and-&"_s;
+    QTest::newRow("pair") << u"rock&&roll-and-rhythm"_s;
+    QTest::newRow("many") << u"&a&b&c&d&e&f&g&h&i&j"_s;
+}
+
+void TestTextFromElsewhere::ampersandsFitIntoTabs()
+{
+    QFETCH(const QString, name);
+    WindowSession session;
+    QVERIFY(begin(session, u"bob"_s));
+    // A name that Qt measures in full.
+    const QString plain = QString(name).replace(u'&', u'+');
+    QVERIFY(session.say(u":%1!u@h PRIVMSG me :hi"_s.arg(name)));
+    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    HighlightTabBar &bar = session.probe.tabBar();
+    QFont font = bar.font();
+    font.setBold(true);
+    const QFontMetrics metrics(font);
+    const auto textWidth = [&metrics](const QString &text) {
+        return metrics.size(Qt::TextSingleLine, text).width();
+    };
+    const auto surplus = [&](int index, const QString &text) {
+        return bar.tabRect(index).width() - textWidth(text);
+    };
+    const int before = surplus(2, name);
+    QVERIFY(session.say(u":%1!u@h NICK %2"_s.arg(name, plain)));
+    const int whole = surplus(2, plain);
+    QVERIFY(before >= whole - 1);
+    QVERIFY(session.say(u":bob!u@h NICK %1"_s.arg(name)));
+    QVERIFY(surplus(3, name) >= whole - 1);
 }
 
 // Alt and the letter behind an ampersand would bring such a tab to the front.
