@@ -29,7 +29,7 @@ struct Figure
     double value = 0;
     /// What the value must stay below, if anything.
     std::optional<double> limit;
-    /// The same work done with Qt's own document layout, if that was measured.
+    /// The same work done with Qt's own document layout or widget, if that was measured.
     std::optional<double> stock;
 };
 
