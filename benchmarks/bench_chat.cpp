@@ -5,12 +5,14 @@
 #include "ChatView.h"
 #include "Report.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QStackedWidget>
 #include <QTest>
 #include <QTextBrowser>
+#include <QTextStream>
 #include <QTextTable>
 
 #include <functional>
@@ -135,6 +137,18 @@ void reportLines()
                        .limit = test.hiddenLimit,
                        .stock = lineIntoHidden(Layout::Stock, test.rows)});
     }
+}
+
+double linesInOneRead(int rows)
+{
+    Conversation conversation(Layout::Own);
+    conversation.view->show();
+    conversation.append(1);
+    Report::settle();
+    const double start = Report::processorTime();
+    conversation.append(rows);
+    Report::settle();
+    return Report::processorTime() - start;
 }
 
 // Time until the first frame of the new size is painted, and the longest stall after that.
@@ -336,9 +350,18 @@ void reportMemory(Layout layout, int rows)
 int main(int argc, char *argv[])
 {
     const QApplication application(argc, argv);
+    // The accessibility bus answers later.
+    if (qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON")
+        && !QTest::qWaitFor(QAccessible::isActive, 30'000))
+        return 1;
     const QString part = QString::fromLocal8Bit(argc > 1 ? argv[1] : "");
     if (part == "lines"_L1)
         reportLines();
+    // The bare figures are for bench_reader.
+    else if (part == "line"_L1)
+        QTextStream(stdout) << lineIntoShown(Layout::Own, QByteArray(argv[2]).toInt());
+    else if (part == "read"_L1)
+        QTextStream(stdout) << linesInOneRead(10000);
     else if (part == "use"_L1)
         reportUse();
     else if (part == "tabs"_L1)
