@@ -55,6 +55,7 @@
 #include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include <array>
 #include <utility>
@@ -77,6 +78,15 @@ void addAutojoinEntry(QMenu &menu, bool isAutojoined)
     QAction *entry = menu.addAction(MainWindow::tr("Autojoin on connect"));
     entry->setCheckable(true);
     entry->setChecked(isAutojoined);
+}
+
+// A Wayland compositor shows a popup without a transient parent as a window of its own, and these
+// menus have no parent. Qt guesses one only if the window had the last input event.
+QAction *execMenu(QMenu &menu, const QWidget &widget, const QPoint &pos)
+{
+    menu.winId(); // Creates the menu's window.
+    menu.windowHandle()->setTransientParent(widget.window()->windowHandle());
+    return menu.exec(widget.mapToGlobal(pos));
 }
 
 } // namespace
@@ -702,7 +712,7 @@ void MainWindow::onTabContextMenu(const QPoint &pos)
     QMenu menu;
     const QAction *close = menu.addAction(tr("Close"));
     addAutojoinEntry(menu, autojoinChannels.contains(name));
-    const QAction *chosen = menu.exec(tabBar->mapToGlobal(pos));
+    const QAction *chosen = execMenu(menu, *tabBar, pos);
     if (!chosen)
         return;
     if (chosen == close)
@@ -1096,7 +1106,7 @@ void MainWindow::showUserContextMenu(const QPoint &pos)
         fillOwnMenu(menu);
     else
         fillUserMenu(menu, nick);
-    menu.exec(userList->mapToGlobal(pos));
+    execMenu(menu, *userList, pos);
 }
 
 void MainWindow::fillOwnMenu(QMenu &menu)
@@ -1370,7 +1380,7 @@ void MainWindow::showChannelListContextMenu(const QPoint &pos)
     PlainTextMenu menu;
     const QAction *join = menu.addAction(tr("Join %1").arg(channel));
     addAutojoinEntry(menu, isAutojoined);
-    const QAction *chosen = menu.exec(listTree->mapToGlobal(pos));
+    const QAction *chosen = execMenu(menu, *listTree, pos);
     if (!chosen)
         return;
     if (chosen == join)

@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QTest>
+#include <QWindow>
 
 using namespace Qt::StringLiterals;
 
@@ -62,6 +63,8 @@ private slots:
     void goesOnAfterWhatHappened_data();
     void goesOnAfterWhatHappened();
     void goesOnWhenTheLinkComesUp();
+    void hasATransientParent_data();
+    void hasATransientParent();
 
 private:
     TemporaryStore store;
@@ -123,6 +126,29 @@ void TestNestedLoops::goesOnWhenTheLinkComesUp()
     QCOMPARE(scene.answers.problems(), QStringList());
     QVERIFY(isUp);
     QVERIFY(goesOn(session));
+}
+
+void TestNestedLoops::hasATransientParent_data()
+{
+    QTest::addColumn<NestedLoop>("loop");
+
+    for (const NestedLoop &loop : NestedLoop::all())
+        QTest::newRow(loop.name) << loop;
+}
+
+void TestNestedLoops::hasATransientParent()
+{
+    QFETCH(const NestedLoop, loop);
+    LoopScene scene;
+    QVERIFY(scene.enter());
+    bool hasParent = false;
+    scene.inside = [&](QWidget *shown) {
+        hasParent = shown->windowHandle()->transientParent() != nullptr;
+        loop.answer(shown);
+    };
+    loop.open(scene);
+    QCOMPARE(scene.answers.problems(), QStringList());
+    QVERIFY(hasParent);
 }
 
 QTEST_MAIN(TestNestedLoops)
