@@ -1,5 +1,6 @@
 #include "DialogParts.h"
 
+#include "ComboBoxKeys.h"
 #include "FocusMark.h"
 
 #include <QAbstractItemView>
@@ -18,6 +19,16 @@ QPushButton *makeButton(const QString &text, const QString &name)
     auto *button = new QPushButton(text);
     button->setObjectName(name);
     return button;
+}
+
+QComboBox *makeCombo(const QStringList &texts, const QString &name)
+{
+    auto *combo = new QComboBox;
+    combo->setObjectName(name);
+    combo->addItems(texts);
+    combo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    new ComboBoxKeys(*combo);
+    return combo;
 }
 
 QDialogButtonBox *makeSaveAndCancel(QDialog &dialog)

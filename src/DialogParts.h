@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <Qt>
 
+class QComboBox;
 class QDialog;
 class QDialogButtonBox;
 class QPushButton;
@@ -17,6 +19,10 @@ inline constexpr Qt::WindowFlags Frame =
 
 /// A button with the object name by which style sheets know it. The caller owns it.
 [[nodiscard]] QPushButton *makeButton(const QString &text, const QString &name);
+
+/// Returns a combo box with these texts, as wide as its row, with the object name by which style
+/// sheets know it. The key that closes its list does not also reach the dialog. The caller owns it.
+[[nodiscard]] QComboBox *makeCombo(const QStringList &texts, const QString &name);
 
 /// Save and Cancel, which accept and reject `dialog`, under the names by which style sheets know
 /// them: "connectButton" and "cancelButton". The caller owns the box.

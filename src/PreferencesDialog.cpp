@@ -48,11 +48,7 @@ QCheckBox *makeCheck(const QString &text, bool checked)
 
 QComboBox *makeCombo(const QStringList &items)
 {
-    auto *combo = new QComboBox;
-    combo->setObjectName(u"prefsWideCombo"_s);
-    combo->addItems(items);
-    combo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    return combo;
+    return DialogParts::makeCombo(items, u"prefsWideCombo"_s);
 }
 
 struct Range

@@ -1,5 +1,6 @@
 #include "ServerEditDialog.h"
 
+#include "ComboBoxKeys.h"
 #include "ConnectDialogStyle.h"
 #include "DialogParts.h"
 #include "PlainTitle.h"
@@ -103,6 +104,7 @@ QComboBox *makeCombo(const QString &name, const QStringList &texts, const QStrin
     combo->setObjectName(name);
     combo->addItems(texts);
     combo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    new ComboBoxKeys(*combo);
     const int index = combo->findText(text.isEmpty() ? defaultText : text,
                                       Qt::MatchExactly | Qt::MatchCaseSensitive);
     combo->setCurrentIndex(index >= 0 ? index : static_cast<int>(texts.indexOf(defaultText)));

@@ -1,6 +1,8 @@
 #include "DialogParts.h"
 #include "FocusMark.h"
 
+#include <QAbstractItemView>
+#include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QMenu>
@@ -8,6 +10,7 @@
 #include <QTest>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include <memory>
 
@@ -21,6 +24,8 @@ private slots:
     void framesWithTitleAndCloseButton();
     void namesButtons();
     void namesSaveAndCancel();
+    void keepsAListsKeyFromTheDialog_data();
+    void keepsAListsKeyFromTheDialog();
     void endsTheDialog_data();
     void endsTheDialog();
     void letsGoOfAWindow_data();
@@ -56,6 +61,36 @@ void TestDialogParts::namesSaveAndCancel()
     // The mark is white, and so to be seen on a ground of the accent's colour alone.
     QVERIFY(save->findChild<FocusMark *>() != nullptr);
     QVERIFY(cancel->findChild<FocusMark *>() == nullptr);
+}
+
+void TestDialogParts::keepsAListsKeyFromTheDialog_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+
+    QTest::newRow("Escape") << Qt::Key_Escape;
+    QTest::newRow("Return") << Qt::Key_Return;
+    QTest::newRow("Enter") << Qt::Key_Enter;
+}
+
+void TestDialogParts::keepsAListsKeyFromTheDialog()
+{
+    QFETCH(const Qt::Key, key);
+    QDialog dialog;
+    auto *layout = new QVBoxLayout(&dialog);
+    QComboBox *combo = DialogParts::makeCombo({u"one"_s, u"two"_s}, u"combo"_s);
+    layout->addWidget(combo);
+    layout->addWidget(DialogParts::makeSaveAndCancel(dialog));
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    combo->setFocus();
+    combo->showPopup();
+    QVERIFY(combo->view()->isVisible());
+    // Wayland gives keys to the dialog's window, even while a list is open.
+    QTest::keyClick(dialog.windowHandle(), key);
+    QVERIFY(!combo->view()->isVisible());
+    QVERIFY(dialog.isVisible());
+    QTest::keyClick(dialog.windowHandle(), key);
+    QVERIFY(!dialog.isVisible());
 }
 
 void TestDialogParts::endsTheDialog_data()
