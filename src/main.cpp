@@ -1,3 +1,4 @@
+#include "FixedSizeWindows.h"
 #include "LightPalette.h"
 #include "MainWindow.h"
 
@@ -37,6 +38,8 @@ void closeStoreToOthers(const QString &fileName)
 // The window has gone, and its session with it, when this returns.
 int showWindow()
 {
+    FixedSizeWindows fixedSizeWindows;
+    qApp->installEventFilter(&fixedSizeWindows);
     MainWindow window;
     window.show();
     return QApplication::exec();

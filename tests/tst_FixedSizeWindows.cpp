@@ -1,0 +1,72 @@
+#include "FixedSizeWindows.h"
+#include "Waiting.h"
+
+#include <QDialog>
+#include <QTest>
+#include <QWindow>
+
+namespace {
+
+constexpr QSize Fixed(300, 200);
+
+} // namespace
+
+class TestFixedSizeWindows final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+
+    void restoresAWindowOfFixedSize_data();
+    void restoresAWindowOfFixedSize();
+    void leavesOtherWindowsAlone();
+
+private:
+    FixedSizeWindows filter;
+};
+
+void TestFixedSizeWindows::initTestCase()
+{
+    qApp->installEventFilter(&filter);
+}
+
+void TestFixedSizeWindows::restoresAWindowOfFixedSize_data()
+{
+    QTest::addColumn<Qt::WindowStates>("state");
+
+    QTest::newRow("maximised") << Qt::WindowStates(Qt::WindowMaximized);
+    QTest::newRow("full screen") << Qt::WindowStates(Qt::WindowFullScreen);
+}
+
+// The size that the platform gives the window must be accepted first: a window that refuses it ends
+// the program on Weston.
+void TestFixedSizeWindows::restoresAWindowOfFixedSize()
+{
+    QFETCH(const Qt::WindowStates, state);
+    QDialog dialog;
+    dialog.setFixedSize(Fixed);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog, Patience));
+    QWindow *window = dialog.windowHandle();
+    for (int count = 0; count < 2; ++count) {
+        window->setWindowStates(state);
+        QVERIFY(window->maximumSize().width() > Fixed.width());
+        QTRY_COMPARE_WITH_TIMEOUT(window->maximumSize(), Fixed, Patience);
+        QCOMPARE(window->windowStates(), Qt::WindowNoState);
+        QCOMPARE(dialog.size(), Fixed);
+    }
+}
+
+void TestFixedSizeWindows::leavesOtherWindowsAlone()
+{
+    QDialog dialog;
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog, Patience));
+    dialog.windowHandle()->setWindowStates(Qt::WindowMaximized);
+    QTRY_VERIFY_WITH_TIMEOUT(dialog.isMaximized(), Patience);
+    QCOMPARE(dialog.windowHandle()->windowStates(), Qt::WindowMaximized);
+}
+
+QTEST_MAIN(TestFixedSizeWindows)
+#include "tst_FixedSizeWindows.moc"
