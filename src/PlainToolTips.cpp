@@ -30,6 +30,10 @@ bool PlainToolTips::eventFilter(QObject *watched, QEvent *event)
     // A tip without any text hides the one on show.
     if (!tip.isEmpty())
         tip = u"<span>%1</span>"_s.arg(tip.toHtmlEscaped());
+    // Qt would move the tip of another tab here, which has no effect on Wayland.
+    if (auto *shown = bar->findChild<QWidget *>(u"qtooltip_label"_s);
+        shown && QToolTip::text() != tip)
+        shown->hide();
     QToolTip::showText(help->globalPos(), tip, bar);
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include <QHelpEvent>
 #include <QLabel>
+#include <QPointer>
 #include <QTabBar>
 #include <QTest>
 #include <QTextDocument>
@@ -40,6 +41,7 @@ private slots:
     void showsATipToTheLetter();
     void cutsAHugeTip();
     void showsNothingBesideTheTabs();
+    void showsATipPerTab();
 };
 
 void TestPlainToolTips::cleanup()
@@ -97,6 +99,28 @@ void TestPlainToolTips::showsNothingBesideTheTabs()
     bar.show();
     askForTip(bar, QPoint(390, 5));
     QVERIFY(!QToolTip::isVisible());
+}
+
+void TestPlainToolTips::showsATipPerTab()
+{
+    QTabBar bar;
+    new PlainToolTips(bar);
+    for (const QString &name : {u"one"_s, u"two"_s}) {
+        bar.addTab(name);
+        bar.setTabToolTip(bar.count() - 1, name);
+    }
+    bar.show();
+    askForTip(bar, bar.tabRect(0).center());
+    const auto shownTip = [&bar] { return bar.findChild<QWidget *>(u"qtooltip_label"_s); };
+    const QPointer<QWidget> first = shownTip();
+    QVERIFY(first != nullptr);
+    // On the same tab it stays as it is.
+    askForTip(bar, bar.tabRect(0).topLeft());
+    QCOMPARE(shownTip(), first.data());
+    QVERIFY(first->isVisible());
+    askForTip(bar, bar.tabRect(1).center());
+    QVERIFY(first == nullptr);
+    QVERIFY(shownTip()->isVisible());
 }
 
 QTEST_MAIN(TestPlainToolTips)
