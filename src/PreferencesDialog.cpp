@@ -12,6 +12,7 @@
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFontDialog>
+#include <QFontInfo>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -273,7 +274,9 @@ void PreferencesDialog::chooseFont()
 {
     const QPointer<PreferencesDialog> self = this;
     // A copy, since Qt looks at the font once more in the end, when the window may be gone.
-    const QFont initial = mainWindow->chatFont;
+    QFont initial = mainWindow->chatFont;
+    // GTK's dialog fails to select a family that is not installed and reports the size 0 instead.
+    initial.setFamily(QFontInfo(initial).family());
     bool ok = false;
     const QFont chosen = QFontDialog::getFont(&ok, initial, this, QString());
     if (!ok || self == nullptr)
