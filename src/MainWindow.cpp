@@ -20,6 +20,7 @@
 #include "NickList.h"
 #include "PlainTabs.h"
 #include "PlainTextMenu.h"
+#include "PopupArea.h"
 #include "PreferencesDialog.h"
 #include "Prompts.h"
 #include "RawLines.h"
@@ -44,7 +45,6 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QScreen>
 #include <QSettings>
 #include <QShortcut>
 #include <QSplitter>
@@ -1412,9 +1412,9 @@ void MainWindow::toggleEmojiPicker()
 {
     auto *picker = new EmojiPicker(this, currentTheme);
     picker->adjustSize();
-    picker->move(EmojiPicker::placeAt(
-            QRect(emojiButton->mapToGlobal(QPoint()), emojiButton->size()), picker->sizeHint(),
-            QGuiApplication::primaryScreen()->availableGeometry()));
+    picker->move(
+            EmojiPicker::placeAt(QRect(emojiButton->mapToGlobal(QPoint()), emojiButton->size()),
+                                 picker->sizeHint(), PopupArea::of(*this)));
     connect(picker, &EmojiPicker::emojiSelected, inputLine, [this](const QString &emoji) {
         inputLine->insert(emoji);
         inputLine->setFocus();

@@ -1,9 +1,11 @@
 #include "NickCompletion.h"
 
+#include "PopupArea.h"
 #include "TabNames.h"
 
 #include <QAbstractItemView>
 #include <QCompleter>
+#include <QEvent>
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QStringListModel>
@@ -21,6 +23,40 @@ void highlight(QCompleter &completer, const QString &nick)
         completer.popup()->setCurrentIndex(found.constFirst());
 }
 
+/// Shows the popup of a completer above its line instead of below.
+class PopupAboveLine final : public QObject
+{
+    Q_DISABLE_COPY_MOVE(PopupAboveLine)
+
+public:
+    /// `completer` becomes the parent.
+    explicit PopupAboveLine(QCompleter &completer)
+        : QObject(&completer)
+        , owner(completer)
+    {
+        completer.popup()->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        auto *popup = static_cast<QWidget *>(watched);
+        if (event->type() == QEvent::Show) {
+            const QPoint top = owner.widget()->mapToGlobal(QPoint());
+            // A window that is too low leaves the place to Qt.
+            if (top.y() >= popup->height())
+                popup->move(top.x(), top.y() - popup->height());
+        } else if (event->type() == QEvent::Resize && popup->isVisible()) {
+            // A Wayland popup can change its size, but not its position.
+            popup->hide();
+            popup->show();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    const QCompleter &owner;
+};
+
 } // namespace
 
 namespace NickCompletion {
@@ -30,6 +66,10 @@ QCompleter *create(QObject *parent)
     auto *completer = new QCompleter(parent);
     completer->setCaseSensitivity(Qt::CaseInsensitive);
     completer->setCompletionMode(QCompleter::PopupCompletion);
+    // Qt would choose a side by the line's position on the screen. Without one it is always below,
+    // and a compositor that has no space there moves the popup over the line.
+    if (!PopupArea::hasGlobalPositions())
+        new PopupAboveLine(*completer);
     return completer;
 }
 
