@@ -18,6 +18,7 @@
 #include "LineBreaks.h"
 #include "MyTabWidget.h"
 #include "NickList.h"
+#include "Notifications.h"
 #include "PlainTabs.h"
 #include "PlainTextMenu.h"
 #include "PopupArea.h"
@@ -293,6 +294,8 @@ void MainWindow::connectPresence()
 void MainWindow::initSystemTray()
 {
     trayIcon = SystemTray::create(*this);
+    notifications = new Notifications(this);
+    connect(notifications, &Notifications::clicked, this, &MainWindow::showPage);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -843,7 +846,7 @@ void MainWindow::drawAttention(const QString &tabName, const QString &text, cons
     if (tabName == currentTabName)
         return;
     const Attention::Notice notice = Attention::noticeOf(tabName, text, sender);
-    showNotification(notice.title, notice.message);
+    showNotification(notice.title, notice.message, tabName);
 }
 
 void MainWindow::highlightTab(const QString &tabName)
@@ -861,12 +864,21 @@ void MainWindow::highlightTab(const QString &tabName)
     }
 }
 
-void MainWindow::showNotification(const QString &title, const QString &message)
+void MainWindow::showNotification(const QString &title, const QString &message,
+                                  const QString &tabName)
 {
     if (trayIcon && QSystemTrayIcon::supportsMessages())
-        trayIcon->showMessage(title, message, QSystemTrayIcon::Information, NotificationMs);
+        notifications->show(*trayIcon, title, message, tabs.value(tabName).page);
     else if (!isActiveWindow())
         statusBar()->showMessage(title + u": "_s + message, NotificationMs);
+}
+
+// The page of a tab that has been closed is in no tab.
+void MainWindow::showPage(QWidget *page)
+{
+    SystemTray::bringToFront(*this);
+    if (tabWidget->indexOf(page) >= 0)
+        tabWidget->setCurrentWidget(page);
 }
 
 // ---------------------------------------------------------------------------------------------

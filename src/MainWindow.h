@@ -18,6 +18,7 @@ class ConnectDialog;
 class HighlightTabBar;
 class IRCConnection;
 class MyTabWidget;
+class Notifications;
 class QAction;
 class QCompleter;
 class QLabel;
@@ -213,7 +214,10 @@ private:
     /// Marks the tab of a line from somebody else, and notifies, where the line deserves it.
     void drawAttention(const QString &tabName, const QString &text, const QString &sender);
     void highlightTab(const QString &tabName);
-    void showNotification(const QString &title, const QString &message);
+    /// A click on the notification shows the tab `tabName`, if there is one.
+    void showNotification(const QString &title, const QString &message,
+                          const QString &tabName = {});
+    void showPage(QWidget *page);
 
     // Membership
     QString stripModePrefix(const QString &entry) const;
@@ -325,6 +329,7 @@ private:
     QString currentServerId;    ///< Empty until the first connect.
     bool userListShown = false;
     QMap<QString, QString> inputDrafts;
+    Notifications *notifications = nullptr;
     RowQueue pendingRows; ///< Of the read in progress: written together when it ends.
     /// What the read in progress has updated the completion with last, if it has.
     std::optional<NickCompletion::Source> pendingCompletion;

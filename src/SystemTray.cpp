@@ -9,18 +9,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void bringToFront(QMainWindow &window)
-{
-    window.raise();
-    window.activateWindow();
-}
-
 QMenu *createMenu(QMainWindow &window)
 {
     auto *menu = new QMenu(&window);
     menu->addAction(QSystemTrayIcon::tr("Show Velmora"), &window, [&window] {
         window.showNormal();
-        bringToFront(window);
+        SystemTray::bringToFront(window);
     });
     menu->addSeparator();
     menu->addAction(QSystemTrayIcon::tr("Quit"), qApp, &QCoreApplication::quit);
@@ -46,12 +40,18 @@ QSystemTrayIcon *create(QMainWindow &window)
                          if (reason != QSystemTrayIcon::Trigger
                              && reason != QSystemTrayIcon::DoubleClick)
                              return;
-                         if (window.isMinimized())
-                             window.showNormal();
                          bringToFront(window);
                      });
     tray->setContextMenu(createMenu(window));
     return tray;
+}
+
+void bringToFront(QMainWindow &window)
+{
+    if (window.isMinimized())
+        window.showNormal();
+    window.raise();
+    window.activateWindow();
 }
 
 } // namespace SystemTray

@@ -12,4 +12,7 @@ namespace SystemTray {
 /// The icon and its menu belong to `window`. Null is returned where there is no tray.
 [[nodiscard]] QSystemTrayIcon *create(QMainWindow &window);
 
+/// Restores `window` if it is minimised, raises and activates it.
+void bringToFront(QMainWindow &window);
+
 } // namespace SystemTray

@@ -35,6 +35,7 @@ constexpr int OneTry = 5000; // In ms, of several.
 constexpr int NotificationMs = 5000;
 
 const auto MainTitle = u"Velmora"_s;
+const auto DesktopEntry = u"example.velmora.Velmora"_s;
 const auto OtherTitle = u"Somebody else"_s;
 
 constexpr QRgb OtherColour = qRgb(192, 0, 192);
@@ -335,6 +336,7 @@ private slots:
     void quitsByTheDesktopsMenu_data();
     void quitsByTheDesktopsMenu();
     void notifiesByTheDesktop();
+    void showsTheTabOfAClickedNotification();
     void notifiesOfTextAsItIs();
     void outlivesTheDesktop();
 
@@ -572,13 +574,29 @@ void TestTray::notifiesByTheDesktop()
                           QString(u"bob | "_s + whole.first(252) + u"..."_s)}));
     for (const FakeDesktop::Notification &notification : notified) {
         QCOMPARE(notification.program, u"Velmora"_s);
-        QCOMPARE(notification.icon, u"dialog-information"_s);
+        QCOMPARE(notification.icon, DesktopEntry);
+        QCOMPARE(notification.hints.value(u"desktop-entry"_s).toString(), DesktopEntry);
         QCOMPARE(notification.duration, NotificationMs);
-        QVERIFY(notification.actions.isEmpty());
+        QCOMPARE(notification.actions, (QStringList{u"default"_s, u"Show"_s}));
     }
 }
 
-// Qt hands the text on as it is; whether a desktop reads markup in it is the desktop's choice.
+void TestTray::showsTheTabOfAClickedNotification()
+{
+    QVERIFY(scene->addDesktop());
+    QVERIFY(scene->startSession());
+    QVERIFY(scene->desktop->waitForIcon());
+    scene->server.send(u":bob!u@h PRIVMSG wanda :psst"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(scene->desktop->notifications().size(), 1, Patience);
+    const auto currentTab = [this] { return scene->program.currentTab(); };
+    const QRect before = scene->screen.whenStill(currentTab);
+    QVERIFY(scene->minimise());
+    scene->desktop->clickNotification(1);
+    QVERIFY(scene->waitForActive(MainTitle));
+    QVERIFY(scene->screen.waitFor([&] { return currentTab().left() > before.right(); }));
+}
+
+// The text goes on as it is; whether a desktop reads markup in it is the desktop's choice.
 void TestTray::notifiesOfTextAsItIs()
 {
     QVERIFY(scene->addDesktop());

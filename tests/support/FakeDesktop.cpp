@@ -26,6 +26,7 @@ FakeDesktop::Notification readNotification(const QVariantList &arguments)
             .title = arguments.value(3).toString(),
             .text = arguments.value(4).toString(),
             .actions = arguments.value(5).toStringList(),
+            .hints = qdbus_cast<QVariantMap>(arguments.value(6)),
             .duration = arguments.value(7).toInt()};
 }
 
@@ -61,6 +62,14 @@ FakeDesktop::~FakeDesktop()
 QList<FakeDesktop::Notification> FakeDesktop::notifications() const
 {
     return notified;
+}
+
+void FakeDesktop::clickNotification(uint number) const
+{
+    QDBusMessage click = QDBusMessage::createSignal(u"/org/freedesktop/Notifications"_s,
+                                                    NotificationService, u"ActionInvoked"_s);
+    click.setArguments({number, u"default"_s});
+    QDBusConnection(connectionName).send(click);
 }
 
 bool FakeDesktop::waitForIcon() const

@@ -23,6 +23,7 @@ public:
         QString title;
         QString text;
         QStringList actions;
+        QVariantMap hints;
         int duration = 0; ///< In ms.
     };
 
@@ -37,6 +38,8 @@ public:
     ~FakeDesktop() override;
 
     [[nodiscard]] QList<Notification> notifications() const;
+    /// Clicks the notification with this number; the first one has the number 1.
+    void clickNotification(uint number) const;
 
     /// Waits until a tray icon has announced itself.
     [[nodiscard]] bool waitForIcon() const;
