@@ -9,10 +9,10 @@ build_packages=(cmake g++ ninja-build qt6-base-dev qt6-svg-dev
     ca-certificates fonts-dejavu-core fonts-noto-color-emoji)
 # A screen in memory, with a window manager and something that types.
 screen_packages=(openbox xdotool xvfb)
-# The servers, the tray, the accessibility bus and the certificates that the tests make, what looks
-# through the desktop's files, and a platform theme with dark colours.
-test_packages=(appstream at-spi2-core dbus-daemon desktop-file-utils faketime inspircd ngircd openssl
-    qt6ct trayer)
+# The servers, the tray, the accessibility bus, the Wayland session and the certificates that the
+# tests make, what looks through the desktop's files, and a platform theme with dark colours.
+test_packages=(appstream at-spi2-core dbus-daemon desktop-file-utils faketime grim inspircd ngircd openssl
+    qt6-wayland qt6ct sway trayer wl-clipboard)
 # What packing needs beside the build.
 package_packages=(dpkg-dev file gzip)
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QProcess>
+#include <QProcessEnvironment>
 
 /// A program that runs for as long as we need it: it is asked to end when the object goes, and it
 /// is ended by the system should we be killed before that.
@@ -15,6 +16,10 @@ public:
 
     /// Starts the program; false if it could not be started.
     [[nodiscard]] bool launch(const QString &program, const QStringList &arguments = {});
+
+    /// Returns our environment without the way to the desktop of the person who runs the tests.
+    /// Programs keep their files in `home`.
+    [[nodiscard]] static QProcessEnvironment privateEnvironment(const QString &home);
 
     /// Asks the program to end and ends it by force when it does not.
     void stop();

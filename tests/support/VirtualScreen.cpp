@@ -120,25 +120,9 @@ bool VirtualScreen::startWindowManager()
 
 QProcessEnvironment VirtualScreen::environment() const
 {
-    QProcessEnvironment result = QProcessEnvironment::systemEnvironment();
+    QProcessEnvironment result = Child::privateEnvironment(folder.path());
     result.insert(u"DISPLAY"_s, display);
     result.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
-    result.insert(u"HOME"_s, folder.path());
-    result.insert(u"XDG_CONFIG_HOME"_s, folder.filePath(u"config"_s));
-    result.insert(u"XDG_CACHE_HOME"_s, folder.filePath(u"cache"_s));
-    result.insert(u"XDG_RUNTIME_DIR"_s, folder.path());
-    result.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
-    // What runs here must not reach the desktop of the person who started it, and no bus must be
-    // started for it that stays behind.
-    result.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/dev/null"_s);
-    result.remove(u"WAYLAND_DISPLAY"_s);
-    result.remove(u"XAUTHORITY"_s);
-    result.remove(u"SESSION_MANAGER"_s);
-    // Nor is it to look like that desktop's programs.
-    for (const char *name :
-         {"XDG_CURRENT_DESKTOP", "DESKTOP_SESSION", "KDE_FULL_SESSION", "GNOME_DESKTOP_SESSION_ID",
-          "QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE"})
-        result.remove(QString::fromLatin1(name));
     return result;
 }
 
