@@ -317,11 +317,11 @@ void ChatLayout::setHeight(int row, int height, bool isExact)
         heights.set(row, height);
 }
 
-ChatLayout::Cells ChatLayout::layOut(int row) const
+ChatLayout::Cells ChatLayout::layOut(int row, int firstColumn) const
 {
     Cells cells;
-    QTextBlock block = cellBlock(row, 0);
-    for (int column = 0; column < columns.count(); ++column, block = block.next()) {
+    QTextBlock block = cellBlock(row, firstColumn);
+    for (int column = firstColumn; column < columns.count(); ++column, block = block.next()) {
         const CellBorder border = CellText::rightBorder(block);
         Cell cell{.block = block,
                   .layout = std::make_unique<QTextLayout>(block),
@@ -338,16 +338,18 @@ ChatLayout::Cells ChatLayout::layOut(int row) const
 void ChatLayout::take(int row, const Cells &cells)
 {
     Row &data = rowData(row);
-    data.sideHeight = 0;
-    data.isSideSure = true;
-    for (std::size_t column = 0; column < cells.size(); ++column) {
-        const Cell &cell = cells[column];
-        if (column + 1 < cells.size())
+    int column = columns.count() - static_cast<int>(cells.size());
+    if (column == 0) {
+        data.sideHeight = 0;
+        data.isSideSure = true;
+    }
+    for (const Cell &cell : cells) {
+        if (column < columns.last())
             data.sideHeight = std::max(data.sideHeight, cell.extent.height);
-        const int index = static_cast<int>(column);
-        if (cell.layout->minimumWidth() > columns.room(index, cell.border.width)
-            && columns.require(index, CellText::widestCharacter(cell.block), cell.border.width))
+        if (cell.layout->minimumWidth() > columns.room(column, cell.border.width)
+            && columns.require(column, CellText::widestCharacter(cell.block), cell.border.width))
             areColumnsStale = true;
+        ++column;
     }
     const Cell &text = cells.back();
     if (text.extent.isSure)
@@ -362,7 +364,7 @@ const ChatLayout::Cells &ChatLayout::cellsOf(int row)
 {
     if (const Cells *known = cache.object(row))
         return *known;
-    auto cells = std::make_unique<Cells>(layOut(row));
+    auto cells = std::make_unique<Cells>(layOut(row, 0));
     take(row, *cells);
     const Cells &result = *cells;
     cache.insert(row, cells.release());
@@ -402,7 +404,7 @@ void ChatLayout::measureSome(QDeadlineTimer deadline)
         // Much cheaper, and enough where it is only the font that has changed.
         estimate(row);
         if (!rowData(row).isExact)
-            take(row, layOut(row));
+            take(row, layOut(row, rowData(row).isSideSure ? columns.last() : 0));
     }
     if (areColumnsStale)
         reflow();
@@ -529,7 +531,7 @@ int ChatLayout::hitTable(const QPointF &point, Qt::HitTestAccuracy accuracy) con
     Cells fresh;
     const Cells *cells = cache.object(row);
     if (!cells) {
-        fresh = layOut(row);
+        fresh = layOut(row, 0);
         cells = &fresh;
     }
     const Cell &cell = (*cells)[static_cast<std::size_t>(column)];

@@ -139,7 +139,8 @@ private:
     [[nodiscard]] bool fits(const Row &row) const;
     void setHeight(int row, int height, bool isExact);
 
-    [[nodiscard]] Cells layOut(int row) const;
+    // The cells from `firstColumn` on. `take` keeps what is known of the cells that are not there.
+    [[nodiscard]] Cells layOut(int row, int firstColumn) const;
     void take(int row, const Cells &cells);
     const Cells &cellsOf(int row);
     bool measureRows(qreal top, qreal bottom);

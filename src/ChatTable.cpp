@@ -4,6 +4,7 @@
 #include "IrcText.h"
 #include "LineBreaks.h"
 
+#include <QHash>
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -20,6 +22,8 @@ namespace {
 
 constexpr int TimeWidth = 85;
 constexpr int NickWidth = 120;
+// Qt moves all new cells of a table for each further one, and counts all cells before it adds some.
+constexpr qsizetype RowsAtOnce = 5000;
 constexpr QRgb Grey = qRgb(136, 136, 136);
 constexpr QRgb PaleGrey = qRgb(170, 170, 170);
 
@@ -71,11 +75,15 @@ QString withinBlock(const QString &text)
     return result;
 }
 
-QTextCharFormat timeFormat()
+// Formats are kept, since a new one must be hashed to find it in a document.
+const QTextCharFormat &greyFormat()
 {
-    QTextCharFormat format;
-    format.setForeground(QColor(Grey));
-    return format;
+    static const QTextCharFormat grey = [] {
+        QTextCharFormat format;
+        format.setForeground(QColor(Grey));
+        return format;
+    }();
+    return grey;
 }
 
 // The rule between nicks and text is the nick cell's right border.
@@ -88,23 +96,46 @@ QTextTableCellFormat nickCellFormat()
     return format;
 }
 
-QTextCharFormat nickFormat(const QString &displayNick, bool ownAway)
+QTextCharFormat makeNickFormat(std::optional<QRgb> color)
 {
     QTextCharFormat format;
     format.setFontWeight(QFont::Bold);
-    if (displayNick.isEmpty())
-        return format;
-    format.setForeground(ownAway ? QColor(PaleGrey) : ChatTable::nickColor(displayNick));
-    if (ownAway)
+    if (color)
+        format.setForeground(QColor(*color));
+    if (color == PaleGrey)
         format.setFontItalic(true);
     return format;
 }
 
-void align(QTextCursor &cursor, Qt::Alignment alignment)
+QTextCharFormat nickFormat(const QString &displayNick, bool ownAway)
+{
+    static const QTextCharFormat nobody = makeNickFormat({});
+    static QHash<QRgb, QTextCharFormat> byColor;
+    if (displayNick.isEmpty())
+        return nobody;
+    const QRgb color = ownAway ? PaleGrey : ChatTable::nickColor(displayNick).rgb();
+    if (!byColor.contains(color))
+        byColor.insert(color, makeNickFormat(color));
+    return byColor.value(color);
+}
+
+QTextBlockFormat alignedFormat(Qt::Alignment alignment)
 {
     QTextBlockFormat format;
     format.setAlignment(alignment);
-    cursor.setBlockFormat(format);
+    return format;
+}
+
+void alignLeft(QTextCursor &cursor)
+{
+    static const QTextBlockFormat left = alignedFormat(Qt::AlignLeft);
+    cursor.setBlockFormat(left);
+}
+
+void alignRight(QTextCursor &cursor)
+{
+    static const QTextBlockFormat right = alignedFormat(Qt::AlignRight);
+    cursor.setBlockFormat(right);
 }
 
 // Some of the replaced characters end a link and others belong to its target, so links are found in
@@ -125,14 +156,15 @@ void insertAsOneBlock(QTextCursor &cursor, const QString &text, const QTextCharF
 
 void fillTime(QTextCursor &cursor, const ChatRow &row)
 {
-    align(cursor, Qt::AlignLeft);
-    cursor.insertText(withinBlock(row.time), timeFormat());
+    alignLeft(cursor);
+    cursor.insertText(withinBlock(row.time), greyFormat());
 }
 
 void fillNick(QTextCursor &cursor, const ChatRow &row)
 {
-    cursor.setBlockCharFormat(nickCellFormat());
-    align(cursor, Qt::AlignRight);
+    static const QTextTableCellFormat cellFormat = nickCellFormat();
+    cursor.setBlockCharFormat(cellFormat);
+    alignRight(cursor);
     const QString displayNick = ChatTable::elidedNick(row.nick);
     cursor.insertText(withinBlock(displayNick) + QString(ChatTable::SpacesAfterNick, u' '),
                       nickFormat(displayNick, row.ownAway));
@@ -140,8 +172,8 @@ void fillNick(QTextCursor &cursor, const ChatRow &row)
 
 void fillText(QTextCursor &cursor, const ChatRow &row)
 {
-    align(cursor, Qt::AlignLeft);
-    const QTextCharFormat base = row.dimmed ? timeFormat() : QTextCharFormat();
+    alignLeft(cursor);
+    const QTextCharFormat base = row.dimmed ? greyFormat() : QTextCharFormat();
     if (std::none_of(row.text.cbegin(), row.text.cend(), startsBlock))
         IrcText::insertWithLinks(cursor, row.text, base);
     else
@@ -163,6 +195,19 @@ void fillRow(QTextCursor &cursor, const ChatRow &row, int first, int columns)
     }
     cursor.setPosition(first);
     fillTime(cursor, row);
+}
+
+void appendTogether(QTextTable &table, QTextCursor &cursor, const QList<ChatRow> &rows)
+{
+    table.appendRows(static_cast<int>(rows.size()));
+    // An empty cell takes one position, so the new cells are the table's last positions. Asking the
+    // table for its cells instead would make it count all of them.
+    const int columns = table.format().columns();
+    int first = table.lastPosition() + 1;
+    for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
+        first -= columns;
+        fillRow(cursor, *row, first, columns);
+    }
 }
 
 // Part of a conversation: cells, and of a single cell the positions in the document.
@@ -242,15 +287,9 @@ void ChatTable::appendRows(QTextTable &table, const QList<ChatRow> &rows)
         layout->beginRows();
     QTextCursor cursor(table.document());
     cursor.beginEditBlock();
-    table.appendRows(static_cast<int>(rows.size()));
-    // An empty cell takes one position, so the new cells are the table's last positions. Asking the
-    // table for its cells instead would make it count all of them.
-    const int columns = table.columns();
-    int first = table.lastPosition() + 1;
-    for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
-        first -= columns;
-        fillRow(cursor, *row, first, columns);
-    }
+    for (qsizetype first = 0; first < rows.size(); first += RowsAtOnce)
+        appendTogether(table, cursor,
+                       rows.sliced(first, std::min(RowsAtOnce, rows.size() - first)));
     cursor.endEditBlock();
     if (layout)
         layout->endRows();

@@ -299,6 +299,11 @@ int legibleOn(const QColor &color)
 
 void insertWithLinks(QTextCursor &cursor, const QString &text, const QTextCharFormat &base)
 {
+    const QList<Link> links = rowLinks(text);
+    if (links.isEmpty()) {
+        cursor.insertText(text, base);
+        return;
+    }
     QTextCharFormat linkFormat = base;
     linkFormat.setAnchor(true);
     linkFormat.setForeground(QColor(0x00, 0x7A, 0xFF));
@@ -308,7 +313,7 @@ void insertWithLinks(QTextCursor &cursor, const QString &text, const QTextCharFo
     // seconds of a line that is nothing but links.
     cursor.beginEditBlock();
     int position = 0;
-    for (const Link &link : rowLinks(text)) {
+    for (const Link &link : links) {
         if (link.start > position)
             cursor.insertText(text.mid(position, link.start - position), base);
         QTextCharFormat format = linkFormat;

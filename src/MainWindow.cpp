@@ -74,6 +74,22 @@ bool equalsIgnoringCase(const QString &left, const QString &right)
     return left.compare(right, Qt::CaseInsensitive) == 0;
 }
 
+// The local time. Lines of the same millisecond share it, since Qt asks the system for the time
+// zone at each conversion.
+QString currentTime(const QString &format)
+{
+    static qint64 knownTime = 0;
+    static QString knownFormat;
+    static QString known;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    if (now != knownTime || format != knownFormat) {
+        knownTime = now;
+        knownFormat = format;
+        known = QDateTime::fromMSecsSinceEpoch(now).toString(format);
+    }
+    return known;
+}
+
 void addAutojoinEntry(QMenu &menu, bool isAutojoined)
 {
     QAction *entry = menu.addAction(MainWindow::tr("Autojoin on connect"));
@@ -775,7 +791,7 @@ void MainWindow::editTopic(const QString &channel)
 void MainWindow::appendMessageToTab(const QString &tabName, const QString &text,
                                     const QString &sender, bool isStatus)
 {
-    const QString time = QDateTime::currentDateTime().toString(timestampFormat);
+    const QString time = currentTime(timestampFormat);
     if (!tabs.contains(tabName))
         openTab(tabName);
     if (!ensureTable(tabName))

@@ -95,6 +95,7 @@ private slots:
     void findsLinksInTheTextAsItCame();
     void leavesOtherCharactersAlone();
     void appendsManyAsIfOneByOne();
+    void keepsTheOrderOfThousandsOfRows();
     void appendsNothing();
     void writesWhatTheTablesOwnCellsWouldTake();
 
@@ -425,6 +426,18 @@ void TestChatTable::appendsManyAsIfOneByOne()
     QCOMPARE(describe(*view.document()), describe(*other.document()));
     QCOMPARE(view.toPlainText(), other.toPlainText());
     QCOMPARE(view.toHtml(), other.toHtml());
+}
+
+void TestChatTable::keepsTheOrderOfThousandsOfRows()
+{
+    constexpr int Count = 10001;
+    QList<ChatRow> rows;
+    for (int i = 1; i <= Count; ++i)
+        rows.append({.time = u"[10:00]"_s, .nick = u"bob"_s, .text = QString::number(i)});
+    ChatTable::appendRows(*table, rows);
+    QCOMPARE(table->rows(), Count + 1);
+    for (int i = 1; i <= Count; ++i)
+        QCOMPARE(cellText(*table, i, 2), QString::number(i));
 }
 
 void TestChatTable::appendsNothing()
