@@ -9,6 +9,10 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QWindow>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -50,6 +54,30 @@ void namePopups(const QDialog &dialog)
         const QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(box);
         box->view()->setAccessibleName(accessible->text(QAccessible::Name));
     }
+}
+
+void keepCentered(QDialog &dialog, const QWidget &window)
+{
+    const QWindow *handle = window.windowHandle();
+    if (handle == nullptr)
+        return;
+    const auto center = [&dialog, &window] {
+        if (dialog.windowHandle()->isExposed())
+            return;
+        const QRect framed = window.frameGeometry();
+        // The frame of the dialog is not there yet.
+        QRect place(QPoint(), dialog.size() + framed.size() - window.size());
+        place.moveCenter(framed.center());
+        const QRect screen = window.screen()->availableGeometry();
+        place.moveBottomRight({std::min(place.right(), screen.right()),
+                               std::min(place.bottom(), screen.bottom())});
+        place.moveTopLeft(
+                {std::max(place.left(), screen.left()), std::max(place.top(), screen.top())});
+        const QPoint inside = window.geometry().topLeft() - framed.topLeft();
+        dialog.setGeometry(QRect(place.topLeft() + inside, dialog.size()));
+    };
+    QObject::connect(handle, &QWindow::xChanged, &dialog, center);
+    QObject::connect(handle, &QWindow::yChanged, &dialog, center);
 }
 
 void letGoOfWindows(QWidget &parent)

@@ -32,6 +32,13 @@ inline constexpr Qt::WindowFlags Frame =
 /// readers. To be called when the boxes have their labels.
 void namePopups(const QDialog &dialog);
 
+/// Centres `dialog` over `window`, within the screen, each time `window` moves until the dialog is
+/// visible.
+///
+/// For a dialog that opens before the window manager has placed `window`: Qt centres it over the
+/// place that the window had before. Both are shown already.
+void keepCentered(QDialog &dialog, const QWidget &window);
+
 /// Ends every dialog, box and menu that stands over `parent` in an event loop of its own, as if the
 /// user had turned it down, and lets it go.
 ///

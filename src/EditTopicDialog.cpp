@@ -1,6 +1,7 @@
 #include "EditTopicDialog.h"
 
 #include "DialogParts.h"
+#include "EmojiFont.h"
 #include "EmojiPicker.h"
 #include "FocusMark.h"
 #include "IconPixmap.h"
@@ -61,6 +62,7 @@ struct Drawing
     bool underline = false;
     QColor plate =
             QColor(); ///< Of the rounded ground under the text; there is none if it isn't valid.
+    QFont font = QFont(); ///< Size and style are those above.
 };
 
 QIcon draw(const Drawing &drawing)
@@ -73,7 +75,7 @@ QIcon draw(const Drawing &drawing)
         painter.setBrush(drawing.plate);
         painter.drawRoundedRect(2, 2, 20, 20, 4, 4);
     }
-    QFont font = painter.font();
+    QFont font = drawing.font;
     font.setPixelSize(drawing.pixelSize);
     font.setBold(drawing.bold);
     font.setItalic(drawing.italic);
@@ -239,7 +241,8 @@ QToolBar *EditTopicDialog::buildToolBar()
     add(tr("Background Color"),
         {.text = u"A"_s, .color = LetterColor, .bold = true, .plate = BackgroundPlate},
         [this] { chooseIrcColor(true); });
-    add(tr("Emoji"), {.text = u"😊"_s, .pixelSize = 20}, [this] { openEmojiPicker(); });
+    add(tr("Emoji"), {.text = u"😊"_s, .pixelSize = 20, .font = EmojiFont::colored(QFont())},
+        [this] { openEmojiPicker(); });
     // Qt leaves the buttons of a tool bar out, and half of these have no shortcut.
     const QList<QToolButton *> buttons = bar->findChildren<QToolButton *>();
     for (QToolButton *button : buttons) {

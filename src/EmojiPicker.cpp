@@ -1,5 +1,6 @@
 #include "EmojiPicker.h"
 
+#include "EmojiFont.h"
 #include "EmojiNames.h"
 #include "ThemeManager.h"
 
@@ -220,6 +221,7 @@ void EmojiPicker::addEmoji(QGridLayout *grid, const QString &emoji, int row, int
     button->setCursor(Qt::PointingHandCursor);
     button->setStyleSheet(buttonSheet(currentTheme));
     button->installEventFilter(this);
+    button->setFont(EmojiFont::colored(button->font()));
     grid->addWidget(button, row, column);
     connect(button, &QPushButton::clicked, this, [this, emoji] {
         emit emojiSelected(emoji);

@@ -1,5 +1,6 @@
 #include "InputRow.h"
 
+#include "EmojiFont.h"
 #include "LineBreaks.h"
 #include "TabNames.h"
 
@@ -53,6 +54,7 @@ QPushButton *createEmojiButton()
     button->setAccessibleName(button->toolTip());
     button->hide();
     button->setCursor(Qt::PointingHandCursor);
+    button->setFont(EmojiFont::colored(button->font()));
     button->setStyleSheet(
             u"QPushButton { background: transparent; border: none; font-size: 18px; "
             "padding: 0px; margin: 0px; }"

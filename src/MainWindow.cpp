@@ -7,6 +7,7 @@
 #include "ChatBackground.h"
 #include "Commands.h"
 #include "ConnectDialog.h"
+#include "DialogParts.h"
 #include "EditTopicDialog.h"
 #include "EmojiPicker.h"
 #include "HighlightTabBar.h"
@@ -16,6 +17,7 @@
 #include "InputRow.h"
 #include "IrcText.h"
 #include "LineBreaks.h"
+#include "LinkOpener.h"
 #include "MyTabWidget.h"
 #include "NickList.h"
 #include "Notifications.h"
@@ -55,6 +57,7 @@
 #include <QTextBrowser>
 #include <QTimer>
 #include <QTreeWidget>
+#include <QUrl>
 #include <QVBoxLayout>
 #include <QWindow>
 
@@ -196,6 +199,16 @@ void MainWindow::connectWidgets()
     connect(inputLine, &QLineEdit::returnPressed, this, &MainWindow::onSendInput);
     connect(emojiButton, &QPushButton::clicked, this, &MainWindow::toggleEmojiPicker);
     connect(listSearchEdit, &QLineEdit::textChanged, this, &MainWindow::filterChannelList);
+    connect(statusBar(), &QStatusBar::messageChanged, this, [this](const QString &message) {
+        // A message for some seconds has gone.
+        if (message.isEmpty())
+            updateStatusBar();
+    });
+    connect(new LinkOpener(this), &LinkOpener::failed, this, [this](const QUrl &url) {
+        const QString address = url.toString(QUrl::FullyEncoded);
+        statusBar()->showMessage(tr("No program opens %1").arg(Attention::shortened(address)),
+                                 NotificationMs);
+    });
 }
 
 void MainWindow::setupInputRow()
@@ -221,6 +234,8 @@ void MainWindow::setupMenuBar()
     server->addSeparator();
     QAction *quit = server->addAction(tr("&Quit"), qApp, &QCoreApplication::quit);
     quit->setShortcut(QKeySequence::Quit);
+    if (quit->shortcut().isEmpty()) // Some platform themes set none.
+        quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     addWithoutRole(quit);
 
     QMenu *user = menuBar()->addMenu(tr("&User"));
@@ -447,6 +462,7 @@ void MainWindow::showConnectDialog()
     dialog->setCurrentTheme(currentTheme);
     connect(dialog, &QDialog::accepted, this, [this, dialog] { acceptConnectDialog(*dialog); });
     dialog->show();
+    DialogParts::keepCentered(*dialog, *this);
 }
 
 void MainWindow::acceptConnectDialog(const ConnectDialog &dialog)

@@ -1,6 +1,7 @@
 #include "FixedSizeWindows.h"
 #include "LightPalette.h"
 #include "MainWindow.h"
+#include "QuitRequests.h"
 
 #include <QApplication>
 #include <QDir>
@@ -76,6 +77,7 @@ int main(int argc, char *argv[])
     QGuiApplication::setDesktopFileName(QStringLiteral(VELMORA_ID));
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
     const LightPalette palette;
+    const QuitRequests quitRequests;
 
     // Stays open until the end: Qt keeps the file in memory only while some QSettings is, and the
     // many short-lived ones of the program would each read it anew.

@@ -46,6 +46,18 @@ QPushButton *button(const QWidget &picker, const QString &emoji)
     return nullptr;
 }
 
+bool hasColor(QWidget &widget)
+{
+    const QImage image = widget.grab().toImage();
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.pixelColor(x, y).hsvSaturation() > 60)
+                return true;
+        }
+    }
+    return false;
+}
+
 void addThemes()
 {
     QTest::addColumn<QString>("theme");
@@ -84,6 +96,7 @@ private slots:
     void holdsEveryEmoji_data();
     void holdsEveryEmoji();
     void holdsNothingElse();
+    void showsEmojisInColor();
     void makesButtonsToPointAt();
     void laysOutItsGrid();
     void dressesItsContainer_data();
@@ -188,6 +201,19 @@ void TestEmojiPicker::holdsNothingElse()
     QCOMPARE(picker.findChildren<QLabel *>().size(), 6);
     QCOMPARE(grid(picker)->count(), 102);
     QCOMPARE(grid(picker)->rowCount(), 18);
+}
+
+void TestEmojiPicker::showsEmojisInColor()
+{
+    Conversation conversation;
+    QVERIFY(hasColor(conversation.session.probe.emojiButton()));
+    EmojiPicker picker(nullptr, u"light"_s);
+    const auto buttons = picker.findChildren<QPushButton *>();
+    for (QPushButton *candidate : buttons) {
+        // The black and the white heart have no colour in any font.
+        if (candidate->text() != u"🖤" && candidate->text() != u"🤍")
+            QVERIFY2(hasColor(*candidate), qUtf8Printable(candidate->text()));
+    }
 }
 
 void TestEmojiPicker::makesButtonsToPointAt()

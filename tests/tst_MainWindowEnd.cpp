@@ -5,6 +5,8 @@
 #include "Preloading.h"
 #include "PreparedStore.h"
 #include "ProgramOnScreen.h"
+#include "QuitRequests.h"
+#include "ScriptedServer.h"
 #include "TemporaryStore.h"
 #include "VirtualScreen.h"
 #include "Waiting.h"
@@ -13,9 +15,14 @@
 #include <QApplication>
 #include <QFile>
 #include <QLineEdit>
+#include <QSessionManager>
 #include <QSettings>
 #include <QTest>
 #include <QTimer>
+
+#include <array>
+#include <csignal>
+#include <cstddef>
 
 using namespace Qt::StringLiterals;
 
@@ -64,7 +71,11 @@ private slots:
 
     void endsTheLoopWhenClosed();
     void endsTheLoopByItsQuitEntry();
+    void endsTheProgramByItsKey_data();
     void endsTheProgramByItsKey();
+    void endsTheProgramByASignal_data();
+    void endsTheProgramByASignal();
+    void endsTheProgramWithTheDesktopsSession();
     void endsWhileNoNameServerAnswers();
     void saysQuitWhenItGoes();
     void storesNothingWhenItGoes();
@@ -101,20 +112,74 @@ void TestMainWindowEnd::endsTheLoopByItsQuitEntry()
     QCOMPARE(runEventLoop(), 0);
 }
 
+void TestMainWindowEnd::endsTheProgramByItsKey_data()
+{
+    QTest::addColumn<QString>("theme");
+
+    QTest::newRow("platform's key") << QString();
+    QTest::newRow("theme without a key") << u"qt6ct"_s;
+}
+
 void TestMainWindowEnd::endsTheProgramByItsKey()
 {
-    // Which key it is, the platform says; the one without a display has none.
+    QFETCH(const QString, theme);
     VirtualScreen screen;
     QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
     const PreparedStore programStore;
     ProgramOnScreen program(screen, programStore);
-    QVERIFY2(program.start(), qUtf8Printable(program.errorOutput()));
+    QVERIFY2(program.start({u"env"_s, u"QT_QPA_PLATFORMTHEME="_s + theme}),
+             qUtf8Printable(program.errorOutput()));
     QVERIFY(screen.press(u"Escape"_s));
     QVERIFY(screen.waitFor([&] { return screen.activeTitle() == "Velmora"_L1; }));
     QVERIFY(screen.press(u"ctrl+q"_s));
     QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), Patience);
     QCOMPARE(program.exitStatus(), 0);
     QCOMPARE(program.errorOutput(), QString());
+}
+
+void TestMainWindowEnd::endsTheProgramByASignal_data()
+{
+    QTest::addColumn<int>("signal");
+
+    QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGINT") << SIGINT;
+    QTest::newRow("SIGHUP") << SIGHUP;
+}
+
+void TestMainWindowEnd::endsTheProgramByASignal()
+{
+    QFETCH(const int, signal);
+    VirtualScreen screen;
+    QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
+    ScriptedServer server;
+    PreparedStore programStore;
+    programStore.addServer({.host = u"127.0.0.1"_s,
+                            .port = server.port(),
+                            .nickname = u"wanda"_s,
+                            .realName = u"Wanda"_s,
+                            .channels = {}});
+    ProgramOnScreen program(screen, programStore);
+    // Whoever started us may ignore some signals.
+    QVERIFY(program.start({u"env"_s, u"--default-signal"_s}));
+    QVERIFY(program.pressConnect());
+    QVERIFY(server.waitForLine(u"NICK wanda"_s));
+    QCOMPARE(kill(static_cast<pid_t>(program.processId()), signal), 0);
+    QVERIFY(server.waitForLine(u"QUIT :Velmora leaving"_s));
+    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), Patience);
+    QCOMPARE(program.exitStatus(), 0);
+}
+
+void TestMainWindowEnd::endsTheProgramWithTheDesktopsSession()
+{
+    const QuitRequests requests;
+    WindowSession session;
+    // Only Qt can create a session manager. Nobody looks at this one.
+    alignas(QSessionManager) std::array<std::byte, sizeof(QSessionManager)> manager{};
+    QTimer::singleShot(0, &session.window, [&manager] {
+        emit qApp->commitDataRequest(*reinterpret_cast<QSessionManager *>(manager.data()));
+    });
+    QCOMPARE(runEventLoop(), 0);
+    QVERIFY(!session.window.isVisible());
 }
 
 void TestMainWindowEnd::endsWhileNoNameServerAnswers()
