@@ -90,7 +90,7 @@ ChatView::ChatView(QWidget *parent)
 bool ChatView::focusNextPrevChild(bool next)
 {
     const bool isInside = focusLink(next);
-    // No signal tells of the link that the focus moves to.
+    // Qt emits no signal when the focus moves to a link.
     accessibility->reportFocus();
     return isInside;
 }

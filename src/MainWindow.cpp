@@ -235,7 +235,7 @@ void MainWindow::setupMenuBar()
     QAction *quit = server->addAction(tr("&Quit"), qApp, &QCoreApplication::quit);
     quit->setShortcut(QKeySequence::Quit);
     if (quit->shortcut().isEmpty()) // Some platform themes set none.
-        quit->setShortcut(Qt::CTRL | Qt::Key_Q);
+        new QShortcut(Qt::CTRL | Qt::Key_Q, this, qApp, &QCoreApplication::quit);
     addWithoutRole(quit);
 
     QMenu *user = menuBar()->addMenu(tr("&User"));

@@ -1,4 +1,5 @@
 #include "EditTopicDialog.h"
+#include "EmojiFont.h"
 #include "EmojiPicker.h"
 #include "IrcText.h"
 #include "ModalAnswers.h"
@@ -405,7 +406,8 @@ void TestEditTopicDialog::writesItsIconsInTheMiddle_data()
                                 << bold;
     QTest::newRow("background color")
             << u"Background Color"_s << u"A"_s << QColor(0x33, 0x33, 0x33) << 18 << bold;
-    QTest::newRow("emoji") << u"Emoji"_s << u"😊"_s << QColor(Qt::black) << 20 << QFont();
+    QTest::newRow("emoji") << u"Emoji"_s << u"😊"_s << QColor(Qt::black) << 20
+                           << EmojiFont::colored(QFont());
 }
 
 void TestEditTopicDialog::writesItsIconsInTheMiddle()

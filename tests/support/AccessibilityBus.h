@@ -52,7 +52,7 @@ public:
     /// False if the bus or the registry does not come up.
     [[nodiscard]] bool start();
 
-    /// The command of which a program is the argument that should use this bus.
+    /// What a command line must start with for its program to use this bus.
     [[nodiscard]] QStringList wrapper() const;
 
     /// Registers for all events of objects. Programs send none without a listener.
