@@ -13,14 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class CloseButton final : public QPushButton
-{
-public:
-    using QPushButton::QPushButton;
-
-    // The index of the tab that it closes, as of the last update.
-    int closeIndex = -1;
-};
+// Property of a close button: index of the tab that it closes, as of the last update.
+constexpr char CloseIndex[] = "closeIndex";
 
 QString closeButtonSheet(bool isCurrent)
 {
@@ -30,9 +24,9 @@ QString closeButtonSheet(bool isCurrent)
                    isCurrent ? "#FFFFFF"_L1 : "#999999"_L1);
 }
 
-CloseButton *createCloseButton(const QObject &receiver, const std::function<void(int)> &close)
+QPushButton *createCloseButton(const QObject &receiver, const std::function<void(int)> &close)
 {
-    auto *button = new CloseButton(u"\u00D7"_s);
+    auto *button = new QPushButton(u"\u00D7"_s);
     button->setFixedSize(20, 20);
     button->setFlat(true);
     button->setAccessibleName(QPushButton::tr("Close tab"));
@@ -40,7 +34,7 @@ CloseButton *createCloseButton(const QObject &receiver, const std::function<void
     button->setFocusPolicy(Qt::NoFocus);
     button->setCursor(Qt::ArrowCursor);
     QObject::connect(button, &QPushButton::clicked, &receiver,
-                     [button, close] { close(button->closeIndex); });
+                     [button, close] { close(button->property(CloseIndex).toInt()); });
     return button;
 }
 
@@ -71,13 +65,13 @@ void updateCloseButtons(QTabBar &bar, const QObject &receiver,
     const QString currentSheet = closeButtonSheet(true);
     const QString otherSheet = closeButtonSheet(false);
     for (int index = 0; index < bar.count(); ++index) {
-        auto *button = static_cast<CloseButton *>(bar.tabButton(index, QTabBar::LeftSide));
+        QWidget *button = bar.tabButton(index, QTabBar::LeftSide);
         // setTabButton() lays out the whole bar, so existing buttons are kept.
         if (!button) {
             button = createCloseButton(receiver, close);
             bar.setTabButton(index, QTabBar::LeftSide, button);
         }
-        button->closeIndex = index;
+        button->setProperty(CloseIndex, index);
         const QString &sheet = index == current ? currentSheet : otherSheet;
         if (button->styleSheet() != sheet)
             button->setStyleSheet(sheet);
