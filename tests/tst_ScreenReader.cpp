@@ -8,6 +8,8 @@
 
 #include <QTest>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -20,6 +22,14 @@ constexpr QRgb StampColour = qRgb(136, 136, 136);
 constexpr int StampDistance = 40;
 
 const auto Document = u"document"_s;
+
+struct Step
+{
+    QString key;
+    QString focusedName; ///< Once the key has been handled.
+};
+
+using Steps = QList<Step>;
 
 /// The program on a screen, its server, and the bus that a screen reader uses.
 class Scene final
@@ -56,6 +66,27 @@ public:
         return server.waitForLine(u"NAMES #room"_s) && screen.waitFor(isJoined);
     }
 
+    /// Joins #room as an operator with alice, who also says something in private, and answers a
+    /// request for the channel list.
+    [[nodiscard]] bool startBusySession()
+    {
+        QObject::connect(&server, &ScriptedServer::lineReceived, &server,
+                         [this](int, const QString &line) {
+                             if (line != "LIST"_L1)
+                                 return;
+                             server.send(u":irc.test 322 wanda #hall 2 :topic"_s);
+                             server.send(u":irc.test 323 wanda :End of /LIST"_s);
+                         });
+        if (!startSession())
+            return false;
+        server.send(u":irc.test 353 wanda = #room :@wanda alice"_s);
+        server.send(u":irc.test 366 wanda #room :End of /NAMES list."_s);
+        server.send(u":alice!u@h PRIVMSG wanda :hello"_s);
+        return screen.waitFor([this] {
+            return bus.find(root, u"page tab"_s, u"alice, new message"_s).has_value();
+        });
+    }
+
     /// Sends a line to #room and waits until the conversation has it.
     [[nodiscard]] bool say(const QString &nick, const QString &text)
     {
@@ -70,6 +101,42 @@ public:
     {
         return screen.press(u"shift+Tab"_s) && screen.press(u"shift+Tab"_s)
                && screen.waitFor([this] { return bus.hasState(room, Focused); });
+    }
+
+    /// Returns the control that has reported the focus last.
+    [[nodiscard]] AccessibleNode focused() const
+    {
+        const auto &events = bus.events();
+        const auto last = std::find_if(events.crbegin(), events.crend(), [](const auto &event) {
+            return event.type == "StateChanged:focused"_L1 && event.first == 1;
+        });
+        return last == events.crend() ? AccessibleNode() : last->source;
+    }
+
+    [[nodiscard]] QString focusedName() const { return bus.name(focused()); }
+
+    /// Presses the key and waits for the focus, and for the channel list if it was requested.
+    [[nodiscard]] bool press(const Step &step) const
+    {
+        const auto isDone = [&] {
+            return focusedName() == step.focusedName
+                   && (!server.lines().contains(u"LIST"_s)
+                       || bus.find(root, u"tree item"_s, u"#hall"_s).has_value());
+        };
+        return screen.press(step.key) && screen.waitFor(isDone);
+    }
+
+    /// Returns the window, menu or popup that contains the focused control.
+    [[nodiscard]] AccessibleNode windowInFocus() const
+    {
+        AccessibleNode node = focused();
+        AccessibleNode parent = bus.parent(node);
+        // Qt lists no popup among its parent's children.
+        while (parent != root && bus.children(parent).contains(node)) {
+            node = parent;
+            parent = bus.parent(node);
+        }
+        return node;
     }
 
     /// The texts that the conversation has reported as inserted.
@@ -104,26 +171,10 @@ public:
     AccessibleNode room;
 };
 
-using Opening = bool (*)(Scene &scene);
-
-bool openConnectDialog(Scene &scene)
-{
-    return scene.start();
-}
-
-bool openChannel(Scene &scene)
-{
-    return scene.startSession();
-}
-
-bool openPreferences(Scene &scene)
-{
-    return scene.startSession() && scene.program.openPreferences();
-}
+constexpr bool ConnectDialog = false;
+constexpr bool MainWindow = true;
 
 } // namespace
-
-Q_DECLARE_METATYPE(Opening)
 
 class TestScreenReader final : public QObject
 {
@@ -150,26 +201,109 @@ void TestScreenReader::initTestCase()
 
 void TestScreenReader::findsANameAndARole_data()
 {
-    QTest::addColumn<Opening>("open");
+    QTest::addColumn<bool>("isMainWindow");
+    QTest::addColumn<Steps>("steps");
     QTest::addColumn<int>("least");
 
-    QTest::newRow("connect dialog") << Opening(openConnectDialog) << 12;
-    QTest::newRow("channel") << Opening(openChannel) << 5;
-    QTest::newRow("preferences") << Opening(openPreferences) << 15;
+    const Step toEmojis{u"Tab"_s, u"Insert emoji"_s};
+    const Step toTabs{u"Tab"_s, u"#room"_s};
+    const Step toList{u"l"_s, u"Search channels"_s};
+    const Step openUser{u"alt+u"_s, u"Marked Away..."_s};
+    const Step openChannel{u"alt+c"_s, u"Join channel..."_s};
+    const Step openSettings{u"Right"_s, u"Preferences..."_s};
+    const Step openAbout{u"Right"_s, u"About Velmora"_s};
+    const Steps toServers{{u"Tab"_s, u"Port:"_s},   {u"Tab"_s, u"Add"_s},
+                          {u"Tab"_s, u"Edit"_s},    {u"Tab"_s, u"Delete"_s},
+                          {u"Tab"_s, u"Servers"_s}, {u"Menu"_s, u"Servers"_s},
+                          {u"Down"_s, u"Edit"_s}};
+
+    QTest::newRow("connect dialog") << ConnectDialog << Steps{} << 12;
+    QTest::newRow("server form") << ConnectDialog
+                                 << Steps{{u"Tab"_s, u"Port:"_s},
+                                          {u"Tab"_s, u"Add"_s},
+                                          {u"space"_s, u"IRC server:"_s}}
+                                 << 11;
+    QTest::newRow("server's menu") << ConnectDialog << toServers << 3;
+    QTest::newRow("delete question")
+            << ConnectDialog << toServers + Steps{{u"Down"_s, u"Delete"_s}, {u"Return"_s, u"No"_s}}
+            << 2;
+    QTest::newRow("channel") << MainWindow << Steps{} << 33;
+    QTest::newRow("private conversation")
+            << MainWindow << Steps{toEmojis, toTabs, {u"Right"_s, u"alice"_s}} << 31;
+    QTest::newRow("completion") << MainWindow
+                                << Steps{{u"a"_s, u"Message"_s},
+                                         {u"l"_s, u"Message"_s},
+                                         {u"Down"_s, u"alice"_s}}
+                                << 1;
+    QTest::newRow("emoji picker") << MainWindow << Steps{toEmojis, {u"space"_s, u"grinning face"_s}}
+                                  << 96;
+    QTest::newRow("topic editor")
+            << MainWindow
+            << Steps{toEmojis, toTabs, {u"Tab"_s, u"Edit topic"_s}, {u"space"_s, u"Topic"_s}} << 9;
+    QTest::newRow("user's menu") << MainWindow
+                                 << Steps{{u"shift+Tab"_s, u"Users"_s},
+                                          {u"Down"_s, u"alice"_s},
+                                          {u"Menu"_s, u"alice"_s},
+                                          {u"Down"_s, u"Open Private Chat"_s}}
+                                 << 5;
+    QTest::newRow("tab's menu")
+            << MainWindow
+            << Steps{toEmojis, toTabs, {u"Menu"_s, u"#room"_s}, {u"Down"_s, u"Close"_s}} << 2;
+    QTest::newRow("channel list") << MainWindow << Steps{openChannel, toList} << 33;
+    QTest::newRow("channel list's menu") << MainWindow
+                                         << Steps{openChannel,
+                                                  toList,
+                                                  {u"Tab"_s, u"List"_s},
+                                                  {u"Tab"_s, u"Channels"_s},
+                                                  {u"Menu"_s, u"Channels"_s},
+                                                  {u"Down"_s, u"Join #hall"_s}}
+                                         << 2;
+    QTest::newRow("away prompt") << MainWindow << Steps{openUser, {u"Return"_s, u"Away message:"_s}}
+                                 << 3;
+    QTest::newRow("nick prompt") << MainWindow
+                                 << Steps{openUser,
+                                          {u"Down"_s, u"Change Nick..."_s},
+                                          {u"Return"_s, u"New nickname:"_s}}
+                                 << 3;
+    QTest::newRow("join prompt") << MainWindow
+                                 << Steps{openChannel, {u"j"_s, u"Channel name (e.g. #linux):"_s}}
+                                 << 3;
+    QTest::newRow("preferences") << MainWindow
+                                 << Steps{openChannel, openSettings, {u"Return"_s, u"Interface"_s}}
+                                 << 15;
+    QTest::newRow("about") << MainWindow
+                           << Steps{openChannel, openSettings, openAbout, {u"Return"_s, u"OK"_s}}
+                           << 1;
+    QTest::newRow("help") << MainWindow
+                          << Steps{openChannel,
+                                   openSettings,
+                                   openAbout,
+                                   {u"Down"_s, u"Help"_s},
+                                   {u"Return"_s, u"OK"_s},
+                                   {u"Tab"_s, u"Basic IRC commands"_s}}
+                          << 1;
 }
 
 void TestScreenReader::findsANameAndARole()
 {
-    QFETCH(const Opening, open);
+    QFETCH(const bool, isMainWindow);
+    QFETCH(const Steps, steps);
     QFETCH(const int, least);
     Scene scene;
-    QVERIFY(open(scene));
+    QVERIFY(isMainWindow ? scene.startBusySession() : scene.start());
+    const QString first = isMainWindow ? u"Message"_s : u"Server:"_s;
+    QVERIFY(scene.screen.waitFor([&] { return scene.focusedName() == first; }));
+    for (const Step &step : steps) {
+        QVERIFY2(scene.press(step),
+                 qPrintable(u"%1: %2"_s.arg(step.focusedName, scene.focusedName())));
+    }
     int count = 0;
     QStringList faults;
-    scene.bus.walk(scene.root, [&](const AccessibleNode &node) {
+    scene.bus.walk(scene.windowInFocus(), [&](const AccessibleNode &node) {
         const QString role = scene.bus.role(node);
-        // Qt gives that role to a tab widget, which passes its focus on to the tab bar.
-        if (!scene.bus.hasState(node, Focusable) || role == "filler"_L1)
+        // Qt reports "filler" for a tab widget, which passes its focus on to the tab bar.
+        const bool isControl = scene.bus.hasState(node, Focusable) && role != "filler"_L1;
+        if (!isControl && !role.endsWith("menu item"_L1))
             return;
         ++count;
         const QString name = scene.bus.name(node);

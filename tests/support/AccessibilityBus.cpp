@@ -162,7 +162,9 @@ QVariantList AccessibilityBus::call(const AccessibleNode &node, const QString &i
     QDBusMessage message =
             QDBusMessage::createMethodCall(node.service, node.path, interface, method);
     message.setArguments(arguments);
-    return QDBusConnection(connectionName).call(message, QDBus::Block, Patience).arguments();
+    const QDBusMessage reply =
+            QDBusConnection(connectionName).call(message, QDBus::Block, Patience);
+    return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments() : QVariantList();
 }
 
 QVariant AccessibilityBus::property(const AccessibleNode &node, const QString &interface,
@@ -202,6 +204,12 @@ QList<AccessibleNode> AccessibilityBus::children(const AccessibleNode &node) con
         nodes.append(readNode(argument));
     argument.endArray();
     return nodes;
+}
+
+AccessibleNode AccessibilityBus::parent(const AccessibleNode &node) const
+{
+    const QVariant answer = property(node, Accessible, u"Parent"_s);
+    return answer.isValid() ? readNode(qvariant_cast<QDBusArgument>(answer)) : AccessibleNode();
 }
 
 QString AccessibilityBus::name(const AccessibleNode &node) const

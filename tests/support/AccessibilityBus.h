@@ -65,6 +65,7 @@ public:
     [[nodiscard]] std::optional<AccessibleNode> waitForProgram(const QString &name) const;
 
     [[nodiscard]] QList<AccessibleNode> children(const AccessibleNode &node) const;
+    [[nodiscard]] AccessibleNode parent(const AccessibleNode &node) const;
     [[nodiscard]] QString name(const AccessibleNode &node) const;
     [[nodiscard]] QString role(const AccessibleNode &node) const;
     /// True if the bit of an `AtspiStateType` is set.
