@@ -2,6 +2,7 @@
 
 #include "Waiting.h"
 
+#include <QCoreApplication>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -15,6 +16,8 @@ bool TestSession::open(const QString &nick)
 {
     const int clients = server.clientCount();
     dial(nick);
+    // As the program's event loop does before the new socket connects; qWaitFor() may do it later.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     const bool isUp = server.waitForClient(clients + 1)
                       && server.waitForLine(u"USER "_s + nick + u" 0 * :Real Name"_s)
                       && log.waitFor(u"connected()"_s);
