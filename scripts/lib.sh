@@ -87,6 +87,8 @@ build() {
         export CMAKE_CXX_COMPILER_LAUNCHER=ccache
         # What was compiled in one clone serves the others.
         export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$PWD} CCACHE_NOHASHDIR=${CCACHE_NOHASHDIR:-1}
+        # Precompiled headers need these.
+        export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros}
     fi
     say "Configuring $folder"
     cmake --preset "$preset" -B "$folder" "$@" --log-level=NOTICE || die "CMake could not configure $folder."

@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr quint32 Display = 1;
+constexpr quint32 WlDisplay = 1;
 
 // Codes of X; Wayland's are smaller by the offset. Each printable ASCII character has a key of its
 // own, so that none needs Shift.
@@ -108,7 +108,7 @@ bool WaylandInput::open(const QString &socketPath, QSize size)
         return false;
 
     registry = ++lastId;
-    if (!send(Display, 1, number(registry)) || !sync())
+    if (!send(WlDisplay, 1, number(registry)) || !sync())
         return false;
     const Id seat = bind("wl_seat"_ba, 1);
     const Id pointers = bind("zwlr_virtual_pointer_manager_v1"_ba, 1);
@@ -218,7 +218,7 @@ bool WaylandInput::send(Id object, quint32 request, const QByteArray &arguments,
 bool WaylandInput::sync()
 {
     const Id callback = ++lastId;
-    if (failed || !send(Display, 0, number(callback)))
+    if (failed || !send(WlDisplay, 0, number(callback)))
         return false;
     while (answered != callback) {
         if (!readEvents())
@@ -250,7 +250,7 @@ bool WaylandInput::readEvents()
 
 void WaylandInput::handleEvent(Id object, quint32 event, const QByteArray &arguments)
 {
-    if (object == Display)
+    if (object == WlDisplay)
         failed = failed || event == 0;
     else if (object == registry && event == 0)
         globals.insert(arguments.mid(8, readNumber(arguments, 4) - 1), readNumber(arguments, 0));
