@@ -118,9 +118,9 @@ processors() {
     nproc 2>/dev/null || echo 2
 }
 
-# Reads a log of CTest and prints "N passed, N failed": the sum over the programs that ran. A
-# program that failed without counting a failure, crashed or was stopped for taking too long, say,
-# counts as one failed.
+# Reads a log of CTest and prints "N passed, N failed", summed over the programs that ran, and
+# ", N skipped" if any were. A program that failed without counting a failure, for example because it
+# crashed or reached the time limit, counts as one failed.
 count_tests() {
     awk '
         function close_program() {
@@ -133,10 +133,21 @@ count_tests() {
             passed += $2
             failed += $4
             failures += $4
+            skipped += $6
         }
         /^Test Passed\.$/ { sound = 1 }
         END {
             close_program()
-            printf "%d passed, %d failed\n", passed, failed
+            printf "%d passed, %d failed", passed, failed
+            if (skipped)
+                printf ", %d skipped", skipped
+            printf "\n"
         }' "$1"
+}
+
+# Reads a log of CTest and prints its ten slowest programs with their seconds, slowest first.
+slowest_tests() {
+    awk '
+        /^[0-9]+\/[0-9]+ Testing: / { name = $NF }
+        /^Test time = / { printf "%7.1f s  %s\n", $4, name }' "$1" | sort -rn | head -n 10
 }

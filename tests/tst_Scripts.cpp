@@ -37,6 +37,7 @@ class TestScripts final : public QObject
 private slots:
     void countsTheTestsOfALog_data();
     void countsTheTestsOfALog();
+    void listsTheSlowestPrograms();
     void namesThePackagesThatAreMissing();
     void goesOnWithoutAptWhereTheToolsAre();
     void stopsWithoutAptWhereAToolLacks();
@@ -71,6 +72,9 @@ void TestScripts::countsTheTestsOfALog_data()
     QTest::newRow("a crash counts as one") << crashed + good << u"5 passed, 1 failed\n"_s;
     QTest::newRow("a failure after the count") << good + leaky << u"9 passed, 1 failed\n"_s;
     QTest::newRow("no count at all") << silent << u"0 passed, 1 failed\n"_s;
+    QTest::newRow("skipped functions") << program(
+            "Totals: 5 passed, 0 failed, 2 skipped, 0 blacklisted, 3ms\n", "Test Passed.")
+                                       << u"5 passed, 0 failed, 2 skipped\n"_s;
     QTest::newRow("did not start") << unstartable << u"0 passed, 1 failed\n"_s;
 }
 
@@ -78,6 +82,19 @@ void TestScripts::countsTheTestsOfALog()
 {
     QFETCH(const QByteArray, log);
     QTEST(runBash(u"count_tests /dev/stdin"_s, log), "count");
+}
+
+void TestScripts::listsTheSlowestPrograms()
+{
+    QByteArray log;
+    for (int i = 1; i <= 12; ++i) {
+        log += "1/12 Testing: tst_No" + QByteArray::number(i)
+               + "\nTest time = " + QByteArray::number(i) + ".50 sec\nTest Passed.\n";
+    }
+    const QStringList lines = runBash(u"slowest_tests /dev/stdin"_s, log).split(u'\n');
+    QCOMPARE(lines.size(), 11); // The last one is empty.
+    QCOMPARE(lines.first(), u"   12.5 s  tst_No12"_s);
+    QCOMPARE(lines.at(9), u"    3.5 s  tst_No3"_s);
 }
 
 void TestScripts::namesThePackagesThatAreMissing()
