@@ -10,6 +10,7 @@
 #include "ServerConfig.h"
 #include "ServerEditDialog.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QAbstractButton>
@@ -154,7 +155,7 @@ bool activate(QWidget &window)
 {
     window.show();
     window.activateWindow();
-    return QTest::qWaitForWindowActive(&window);
+    return QTest::qWaitForWindowActive(&window, Patience);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "MyTabWidget.h"
 #include "StyleSheetReader.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QListWidget>
@@ -347,7 +348,7 @@ void TestApplyTheme::bringsTheStatusBarUpToDate()
 void TestApplyTheme::repaintsTheWindowAtOnce()
 {
     WindowSession session;
-    QVERIFY(QTest::qWaitForWindowExposed(&session.window));
+    QVERIFY(QTest::qWaitForWindowExposed(&session.window, Patience));
     QCoreApplication::processEvents();
     const EventCounter paints(&session.window, QEvent::Paint);
     session.probe.applyTheme(u"dark"_s);

@@ -47,7 +47,7 @@ public:
     {
         window.activateWindow();
         view->setFocus();
-        return QTest::qWaitForWindowActive(&window) && view->hasFocus();
+        return QTest::qWaitForWindowActive(&window, Patience) && view->hasFocus();
     }
 
     [[nodiscard]] ChatViewAccessible &accessible() const { return *ChatViewAccessible::of(*view); }

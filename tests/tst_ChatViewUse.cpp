@@ -90,7 +90,7 @@ struct LinkedWindow
         window.activateWindow();
         scrollToEnd(*view);
         view->setFocus();
-        return QTest::qWaitForWindowActive(&window);
+        return QTest::qWaitForWindowActive(&window, Patience);
     }
 
     [[nodiscard]] int scroll() const { return view->verticalScrollBar()->value(); }

@@ -1,6 +1,7 @@
 #include "HighlightTabBar.h"
 #include "MyTabWidget.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QLabel>
@@ -103,9 +104,11 @@ void TestClosingTabs::keepsOneButtonPerTab()
     session.probe.openTabs({u"#d"_s}); // Behind the one on show.
     session.probe.clickTab(2);
     session.probe.clickTab(0);
-    QTRY_COMPARE(session.probe.tabBar().findChildren<QPushButton *>().size(), 3);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabBar().findChildren<QPushButton *>().size(), 3,
+                              Patience);
     session.probe.closeTab(1);
-    QTRY_COMPARE(session.probe.tabBar().findChildren<QPushButton *>().size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabBar().findChildren<QPushButton *>().size(), 2,
+                              Patience);
 }
 
 void TestClosingTabs::closesByTheTabsButton()
@@ -136,7 +139,8 @@ void TestClosingTabs::closesTheShownTabByItsOwnButton()
     QPushButton *button = session.probe.closeButton(1);
     QTest::mouseClick(button, Qt::LeftButton);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#d"_s}));
-    QTRY_COMPARE(session.probe.tabBar().findChildren<QPushButton *>().size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabBar().findChildren<QPushButton *>().size(), 2,
+                              Patience);
 }
 
 void TestClosingTabs::closesTheTabToTheRightByAStaleButton()

@@ -4,6 +4,7 @@
 #include "StoredServers.h"
 #include "StyleSheetReader.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 
 #include <QFormLayout>
 #include <QLabel>
@@ -388,7 +389,7 @@ void TestConnectDialog::walksByKeyboard()
 {
     ConnectDialogPage page;
     page.dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&page.dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&page.dialog, Patience));
     const QList<QWidget *> stops{page.server,
                                  page.port,
                                  page.button(u"addButton"_s),
@@ -448,7 +449,7 @@ void TestConnectDialog::connectsOnReturn()
     ConnectDialogPage page;
     page.nickname->setText(u"nick"_s);
     page.dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&page.dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&page.dialog, Patience));
     QWidget *field = FormFields::fieldOf(&page.dialog, where);
     QVERIFY(field != nullptr);
     field->setFocus();
@@ -461,7 +462,7 @@ void TestConnectDialog::leavesOnEscape()
 {
     ConnectDialogPage page;
     page.dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&page.dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&page.dialog, Patience));
     QSignalSpy rejected(&page.dialog, &QDialog::rejected);
     QTest::keyClick(page.server, Qt::Key_Escape);
     QCOMPARE(rejected.size(), 1);

@@ -1,5 +1,6 @@
 #include "DialogParts.h"
 #include "FocusMark.h"
+#include "Waiting.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -81,7 +82,7 @@ void TestDialogParts::keepsAListsKeyFromTheDialog()
     layout->addWidget(combo);
     layout->addWidget(DialogParts::makeSaveAndCancel(dialog));
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, Patience));
     combo->setFocus();
     combo->showPopup();
     QVERIFY(combo->view()->isVisible());

@@ -1,5 +1,6 @@
 #include "EmojiPicker.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QGridLayout>
@@ -312,7 +313,7 @@ void TestEmojiPicker::showsItsTableWhole()
 {
     EmojiPicker picker(nullptr, u"light"_s);
     picker.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&picker));
+    QVERIFY(QTest::qWaitForWindowExposed(&picker, Patience));
     QRect covered;
     const auto buttons = picker.findChildren<QPushButton *>();
     for (const QPushButton *each : buttons) {
@@ -377,9 +378,9 @@ void TestEmojiPicker::closesAtAClickOutside()
     const QSignalSpy selections(&picker, &EmojiPicker::emojiSelected);
     picker.move(below.mapToGlobal(QPoint(200, 0)));
     picker.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&picker));
+    QVERIFY(QTest::qWaitForWindowExposed(&picker, Patience));
     QTest::mouseClick(below.windowHandle(), Qt::LeftButton, {}, QPoint(50, 50));
-    QTRY_VERIFY(!picker.isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(!picker.isVisible(), Patience);
     QCOMPARE(selections.size(), 0);
 }
 
@@ -527,10 +528,10 @@ void TestEmojiPicker::opensANewOneEachTime()
     const QPointer<EmojiPicker> second = conversation.open();
     QVERIFY(second != nullptr);
     QVERIFY(second != first);
-    QTRY_VERIFY(first == nullptr);
+    QTRY_VERIFY_WITH_TIMEOUT(first == nullptr, Patience);
     QVERIFY(second->isVisible());
     second->close();
-    QTRY_VERIFY(second == nullptr);
+    QTRY_VERIFY_WITH_TIMEOUT(second == nullptr, Patience);
     QCOMPARE(conversation.pickers().size(), 0);
 }
 
@@ -547,7 +548,7 @@ void TestEmojiPicker::insertsAtTheCursor()
     QCOMPARE(line.text(), u"good ❤\uFE0F morning"_s);
     QCOMPARE(line.cursorPosition(), 7);
     QCOMPARE(conversation.session.window.focusWidget(), &line);
-    QTRY_VERIFY(picker == nullptr);
+    QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, Patience);
 }
 
 void TestEmojiPicker::replacesTheSelection()
@@ -568,10 +569,10 @@ void TestEmojiPicker::insertsNothingAfterAClickOutside()
     const Conversation conversation;
     const QPointer<EmojiPicker> picker = conversation.open();
     QVERIFY(picker != nullptr);
-    QVERIFY(QTest::qWaitForWindowExposed(picker));
+    QVERIFY(QTest::qWaitForWindowExposed(picker, Patience));
     QTest::mouseClick(conversation.session.window.windowHandle(), Qt::LeftButton, {},
                       QPoint(50, 200));
-    QTRY_VERIFY(picker == nullptr);
+    QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, Patience);
     QCOMPARE(conversation.session.probe.inputLine().text(), QString());
 }
 

@@ -245,7 +245,7 @@ void TestHighlightTabBar::marksAndUnmarksATab()
     QVERIFY(!fixture.bar.isHighlighted(1));
     QVERIFY(fixture.runningTimers().isEmpty());
     QCOMPARE(fixture.pixelsOf(LightBlink, 1), 0);
-    QTRY_VERIFY(fixture.bar.findChildren<QTimer *>().isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(fixture.bar.findChildren<QTimer *>().isEmpty(), Patience);
 }
 
 void TestHighlightTabBar::ignoresIndexesWithoutATab_data()
@@ -395,7 +395,7 @@ void TestHighlightTabBar::timerMayEndItself()
     connect(timer, &QTimer::timeout, &fixture.bar, [&fixture] { fixture.bar.unhighlightTab(1); });
     fixture.blinkOnce();
     QVERIFY(!fixture.bar.isHighlighted(1));
-    QTRY_VERIFY(fixture.bar.findChildren<QTimer *>().isEmpty());
+    QTRY_VERIFY_WITH_TIMEOUT(fixture.bar.findChildren<QTimer *>().isEmpty(), Patience);
 }
 
 void TestHighlightTabBar::timersGoWithTheBar()

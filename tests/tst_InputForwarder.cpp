@@ -1,4 +1,5 @@
 #include "InputForwarder.h"
+#include "Waiting.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -33,7 +34,7 @@ struct Window
         widget.show();
         widget.activateWindow();
         view->setFocus();
-        return QTest::qWaitForWindowActive(&widget);
+        return QTest::qWaitForWindowActive(&widget, Patience);
     }
 
     QWidget widget;

@@ -3,6 +3,7 @@
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QCompleter>
@@ -200,7 +201,7 @@ void TestMainWindow::opensTheConnectDialogOnceTheLoopRuns()
     MainWindow window;
     window.show();
     QCOMPARE(window.findChild<ConnectDialog *>(), nullptr);
-    QTRY_VERIFY(window.findChild<ConnectDialog *>() != nullptr);
+    QTRY_VERIFY_WITH_TIMEOUT(window.findChild<ConnectDialog *>() != nullptr, Patience);
     const auto *dialog = window.findChild<ConnectDialog *>();
     QVERIFY(dialog->isVisible());
     QVERIFY(!dialog->isModal());

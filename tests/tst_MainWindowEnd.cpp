@@ -276,7 +276,7 @@ void TestMainWindowEnd::closesWithinARead()
                     session.window.close();
             });
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #d :two\r\n"_ba);
-    QTRY_VERIFY(!session.window.isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(!session.window.isVisible(), Patience);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#d"_s), QStringList{u"a|two"_s}, Patience);
     QCOMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s});
     session.destroyWindow();

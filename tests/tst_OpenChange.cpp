@@ -92,14 +92,14 @@ void TestOpenChange::coversItsOwnEnd()
             [&change, &wasCovered](int from) { wasCovered = change.covers(from); });
     change.begin(9);
     append(u"!"_s);
-    QTRY_VERIFY(wasCovered);
+    QTRY_VERIFY_WITH_TIMEOUT(wasCovered, Patience);
 }
 
 void TestOpenChange::beginsAgain()
 {
     OpenChange change(*document);
     change.begin(9);
-    QTRY_VERIFY(!change.isOpen());
+    QTRY_VERIFY_WITH_TIMEOUT(!change.isOpen(), Patience);
     change.begin(5);
     QVERIFY(change.isOpen());
     QVERIFY(change.covers(5));

@@ -1,4 +1,5 @@
 #include "PlainToolTips.h"
+#include "Waiting.h"
 
 #include <QHelpEvent>
 #include <QLabel>
@@ -47,7 +48,7 @@ private slots:
 void TestPlainToolTips::cleanup()
 {
     QToolTip::hideText();
-    QTRY_VERIFY(!QToolTip::isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(!QToolTip::isVisible(), Patience);
 }
 
 void TestPlainToolTips::showsATipToTheLetter_data()

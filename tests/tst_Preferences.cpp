@@ -1,6 +1,7 @@
 #include "IRCConnection.h"
 #include "PreferencesForm.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QListWidget>
@@ -334,7 +335,7 @@ void TestPreferences::retriesNoLostConnection()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.server.close();
-    QTRY_VERIFY(!session.probe.connection().isConnected());
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
     const auto timers = session.window.findChildren<QTimer *>();
     QVERIFY(std::none_of(timers.cbegin(), timers.cend(),
                          [](const QTimer *timer) { return timer->isActive(); }));

@@ -3,6 +3,7 @@
 #include "StyleSheetReader.h"
 #include "TemporaryStore.h"
 #include "ThemeManager.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QApplication>
@@ -149,7 +150,7 @@ void TestPreferencesDialog::deletesItselfWhenClosed()
     else
         QTest::keyClick(form.dialog, Qt::Key_Escape);
     QVERIFY(!form.dialog->isVisible());
-    QTRY_VERIFY(form.dialog == nullptr);
+    QTRY_VERIFY_WITH_TIMEOUT(form.dialog == nullptr, Patience);
     QVERIFY(session.window.isVisible());
 }
 
@@ -497,7 +498,7 @@ void TestPreferencesDialog::walksByKeyboard()
 {
     WindowSession session;
     const PreferencesForm form(session);
-    QVERIFY(QTest::qWaitForWindowActive(form.dialog));
+    QVERIFY(QTest::qWaitForWindowActive(form.dialog, Patience));
     form.pages()->setCurrentIndex(2);
     form.check(u"Auto-reconnect on disconnect"_s)->setFocus();
     QWidgetList visited;

@@ -5,6 +5,7 @@
 #include "ProgramOnScreen.h"
 #include "ScriptedServer.h"
 #include "VirtualScreen.h"
+#include "Waiting.h"
 
 #include <QTest>
 
@@ -324,10 +325,12 @@ void TestScreenReader::readsAndReportsLines()
     QVERIFY(scene.say(u"bob"_s, u"second"_s));
     QCOMPARE(scene.allText(),
              u"[now] wanda: joined #room\n[now] alice: first message\n[now] bob: second\n"_s);
-    QTRY_COMPARE(scene.insertedTexts(),
-                 (QStringList{u"[now] alice: first message\n"_s, u"[now] bob: second\n"_s}));
-    QTRY_COMPARE(scene.announcedTexts(),
-                 (QStringList{u"[now] alice: first message"_s, u"[now] bob: second"_s}));
+    QTRY_COMPARE_WITH_TIMEOUT(
+            scene.insertedTexts(),
+            (QStringList{u"[now] alice: first message\n"_s, u"[now] bob: second\n"_s}), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(
+            scene.announcedTexts(),
+            (QStringList{u"[now] alice: first message"_s, u"[now] bob: second"_s}), Patience);
 }
 
 void TestScreenReader::movesTheCaretRowByRow()

@@ -407,7 +407,7 @@ void TestServerEditDialog::walksByKeyboard()
 {
     const auto form = makeForm({}, u":6667"_s);
     form->show();
-    QVERIFY(QTest::qWaitForWindowActive(form.get()));
+    QVERIFY(QTest::qWaitForWindowActive(form.get(), Patience));
     const auto typeInto = [&form](const QString &text) {
         QTest::keyClicks(form->focusWidget(), text);
         QTest::keyClick(form->focusWidget(), Qt::Key_Tab);

@@ -79,12 +79,12 @@ void TestSessionEvents::offersTheDialogAtTheStart()
     MainWindow window;
     window.show();
     QVERIFY(window.findChild<ConnectDialog *>() == nullptr);
-    QTRY_VERIFY(window.findChild<ConnectDialog *>() != nullptr);
+    QTRY_VERIFY_WITH_TIMEOUT(window.findChild<ConnectDialog *>() != nullptr, Patience);
     const QPointer<ConnectDialog> dialog = window.findChild<ConnectDialog *>();
     QVERIFY(dialog->isVisible());
     QVERIFY(!dialog->isModal());
     dialog->close();
-    QTRY_VERIFY(dialog.isNull());
+    QTRY_VERIFY_WITH_TIMEOUT(dialog.isNull(), Patience);
 }
 
 void TestSessionEvents::offersTheDialogFromTheMenu()

@@ -1,6 +1,7 @@
 #include "HighlightTabBar.h"
 #include "MyTabWidget.h"
 #include "TabStrip.h"
+#include "Waiting.h"
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -192,7 +193,7 @@ void TestTabStrip::switchesTabsByKeys()
     TabStrip::addSwitchShortcuts(*tabs, window);
     window.show();
     window.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QVERIFY(QTest::qWaitForWindowActive(&window, Patience));
     const QList<QWidget *> starts{bar, view, tree, line};
     for (QWidget *start : starts) {
         start->setFocus();

@@ -332,7 +332,7 @@ void TestTabs::setsTheRatioOnceTheLayoutHasSettled()
     session.probe.showTab(u"#d"_s);
     // Whatever the layout makes of the change, the ratio is imposed behind it.
     session.probe.splitter().setSizes({500, 500});
-    QTRY_COMPARE(session.probe.shareOfUserList(), 20);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, Patience);
 }
 
 void TestTabs::fillsTheUserListAgainAfterADisconnect()

@@ -10,6 +10,7 @@
 #include "PreferencesForm.h"
 #include "StoredServers.h"
 #include "TemporaryStore.h"
+#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QAbstractItemView>
@@ -213,7 +214,7 @@ void TestTextFromElsewhere::givesTabsNoKeys()
     QVERIFY(session.sayAll(
             {u":x&y!u@h PRIVMSG me :hi"_s, u":bob!u@h PRIVMSG me :hi"_s, u":bob!u@h NICK x&z"_s}));
     session.window.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&session.window));
+    QVERIFY(QTest::qWaitForWindowActive(&session.window, Patience));
     for (const Qt::Key key : {Qt::Key_Y, Qt::Key_Z}) {
         QTest::keyClick(&session.window, key, Qt::AltModifier);
         QCOMPARE(session.probe.currentTabName(), u"#a"_s);
@@ -264,7 +265,7 @@ void TestTextFromElsewhere::notifications()
     QWidget other;
     other.show();
     other.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&other));
+    QVERIFY(QTest::qWaitForWindowActive(&other, Patience));
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     // The bar would empty itself before we look if that took long.
     const QStatusBar *bar = session.window.statusBar();

@@ -438,7 +438,7 @@ void TestTopicEditing::savesByControlReturn()
     Operator op;
     QVERIFY(op.enter());
     answers->queueForDialog([](QDialog *dialog) {
-        QVERIFY(QTest::qWaitForWindowActive(dialog));
+        QVERIFY(QTest::qWaitForWindowActive(dialog, Patience));
         QTest::keyClicks(edit(dialog), u"fresh"_s);
         QTest::keyClick(edit(dialog), Qt::Key_Return, Qt::ControlModifier);
     });
@@ -452,7 +452,7 @@ void TestTopicEditing::cancelsByEscape()
     QVERIFY(op.enter());
     QVERIFY(op.session.say(u":irc.test 332 me #a :old"_s));
     answers->queueForDialog([](QDialog *dialog) {
-        QVERIFY(QTest::qWaitForWindowActive(dialog));
+        QVERIFY(QTest::qWaitForWindowActive(dialog, Patience));
         QTest::keyClicks(edit(dialog), u"fresh"_s);
         QTest::keyClick(edit(dialog), Qt::Key_Escape);
     });

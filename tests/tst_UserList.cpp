@@ -356,7 +356,7 @@ void TestUserList::showsOnChannelsOnly()
     QCOMPARE(session.probe.currentTabName(), tab);
     QCOMPARE(session.probe.userListShown(), isShown);
     QCOMPARE(session.probe.userList().isVisible(), isShown);
-    QTRY_COMPARE(session.probe.shareOfUserList(), isShown ? 20 : 0);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), isShown ? 20 : 0, Patience);
 }
 
 void TestUserList::goesWithItsTab()
@@ -390,7 +390,7 @@ void TestUserList::takesAFifth()
     QSplitter &splitter = session.probe.splitter();
     splitter.setHandleWidth(0);
     splitter.setFixedWidth(width);
-    QTRY_COMPARE(splitter.width(), width);
+    QTRY_COMPARE_WITH_TIMEOUT(splitter.width(), width, Patience);
     session.probe.adjustSplitterToRatio();
     QTEST(splitter.sizes(), "sizes");
 }
@@ -422,7 +422,7 @@ void TestUserList::leavesTheRatioAlone()
     QSplitter &splitter = session.probe.splitter();
     splitter.setHandleWidth(0);
     splitter.setFixedWidth(width);
-    QTRY_COMPARE(splitter.width(), width);
+    QTRY_COMPARE_WITH_TIMEOUT(splitter.width(), width, Patience);
     session.probe.splitterReady() = isReady;
     splitter.setSizes({width / 2, width / 2});
     const QByteArray before = splitter.saveState();
