@@ -1,24 +1,16 @@
 #pragma once
 
 #include <QBrush>
-#include <QFont>
-#include <QHash>
 #include <QPointF>
 
-#include <array>
-#include <memory>
-#include <vector>
-
-class QPaintDevice;
 class QTextBlock;
-class QTextFragment;
 class QTextLayout;
 class QTextLine;
 
-/// Border along an edge of a cell, which takes its width from the text's room.
+/// Border along an edge of a cell. The cell's text is narrower by its width.
 struct CellBorder
 {
-    /// In pixels; 0 if there is none.
+    /// In pixels; 0 without a border.
     int width = 0;
     QBrush brush;
 };
@@ -26,73 +18,43 @@ struct CellBorder
 /// Measures of a cell's text.
 struct TextExtent
 {
-    /// Width in pixels that the text would take without any wrapping.
+    /// Width in pixels that the text needs without wrapping.
     int width = 0;
-    /// Height in pixels of the text as laid out or, if only estimated, without any wrapping.
+    /// Height in pixels of the text as laid out or, if only estimated, without wrapping.
     int height = 0;
-    /// The text had to be wrapped.
+    /// The text is wrapped.
     bool isWrapped = false;
-    /// `height` is right wherever the text has `width` pixels, and so it is not wrapped.
-    bool isSure = false;
+    /// `height` is exact wherever the text gets at least `width` pixels, and so is not wrapped.
+    bool isReliable = false;
 };
 
-/// The text of one cell: its lines and what lies where in them.
+/// Lays out the text of one cell.
 namespace CellText {
 
-/// The border along the right edge of the cell that holds `block`.
+/// Widths in pixels are limited to this, since those of a few hundred million letters would
+/// overflow an `int`.
+inline constexpr qreal MaximumWidth = 1e9;
+
+/// Returns the right border of the cell that holds `block`.
 [[nodiscard]] CellBorder rightBorder(const QTextBlock &block);
 
-/// Breaks the text of `block` into the lines of `layout`. `width` is the room that its cell has for
-/// text, in pixels.
+/// Breaks the text of `block` into lines of `width` pixels, which `layout` keeps.
 ///
-/// The lines are those of Qt's own document layout. `layout` is the block's own or was made for it.
+/// The lines are those of Qt's own document layout. `layout` is `block`'s own or was created for
+/// it.
 TextExtent layOut(QTextLayout &layout, const QTextBlock &block, qreal width);
 
-/// Height that `line` takes in a cell.
+/// Returns the height of `line` in a cell, in whole pixels.
 [[nodiscard]] int heightOf(const QTextLine &line);
 
-/// Width in pixels of the widest single character in the text of `block`.
+/// Returns the width in pixels of the widest single character in the text of `block`.
 [[nodiscard]] int widestCharacter(const QTextBlock &block);
 
-/// Offset of the character at `point`, which counts from the start of the laid out text.
+/// Returns the offset of the character at `point`, which is relative to the start of the text.
 ///
-/// An exact hit is -1 where there is no text; otherwise it is the nearest place for a cursor.
+/// Without text at `point` the result is -1 for Qt::ExactHit, and the nearest cursor position
+/// otherwise.
 [[nodiscard]] int hitTest(const QTextLayout &layout, const QPointF &point,
                           Qt::HitTestAccuracy accuracy);
 
 } // namespace CellText
-
-/// Tells a cell's measures without shaping its text, at a fraction of the cost.
-///
-/// It adds up the advances of single characters and takes some more, which is an upper bound for
-/// plain Latin text. For other text it is a guess only, and `TextExtent::isSure` is false.
-class TextEstimator final
-{
-public:
-    /// Measures of the text of `block`, painted on `device`; on the screen, if that is null.
-    [[nodiscard]] TextExtent estimate(const QTextBlock &block, QPaintDevice *device);
-
-    /// Forgets all fonts: the document has another default font.
-    void clear();
-
-private:
-    static constexpr std::size_t LatinCount = 256;
-
-    struct FontMeasures
-    {
-        QFont font;
-        /// Advances of the Latin-1 characters in pixels, negative for those that may surprise.
-        std::array<qreal, LatinCount> advances{};
-        /// Guess for the advance of all others.
-        qreal otherAdvance = 0;
-        int lineHeight = 0;
-    };
-
-    [[nodiscard]] const FontMeasures &measuresOf(const QFont &font, QPaintDevice *device);
-    [[nodiscard]] const FontMeasures &measuresOf(const QTextFragment &fragment,
-                                                 QPaintDevice *device);
-
-    std::vector<std::unique_ptr<FontMeasures>> fonts;
-    // By the format's index within the document.
-    QHash<int, const FontMeasures *> byFormat;
-};

@@ -5,7 +5,6 @@
 #include <QFileInfo>
 #include <QPixmapCache>
 #include <QRegularExpression>
-#include <QSettings>
 #include <QTextBrowser>
 #include <QUrl>
 
@@ -13,14 +12,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The property of a view with an image: when the image's file was modified as of the last apply.
+// Property of a view with an image: modification time of the image's file when it was applied.
 constexpr char ImageTime[] = "backgroundImageTime";
 
-// In kilobytes: as large as the largest image that Qt reads. With Qt's 10 MB every new view would
-// decode a large image again and have a copy of its own.
+// In kilobytes: the size of the largest image that Qt reads. With Qt's default of 10 MB, each new
+// view would decode a large image again and keep its own copy.
 constexpr int PixmapCacheLimit = 256 * 1024;
 
-QColor colorBehind(const QString &theme, const QString &image, const QColor &color)
+QColor paletteColorFor(const QString &theme, const QString &image, const QColor &color)
 {
     if (!image.isEmpty())
         return Qt::white;
@@ -42,13 +41,14 @@ QString frameSheet(const QString &theme, const QString &image, const QColor &col
            "border-image: none; }"_s.arg(border);
 }
 
-/// The path as the inside of a quoted string, out of which Qt reads the path as it is.
+// Returns `path` as the content of a quoted string in a style sheet.
 QString escaped(const QString &path)
 {
     static const QRegularExpression endsString(uR"((["\n\r\f]))"_s);
     QString text = path;
-    // Twice, since Qt takes code numbers for characters first, and then drops single backslashes.
-    // Two plain ones would not do: before a hexadecimal digit the second one starts a code number.
+    // Qt first decodes escape sequences like "\5c", and then drops single backslashes. So each
+    // backslash becomes two sequences. Two backslashes would not do: before a hexadecimal digit the
+    // second one starts an escape sequence.
     text.replace(u'\\', uR"(\00005c\00005c)"_s);
     text.replace(endsString, uR"(\\1)"_s);
     return text;
@@ -65,7 +65,7 @@ QString scrollBarSheet()
 } // namespace
 
 ChatBackground::ChatBackground(const QString &theme, const QString &image, const QColor &color)
-    : paletteColor(colorBehind(theme, image, color))
+    : paletteColor(paletteColorFor(theme, image, color))
     , sheet(frameSheet(theme, image, paletteColor) + scrollBarSheet())
     , hasImage(!image.isEmpty())
 {
@@ -79,7 +79,7 @@ bool ChatBackground::isAppliedTo(const QTextBrowser &view) const
 {
     const QPalette &palette = view.palette();
     const QBrush &base = palette.brush(QPalette::Base);
-    // The sheet of an image that could be loaded removes the base colour.
+    // The style sheet removes the base colour if the image could be loaded.
     const bool isBaseApplied =
             base.color() == paletteColor || (hasImage && base.style() == Qt::NoBrush);
     return isBaseApplied && palette.color(QPalette::Window) == paletteColor
@@ -102,16 +102,10 @@ void ChatBackground::applyTo(QTextBrowser &view) const
     view.viewport()->update();
 }
 
-QColor ChatBackground::loadColor(QSettings &settings)
+QColor ChatBackground::colorFromStore(const QString &name)
 {
-    const QString name = settings.value(u"chatBgColor"_s, QString()).toString();
-    if (name.isEmpty())
-        return {};
     const QColor color = QColor::fromString(name);
-    if (color.isValid() && color != Qt::black)
-        return color;
-    settings.setValue(u"chatBgColor"_s, QString());
-    return {};
+    return color == Qt::black ? QColor() : color;
 }
 
 QString ChatBackground::imageDeclaration(const QString &path)

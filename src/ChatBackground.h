@@ -4,29 +4,29 @@
 #include <QDateTime>
 #include <QString>
 
-class QSettings;
 class QTextBrowser;
 
 /// Frame, background and scroll bars of the conversations.
 ///
-/// An image wins over a colour, and a colour over the theme. The image is stretched over the whole
-/// frame of the view and does not scroll with the text. Whether its file exists is not looked at.
+/// An image takes precedence over a colour, and a colour over the theme. The image is stretched
+/// over the view's frame and does not scroll with the text. Whether its file exists is not checked.
 class ChatBackground final
 {
 public:
-    /// `image` is the path of a file, or empty; an invalid `color` stands for none.
+    /// `image` is the path of a file, or empty. An invalid `color` means none.
     ChatBackground(const QString &theme, const QString &image, const QColor &color);
 
-    /// Applies the background to `view`, unless the view has it already and the image's file has
-    /// not been modified since. Polishing hundreds of views for each new tab would take seconds.
+    /// Applies the background to `view`, unless the view already has it and the image's file has
+    /// not been modified since. Polishing hundreds of views again for each new tab would take
+    /// seconds.
     void applyTo(QTextBrowser &view) const;
 
-    /// The colour that `settings` holds, or an invalid one. Black can be chosen, but does not
-    /// outlive the session: it is taken out of `settings`, as is what is no colour at all.
-    [[nodiscard]] static QColor loadColor(QSettings &settings);
+    /// Returns the colour that the settings store as `name`. It is invalid if `name` is no colour,
+    /// and, intended, if it is black: black only lasts until the program ends.
+    [[nodiscard]] static QColor colorFromStore(const QString &name);
 
-    /// The declaration that stretches the image at `path` over the whole of a widget. No character
-    /// of the path can end it.
+    /// Returns the style sheet declaration that stretches the image at `path` over a whole widget.
+    /// All characters of the path are escaped.
     [[nodiscard]] static QString imageDeclaration(const QString &path);
 
 private:

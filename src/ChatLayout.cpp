@@ -13,13 +13,13 @@
 
 namespace {
 
-// Rows whose shaped text is kept: some screens full.
+// Number of rows whose laid out text is kept, enough for several screens.
 constexpr int CachedRows = 300;
 
-// From here on, ending a change takes longer than anything else that a new line needs.
+// From this many rows on, the end of an edit block costs more than everything else for a new line.
 constexpr int RowsOfLongConversation = 1000;
 
-// In a window without room for a letter a long text would need more pixels than there are numbers.
+// Avoids `int` overflow for a long text in a very narrow window.
 constexpr qint64 HighestEstimate = 1'000'000;
 
 bool isSameOption(const QTextOption &one, const QTextOption &other)
@@ -28,7 +28,7 @@ bool isSameOption(const QTextOption &one, const QTextOption &other)
            && one.textDirection() == other.textDirection() && one.wrapMode() == other.wrapMode();
 }
 
-// Positions within layouts are whole 64ths of a pixel.
+// Truncates to the precision of positions in a QTextLayout, 1/64 pixel.
 qreal truncated(qreal value)
 {
     return std::trunc(value * 64) / 64;
@@ -39,7 +39,7 @@ qreal truncated(qreal value)
 ChatLayout::ChatLayout(QTextDocument *document)
     : QAbstractTextDocumentLayout(document)
     , cache(CachedRows)
-    , openChange(*document)
+    , editBlock(*document)
 {
 }
 
@@ -69,7 +69,7 @@ int ChatLayout::rowAt(int y) const
 QSizeF ChatLayout::documentSize() const
 {
     if (!table) {
-        const QRectF line = lentLayout(document()->firstBlock(), 0).boundingRect();
+        const QRectF line = ownLayout(document()->firstBlock(), 0).boundingRect();
         return {qreal(pageWidth), line.height() + 2 * margin()};
     }
     return {qreal(std::max(pageWidth, columns.width() + 2 * margin())),
@@ -80,7 +80,7 @@ QRectF ChatLayout::frameBoundingRect(QTextFrame *frame) const
 {
     if (frame != table)
         return {QPointF(), documentSize()};
-    // Qt's layout counts the first cell's padding in.
+    // Like in Qt's layout, the frame starts after the first cell's padding.
     return QRectF(margin() + columns.cellPadding(), margin() + columns.cellPadding(),
                   columns.width(), heights.total());
 }
@@ -92,49 +92,50 @@ QRectF ChatLayout::blockBoundingRect(const QTextBlock &block) const
     const int number = block.blockNumber();
     if (table && number > 0 && rowOf(block) < rowCount()) {
         const int column = (number - 1) % columns.count();
-        const int room = columns.room(column, CellText::rightBorder(block).width);
-        QRectF rect = lentLayout(block, room).boundingRect();
+        const int width = columns.textWidth(column, CellText::rightBorder(block).width);
+        QRectF rect = ownLayout(block, width).boundingRect();
         rect.moveTopLeft(textOrigin(rowOf(block), column));
         return rect;
     }
-    QRectF rect = lentLayout(block, contentWidth()).boundingRect();
+    QRectF rect = ownLayout(block, contentWidth()).boundingRect();
     if (number == 0)
         return {QPointF(margin(), margin()), documentSize() - QSizeF(margin(), margin())};
     rect.moveTopLeft(QPointF(margin() + columns.width(), rowTop(rowCount()) - rect.height()));
     return rect;
 }
 
-const QTextLayout &ChatLayout::lentLayout(const QTextBlock &block, int room) const
+// Returns the layout that `block` itself owns, which Qt's cursors use, with lines.
+const QTextLayout &ChatLayout::ownLayout(const QTextBlock &block, int width) const
 {
     QTextLayout &layout = *block.layout();
     if (layout.lineCount() == 0) {
-        CellText::layOut(layout, block, room);
-        lentLayouts.insert(block.blockNumber());
+        CellText::layOut(layout, block, width);
+        ownLayouts.insert(block.blockNumber());
     }
     return layout;
 }
 
-void ChatLayout::setShownHeight(int height)
+void ChatLayout::setVisibleHeight(int height)
 {
-    shownHeight = height;
+    visibleHeight = height;
     if (height == 0)
         cache.clear();
 }
 
 void ChatLayout::beginRows()
 {
-    if (rowCount() < RowsOfLongConversation || openChange.isOpen())
+    if (rowCount() < RowsOfLongConversation || editBlock.isOpen())
         return;
-    openChange.begin(table->lastPosition());
+    editBlock.begin(table->lastPosition());
 }
 
 void ChatLayout::endRows()
 {
-    // Otherwise Qt has told of them.
-    if (!openChange.isOpen())
+    // Otherwise documentChanged() was called for them.
+    if (!editBlock.isOpen())
         return;
     addRows(rowsInDocument() - rowCount());
-    announceSize();
+    emitSizeChange();
 }
 
 int ChatLayout::rowsInDocument() const
@@ -144,38 +145,39 @@ int ChatLayout::rowsInDocument() const
 
 void ChatLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
-    // The end of a change whose rows are known already.
-    if (openChange.covers(from))
+    // At the end of the deferred edit block; endRows() has added its rows.
+    if (editBlock.covers(from))
         return;
     if (!table)
-        startOver();
-    // Qt reports a change of the page, the font or the options as the whole document's insertion.
+        reset();
+    // Qt reports a change of the page size, font or text option as an insertion of the whole
+    // document.
     const bool isWhole =
             from == 0 && charsRemoved == 0 && charsAdded == document()->characterCount();
     if (isWhole)
-        takeSettings();
+        updateSettings();
     const int count = rowsInDocument();
     if (count < rowCount())
-        startOver();
+        reset();
     if (!isWhole && table) {
-        // A separator that was added at the end of a block starts the next one.
+        // A block separator added at the end of a block starts the next one.
         const QTextBlock first = document()->findBlock(from);
         const bool isInNext = count > rowCount() && from == first.position() + first.length() - 1;
-        forget(isInNext ? first.next() : first, from + charsAdded);
+        invalidateRows(isInNext ? first.next() : first, from + charsAdded);
     }
     addRows(count - rowCount());
-    announceSize();
+    emitSizeChange();
 }
 
-// Called for a document whose table was made or is gone, and for one that has lost rows.
-void ChatLayout::startOver()
+// Called when the table was created or removed, and when rows were removed.
+void ChatLayout::reset()
 {
-    clearLentLayouts();
+    clearOwnLayouts();
     cache.clear();
     rows.clear();
     heights.assign({});
     estimates = 0;
-    newestEstimate = -1;
+    lastEstimate = -1;
     table = nullptr;
     for (QTextFrame *frame : document()->rootFrame()->childFrames())
         table = qobject_cast<QTextTable *>(frame);
@@ -185,35 +187,35 @@ void ChatLayout::startOver()
     columns.fit(contentWidth());
 }
 
-void ChatLayout::takeSettings()
+void ChatLayout::updateSettings()
 {
     const int width = std::max(static_cast<int>(document()->pageSize().width()), 0);
     const bool isWidthNew = width != pageWidth;
     const bool isTextNew = font != document()->defaultFont()
                            || !isSameOption(option, document()->defaultTextOption());
-    // A view tells its font anew on many occasions, also when it stays the same.
+    // A view often sets its font again without a change.
     if (!isWidthNew && !isTextNew)
         return;
     pageWidth = width;
     font = document()->defaultFont();
     option = document()->defaultTextOption();
     if (isTextNew) {
-        // Heights stay as they are until the rows are looked at again.
+
         estimator.clear();
         for (Row &row : rows)
-            row.isSideSure = row.text.isSure = false;
+            row.isSideReliable = row.text.isReliable = false;
     }
     reflow();
 }
 
 void ChatLayout::reflow()
 {
-    clearLentLayouts();
+    clearOwnLayouts();
     cache.clear();
     areColumnsStale = false;
     if (table && columns.fit(contentWidth())) {
         for (Row &row : rows)
-            row.isSideSure = false;
+            row.isSideReliable = false;
     }
     std::vector<int> newHeights;
     newHeights.reserve(rows.size());
@@ -223,20 +225,21 @@ void ChatLayout::reflow()
         estimates += row.isExact ? 0 : 1;
         newHeights.push_back(estimatedHeight(row));
     }
-    newestEstimate = static_cast<int>(rows.size()) - 1;
+    lastEstimate = static_cast<int>(rows.size()) - 1;
     heights.assign(std::move(newHeights));
-    measureEnd(0);
-    announceSize();
+    layOutVisibleEnd(0);
+    emitSizeChange();
     emit update();
 }
 
-// Lays out the end of the conversation as far as it is on show, but no row above `first`. Only then
-// is it sure whether the whole of it fits the view: with estimates in place of these rows the
-// scroll bar could come, change the width and thereby the estimates, go, and so on without an end.
-void ChatLayout::measureEnd(int first)
+// Lays out the rows at the end of the conversation that fit into the visible height, but none
+// before `first`. With estimates in their place, the scroll bar could appear and disappear
+// endlessly: it changes the width, the width changes the estimates, and those change whether all
+// rows fit.
+void ChatLayout::layOutVisibleEnd(int first)
 {
     const int end = rowCount();
-    for (int row = end - 1; row >= first && heights.top(end) - heights.top(row + 1) < shownHeight;
+    for (int row = end - 1; row >= first && heights.top(end) - heights.top(row + 1) < visibleHeight;
          --row)
         cellsOf(row);
 }
@@ -250,7 +253,7 @@ void ChatLayout::addRows(int count)
         ++estimates;
         estimate(row);
     }
-    measureEnd(first);
+    layOutVisibleEnd(first);
     if (count > 0) {
         emit update(QRectF(0, rowTop(first), documentSize().width(),
                            rowTop(rowCount()) - rowTop(first)));
@@ -258,9 +261,9 @@ void ChatLayout::addRows(int count)
     }
 }
 
-void ChatLayout::forget(QTextBlock block, int end)
+void ChatLayout::invalidateRows(QTextBlock block, int end)
 {
-    bool isRowForgotten = false;
+    bool isAnyInvalid = false;
     for (; block.isValid() && block.position() <= end; block = block.next()) {
         const int row = rowOf(block);
         if (block.blockNumber() == 0)
@@ -270,9 +273,9 @@ void ChatLayout::forget(QTextBlock block, int end)
         block.clearLayout();
         cache.remove(row);
         estimate(row);
-        isRowForgotten = true;
+        isAnyInvalid = true;
     }
-    if (isRowForgotten)
+    if (isAnyInvalid)
         emit update();
 }
 
@@ -280,13 +283,14 @@ void ChatLayout::estimate(int row)
 {
     Row &data = rowData(row);
     data.sideHeight = 0;
-    data.isSideSure = true;
+    data.isSideReliable = true;
     QTextBlock block = cellBlock(row, 0);
     for (int column = 0; column + 1 < columns.count(); ++column, block = block.next()) {
         const TextExtent side = estimator.estimate(block, paintDevice());
         data.sideHeight = std::max(data.sideHeight, side.height);
-        if (!side.isSure || side.width > columns.room(column, CellText::rightBorder(block).width))
-            data.isSideSure = false;
+        if (!side.isReliable
+            || side.width > columns.textWidth(column, CellText::rightBorder(block).width))
+            data.isSideReliable = false;
     }
     data.text = estimator.estimate(block, paintDevice());
     setHeight(row, estimatedHeight(data), fits(data));
@@ -294,14 +298,16 @@ void ChatLayout::estimate(int row)
 
 bool ChatLayout::fits(const Row &row) const
 {
-    return row.isSideSure && row.text.isSure && row.text.width <= columns.room(columns.last());
+    return row.isSideReliable && row.text.isReliable
+           && row.text.width <= columns.textWidth(columns.last());
 }
 
 int ChatLayout::estimatedHeight(const Row &row) const
 {
-    // Before the first show there is no width at which anything would wrap.
-    const int room = pageWidth > 0 ? std::max(columns.room(columns.last()), 1) : row.text.width;
-    const int lines = row.text.width > room ? (row.text.width - 1) / room + 1 : 1;
+    // Before the view is first shown, the width is unknown and nothing wraps.
+    const int width =
+            pageWidth > 0 ? std::max(columns.textWidth(columns.last()), 1) : row.text.width;
+    const int lines = row.text.width > width ? (row.text.width - 1) / width + 1 : 1;
     const qint64 height = std::min(qint64(row.text.height) * lines, HighestEstimate);
     return std::max(static_cast<int>(height), row.sideHeight) + 2 * columns.cellPadding();
 }
@@ -312,7 +318,7 @@ void ChatLayout::setHeight(int row, int height, bool isExact)
     estimates += (wasExact ? 1 : 0) - (isExact ? 1 : 0);
     wasExact = isExact;
     if (!isExact)
-        newestEstimate = std::max(newestEstimate, row);
+        lastEstimate = std::max(lastEstimate, row);
     if (height != heights.height(row))
         heights.set(row, height);
 }
@@ -327,34 +333,36 @@ ChatLayout::Cells ChatLayout::layOut(int row, int firstColumn) const
                   .layout = std::make_unique<QTextLayout>(block),
                   .extent = {},
                   .border = border};
-        // Otherwise the text would be shaped anew at each painting.
+        // Otherwise the text would be shaped at each paint.
         cell.layout->setCacheEnabled(true);
-        cell.extent = CellText::layOut(*cell.layout, block, columns.room(column, border.width));
+        cell.extent =
+                CellText::layOut(*cell.layout, block, columns.textWidth(column, border.width));
         cells.push_back(std::move(cell));
     }
     return cells;
 }
 
-void ChatLayout::take(int row, const Cells &cells)
+// Updates the row's measures by `cells`, which may lack the first ones.
+void ChatLayout::storeMeasures(int row, const Cells &cells)
 {
     Row &data = rowData(row);
     int column = columns.count() - static_cast<int>(cells.size());
     if (column == 0) {
         data.sideHeight = 0;
-        data.isSideSure = true;
+        data.isSideReliable = true;
     }
     for (const Cell &cell : cells) {
         if (column < columns.last())
             data.sideHeight = std::max(data.sideHeight, cell.extent.height);
-        if (cell.layout->minimumWidth() > columns.room(column, cell.border.width)
+        if (cell.layout->minimumWidth() > columns.textWidth(column, cell.border.width)
             && columns.require(column, CellText::widestCharacter(cell.block), cell.border.width))
             areColumnsStale = true;
         ++column;
     }
     const Cell &text = cells.back();
-    if (text.extent.isSure)
+    if (text.extent.isReliable)
         data.text = text.extent;
-    else if (!data.text.isSure)
+    else if (!data.text.isReliable)
         data.text = {.width = text.extent.width,
                      .height = CellText::heightOf(text.layout->lineAt(0))};
     setHeight(row, std::max(data.sideHeight, text.extent.height) + 2 * columns.cellPadding(), true);
@@ -365,7 +373,7 @@ const ChatLayout::Cells &ChatLayout::cellsOf(int row)
     if (const Cells *known = cache.object(row))
         return *known;
     auto cells = std::make_unique<Cells>(layOut(row, 0));
-    take(row, *cells);
+    storeMeasures(row, *cells);
     const Cells &result = *cells;
     cache.insert(row, cells.release());
     return result;
@@ -391,32 +399,32 @@ bool ChatLayout::measure(int top, int bottom)
         reflow();
         return true;
     }
-    announceSize();
+    emitSizeChange();
     return isChanged;
 }
 
-void ChatLayout::measureSome(QDeadlineTimer deadline)
+void ChatLayout::measureEstimatedRows(QDeadlineTimer deadline)
 {
-    for (; estimates > 0 && newestEstimate >= 0 && !deadline.hasExpired(); --newestEstimate) {
-        const int row = newestEstimate;
+    for (; estimates > 0 && lastEstimate >= 0 && !deadline.hasExpired(); --lastEstimate) {
+        const int row = lastEstimate;
         if (rowData(row).isExact)
             continue;
-        // Much cheaper, and enough where it is only the font that has changed.
+        // Often exact after a change of the font, and much cheaper than a layout.
         estimate(row);
         if (!rowData(row).isExact)
-            take(row, layOut(row, rowData(row).isSideSure ? columns.last() : 0));
+            storeMeasures(row, layOut(row, rowData(row).isSideReliable ? columns.last() : 0));
     }
     if (areColumnsStale)
         reflow();
-    announceSize();
+    emitSizeChange();
 }
 
-void ChatLayout::announceSize()
+void ChatLayout::emitSizeChange()
 {
     const QSizeF size = documentSize();
-    if (size == announcedSize)
+    if (size == emittedSize)
         return;
-    announcedSize = size;
+    emittedSize = size;
     emit documentSizeChanged(size);
 }
 
@@ -429,16 +437,16 @@ void ChatLayout::timerEvent(QTimerEvent *event)
     repairTimer.stop();
     if (areColumnsStale)
         reflow();
-    announceSize();
+    emitSizeChange();
     emit update();
 }
 
-void ChatLayout::clearLentLayouts()
+void ChatLayout::clearOwnLayouts()
 {
-    for (const int number : std::as_const(lentLayouts))
+    for (const int number : std::as_const(ownLayouts))
         document()->findBlockByNumber(number).clearLayout();
-    lentLayouts.clear();
-    // Its number grows with the table.
+    ownLayouts.clear();
+    // Its number changes as the table grows.
     document()->lastBlock().clearLayout();
 }
 
@@ -462,12 +470,12 @@ void ChatLayout::draw(QPainter *painter, const PaintContext &context)
     for (int row = first; row < rowCount() && rowTop(row) < clipped.clip.bottom(); ++row)
         drawRow(*painter, clipped, selections, row);
     painter->setPen(pen);
-    // Scroll bars must not move while something is painted.
-    if (areColumnsStale || documentSize() != announcedSize)
+    // Scroll bars must not change during a paint.
+    if (areColumnsStale || documentSize() != emittedSize)
         repairTimer.start(0, this);
 }
 
-// The empty block above the table takes no room, yet a selection of it shows.
+// A selection of the empty block above the table is visible although the block has no height.
 void ChatLayout::drawFirstBlock(QPainter &painter, const PaintContext &context,
                                 const CellSelections &selections) const
 {
@@ -475,7 +483,7 @@ void ChatLayout::drawFirstBlock(QPainter &painter, const PaintContext &context,
     const QList<QTextLayout::FormatRange> ranges = selections.ranges(block);
     if (ranges.isEmpty())
         return;
-    const QTextLayout &layout = lentLayout(block, contentWidth());
+    const QTextLayout &layout = ownLayout(block, contentWidth());
     painter.setPen(context.palette.color(QPalette::Text));
     layout.draw(&painter, QPointF(margin(), margin()), ranges, context.clip);
 }
@@ -491,7 +499,7 @@ void ChatLayout::drawRow(QPainter &painter, const PaintContext &context,
             painter.save();
             painter.setPen(Qt::NoPen);
             painter.setBrush(cell.border.brush);
-            // At a scale that is no whole number the rule's edges fall between pixels.
+            // At a fractional scale the border's edges are between pixels.
             painter.setRenderHint(QPainter::Antialiasing);
             painter.drawRect(QRectF(margin() + columns.start(column + 1) - cell.border.width, top,
                                     cell.border.width, heights.height(row)));
@@ -510,13 +518,13 @@ int ChatLayout::hitTest(const QPointF &point, Qt::HitTestAccuracy accuracy) cons
     const QPointF hit(truncated(point.x()), truncated(point.y()));
     const QPointF inTable = hit - QPointF(margin(), margin());
     const QRectF bounds(0, 0, columns.width(), heights.total());
-    // The far edges belong to the table as well.
+    // The right and bottom edges belong to the table as well.
     if (inTable.x() >= 0 && inTable.y() >= 0 && inTable.x() <= bounds.right()
         && inTable.y() <= bounds.bottom())
         return hitTable(hit, accuracy);
     if (accuracy == Qt::ExactHit)
         return -1;
-    // The block below the table hides beside its last line, all across the document.
+    // The block below the table is placed beside its last line, across the whole document.
     const QTextBlock last = document()->lastBlock();
     const bool isBeforeTable = inTable.x() < 0 || inTable.y() < 0;
     return isBeforeTable && inTable.y() < blockBoundingRect(last).top() - margin()

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "CellText.h"
-#include "OpenChange.h"
+#include "DeferredEditBlock.h"
 #include "RowHeights.h"
 #include "TableColumns.h"
+#include "TextEstimator.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QBasicTimer>
@@ -23,13 +23,14 @@ class CellSelections;
 
 /// Layout of a document that holds one conversation, a table made by `ChatTable`.
 ///
-/// It looks in every pixel like Qt's own document layout, which lays out the whole table anew at
-/// each change, but the cost of a new row doesn't depend on the number of rows: only rows in sight
-/// are laid out. Others have an estimated height until their turn comes; the view that shows the
-/// document drives that and keeps its scroll position in place, see `ChatView`.
+/// The result is pixel-identical to Qt's own document layout. Qt lays out the whole table again at
+/// each change. Here the cost of a new row does not depend on the number of rows: only visible rows
+/// are laid out, and the others have an estimated height until `measureEstimatedRows` reaches them.
+/// `ChatView` calls that and keeps its scroll position meanwhile.
 ///
 /// The document holds an empty block, the table with one block per cell, and another empty block,
-/// which take no room, or the single empty block of a new document. Rows are added at the end only.
+/// or only the empty block of a new document. The two empty blocks have no height. Rows are only
+/// added at the end.
 class ChatLayout final : public QAbstractTextDocumentLayout
 {
     Q_OBJECT
@@ -45,54 +46,50 @@ public:
     [[nodiscard]] QSizeF documentSize() const override;
     [[nodiscard]] QRectF frameBoundingRect(QTextFrame *frame) const override;
 
-    /// Where `block` is. The block's own layout has lines afterwards, as the code of cursors
-    /// expects.
+    /// Returns the rectangle of `block`, and lays out `block.layout()`, as QTextCursor expects.
     ///
-    /// The empty block above the table claims the whole document, since Qt's search for the anchor
-    /// at a point walks the blocks until one contains the point.
+    /// Intended: the empty block above the table returns the whole document. Qt's search for the
+    /// anchor at a point walks the blocks until one contains the point.
     [[nodiscard]] QRectF blockBoundingRect(const QTextBlock &block) const override;
 
-    /// To be called before rows are added, and `endRows` after that.
+    /// Must be called before rows are added, and `endRows` afterwards.
     ///
-    /// Each time a change of a document ends, Qt looks through all pieces of the document. In a
-    /// long conversation the change is therefore kept open for two seconds, and the rows of that
-    /// time become part of it. They are laid out and announced by `endRows` at once; it is only the
-    /// document's own signals that wait for the end of the change.
+    /// Qt scans all fragments when an edit block ends. Long conversations therefore keep one edit
+    /// block open for two seconds. `endRows` lays out the new rows and emits `rowsAdded` at once;
+    /// only the document's own signals are deferred.
     void beginRows();
     void endRows();
 
-    /// Lays out new rows, and those that a new width changes, at once as far as they fill `height`
-    /// pixels at the end of the document. With 0, as for a document that nobody sees, they are
-    /// estimated only.
-    void setShownHeight(int height);
+    /// Sets the height of the viewport, or 0 while the document is not visible. New rows, and all
+    /// rows after a change of the width, are laid out at once if they are within that height of the
+    /// document's end; the others are only estimated.
+    void setVisibleHeight(int height);
 
-    /// Lays out the rows between two heights of the document. Returns true if a row's height
-    /// changed.
+    /// Lays out the estimated rows between two y coordinates. Returns true if a height changed.
     bool measure(int top, int bottom);
 
     /// Lays out estimated rows, the newest first, until none is left or `deadline` has expired.
-    void measureSome(QDeadlineTimer deadline);
+    void measureEstimatedRows(QDeadlineTimer deadline);
 
-    /// True as long as some row's height is only estimated.
+    /// Returns true if the height of any row is only estimated.
     [[nodiscard]] bool hasEstimates() const { return estimates > 0; }
 
     [[nodiscard]] int rowCount() const { return heights.count(); }
 
-    /// The row at a height of the document; the first or the last one if `y` is outside of all.
+    /// Returns the row at `y`; the first or the last row if `y` is above or below all rows.
     [[nodiscard]] int rowAt(int y) const;
 
-    /// Height of the document at which `row` starts or, for `rowCount()`, the last row ends.
+    /// Returns the y coordinate of the top of `row` or, for `rowCount()`, of the last row's bottom.
     [[nodiscard]] int rowTop(int row) const { return margin() + heights.top(row); }
 
-    /// 0 without a table.
+    /// Returns 0 without a table.
     [[nodiscard]] int columnCount() const { return columns.count(); }
 
-    /// The block of a cell.
     [[nodiscard]] QTextBlock cellBlock(int row, int column) const;
 
 signals:
-    /// Emitted when `count` rows from `first` on have been added with their text, even if the edit
-    /// block of their change is still open.
+    /// Emitted when `count` rows from `first` on have been added with their text, even while their
+    /// edit block is still open.
     void rowsAdded(int first, int count);
 
 protected:
@@ -109,13 +106,15 @@ private:
     };
     using Cells = std::vector<Cell>;
 
-    // What is known of a row apart from its height. The last cell holds the text and is the only
-    // one whose width depends on the view's.
+    // Measures of a row besides its height. Only the last cell, the text, has a width that depends
+    // on the view's.
     struct Row
     {
         TextExtent text;
+        // Height of the other cells: time and nick.
         int sideHeight = 0;
-        bool isSideSure = false;
+        bool isSideReliable = false;
+        // The row's height is not estimated.
         bool isExact = false;
     };
 
@@ -124,59 +123,58 @@ private:
     [[nodiscard]] int contentWidth() const { return std::max(pageWidth - 2 * margin(), 0); }
     [[nodiscard]] Row &rowData(int row) { return rows[static_cast<std::size_t>(row)]; }
     [[nodiscard]] int rowOf(const QTextBlock &block) const;
-    // Where the text of a cell starts within the document.
+    // Document coordinates of the start of a cell's text.
     [[nodiscard]] QPointF textOrigin(int row, int column) const;
 
-    void startOver();
-    void takeSettings();
+    void reset();
+    void updateSettings();
     void reflow();
     [[nodiscard]] int rowsInDocument() const;
     void addRows(int count);
-    void measureEnd(int first);
-    void forget(QTextBlock block, int end);
+    void layOutVisibleEnd(int first);
+    void invalidateRows(QTextBlock block, int end);
     void estimate(int row);
     [[nodiscard]] int estimatedHeight(const Row &row) const;
     [[nodiscard]] bool fits(const Row &row) const;
     void setHeight(int row, int height, bool isExact);
 
-    // The cells from `firstColumn` on. `take` keeps what is known of the cells that are not there.
+    // Lays out the cells from `firstColumn` on.
     [[nodiscard]] Cells layOut(int row, int firstColumn) const;
-    void take(int row, const Cells &cells);
+    void storeMeasures(int row, const Cells &cells);
     const Cells &cellsOf(int row);
     bool measureRows(qreal top, qreal bottom);
-    void announceSize();
+    void emitSizeChange();
 
     void drawFirstBlock(QPainter &painter, const PaintContext &context,
                         const CellSelections &selections) const;
     void drawRow(QPainter &painter, const PaintContext &context, const CellSelections &selections,
                  int row);
     [[nodiscard]] int hitTable(const QPointF &point, Qt::HitTestAccuracy accuracy) const;
-    const QTextLayout &lentLayout(const QTextBlock &block, int room) const;
-    void clearLentLayouts();
+    const QTextLayout &ownLayout(const QTextBlock &block, int width) const;
+    void clearOwnLayouts();
 
     QPointer<QTextTable> table;
     TableColumns columns;
-    // A character was found that needs a wider column.
+    // A character needs a wider column.
     bool areColumnsStale = false;
     RowHeights heights;
     std::vector<Row> rows;
     int estimates = 0;
-    // No row above this one is known to be estimated.
-    int newestEstimate = -1;
-    int shownHeight = 0;
+    // No later row is estimated.
+    int lastEstimate = -1;
+    int visibleHeight = 0;
     QCache<int, Cells> cache;
     TextEstimator estimator;
-    // Numbers of the blocks whose own layouts were given lines.
-    mutable QSet<int> lentLayouts;
+    // Numbers of the blocks whose own layouts have lines.
+    mutable QSet<int> ownLayouts;
 
-    // Starts where its first row does.
-    OpenChange openChange;
+    DeferredEditBlock editBlock;
 
-    // What the current layout was made for.
+    // The document's settings for which the rows are laid out.
     int pageWidth = 0;
     QFont font;
     QTextOption option;
-    QSizeF announcedSize;
-    // Runs after a paint that found something else than was known.
+    QSizeF emittedSize;
+    // Started by a paint that changed heights or columns.
     QBasicTimer repairTimer;
 };

@@ -2,16 +2,16 @@
 
 #include "ChatAccessibility.h"
 #include "ChatLayout.h"
-#include "ChatScrollBar.h"
-#include "ChatTable.h"
 
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPixmapCache>
 #include <QScopedValueRollback>
+#include <QScrollBar>
 #include <QStyle>
 #include <QStyleOptionFrame>
+#include <QStyleOptionSlider>
 #include <QTextBlock>
 #include <QTimerEvent>
 
@@ -22,18 +22,53 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// One slice of idle work: short enough that no key press or frame waits for it.
+// Duration of one slice of idle work, short enough not to delay keys and frames.
 constexpr int SliceMilliseconds = 4;
 
-bool isOpaque(const QImage &picture)
+// A scroll bar that repaints only when its handle has moved or changed by a pixel.
+//
+// Each new line changes the range and the value, but in a long conversation the handle stays where
+// it is, and painting it would take longer than painting the line.
+class ChatScrollBar final : public QScrollBar
 {
-    for (int y = 0; y < picture.height(); ++y) {
-        const QRgb *line = reinterpret_cast<const QRgb *>(picture.constScanLine(y));
-        if (!std::all_of(line, line + picture.width(),
+public:
+    using QScrollBar::QScrollBar;
+
+protected:
+    void paintEvent(QPaintEvent *event) override
+    {
+        paintedHandle = handle();
+        QScrollBar::paintEvent(event);
+    }
+
+    void sliderChange(SliderChange change) override
+    {
+        const bool mayMoveHandle = change == SliderRangeChange || change == SliderValueChange;
+        if (!mayMoveHandle || handle() != paintedHandle)
+            QScrollBar::sliderChange(change);
+    }
+
+private:
+    [[nodiscard]] QRect handle() const
+    {
+        QStyleOptionSlider option;
+        initStyleOption(&option);
+        return style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider,
+                                       this);
+    }
+
+    QRect paintedHandle;
+};
+
+bool isOpaque(const QImage &image)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        const QRgb *line = reinterpret_cast<const QRgb *>(image.constScanLine(y));
+        if (!std::all_of(line, line + image.width(),
                          [](QRgb pixel) { return qAlpha(pixel) == 255; }))
             return false;
     }
-    return !picture.isNull();
+    return !image.isNull();
 }
 
 bool isLink(const QTextCursor &cursor)
@@ -45,8 +80,8 @@ bool isLink(const QTextCursor &cursor)
     return first.charFormat().isAnchor();
 }
 
-// What decides how a view's background looks, but for changes of styles.
-struct Look
+// What a view's background depends on, except for the style.
+struct BackgroundKey
 {
     const QWidget *window = nullptr;
     QSize size;
@@ -54,21 +89,21 @@ struct Look
     qreal pixelRatio = 0;
     QString sheet;
 
-    bool operator==(const Look &) const = default;
+    bool operator==(const BackgroundKey &) const = default;
 };
 
-// The background painted last, which the next view of the same look shares: to paint it at each
-// change of tabs would take longer than the rest.
-struct SharedGround
+// The last rendered background, shared by all views with the same key. Rendering it at each change
+// of tabs would take longer than everything else that the change does.
+struct BackgroundCache
 {
-    Look look;
+    BackgroundKey key;
     QPixmapCache::Key pixmap;
 };
 
-SharedGround &sharedGround()
+BackgroundCache &backgroundCache()
 {
-    static SharedGround shared;
-    return shared;
+    static BackgroundCache cache;
+    return cache;
 }
 
 } // namespace
@@ -77,20 +112,20 @@ ChatView::ChatView(QWidget *parent)
     : QTextBrowser(parent)
     , layout(new ChatLayout(document()))
 {
-    // The view has set its paint device on the layout that is replaced here.
+    // QTextEdit set the paint device on the default layout, which is replaced here.
     layout->setPaintDevice(viewport());
     document()->setDocumentLayout(layout);
     setVerticalScrollBar(new ChatScrollBar(Qt::Vertical, this));
     connect(verticalScrollBar(), &QAbstractSlider::actionTriggered, this,
             [this] { returnsToEnd = false; });
-    connect(layout, &ChatLayout::documentSizeChanged, this, &ChatView::measureLater);
+    connect(layout, &ChatLayout::documentSizeChanged, this, &ChatView::measureWhenIdle);
     accessibility = new ChatAccessibility(*this);
 }
 
 bool ChatView::focusNextPrevChild(bool next)
 {
     const bool isInside = focusLink(next);
-    // Qt emits no signal when the focus moves to a link.
+    // Qt emits no signal when a link gets the focus.
     accessibility->reportFocus();
     return isInside;
 }
@@ -100,13 +135,14 @@ bool ChatView::isBeingRead() const
     return accessibility->isReading();
 }
 
-ChatView::Edge ChatView::steadyEdge() const
+// The edge at which the text must not move when heights change.
+ChatView::Edge ChatView::fixedEdge() const
 {
     const int bottom = verticalScrollBar()->value() + viewport()->height();
     return bottom >= layout->rowTop(layout->rowCount()) ? Edge::Bottom : Edge::Top;
 }
 
-ChatView::Place ChatView::place(Edge edge) const
+ChatView::ScrollPosition ChatView::scrollPosition(Edge edge) const
 {
     const int top = verticalScrollBar()->value();
     if (layout->rowCount() == 0)
@@ -120,53 +156,55 @@ ChatView::Place ChatView::place(Edge edge) const
     return {.edge = edge, .row = row, .offset = layout->rowTop(row + 1) - bottom};
 }
 
-int ChatView::scrollValue(const Place &place) const
+int ChatView::scrollValue(const ScrollPosition &position) const
 {
     if (layout->rowCount() == 0)
         return verticalScrollBar()->value();
-    const int height = layout->rowTop(place.row + 1) - layout->rowTop(place.row);
-    const int offset = std::min(place.offset, height);
-    return place.edge == Edge::Top ? layout->rowTop(place.row) + offset
-                                   : layout->rowTop(place.row + 1) - offset - viewport()->height();
+    const int top = layout->rowTop(position.row);
+    const int bottom = layout->rowTop(position.row + 1);
+    const int offset = std::min(position.offset, bottom - top);
+    return position.edge == Edge::Top ? top + offset : bottom - offset - viewport()->height();
 }
 
-// Does `work`, which changes heights, and leaves the text at `edge` where it is.
-void ChatView::keepPlace(Edge edge, const std::function<void()> &work)
+// Calls `changeHeights` and leaves the text at `edge` where it is.
+void ChatView::keepScrollPosition(Edge edge, const std::function<void()> &changeHeights)
 {
-    const Place steady = place(edge);
+    const ScrollPosition position = scrollPosition(edge);
     const QScopedValueRollback<bool> adjusting(isAdjusting, true);
-    work();
-    const int value = scrollValue(steady);
+    changeHeights();
+    const int value = scrollValue(position);
     verticalScrollBar()->setValue(value);
-    // The conversation has become too short for it.
+    // The conversation has become too short to keep the position.
     if (verticalScrollBar()->value() != value)
         viewport()->update();
 }
 
-bool ChatView::settle(Edge edge)
+// Lays out the visible rows and leaves the text at `edge` where it is. Returns true if a height or
+// the scroll bar's value changed.
+bool ChatView::measureVisibleRows(Edge edge)
 {
     if (isAdjusting || layout->rowCount() == 0)
         return false;
     const QScopedValueRollback<bool> adjusting(isAdjusting, true);
-    const Place steady = place(edge);
+    const ScrollPosition position = scrollPosition(edge);
     const int before = verticalScrollBar()->value();
     bool isChanged = false;
-    // Rows that turn out smaller let further ones into sight.
+    // Rows that turn out lower than estimated make further rows visible.
     for (;;) {
         const int top = verticalScrollBar()->value();
         const int height = viewport()->height();
-        layout->setShownHeight(height);
+        layout->setVisibleHeight(height);
         if (!layout->measure(top, top + height))
             break;
         isChanged = true;
-        verticalScrollBar()->setValue(scrollValue(steady));
+        verticalScrollBar()->setValue(scrollValue(position));
     }
     if (!isVisible())
-        layout->setShownHeight(0);
+        layout->setVisibleHeight(0);
     return isChanged || verticalScrollBar()->value() != before;
 }
 
-void ChatView::measureLater()
+void ChatView::measureWhenIdle()
 {
     if (isVisible() && layout->hasEstimates() && !idleTimer.isActive())
         idleTimer.start(0, this);
@@ -179,19 +217,19 @@ void ChatView::timerEvent(QTimerEvent *event)
         return;
     }
     const QDeadlineTimer deadline(SliceMilliseconds);
-    const Edge edge = steadyEdge();
-    if (settle(edge))
+    const Edge edge = fixedEdge();
+    if (measureVisibleRows(edge))
         viewport()->update();
-    keepPlace(edge, [this, deadline] { layout->measureSome(deadline); });
+    keepScrollPosition(edge, [this, deadline] { layout->measureEstimatedRows(deadline); });
     if (!layout->hasEstimates())
         idleTimer.stop();
 }
 
 void ChatView::resizeEvent(QResizeEvent *event)
 {
-    const Edge edge = steadyEdge();
-    keepPlace(edge, [this, event] { QTextBrowser::resizeEvent(event); });
-    coverGround();
+    const Edge edge = fixedEdge();
+    keepScrollPosition(edge, [this, event] { QTextBrowser::resizeEvent(event); });
+    updateBackground();
     if (isVisible())
         startMeasuring(edge);
     viewport()->update();
@@ -199,11 +237,11 @@ void ChatView::resizeEvent(QResizeEvent *event)
 
 void ChatView::changeEvent(QEvent *event)
 {
-    const Edge edge = steadyEdge();
-    keepPlace(edge, [this, event] { QTextBrowser::changeEvent(event); });
+    const Edge edge = fixedEdge();
+    keepScrollPosition(edge, [this, event] { QTextBrowser::changeEvent(event); });
     if (isVisible())
-        QPixmapCache::remove(sharedGround().pixmap);
-    coverGround();
+        QPixmapCache::remove(backgroundCache().pixmap);
+    updateBackground();
     if (isVisible())
         startMeasuring(edge);
 }
@@ -211,31 +249,31 @@ void ChatView::changeEvent(QEvent *event)
 void ChatView::showEvent(QShowEvent *event)
 {
     QTextBrowser::showEvent(event);
-    coverGround();
-    startMeasuring(steadyEdge());
+    updateBackground();
+    startMeasuring(fixedEdge());
 }
 
 void ChatView::hideEvent(QHideEvent *event)
 {
     QTextBrowser::hideEvent(event);
     idleTimer.stop();
-    layout->setShownHeight(0);
-    ground = QPixmap();
+    layout->setVisibleHeight(0);
+    background = QPixmap();
 }
 
 void ChatView::startMeasuring(Edge edge)
 {
-    // Also for a view without a row, whose first ones may come soon.
-    layout->setShownHeight(viewport()->height());
-    settle(edge);
-    measureLater();
+    // Set even without rows: the first ones may be added soon.
+    layout->setVisibleHeight(viewport()->height());
+    measureVisibleRows(edge);
+    measureWhenIdle();
 }
 
 void ChatView::paintEvent(QPaintEvent *event)
 {
-    if (settle(steadyEdge()))
+    if (measureVisibleRows(fixedEdge()))
         viewport()->update();
-    paintGround(event->region());
+    paintBackground(event->region());
     QTextBrowser::paintEvent(event);
 }
 
@@ -244,68 +282,70 @@ QBrush ChatView::backgroundBrush() const
     return viewport()->palette().brush(viewport()->backgroundRole());
 }
 
-// A view with a style sheet would let Qt paint what lies behind it, and so paint everything at each
-// scroll. This view paints it by itself. If one colour is all there is, and style sheets leave it
-// in the palette, then Qt moves what is on the screen and asks for the new line only. A picture
-// stays where it is, and is stretched to its size once and not at each scroll. Only where something
-// behind the view shines through is it left to Qt.
-void ChatView::coverGround()
+// Makes the viewport opaque where possible and paints its background here.
+//
+// Otherwise, with a style sheet, Qt repaints the whole view at each scroll. A plain colour, which
+// style sheets leave in the palette, lets Qt scroll the pixels and repaint only the new line. An
+// image does not scroll with the text; it is scaled once and not at each scroll. A translucent
+// background is left to Qt.
+void ChatView::updateBackground()
 {
-    ground = isVisible() && !hasPlainGround() ? foundOrPaintedGround() : QPixmap();
-    viewport()->setAttribute(Qt::WA_OpaquePaintEvent, hasPlainGround() || !ground.isNull());
+    background = isVisible() && !hasPlainBackground() ? cachedBackground() : QPixmap();
+    viewport()->setAttribute(Qt::WA_OpaquePaintEvent, hasPlainBackground() || !background.isNull());
 }
 
-bool ChatView::hasPlainGround() const
+bool ChatView::hasPlainBackground() const
 {
     const QBrush brush = backgroundBrush();
     return brush.style() == Qt::SolidPattern && brush.isOpaque();
 }
 
-QPixmap ChatView::foundOrPaintedGround() const
+QPixmap ChatView::cachedBackground() const
 {
-    const Look look{.window = window(),
-                    .size = size(),
-                    .viewport = viewport()->geometry(),
-                    .pixelRatio = devicePixelRatioF(),
-                    .sheet = styleSheet()};
-    SharedGround &shared = sharedGround();
+    const BackgroundKey key{.window = window(),
+                            .size = size(),
+                            .viewport = viewport()->geometry(),
+                            .pixelRatio = devicePixelRatioF(),
+                            .sheet = styleSheet()};
+    BackgroundCache &cache = backgroundCache();
     QPixmap pixmap;
-    if (look == shared.look && QPixmapCache::find(shared.pixmap, &pixmap))
+    if (key == cache.key && QPixmapCache::find(cache.pixmap, &pixmap))
         return pixmap;
-    QPixmapCache::remove(shared.pixmap);
-    pixmap = paintedGround();
-    shared = {.look = look, .pixmap = QPixmapCache::insert(pixmap)};
+    QPixmapCache::remove(cache.pixmap);
+    pixmap = renderBackground();
+    cache = {.key = key, .pixmap = QPixmapCache::insert(pixmap)};
     return pixmap;
 }
 
-QPixmap ChatView::paintedGround() const
+// Returns a null pixmap if the background is not opaque.
+QPixmap ChatView::renderBackground() const
 {
-    QImage picture(viewport()->size() * devicePixelRatioF(), QImage::Format_ARGB32_Premultiplied);
-    picture.setDevicePixelRatio(devicePixelRatioF());
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
+    QImage image(viewport()->size() * devicePixelRatioF(), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(devicePixelRatioF());
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
     painter.translate(-viewport()->pos());
     QStyleOptionFrame option;
     initStyleOption(&option);
     style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
     painter.end();
     // Pixels of an opaque format are copied and not blended.
-    if (!isOpaque(picture) || !picture.reinterpretAsFormat(QImage::Format_RGB32))
+    if (!isOpaque(image) || !image.reinterpretAsFormat(QImage::Format_RGB32))
         return {};
-    return QPixmap::fromImage(std::move(picture));
+    return QPixmap::fromImage(std::move(image));
 }
 
-void ChatView::paintGround(const QRegion &region)
+void ChatView::paintBackground(const QRegion &region)
 {
     if (!viewport()->testAttribute(Qt::WA_OpaquePaintEvent))
         return;
     QPainter painter(viewport());
     painter.setClipRegion(region);
-    if (ground.isNull()) {
+    if (background.isNull()) {
         for (const QRect &rect : region)
             painter.fillRect(rect, backgroundBrush());
     } else {
-        painter.drawPixmap(0, 0, ground);
+        painter.drawPixmap(0, 0, background);
     }
 }
 
@@ -313,20 +353,20 @@ void ChatView::scrollContentsBy(int dx, int dy)
 {
     if (isAdjusting)
         return;
-    // What comes into sight at an edge may have another height than estimated; it is the edge where
-    // it comes in that has to show what was asked for.
-    if (isVisible() && settle(dy < 0 ? Edge::Bottom : Edge::Top))
+    // Rows that become visible may have another height than estimated. The edge at which they
+    // appear must show what was asked for.
+    if (isVisible() && measureVisibleRows(dy < 0 ? Edge::Bottom : Edge::Top))
         viewport()->update();
     else
         QTextBrowser::scrollContentsBy(dx, dy);
-    // A picture behind the text has been moved with it.
-    if (!ground.isNull())
+    // Qt has scrolled the image with the text.
+    if (!background.isNull())
         viewport()->update();
 }
 
 void ChatView::keyPressEvent(QKeyEvent *event)
 {
-    // A read-only QTextEdit knows Home and End without Ctrl only.
+    // A read-only QTextEdit handles Home and End only without Ctrl.
     if (event->matches(QKeySequence::MoveToStartOfDocument))
         verticalScrollBar()->triggerAction(QAbstractSlider::SliderToMinimum);
     else if (event->matches(QKeySequence::MoveToEndOfDocument))
@@ -342,8 +382,8 @@ bool ChatView::focusLink(bool next)
     const int link = lastVisibleLink();
     if (link < 0)
         return QTextEdit::focusNextPrevChild(next);
-    returnsToEnd = steadyEdge() == Edge::Bottom;
-    // Qt goes on from the end of the selection.
+    returnsToEnd = fixedEdge() == Edge::Bottom;
+    // Qt looks for the next link after the selection, so the character before `link` is selected.
     QTextCursor before = textCursor();
     before.setPosition(link - 1);
     before.setPosition(link, QTextCursor::KeepAnchor);
@@ -390,10 +430,34 @@ QMimeData *ChatView::createMimeDataFromSelection() const
 void ChatView::mouseMoveEvent(QMouseEvent *event)
 {
     const QString anchor = anchorAt(event->position().toPoint());
-    // Without a button down, the view would look through all blocks for a check box to hover; that
-    // is worth its time only when there is a link to enter or leave.
+    // Without a pressed button, QTextBrowser searches all blocks for a check box under the mouse.
+    // That is skipped unless the mouse enters or leaves a link.
     if (event->buttons() == Qt::NoButton && anchor == anchorUnderMouse)
         return;
     anchorUnderMouse = anchor;
     QTextBrowser::mouseMoveEvent(event);
+}
+
+void RowQueue::add(QTextBrowser &view, QTextTable &table, const ChatRow &row)
+{
+    Rows &rows = queued[&view];
+    rows.table = &table;
+    rows.rows.append(row);
+}
+
+void RowQueue::flush()
+{
+    const auto conversations = std::exchange(queued, {});
+    for (auto conversation = conversations.cbegin(); conversation != conversations.cend();
+         ++conversation) {
+        QTextBrowser *view = conversation.key();
+        ChatTable::appendRows(*conversation->table, conversation->rows);
+        const auto *chatView = qobject_cast<const ChatView *>(view);
+        if (chatView && chatView->isBeingRead())
+            continue;
+        QTextCursor cursor = view->textCursor();
+        cursor.movePosition(QTextCursor::End);
+        view->setTextCursor(cursor);
+        view->ensureCursorVisible();
+    }
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "ChatTable.h"
+
 #include <QBasicTimer>
+#include <QHash>
 #include <QPixmap>
 #include <QTextBrowser>
 
@@ -9,15 +12,14 @@
 class ChatAccessibility;
 class ChatLayout;
 
-/// The view of one conversation, a document that holds a table made by `ChatTable`.
+/// The view of one conversation. Its document holds a table made by `ChatTable`.
 ///
-/// The document gets a `ChatLayout`, so that long conversations stay as quick as short ones. Rows
-/// that nobody has seen yet have an estimated height; the view lays out what comes into sight
-/// before it is painted, and the rest in its idle time. The text in sight stays where it is
-/// meanwhile, and a view that shows the end of the conversation goes on showing it when its size or
-/// font changes.
+/// The view installs a `ChatLayout`, so that long conversations are as fast as short ones. Rows
+/// that were never visible have an estimated height. The view lays out rows when they become
+/// visible, and the others while the program is idle. Visible text does not move meanwhile. A view
+/// that shows the end of the conversation stays there when its size or font changes.
 ///
-/// The document is the view's own from the start and must not be replaced.
+/// The document must not be replaced.
 class ChatView final : public QTextBrowser
 {
     Q_OBJECT
@@ -26,18 +28,18 @@ class ChatView final : public QTextBrowser
 public:
     explicit ChatView(QWidget *parent = nullptr);
 
-    /// True while a user of a screen reader has the caret at a row, so that the view should not
-    /// move it to the end.
+    /// Returns true while a screen reader's user has the caret in a row. The view must not move the
+    /// caret then.
     [[nodiscard]] bool isBeingRead() const;
 
 protected:
-    /// Also of the primary selection and of drags.
+    /// Also used for the primary selection and for drags.
     [[nodiscard]] QMimeData *createMimeDataFromSelection() const override;
     void changeEvent(QEvent *event) override;
-    /// Moves the focus between links. The first one is the last that is visible, so that the view
-    /// does not scroll away from the end of the conversation.
+    /// Moves the focus between links. Starts at the last visible link, so that the view does not
+    /// scroll away from the end of the conversation.
     bool focusNextPrevChild(bool next) override;
-    /// Returns to the end of the conversation if only the links have scrolled the view from there.
+    /// Scrolls back to the end of the conversation if the view left it only to show links.
     void focusOutEvent(QFocusEvent *event) override;
     void hideEvent(QHideEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
@@ -51,42 +53,65 @@ protected:
 private:
     enum class Edge { Top, Bottom };
 
-    // Where an edge of the viewport lies within the conversation, whatever the heights of the rows.
-    struct Place
+    // The row at an edge of the viewport. Unlike the scroll bar's value, it stays valid when
+    // heights of rows change.
+    struct ScrollPosition
     {
         Edge edge = Edge::Top;
         int row = 0;
-        // From the row's top, or from its bottom up, in pixels.
+        // Pixels from the row's top edge down or, for Edge::Bottom, from its bottom edge up.
         int offset = 0;
     };
 
-    [[nodiscard]] Edge steadyEdge() const;
-    [[nodiscard]] Place place(Edge edge) const;
-    [[nodiscard]] int scrollValue(const Place &place) const;
-    void keepPlace(Edge edge, const std::function<void()> &work);
-    bool settle(Edge edge);
+    [[nodiscard]] Edge fixedEdge() const;
+    [[nodiscard]] ScrollPosition scrollPosition(Edge edge) const;
+    [[nodiscard]] int scrollValue(const ScrollPosition &position) const;
+    void keepScrollPosition(Edge edge, const std::function<void()> &changeHeights);
+    bool measureVisibleRows(Edge edge);
     void startMeasuring(Edge edge);
-    void measureLater();
+    void measureWhenIdle();
     bool focusLink(bool next);
-    // Position of the last link that is visible; -1 if there is none.
+    // Document position of the last visible link; -1 if there is none.
     [[nodiscard]] int lastVisibleLink() const;
     [[nodiscard]] QBrush backgroundBrush() const;
-    [[nodiscard]] bool hasPlainGround() const;
-    [[nodiscard]] QPixmap foundOrPaintedGround() const;
-    [[nodiscard]] QPixmap paintedGround() const;
-    void coverGround();
-    void paintGround(const QRegion &region);
+    [[nodiscard]] bool hasPlainBackground() const;
+    [[nodiscard]] QPixmap cachedBackground() const;
+    [[nodiscard]] QPixmap renderBackground() const;
+    void updateBackground();
+    void paintBackground(const QRegion &region);
 
     ChatLayout *layout = nullptr;
     ChatAccessibility *accessibility = nullptr;
     QBasicTimer idleTimer;
     QString anchorUnderMouse;
-    // What lies behind the text, of the viewport's size, where it is more than one colour; else
-    // null.
-    QPixmap ground;
-    // The scroll bar follows heights that have changed: the picture stays as it is.
+    // The viewport's background, in its size. Null for a plain colour and if it is not opaque.
+    QPixmap background;
+    // The scroll bar follows changed heights; nothing on the screen may move.
     bool isAdjusting = false;
-    // The view showed the end of the conversation when the focus went to the first link, and the
-    // user has not scrolled since.
+    // The view showed the end of the conversation when the first link got the focus, and the user
+    // has not scrolled since.
     bool returnsToEnd = false;
+};
+
+/// Rows to append to their conversations when a read of the socket ends.
+///
+/// The rows of one conversation are appended in their order and in one edit block, since each edit
+/// block takes time. The queue owns nothing: views and tables must outlive their queued rows.
+class RowQueue final
+{
+public:
+    /// Queues `row` for `table`, which `view` shows.
+    void add(QTextBrowser &view, QTextTable &table, const ChatRow &row);
+
+    /// Appends all queued rows. Scrolls each view that gets rows to its end, even if the user has
+    /// scrolled back, but not a view that is being read with a screen reader.
+    void flush();
+
+private:
+    struct Rows
+    {
+        QTextTable *table = nullptr;
+        QList<ChatRow> rows;
+    };
+    QHash<QTextBrowser *, Rows> queued;
 };

@@ -343,7 +343,11 @@ void MainWindow::loadPreferences()
     logEnabled = settings.value(u"logEnabled"_s, false).toBool();
     logPath = settings.value(u"logPath"_s, QString()).toString();
     chatBgImage = settings.value(u"chatBgImage"_s, QString()).toString();
-    chatBgColor = ChatBackground::loadColor(settings);
+    const QString storedColor = settings.value(u"chatBgColor"_s, QString()).toString();
+    chatBgColor = ChatBackground::colorFromStore(storedColor);
+    // A colour that is refused is also removed from the store.
+    if (!storedColor.isEmpty() && !chatBgColor.isValid())
+        settings.setValue(u"chatBgColor"_s, QString());
     autoReconnect = settings.value(u"autoReconnect"_s, true).toBool();
     reconnectDelay = settings.value(u"reconnectDelay"_s, 10).toInt();
     reconnectAttempts = settings.value(u"reconnectAttempts"_s, 0).toInt();

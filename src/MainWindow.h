@@ -1,7 +1,7 @@
 #pragma once
 
+#include "ChatView.h"
 #include "NickCompletion.h"
-#include "RowQueue.h"
 #include "WhoisReply.h"
 
 #include <QColor>

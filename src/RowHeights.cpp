@@ -7,10 +7,10 @@
 
 namespace {
 
-// What a scroll bar can take, with room for the margins.
+// The range of a scroll bar, with space for the margins.
 constexpr std::int64_t Highest = std::numeric_limits<int>::max() / 2;
 
-// Number of rows that the sum at `index`, counted from 1, covers.
+// Number of rows in the sum at the 1-based `index`.
 std::size_t span(std::size_t index)
 {
     return std::size_t{1} << std::countr_zero(index);
@@ -38,7 +38,7 @@ int RowHeights::rowAbove(double y) const
             rest -= static_cast<double>(sums[row - 1]);
         }
     }
-    // Below the last row there is only the last row.
+
     return static_cast<int>(row < heights.size() ? row : heights.size() - 1);
 }
 

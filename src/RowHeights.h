@@ -3,39 +3,39 @@
 #include <cstdint>
 #include <vector>
 
-/// Heights of the rows of a growing table, in whole pixels, kept so that the height above a row and
-/// the row at a height are found in logarithmic time (a Fenwick tree).
+/// Heights of the rows of a growing table, in whole pixels.
 ///
-/// A `row` is at least 0 and below `count()`, which is not checked.
+/// A Fenwick tree finds the top of a row and the row at a position in logarithmic time. A `row`
+/// must be at least 0 and below `count()`, which is not checked.
 class RowHeights final
 {
 public:
     [[nodiscard]] int count() const { return static_cast<int>(heights.size()); }
 
-    /// Height of all rows together.
     [[nodiscard]] int total() const { return top(count()); }
 
     [[nodiscard]] int height(int row) const { return heights[static_cast<std::size_t>(row)]; }
 
-    /// Height of all rows above `row`, which may be `count()`; half of the largest `int` if they
-    /// are higher than that.
+    /// Returns the height of all rows above `row`, which may be `count()`. At most half of the
+    /// largest `int`.
     [[nodiscard]] int top(int row) const;
 
-    /// The last row whose top lies above `y`, so that a row's very first pixel still belongs to the
-    /// row before it; 0 if there is none.
+    /// Returns the last row whose top is above `y`, or 0 if there is none. A row's first pixel thus
+    /// belongs to the row before it, like in Qt's layout.
     [[nodiscard]] int rowAbove(double y) const;
 
-    /// Adds a row below the last one, in logarithmic time.
+    /// Appends a row, in logarithmic time.
     void append(int height);
 
     /// Changes the height of one row, in logarithmic time.
     void set(int row, int height);
 
-    /// Takes `newHeights` for all rows at once, in linear time.
+    /// Replaces all rows, in linear time.
     void assign(std::vector<int> newHeights);
 
 private:
     std::vector<int> heights;
-    // sums[i] is the height of the rows from i + 1 - (the lowest set bit of i + 1) to i.
+    // The Fenwick tree: sums[i] is the height of the rows from i + 1 - (lowest set bit of i + 1) to
+    // i.
     std::vector<std::int64_t> sums;
 };

@@ -27,7 +27,7 @@ int TableColumns::columnLeftOf(qreal x) const
     return column;
 }
 
-int TableColumns::room(int column, int border) const
+int TableColumns::textWidth(int column, int border) const
 {
     return widths[static_cast<std::size_t>(column)] - 2 * padding - border;
 }

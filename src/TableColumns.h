@@ -9,8 +9,8 @@ class QTextTableFormat;
 
 /// Columns of a conversation's table, in whole pixels from the table's left edge.
 ///
-/// All columns but the last have a fixed width and the last one takes the rest, but none is
-/// narrower than the widest character in it.
+/// The last column gets the width that the fixed widths of the others leave. No column is narrower
+/// than the widest character in it.
 class TableColumns final
 {
 public:
@@ -20,27 +20,27 @@ public:
     [[nodiscard]] int count() const { return static_cast<int>(widths.size()); }
     [[nodiscard]] int last() const { return count() - 1; }
 
-    /// Left and upper padding of a cell.
+    /// Padding at each side of a cell.
     [[nodiscard]] int cellPadding() const { return padding; }
 
-    /// Where `column` starts or, for `count()`, the table ends.
+    /// Returns the left edge of `column` or, for `count()`, the right edge of the table.
     [[nodiscard]] int start(int column) const;
 
     [[nodiscard]] int width() const { return start(count()); }
 
-    /// The last column that starts left of `x`, so that its very first pixel still belongs to the
-    /// column before it; 0 if there is none.
+    /// Returns the last column that starts left of `x`, or 0 if there is none. A column's first
+    /// pixel thus belongs to the column before it, like in Qt's layout.
     [[nodiscard]] int columnLeftOf(qreal x) const;
 
-    /// Width for the text of a cell that has a border of `border` pixels.
-    [[nodiscard]] int room(int column, int border = 0) const;
+    /// Returns the width of the text in a cell with a border of `border` pixels.
+    [[nodiscard]] int textWidth(int column, int border = 0) const;
 
-    /// Takes note that a cell needs at least `needed` pixels for its text. Returns true if `column`
-    /// is narrower than that until the next `fit`.
+    /// Raises the minimum text width of `column` to `needed` pixels, from the next `fit` on.
+    /// Returns true if the column is narrower now.
     [[nodiscard]] bool require(int column, int needed, int border);
 
-    /// Fits the columns into `available` pixels. Returns true if a column other than the last one
-    /// has changed.
+    /// Fits the columns into `available` pixels. Returns true if any column except the last
+    /// changed.
     bool fit(int available);
 
 private:

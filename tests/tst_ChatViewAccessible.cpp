@@ -1,7 +1,6 @@
 #include "ChatTable.h"
 #include "ChatView.h"
 #include "ChatViewAccessible.h"
-#include "RowQueue.h"
 #include "Waiting.h"
 
 #include <QAccessible>

@@ -1,4 +1,4 @@
-#include "RowQueue.h"
+#include "ChatView.h"
 
 #include <QScrollBar>
 #include <QTest>

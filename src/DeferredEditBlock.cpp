@@ -1,4 +1,4 @@
-#include "OpenChange.h"
+#include "DeferredEditBlock.h"
 
 #include <QTextCursor>
 #include <QTextDocument>
@@ -6,23 +6,23 @@
 
 namespace {
 
-constexpr int OpenMilliseconds = 2000;
+constexpr int DurationMilliseconds = 2000;
 
 } // namespace
 
-OpenChange::OpenChange(QTextDocument &changed)
-    : document(changed)
+DeferredEditBlock::DeferredEditBlock(QTextDocument &editedDocument)
+    : document(editedDocument)
 {
 }
 
-void OpenChange::begin(int position)
+void DeferredEditBlock::begin(int position)
 {
     QTextCursor(&document).beginEditBlock();
     start = position;
-    timer.start(OpenMilliseconds, this);
+    timer.start(DurationMilliseconds, this);
 }
 
-void OpenChange::timerEvent(QTimerEvent *event)
+void DeferredEditBlock::timerEvent(QTimerEvent *event)
 {
     if (event->timerId() != timer.timerId()) {
         QObject::timerEvent(event);
