@@ -1,7 +1,7 @@
-# One interface target carries every compile flag; all of our targets link it.
+# Compile flags of all targets, which link this one.
 add_library(velmora_flags INTERFACE)
 
-# Nothing that Qt has deprecated until 6.9 is there to be used; Qt 6.4 knows the first name only.
+# Disables what Qt deprecates up to 6.9. Qt 6.4 reads the first name, later versions the second.
 target_compile_definitions(velmora_flags INTERFACE
     QT_DISABLE_DEPRECATED_BEFORE=0x060900
     QT_DISABLE_DEPRECATED_UP_TO=0x060900
@@ -14,7 +14,7 @@ target_compile_definitions(velmora_flags INTERFACE
     QT_USE_QSTRINGBUILDER
 )
 
-# The headers of Windows would otherwise make macros of min and max.
+# Windows headers would otherwise define macros min and max.
 if(WIN32)
     target_compile_definitions(velmora_flags INTERFACE NOMINMAX)
 endif()

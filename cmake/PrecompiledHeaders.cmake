@@ -1,5 +1,5 @@
-# The headers of Qt and of the standard library that most sources include: parsing them is most of the
-# time of a compilation. CMAKE_DISABLE_PRECOMPILE_HEADERS builds without them.
+# Headers that most sources include; parsing them takes most of the compile time. Set
+# CMAKE_DISABLE_PRECOMPILE_HEADERS to build without them.
 set(VELMORA_PRECOMPILED_HEADERS
     <algorithm> <functional> <memory> <optional> <utility> <vector>
     <QApplication> <QBoxLayout> <QComboBox> <QDialog> <QFile> <QLabel> <QLineEdit> <QListWidget>

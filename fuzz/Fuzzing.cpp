@@ -49,7 +49,7 @@ void demand(bool holds, const char *rule)
 {
     if (holds)
         return;
-    std::fprintf(stderr, "This does not hold: %s\n", rule);
+    std::fprintf(stderr, "Check failed: %s\n", rule);
     std::abort();
 }
 

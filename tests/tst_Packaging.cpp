@@ -24,16 +24,16 @@ QByteArray contents(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// What a command says, which is nothing where it finds no fault; "failed" leads what it says then.
-QString complaints(const QString &program, const QStringList &arguments)
+// Runs a command and returns its output, after "failed: " if it fails.
+QString outputOf(const QString &program, const QStringList &arguments)
 {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(program, arguments);
     if (!process.waitForFinished(Patience))
         return u"failed: "_s + process.errorString();
-    const QString said = QString::fromLocal8Bit(process.readAll());
-    return process.exitCode() == 0 ? said : QString(u"failed: "_s + said);
+    const QString output = QString::fromLocal8Bit(process.readAll());
+    return process.exitCode() == 0 ? output : QString(u"failed: "_s + output);
 }
 
 QStringList filesBelow(const QString &folder)
@@ -46,7 +46,7 @@ QStringList filesBelow(const QString &folder)
     return files;
 }
 
-// The text of every element of that name.
+// The texts of all elements named `name`.
 QStringList elements(const QByteArray &xml, const QString &name)
 {
     QStringList texts;
@@ -58,7 +58,7 @@ QStringList elements(const QByteArray &xml, const QString &name)
     return reader.hasError() ? QStringList(reader.errorString()) : texts;
 }
 
-// The value of a key of the desktop entry.
+// The value of `key` in a desktop entry.
 QString value(const QByteArray &entry, const QString &key)
 {
     const QRegularExpression line(u"^%1=(.*)$"_s.arg(key), QRegularExpression::MultilineOption);
@@ -78,26 +78,24 @@ class TestPackaging final : public QObject
 
 private slots:
     void initTestCase();
-    void installsWhatIsListedAndNoMore();
-    void namesEverythingByOneId();
-    void startsTheInstalledProgramFromTheMenu();
-    void hasIconsOfTheirSizes_data();
-    void hasIconsOfTheirSizes();
-    void packsTheIconForWindows();
-    void packsTheIconForMacOS();
-    void writesABundleDescriptionThatCanBeRead();
-    void tellsOneVersion_data();
-    void tellsOneVersion();
-    void writesADesktopEntryWithoutFault();
-    void writesADescriptionWithoutFault();
+    void installsListedFilesOnly();
+    void usesOneId();
+    void desktopEntryStartsInstalledProgram();
+    void iconsHaveTheirSizes_data();
+    void iconsHaveTheirSizes();
+    void containsIconForWindows();
+    void containsIconForMacOS();
+    void bundleDescriptionIsReadable();
+    void statesOneVersion_data();
+    void statesOneVersion();
+    void statesOneRelease();
+    void desktopEntryIsValid();
+    void metainfoIsValid();
 
 private:
     QString installed(const QString &path) const { return root.filePath(u"usr/"_s + path); }
     QString entryPath() const { return installed(u"share/applications/%1.desktop"_s.arg(Id)); }
-    QString descriptionPath() const
-    {
-        return installed(u"share/metainfo/%1.metainfo.xml"_s.arg(Id));
-    }
+    QString metainfoPath() const { return installed(u"share/metainfo/%1.metainfo.xml"_s.arg(Id)); }
 
     QTemporaryDir root;
 };
@@ -106,14 +104,14 @@ void TestPackaging::initTestCase()
 {
     QVERIFY(root.isValid());
     qputenv("DESTDIR", root.path().toLocal8Bit());
-    const QString said =
-            complaints(QStringLiteral(VELMORA_CMAKE),
-                       {u"--install"_s, QStringLiteral(VELMORA_BUILD), u"--prefix"_s, u"/usr"_s});
+    const QString output =
+            outputOf(QStringLiteral(VELMORA_CMAKE),
+                     {u"--install"_s, QStringLiteral(VELMORA_BUILD), u"--prefix"_s, u"/usr"_s});
     qunsetenv("DESTDIR");
-    QVERIFY2(!said.startsWith("failed"_L1), qPrintable(said));
+    QVERIFY2(!output.startsWith("failed"_L1), qPrintable(output));
 }
 
-void TestPackaging::installsWhatIsListedAndNoMore()
+void TestPackaging::installsListedFilesOnly()
 {
     QStringList expected{
             u"usr/bin/velmora"_s,
@@ -127,57 +125,58 @@ void TestPackaging::installsWhatIsListedAndNoMore()
     };
     for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512})
         expected += u"usr/share/icons/hicolor/%1x%1/apps/%2.png"_s.arg(size).arg(Id);
-    // All that the guide shows, and no other picture.
-    static const QRegularExpression picture(u"\\]\\((images/[^)]+)\\)"_s);
+    // The screenshots of the guide.
+    static const QRegularExpression screenshot(u"\\]\\((images/[^)]+)\\)"_s);
     const QString guide =
             QString::fromUtf8(contents(QStringLiteral(VELMORA_SOURCE) + u"/docs/guide.md"_s));
-    QVERIFY(picture.match(guide).hasMatch());
-    for (const QRegularExpressionMatch &match : picture.globalMatch(guide))
+    QVERIFY(screenshot.match(guide).hasMatch());
+    for (const QRegularExpressionMatch &match : screenshot.globalMatch(guide))
         expected += u"usr/share/doc/velmora/"_s + match.captured(1);
     expected.sort();
     QCOMPARE(filesBelow(root.path()), expected);
     QVERIFY(QFileInfo(installed(u"bin/velmora"_s)).isExecutable());
 }
 
-void TestPackaging::namesEverythingByOneId()
+void TestPackaging::usesOneId()
 {
     QCOMPARE(value(contents(entryPath()), u"Icon"_s), Id);
-    const QByteArray description = contents(descriptionPath());
-    QCOMPARE(elements(description, u"id"_s), QStringList(Id));
-    QCOMPARE(elements(description, u"icon"_s), QStringList(Id));
-    QCOMPARE(elements(description, u"launchable"_s), QStringList(Id + u".desktop"_s));
-    // What the program tells the desktop lies in it as UTF-16.
-    const QByteArray told(reinterpret_cast<const char *>(Id.utf16()), Id.size() * 2);
-    QVERIFY(contents(installed(u"bin/velmora"_s)).contains(told));
+    const QByteArray metainfo = contents(metainfoPath());
+    QCOMPARE(elements(metainfo, u"id"_s), QStringList(Id));
+    QCOMPARE(elements(metainfo, u"icon"_s), QStringList(Id));
+    QCOMPARE(elements(metainfo, u"launchable"_s), QStringList(Id + u".desktop"_s));
+    // A UTF-16 string literal of the program.
+    const QByteArray literal(reinterpret_cast<const char *>(Id.utf16()), Id.size() * 2);
+    QVERIFY(contents(installed(u"bin/velmora"_s)).contains(literal));
 }
 
-void TestPackaging::startsTheInstalledProgramFromTheMenu()
+void TestPackaging::desktopEntryStartsInstalledProgram()
 {
     const QByteArray entry = contents(entryPath());
     QVERIFY(QFile::exists(installed(u"bin/"_s + value(entry, u"Exec"_s))));
     QCOMPARE(value(entry, u"Categories"_s), u"Network;Chat;IRCClient;Qt;"_s);
-    // Windows under X bear the file's name as their class.
+    // Under X11, Qt sets the window class to the name of the executable.
     QCOMPARE(value(entry, u"StartupWMClass"_s), value(entry, u"Exec"_s));
 }
 
-void TestPackaging::hasIconsOfTheirSizes_data()
+void TestPackaging::iconsHaveTheirSizes_data()
 {
     QTest::addColumn<int>("size");
     for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512})
         QTest::addRow("%d", size) << size;
 }
 
-void TestPackaging::hasIconsOfTheirSizes()
+void TestPackaging::iconsHaveTheirSizes()
 {
     QFETCH(const int, size);
     const QImage icon(installed(u"share/icons/hicolor/%1x%1/apps/%2.png"_s.arg(size).arg(Id)));
     QCOMPARE(icon.size(), QSize(size, size));
     QVERIFY(icon.hasAlphaChannel());
-    QCOMPARE(qAlpha(icon.pixel(0, 0)), 0); // A speech bubble leaves the corners free.
+    // The icon is a speech bubble; its corners are transparent.
+    QCOMPARE(qAlpha(icon.pixel(0, 0)), 0);
     QCOMPARE(qAlpha(icon.pixel(size / 2, size / 4)), 255);
 }
 
-void TestPackaging::packsTheIconForWindows()
+void TestPackaging::containsIconForWindows()
 {
     QImageReader reader(Source + u"/packaging/icons/velmora.ico"_s);
     QList<int> sizes;
@@ -190,13 +189,13 @@ void TestPackaging::packsTheIconForWindows()
     QCOMPARE(sizes, QList<int>({16, 24, 32, 48, 64, 256}));
 }
 
-void TestPackaging::packsTheIconForMacOS()
+void TestPackaging::containsIconForMacOS()
 {
     const QByteArray icns = contents(Source + u"/packaging/icons/velmora.icns"_s);
     QVERIFY(icns.startsWith("icns"));
     QCOMPARE(bigEndian(icns, 4), quint32(icns.size()));
 
-    // Each picture stands behind four letters for its kind and the length of both.
+    // Each image is preceded by its type, four letters, and the length of the whole entry.
     QMap<QByteArray, int> sizes;
     for (qsizetype at = 8; at < icns.size();) {
         const qsizetype length = bigEndian(icns, at + 4);
@@ -211,7 +210,7 @@ void TestPackaging::packsTheIconForMacOS()
     QCOMPARE(sizes, expected);
 }
 
-void TestPackaging::writesABundleDescriptionThatCanBeRead()
+void TestPackaging::bundleDescriptionIsReadable()
 {
     const QByteArray list = contents(Source + u"/packaging/macos/Info.plist.in"_s);
     const QStringList keys = elements(list, u"key"_s);
@@ -224,20 +223,18 @@ void TestPackaging::writesABundleDescriptionThatCanBeRead()
     QVERIFY(elements(list, u"string"_s).contains(u"${PROJECT_VERSION}"_s));
 }
 
-void TestPackaging::tellsOneVersion_data()
+void TestPackaging::statesOneVersion_data()
 {
     QTest::addColumn<QString>("file");
     QTest::addColumn<QString>("before");
-    QTest::newRow("manual") << u"packaging/velmora.1"_s << u"\"Velmora "_s;
-    QTest::newRow("description") << u"packaging/%1.metainfo.xml"_s.arg(Id)
-                                 << u"<release version=\""_s;
-    QTest::newRow("package") << u"packaging/debian/changelog"_s << u"velmora ("_s;
-    QTest::newRow("changes") << u"CHANGELOG.md"_s << u"\n## "_s;
-    QTest::newRow("window") << u"src/InfoDialogs.cpp"_s << u"tr(\"Version "_s;
+    QTest::newRow("man page") << u"packaging/velmora.1"_s << u"\"Velmora "_s;
+    QTest::newRow("Debian changelog") << u"packaging/debian/changelog"_s << u"velmora ("_s;
+    QTest::newRow("changelog") << u"CHANGELOG.md"_s << u"\n## "_s;
+    QTest::newRow("About window") << u"src/InfoDialogs.cpp"_s << u"tr(\"Version "_s;
 }
 
-// The latest stands first wherever there are several.
-void TestPackaging::tellsOneVersion()
+// Changelogs list the latest version first.
+void TestPackaging::statesOneVersion()
 {
     QFETCH(const QString, file);
     QFETCH(const QString, before);
@@ -246,23 +243,40 @@ void TestPackaging::tellsOneVersion()
     QCOMPARE(version.match(text).captured(1), Version);
 }
 
-void TestPackaging::writesADesktopEntryWithoutFault()
+// An unreleased version has no release in the metainfo; a release has one date everywhere.
+void TestPackaging::statesOneRelease()
+{
+    const auto captured = [](const QString &file, const QString &pattern) {
+        const QRegularExpression expression(pattern, QRegularExpression::MultilineOption);
+        return expression.match(QString::fromUtf8(contents(Source + u'/' + file))).captured(1);
+    };
+    const QString state = captured(u"CHANGELOG.md"_s, u"^## [0-9.]+ \\(([^)]+)\\)$"_s);
+    const bool isReleased = state != u"unreleased"_s;
+    QCOMPARE(QDate::fromString(state, Qt::ISODate).isValid(), isReleased);
+    const QString release = captured(u"packaging/%1.metainfo.xml"_s.arg(Id),
+                                     u"<release version=\"([0-9.]+\" date=\"[^\"]+)"_s);
+    QCOMPARE(release, isReleased ? QString(Version + u"\" date=\""_s + state) : QString());
+    QCOMPARE(captured(u"packaging/debian/changelog"_s, u"^velmora \\([^)]+\\) ([^;]+);"_s),
+             isReleased ? u"unstable"_s : u"UNRELEASED"_s);
+}
+
+void TestPackaging::desktopEntryIsValid()
 {
     const QString program = QStandardPaths::findExecutable(u"desktop-file-validate"_s);
     QVERIFY2(!program.isEmpty(), "desktop-file-utils is not installed");
-    QCOMPARE(complaints(program, {entryPath()}), QString());
+    QCOMPARE(outputOf(program, {entryPath()}), QString());
 }
 
-void TestPackaging::writesADescriptionWithoutFault()
+void TestPackaging::metainfoIsValid()
 {
     const QString program = QStandardPaths::findExecutable(u"appstreamcli"_s);
     QVERIFY2(!program.isEmpty(), "appstream is not installed");
-    const QString said = complaints(program, {u"validate"_s, u"--no-net"_s, descriptionPath()});
-    QVERIFY2(!said.startsWith("failed"_L1), qPrintable(said));
-    // Nobody but an example may end in ".example", which the validator therefore does not know.
-    const QRegularExpression fault(u"^[EWI]: (?!.*cid-maybe-not-rdns)"_s,
-                                   QRegularExpression::MultilineOption);
-    QVERIFY2(!said.contains(fault), qPrintable(said));
+    const QString output = outputOf(program, {u"validate"_s, u"--no-net"_s, metainfoPath()});
+    QVERIFY2(!output.startsWith("failed"_L1), qPrintable(output));
+    // The validator does not know the top-level domain ".example".
+    const QRegularExpression problem(u"^[EWI]: (?!.*cid-maybe-not-rdns)"_s,
+                                     QRegularExpression::MultilineOption);
+    QVERIFY2(!output.contains(problem), qPrintable(output));
 }
 
 QTEST_GUILESS_MAIN(TestPackaging)

@@ -1,5 +1,5 @@
-# Turns an installed tree into one that Debian's policy asks for, right before it is packed: manual
-# and changelogs compressed without a time in them, and the license in the file named copyright.
+# Applies Debian's policy to the installed tree before it is packed: man page and changelogs are
+# compressed without a time stamp, and the file "copyright" contains the license.
 if(NOT CPACK_GENERATOR STREQUAL "DEB")
     return()
 endif()
