@@ -118,7 +118,7 @@ public:
         return program.launch(QStringLiteral(VELMORA_PROGRAM))
                && QTest::qWaitFor(
                        [this] { return screen->activeTitle() == u"Connect to IRC Server"_s; },
-                       Patience)
+                       WaitTimeout)
                && screen->press(u"Return"_s) && join();
     }
 
@@ -161,7 +161,7 @@ public:
                 cost = {.processor = now - before, .wall = double(clock.elapsed())};
                 known = now;
             }
-            if (clock.elapsed() > Patience)
+            if (clock.elapsed() > WaitTimeout)
                 break;
         }
         return cost;
@@ -372,7 +372,7 @@ double firstFrame(VirtualScreen *screen, const QString &kind)
         environment.insert(u"XDG_CONFIG_HOME"_s, store.configHome());
         program.setProcessEnvironment(environment);
         if (!program.launch(QCoreApplication::applicationFilePath(), {u"--first-frame"_s, kind})
-            || !program.waitForFinished(Patience))
+            || !program.waitForFinished(WaitTimeout))
             return 0;
         times.push_back(program.readAllStandardOutput().trimmed().toDouble());
     }

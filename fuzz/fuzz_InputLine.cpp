@@ -88,9 +88,9 @@ void Session::take(const QString &line)
 
 void Session::check() const
 {
-    const QString difference = SessionInvariants::difference(probe, model);
+    const QString difference = SessionInvariants::findDifference(probe, model);
     Fuzzing::demand(difference.isEmpty(), qPrintable(difference));
-    const QString broken = SessionInvariants::broken(probe);
+    const QString broken = SessionInvariants::findViolation(probe);
     Fuzzing::demand(broken.isEmpty(), qPrintable(broken));
 }
 

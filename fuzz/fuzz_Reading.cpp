@@ -59,7 +59,7 @@ void Session::feed(const QByteArray &bytes)
         return;
     hasTriedNicks = hasTriedNicks || bytes.contains("433");
     server.sendBytes(bytes);
-    Fuzzing::demand(socket->waitForReadyRead(Patience), "each read arrives");
+    Fuzzing::demand(socket->waitForReadyRead(WaitTimeout), "each read arrives");
 }
 
 QStringList Session::tell(const QByteArrayList &reads)

@@ -155,7 +155,7 @@ bool activate(QWidget &window)
 {
     window.show();
     window.activateWindow();
-    return QTest::qWaitForWindowActive(&window, Patience);
+    return QTest::qWaitForWindowActive(&window, WaitTimeout);
 }
 
 } // namespace
@@ -295,7 +295,7 @@ void TestAccessibility::tellsOfATopic()
     session.probe.showTab(u"#c"_s);
     QLabel *label = session.probe.tabs().value(u"#c"_s).topicLabel;
     QCOMPARE(spokenName(label), u"No topic"_s);
-    QVERIFY(session.say(u":srv 332 me #c :a <b> topic"_s));
+    QVERIFY(session.receive(u":srv 332 me #c :a <b> topic"_s));
     QCOMPARE(spokenName(label), u"a <b> topic"_s);
     QCOMPARE(label->accessibleDescription(), u"Topic"_s);
 }
@@ -305,7 +305,7 @@ void TestAccessibility::tellsOfAMarkedTab()
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     QVERIFY(session.join(u"#c"_s, u"me al"_s));
-    QVERIFY(session.say(u":al!u@h PRIVMSG me :hello"_s));
+    QVERIFY(session.receive(u":al!u@h PRIVMSG me :hello"_s));
     const auto names = [&session] {
         const QTabBar &bar = session.probe.tabBar();
         QStringList spoken;
@@ -315,7 +315,7 @@ void TestAccessibility::tellsOfAMarkedTab()
     };
     QCOMPARE(names(), (QStringList{u"Server"_s, u"#c"_s, u"al, new message"_s}));
     // The mark stays through another name.
-    QVERIFY(session.say(u":al!u@h NICK alice"_s));
+    QVERIFY(session.receive(u":al!u@h NICK alice"_s));
     QCOMPARE(names(), (QStringList{u"Server"_s, u"#c"_s, u"alice, new message"_s}));
     session.probe.showTab(u"alice"_s);
     QCOMPARE(names(), (QStringList{u"Server"_s, u"#c"_s, u"alice"_s}));
@@ -325,10 +325,10 @@ void TestAccessibility::namesARenamedConversation()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":al!u@h PRIVMSG me :hello"_s));
+    QVERIFY(session.receive(u":al!u@h PRIVMSG me :hello"_s));
     QTextBrowser *view = session.probe.tabs().value(u"al"_s).chatView;
     QCOMPARE(spokenName(view), u"Conversation al"_s);
-    QVERIFY(session.say(u":al!u@h NICK alice"_s));
+    QVERIFY(session.receive(u":al!u@h NICK alice"_s));
     QCOMPARE(spokenName(view), u"Conversation alice"_s);
 }
 
@@ -338,7 +338,7 @@ void TestAccessibility::leadsThroughTheMainWindow()
     QVERIFY(session.registerAs(u"me"_s));
     QVERIFY(session.join(u"#c"_s, u"@me alice"_s));
     QVERIFY(session.join(u"#d"_s, u"@me bob"_s));
-    QVERIFY(session.say(u":al!u@h PRIVMSG me :hello"_s));
+    QVERIFY(session.receive(u":al!u@h PRIVMSG me :hello"_s));
     session.probe.showTab(u"#c"_s);
     QVERIFY(activate(session.window));
 
@@ -357,8 +357,8 @@ void TestAccessibility::leadsThroughTheChannelList()
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     session.choose(u"Channel &List"_s);
-    QVERIFY(session.sayAll({u":srv 321 me Channel :Users Name"_s, u":srv 322 me #a 1 :"_s,
-                            u":srv 323 me :End"_s}));
+    QVERIFY(session.receiveAll({u":srv 321 me Channel :Users Name"_s, u":srv 322 me #a 1 :"_s,
+                                u":srv 323 me :End"_s}));
     QVERIFY(activate(session.window));
     QCOMPARE(wayOfTheKey(&session.probe.listSearchEdit()),
              (QStringList{u"Search channels"_s, u"List"_s, u"Channels"_s}));

@@ -348,7 +348,7 @@ void TestApplyTheme::bringsTheStatusBarUpToDate()
 void TestApplyTheme::repaintsTheWindowAtOnce()
 {
     WindowSession session;
-    QVERIFY(QTest::qWaitForWindowExposed(&session.window, Patience));
+    QVERIFY(QTest::qWaitForWindowExposed(&session.window, WaitTimeout));
     QCoreApplication::processEvents();
     const EventCounter paints(&session.window, QEvent::Paint);
     session.probe.applyTheme(u"dark"_s);

@@ -314,7 +314,7 @@ void TestAttention::decides()
 
     Attended attended;
     QVERIFY(attended.begin());
-    QVERIFY(attended.session.say(line));
+    QVERIFY(attended.session.receive(line));
     QCOMPARE(attended.isHighlighted(tab), highlighted);
     QCOMPARE(attended.isMarked(tab), highlighted);
     QCOMPARE(attended.notifications(),
@@ -325,9 +325,9 @@ void TestAttention::decidesByTheNickOfTheMoment()
 {
     Attended attended;
     QVERIFY(attended.begin());
-    QVERIFY(attended.session.say(u":me!u@h NICK new[x"_s));
+    QVERIFY(attended.session.receive(u":me!u@h NICK new[x"_s));
     attended.forget();
-    QVERIFY(attended.session.sayAll(
+    QVERIFY(attended.session.receiveAll(
             {u":bob!u@h PRIVMSG #a :me"_s, u":bob!u@h PRIVMSG #a :hi new[x"_s}));
     QCOMPARE(attended.notifications(), QStringList{u"#a: bob: hi new[x"_s});
 }
@@ -354,7 +354,7 @@ void TestAttention::takesAPendingNickForItsOwn()
     Attended attended;
     QVERIFY(attended.begin());
     attended.session.probe.pendingNick() = u"Carol"_s;
-    QVERIFY(attended.session.sayAll(
+    QVERIFY(attended.session.receiveAll(
             {u":carol!u@h PRIVMSG #a :me"_s, u":carol!u@h PRIVMSG me :hi"_s}));
     QVERIFY(!attended.isHighlighted(u"#a"_s));
     QVERIFY(!attended.isHighlighted(u"carol"_s));
@@ -387,10 +387,10 @@ void TestAttention::looksAtTheTextWithoutItsPrefix()
     QVERIFY(attended.begin());
     attended.session.probe.isAway() = true;
     attended.session.probe.awayMessage() = u"me"_s;
-    QVERIFY(attended.session.sayAll(
+    QVERIFY(attended.session.receiveAll(
             {u":bob!u@h PRIVMSG #a :hello"_s, u":me!u@h PRIVMSG #a :hello"_s}));
     QVERIFY(!attended.isHighlighted(u"#a"_s));
-    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :me"_s));
+    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :me"_s));
     QCOMPARE(attended.notifications(), QStringList{u"#a: bob: me"_s});
 }
 
@@ -399,17 +399,17 @@ void TestAttention::notifiesOfAShortenedText()
     Attended attended;
     QVERIFY(attended.begin());
     const QString whole = u"me "_s + QString(252, u'x');
-    QVERIFY(attended.session.sayAll({QString(u":bob!u@h PRIVMSG #a :"_s + whole),
-                                     QString(u":bob!u@h PRIVMSG me :"_s + whole),
-                                     QString(u":bob!u@h PRIVMSG #a :"_s + whole + u'y'),
-                                     QString(u":bob!u@h PRIVMSG me :"_s + whole + u'y')}));
+    QVERIFY(attended.session.receiveAll({QString(u":bob!u@h PRIVMSG #a :"_s + whole),
+                                         QString(u":bob!u@h PRIVMSG me :"_s + whole),
+                                         QString(u":bob!u@h PRIVMSG #a :"_s + whole + u'y'),
+                                         QString(u":bob!u@h PRIVMSG me :"_s + whole + u'y')}));
     const QString shortened = whole.first(252) + u"..."_s;
     QCOMPARE(attended.notifications(),
              (QStringList{QString(u"#a: bob: "_s + whole), QString(u"bob: "_s + whole),
                           QString(u"#a: bob: "_s + shortened), QString(u"bob: "_s + shortened)}));
     // What is cut off counts for the mention all the same.
     attended.forget();
-    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :%1 me"_s.arg(QString(300, u'x'))));
+    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :%1 me"_s.arg(QString(300, u'x'))));
     QCOMPARE(attended.notifications(), QStringList{u"#a: bob: %1..."_s.arg(QString(252, u'x'))});
 }
 
@@ -422,7 +422,7 @@ void TestAttention::tellsOfALineWithoutSender()
     attended.session.probe.typeLine(u"/whois bob"_s);
     attended.session.probe.showTab(u"Server"_s);
     attended.forget();
-    QVERIFY(attended.session.say(u":irc.test 318 me bob :End"_s));
+    QVERIFY(attended.session.receive(u":irc.test 318 me bob :End"_s));
     QVERIFY(attended.isMarked(u"bob"_s));
     QCOMPARE(attended.notifications(),
              (QStringList{u": *** WHOIS bob: @ ()"_s, u": *** bob is using  ()"_s}));
@@ -435,14 +435,14 @@ void TestAttention::opensATabWithItsMark()
     QVERIFY(attended.begin());
     attended.session.probe.showTab(u"#a"_s);
     attended.forget();
-    QVERIFY(attended.session.say(u":dave!u@h PRIVMSG me :hi"_s));
+    QVERIFY(attended.session.receive(u":dave!u@h PRIVMSG me :hi"_s));
     QVERIFY(attended.isMarked(u"dave"_s));
     QCOMPARE(attended.notifications(), QStringList{u"dave: hi"_s});
 
     // From "Server" one is led to the new tab at once.
     attended.session.probe.showTab(u"Server"_s);
     attended.forget();
-    QVERIFY(attended.session.say(u":erin!u@h PRIVMSG me :hi"_s));
+    QVERIFY(attended.session.receive(u":erin!u@h PRIVMSG me :hi"_s));
     QCOMPARE(attended.session.probe.currentTabName(), u"erin"_s);
     QVERIFY(!attended.isMarked(u"erin"_s));
     QCOMPARE(attended.notifications(), QStringList());
@@ -470,7 +470,7 @@ void TestAttention::keepsSilentAboutTheTabOnShow()
     for (const QString &tab : {u"#a"_s, u"bob"_s}) {
         attended.session.probe.showTab(tab);
         attended.forget();
-        QVERIFY(attended.session.say(
+        QVERIFY(attended.session.receive(
                 u":bob!u@h PRIVMSG %1 :hi me"_s.arg(tab == u"bob"_s ? u"me"_s : tab)));
         QVERIFY(attended.isHighlighted(tab));
         QVERIFY(!attended.isMarked(tab));
@@ -483,7 +483,7 @@ void TestAttention::forgetsAMarkWhenTheTabIsVisited()
     Attended attended;
     QVERIFY(attended.begin());
     for (int round = 0; round < 2; ++round) {
-        QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :hi me"_s));
+        QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
         QVERIFY(attended.isHighlighted(u"#a"_s));
         QVERIFY(attended.isMarked(u"#a"_s));
         attended.session.probe.showTab(u"#a"_s);
@@ -498,18 +498,18 @@ void TestAttention::marksNothingAfterAMentionOnShow()
     Attended attended;
     QVERIFY(attended.begin());
     attended.session.probe.showTab(u"#a"_s);
-    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :hi me"_s));
+    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
     attended.session.probe.showTab(u"Server"_s);
     QVERIFY(attended.isHighlighted(u"#a"_s));
 
     attended.forget();
-    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :me again"_s));
+    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :me again"_s));
     QVERIFY(!attended.isMarked(u"#a"_s));
     QCOMPARE(attended.notifications(), QStringList{u"#a: bob: me again"_s});
 
     attended.session.probe.showTab(u"#a"_s);
     attended.session.probe.showTab(u"Server"_s);
-    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :and me"_s));
+    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :and me"_s));
     QVERIFY(attended.isMarked(u"#a"_s));
 }
 
@@ -517,7 +517,7 @@ void TestAttention::notifiesOfATabThatIsMarkedAlready()
 {
     Attended attended;
     QVERIFY(attended.begin());
-    QVERIFY(attended.session.sayAll(
+    QVERIFY(attended.session.receiveAll(
             {u":bob!u@h PRIVMSG #a :me 1"_s, u":bob!u@h PRIVMSG #a :me 2"_s}));
     QCOMPARE(attended.notifications(), (QStringList{u"#a: bob: me 1"_s, u"#a: bob: me 2"_s}));
 }
@@ -556,7 +556,8 @@ void TestAttention::notifiesInTheStatusBar()
     QVERIFY(timer->isActive());
     QCOMPARE(timer->interval(), NotificationMs);
     timer->start(0);
-    QTRY_COMPARE_WITH_TIMEOUT(bar->currentMessage(), u"Connected to 127.0.0.1 as me"_s, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(bar->currentMessage(), u"Connected to 127.0.0.1 as me"_s,
+                              WaitTimeout);
 
     attended.session.probe.showNotification(QString(), u"a text"_s);
     QCOMPARE(bar->currentMessage(), u": a text"_s);
@@ -567,13 +568,13 @@ void TestAttention::notifiesNobodyInTheActiveWindow()
     Attended attended;
     QVERIFY(attended.begin());
     QVERIFY(attended.enterWindow());
-    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :hi me"_s));
+    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
     QCOMPARE(attended.notifications(), QStringList());
     QVERIFY(attended.isMarked(u"#a"_s));
     QCOMPARE(attended.session.probe.lastLine(u"#a"_s), u"bob|hi me"_s);
 
     QVERIFY(attended.leaveWindow());
-    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :me still"_s));
+    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :me still"_s));
     QCOMPARE(attended.notifications(), QStringList{u"#a: bob: me still"_s});
 }
 
@@ -584,7 +585,7 @@ void TestAttention::leavesTheStatusBarAloneWithATray()
     QVERIFY(attended.begin());
     QSystemTrayIcon tray;
     attended.session.probe.trayIcon() = &tray;
-    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :hi me"_s));
+    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
     QCOMPARE(attended.notifications(), QStringList());
     QVERIFY(attended.isMarked(u"#a"_s));
     attended.session.probe.trayIcon() = nullptr;
@@ -610,7 +611,7 @@ void TestAttention::showsNotificationsAsText()
     QFETCH(const QString, text);
     Attended attended;
     QVERIFY(attended.begin());
-    QVERIFY(attended.session.say(u':' + nick + u"!u@h PRIVMSG #a :"_s + text));
+    QVERIFY(attended.session.receive(u':' + nick + u"!u@h PRIVMSG #a :"_s + text));
     QCOMPARE(attended.notifications(), QStringList{QString(u"#a: "_s + nick + u": "_s + text)});
 }
 
@@ -623,7 +624,7 @@ void TestAttention::survivesAFlood()
         lines.append(u":bob!u@h PRIVMSG #a :me %1"_s.arg(i));
         lines.append(u":p%1!u@h PRIVMSG me :hi"_s.arg(i % 20));
     }
-    QVERIFY(attended.session.sayAll(lines));
+    QVERIFY(attended.session.receiveAll(lines));
     QVERIFY(attended.isHighlighted(u"#a"_s));
     QVERIFY(attended.isMarked(u"#a"_s));
     QVERIFY(attended.notifications().contains(u"#a: bob: me 999"_s));
@@ -646,7 +647,7 @@ void TestAttention::writesNoLog()
     settings.sync();
     Attended attended;
     QVERIFY(attended.begin());
-    QVERIFY(attended.session.say(u":bob!u@h PRIVMSG #a :hi me"_s));
+    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
     QVERIFY(QDir(folder.path()).isEmpty());
     QCOMPARE(attended.session.probe.preferences().value(u"logPath"_s).toString(),
              QString(folder.path() + path));

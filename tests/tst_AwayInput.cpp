@@ -1,6 +1,6 @@
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
-#include "SessionSteps.h"
+#include "SessionOutput.h"
 #include "TemporaryStore.h"
 #include "Waiting.h"
 #include "WindowSession.h"
@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Lines = SessionSteps::Lines;
+using Lines = SessionOutput::Lines;
 
 } // namespace
 
@@ -82,15 +82,15 @@ void TestAwayInput::goesAway()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
-    const SessionSteps steps(session);
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
+    const SessionOutput output(session);
     session.probe.typeLine(typed);
     QVERIFY(session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), message);
     QCOMPARE(session.probe.awayAction().text(), u"Unmark Away"_s);
-    QCOMPARE(steps.sent(), QStringList{u"AWAY :"_s + message});
+    QCOMPARE(output.sent(), QStringList{u"AWAY :"_s + message});
     const QString said = u"me|is away (%1)"_s.arg(message);
-    QCOMPARE(steps.lines(),
+    QCOMPARE(output.lines(),
              (Lines{{u"Server"_s, {u"*** You are marked as away (%1)"_s.arg(message)}},
                     {u"#a"_s, {said}},
                     {u"bob"_s, {said}}}));
@@ -101,16 +101,16 @@ void TestAwayInput::tellsTheConversationsLater()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     session.probe.typeLine(u"/away lunch"_s);
-    QCOMPARE(steps.lines(), (Lines{{u"Server"_s, {u"*** You are marked as away (lunch)"_s}}}));
-    QTRY_COMPARE_WITH_TIMEOUT(steps.lines().value(u"#a"_s), QStringList{u"me|is away (lunch)"_s},
-                              Patience);
+    QCOMPARE(output.lines(), (Lines{{u"Server"_s, {u"*** You are marked as away (lunch)"_s}}}));
+    QTRY_COMPARE_WITH_TIMEOUT(output.lines().value(u"#a"_s), QStringList{u"me|is away (lunch)"_s},
+                              WaitTimeout);
 
     session.probe.typeLine(u"/back"_s);
     QCOMPARE(session.probe.lastLine(u"Server"_s), u"*** You are back"_s);
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|is away (lunch)"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"#a"_s), u"me|is back"_s, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"#a"_s), u"me|is back"_s, WaitTimeout);
 }
 
 void TestAwayInput::tellsTheConversationsInOrder()
@@ -128,7 +128,7 @@ void TestAwayInput::tellsTheConversationsInOrder()
         session.probe.closeTab(1);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabTexts(),
                               (QStringList{u"Server"_s, u"#a"_s, u"#b"_s, u"Anna"_s, u"bob"_s}),
-                              Patience);
+                              WaitTimeout);
     QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"me|is away (lunch)"_s});
 }
 
@@ -137,12 +137,12 @@ void TestAwayInput::tellsTheLatestMessage()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     session.probe.typeLine(u"/away one"_s);
     session.probe.typeLine(u"/away two"_s);
-    QCOMPARE(steps.sent(), (QStringList{u"AWAY :one"_s, u"AWAY :two"_s}));
+    QCOMPARE(output.sent(), (QStringList{u"AWAY :one"_s, u"AWAY :two"_s}));
     QCOMPARE(
-            steps.lines(),
+            output.lines(),
             (Lines{{u"Server"_s,
                     {u"*** You are marked as away (one)"_s, u"*** You are marked as away (two)"_s}},
                    {u"#a"_s, {u"me|is away (two)"_s, u"me|is away (two)"_s}}}));
@@ -156,7 +156,8 @@ void TestAwayInput::tellsWithTheNickOfTheMoment()
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     session.probe.typeLine(u"/away lunch"_s);
     emit session.probe.connection().nickChanged(u"me"_s, u"new"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"#a"_s), u"new|is away (lunch)"_s, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"#a"_s), u"new|is away (lunch)"_s,
+                              WaitTimeout);
 }
 
 void TestAwayInput::leavesOutTheList()
@@ -165,11 +166,11 @@ void TestAwayInput::leavesOutTheList()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     session.probe.appendMessageToTab(u"List"_s, u"rows"_s);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     session.probe.typeLine(u"/away"_s);
     session.probe.typeLine(u"/back"_s);
-    static_cast<void>(steps.sent());
-    QCOMPARE(steps.lines().keys(), (QStringList{u"#a"_s, u"Server"_s}));
+    static_cast<void>(output.sent());
+    QCOMPARE(output.lines().keys(), (QStringList{u"#a"_s, u"Server"_s}));
 }
 
 void TestAwayInput::marksWhatIsSaidAway()
@@ -178,10 +179,10 @@ void TestAwayInput::marksWhatIsSaidAway()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     session.probe.typeLine(u"/away %2"_s);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     session.probe.typeLine(u"still %1 here"_s);
-    QCOMPARE(steps.sent(), QStringList{u"PRIVMSG #a :still %1 here"_s});
-    QCOMPARE(steps.lines(), (Lines{{u"#a"_s, {u"me|[Away: %2] still %1 here"_s}}}));
+    QCOMPARE(output.sent(), QStringList{u"PRIVMSG #a :still %1 here"_s});
+    QCOMPARE(output.lines(), (Lines{{u"#a"_s, {u"me|[Away: %2] still %1 here"_s}}}));
 }
 
 void TestAwayInput::comesBack_data()
@@ -200,17 +201,17 @@ void TestAwayInput::comesBack()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
     session.probe.typeLine(u"/away lunch"_s);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     session.probe.typeLine(typed);
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), QString());
     QCOMPARE(session.probe.awayAction().text(), u"Marked Away..."_s);
-    QCOMPARE(steps.sent(), QStringList{u"AWAY"_s});
-    QCOMPARE(steps.lines(), (Lines{{u"Server"_s, {u"*** You are back"_s}},
-                                   {u"#a"_s, {u"me|is back"_s}},
-                                   {u"bob"_s, {u"me|is back"_s}}}));
+    QCOMPARE(output.sent(), QStringList{u"AWAY"_s});
+    QCOMPARE(output.lines(), (Lines{{u"Server"_s, {u"*** You are back"_s}},
+                                    {u"#a"_s, {u"me|is back"_s}},
+                                    {u"bob"_s, {u"me|is back"_s}}}));
 }
 
 void TestAwayInput::comesBackWithoutHavingBeenAway()
@@ -218,10 +219,10 @@ void TestAwayInput::comesBackWithoutHavingBeenAway()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     session.probe.typeLine(u"/back"_s);
-    QCOMPARE(steps.sent(), QStringList{u"AWAY"_s});
-    QCOMPARE(steps.lines(),
+    QCOMPARE(output.sent(), QStringList{u"AWAY"_s});
+    QCOMPARE(output.lines(),
              (Lines{{u"Server"_s, {u"*** You are back"_s}}, {u"#a"_s, {u"me|is back"_s}}}));
 }
 
@@ -231,19 +232,19 @@ void TestAwayInput::comesBackForANewNick()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     session.probe.typeLine(u"/away lunch"_s);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     session.probe.typeLine(u"/nick new"_s);
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), QString());
     QCOMPARE(session.probe.awayAction().text(), u"Marked Away..."_s);
     QCOMPARE(session.probe.pendingNick(), u"new"_s);
     QVERIFY(!session.probe.userList().item(1)->font().italic());
-    QCOMPARE(steps.sent(), (QStringList{u"AWAY"_s, u"NICK new"_s}));
+    QCOMPARE(output.sent(), (QStringList{u"AWAY"_s, u"NICK new"_s}));
     // The conversations hear nothing of it.
-    QCOMPARE(steps.lines(), (Lines{{u"Server"_s, {u"*** You are back"_s}}}));
+    QCOMPARE(output.lines(), (Lines{{u"Server"_s, {u"*** You are back"_s}}}));
 
     session.probe.typeLine(u"/nick third"_s);
-    QCOMPARE(steps.sent(), QStringList{u"NICK third"_s});
+    QCOMPARE(output.sent(), QStringList{u"NICK third"_s});
 }
 
 void TestAwayInput::staysForANickThatIsMissing()
@@ -251,10 +252,10 @@ void TestAwayInput::staysForANickThatIsMissing()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.probe.typeLine(u"/away lunch"_s);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     session.probe.typeLine(u"/nick"_s);
     QVERIFY(session.probe.isAway());
-    QCOMPARE(steps.sent(), QStringList());
+    QCOMPARE(output.sent(), QStringList());
     QCOMPARE(session.probe.pendingNick(), QString());
 }
 

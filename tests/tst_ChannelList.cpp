@@ -63,11 +63,11 @@ void TestChannelList::asksForNothingBeforeRegistration()
 {
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(session.probe.connection().isConnected(), Patience);
-    static_cast<void>(session.takeSent());
+    QTRY_VERIFY_WITH_TIMEOUT(session.probe.connection().isConnected(), WaitTimeout);
+    session.discardSent();
     const QStringList before = session.probe.lines(Server);
     session.choose(u"Channel &List"_s);
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     QCOMPARE(session.probe.lines(Server), before);
     QCOMPARE(session.probe.tabTexts(), QStringList{Server});
     QCOMPARE(session.probe.listTree(), nullptr);
@@ -90,7 +90,7 @@ void TestChannelList::asksTheServer()
         session.choose(u"Channel &List"_s);
     else
         session.probe.typeLine(u"/list"_s);
-    QCOMPARE(session.takeSent(), QStringList{u"LIST"_s});
+    QCOMPARE(session.readSent(), QStringList{u"LIST"_s});
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
     QCOMPARE(session.probe.currentTabName(), List);
     QCOMPARE(session.probe.listInfoLabel()->text(), Loading);
@@ -181,8 +181,8 @@ void TestChannelList::listsAgainInTheSameTab()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.choose(u"Channel &List"_s);
-    QVERIFY(session.sayAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s,
-                            u":irc.test 323 me :End"_s}));
+    QVERIFY(session.receiveAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s,
+                                u":irc.test 323 me :End"_s}));
     QCOMPARE(session.probe.listInfoLabel()->text(), u"irc.test: 1 channels, 5 users"_s);
     const QWidget *page = session.probe.tabs().value(List).page;
     session.probe.showTab(Server);
@@ -192,7 +192,7 @@ void TestChannelList::listsAgainInTheSameTab()
     QCOMPARE(session.probe.currentTabName(), List);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
     QCOMPARE(session.probe.tabs().value(List).page, page);
-    QCOMPARE(session.takeSent(), (QStringList{u"LIST"_s, u"LIST"_s}));
+    QCOMPARE(session.readSent(), (QStringList{u"LIST"_s, u"LIST"_s}));
 }
 
 void TestChannelList::keepsTheSearchTextForTheNextListing()
@@ -202,7 +202,7 @@ void TestChannelList::keepsTheSearchTextForTheNextListing()
     session.probe.listSearchEdit().setText(u"linux"_s);
     session.choose(u"Channel &List"_s);
     QCOMPARE(session.probe.listSearchEdit().text(), u"linux"_s);
-    QVERIFY(session.say(u":irc.test 322 me #music 5 :Songs"_s));
+    QVERIFY(session.receive(u":irc.test 322 me #music 5 :Songs"_s));
     // It is applied when it changes, and not to rows that come.
     QCOMPARE(session.probe.listColumn(0), QStringList{u"#music"_s});
 }
@@ -211,14 +211,14 @@ void TestChannelList::leavesAConversationOfItsNameAlone()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":List!u@h PRIVMSG me :hello"_s));
+    QVERIFY(session.receive(u":List!u@h PRIVMSG me :hello"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
     session.choose(u"Channel &List"_s);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
     QCOMPARE(session.probe.listTree(), nullptr);
     QCOMPARE(session.probe.listInfoLabel(), nullptr);
-    QVERIFY(session.sayAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s,
-                            u":irc.test 323 me :End"_s}));
+    QVERIFY(session.receiveAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s,
+                                u":irc.test 323 me :End"_s}));
     session.probe.listSearchEdit().setText(u"a"_s);
     QCOMPARE(session.probe.lines(List), QStringList{u"List|hello"_s});
     QCOMPARE(session.probe.lastLine(Server), u"*** Channel list complete."_s);
@@ -241,15 +241,15 @@ void TestChannelList::closesDuringAListing()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.choose(u"Channel &List"_s);
-    QVERIFY(session.sayAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s}));
+    QVERIFY(session.receiveAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s}));
     const QTreeWidget *tree = session.probe.listTree();
     session.probe.closeTab(1);
     QCOMPARE(session.probe.listTree(), nullptr);
     QCOMPARE(session.probe.listInfoLabel(), nullptr);
-    QVERIFY(session.say(u":irc.test 322 me #late 5 :Two"_s));
+    QVERIFY(session.receive(u":irc.test 322 me #late 5 :Two"_s));
     QVERIFY(session.probe.listReceiving());
     session.probe.listSearchEdit().setText(u"a"_s);
-    QVERIFY(session.say(u":irc.test 323 me :End"_s));
+    QVERIFY(session.receive(u":irc.test 323 me :End"_s));
     QCOMPARE(tree->topLevelItemCount(), 1);
     QVERIFY(!session.probe.listReceiving());
     QCOMPARE(session.probe.tabTexts(), QStringList{Server});
@@ -263,8 +263,8 @@ void TestChannelList::opensAgainAfterClosing()
     session.choose(u"Channel &List"_s);
     session.probe.closeTab(1);
     session.choose(u"Channel &List"_s);
-    QVERIFY(session.sayAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s,
-                            u":irc.test 323 me :End"_s}));
+    QVERIFY(session.receiveAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s,
+                                u":irc.test 323 me :End"_s}));
     QCOMPARE(session.probe.listColumn(0), QStringList{u"#a"_s});
     QVERIFY(session.probe.listTree()->isVisible());
 }
@@ -274,10 +274,10 @@ void TestChannelList::closesAndReopensDuringAListing()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.choose(u"Channel &List"_s);
-    QVERIFY(session.sayAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s}));
+    QVERIFY(session.receiveAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s}));
     session.probe.closeTab(1);
     session.choose(u"Channel &List"_s);
-    QVERIFY(session.sayAll({u":irc.test 322 me #b 6 :Two"_s, u":irc.test 323 me :End"_s}));
+    QVERIFY(session.receiveAll({u":irc.test 322 me #b 6 :Two"_s, u":irc.test 323 me :End"_s}));
     QCOMPARE(session.probe.listColumn(0), QStringList{u"#b"_s});
     // The server told of two.
     QCOMPARE(session.probe.listInfoLabel()->text(), u"irc.test: 2 channels, 11 users"_s);
@@ -289,10 +289,10 @@ void TestChannelList::keepsItsRowsWithoutALink()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.choose(u"Channel &List"_s);
-    QVERIFY(session.sayAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s,
-                            u":irc.test 323 me :End"_s}));
+    QVERIFY(session.receiveAll({u":irc.test 321 me :Channels"_s, u":irc.test 322 me #a 5 :One"_s,
+                                u":irc.test 323 me :End"_s}));
     session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
     QCOMPARE(session.probe.listColumn(0), QStringList{u"#a"_s});
     QCOMPARE(session.probe.listInfoLabel()->text(), u"irc.test: 1 channels, 5 users"_s);
     session.probe.listSearchEdit().setText(u"nothing"_s);
@@ -304,23 +304,23 @@ void TestChannelList::listsARealServer()
     Ngircd ngircd;
     QVERIFY(ngircd.start());
     PlainClient bob;
-    QVERIFY(bob.enter(ngircd.port(), u"bob"_s));
+    QVERIFY(bob.registerAt(ngircd.port(), u"bob"_s));
     bob.send(u"JOIN #velmora"_s);
     bob.send(u"JOIN #Ünder&over"_s);
     bob.send(u"TOPIC #velmora :\u00030,4Alle über <b>Velmora</b>"_s);
     QVERIFY(bob.waitFor(u"TOPIC #velmora"_s));
     PlainClient carol;
-    QVERIFY(carol.enter(ngircd.port(), u"carol"_s));
+    QVERIFY(carol.registerAt(ngircd.port(), u"carol"_s));
     carol.send(u"JOIN #velmora"_s);
     QVERIFY(carol.waitFor(u" 366 "_s));
 
     WindowSession session;
     IRCConnection &connection = session.probe.connection();
     connection.connectToServer(u"127.0.0.1"_s, ngircd.port(), u"me"_s, u"Me"_s, false);
-    QTRY_VERIFY_WITH_TIMEOUT(connection.isRegistered(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(connection.isRegistered(), WaitTimeout);
     session.choose(u"Channel &List"_s);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(Server), u"*** Channel list complete."_s,
-                              Patience);
+                              WaitTimeout);
     QCOMPARE(session.probe.listColumn(0).mid(0, 2), (QStringList{u"#velmora"_s, u"#Ünder&over"_s}));
     QCOMPARE(session.probe.listColumn(1).mid(0, 2), (QStringList{u"2"_s, u"1"_s}));
     QCOMPARE(session.probe.listColumn(2).value(0), u"\u00030,4Alle über <b>Velmora</b>"_s);

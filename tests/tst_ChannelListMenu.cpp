@@ -34,9 +34,9 @@ bool begin(WindowSession &session, const QStringList &channels)
                                                             QString::number(channels.size() - i)));
     }
     lines.append(u":irc.test 323 me :End"_s);
-    if (!session.sayAll(lines))
+    if (!session.receiveAll(lines))
         return false;
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     return session.probe.listColumn(0) == channels;
 }
 
@@ -171,7 +171,7 @@ void TestChannelListMenu::joinsFromTheMenu()
     answers.queueForMenu(ModalAnswers::choosing(u"Join #b&c"_s));
     requestMenu(session, 1);
     QCOMPARE(answers.problems(), QStringList());
-    QCOMPARE(session.takeSent(), QStringList{u"JOIN #b&c"_s});
+    QCOMPARE(session.readSent(), QStringList{u"JOIN #b&c"_s});
     // Its tab comes with the server's answer.
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
 }
@@ -185,7 +185,7 @@ void TestChannelListMenu::doesNothingIfTheMenuIsDismissed()
     answers.queueForMenu([](QMenu *menu) { QTest::keyClick(menu, Qt::Key_Escape); });
     requestMenu(session, 0);
     QCOMPARE(answers.problems(), QStringList());
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     QCOMPARE(session.probe.lines(Server), before);
     QVERIFY(session.probe.autojoinChannels().isEmpty());
 }
@@ -211,7 +211,7 @@ void TestChannelListMenu::togglesAutojoin()
     QCOMPARE(session.probe.lines(Server).mid(before),
              (QStringList{u"*** Added #a to autojoin list"_s,
                           u"*** Removed #a from autojoin list"_s}));
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
 }
 
 void TestChannelListMenu::survivesWhatHappensUnderTheMenu_data()
@@ -236,11 +236,11 @@ void TestChannelListMenu::survivesWhatHappensUnderTheMenu()
             session.choose(u"Channel &List"_s);
         } else if (event == "fill"_L1) {
             session.probe.listTree()->clear();
-            return session.sayAll({u":irc.test 322 me #c 9 :x"_s, u":irc.test 323 me :"_s});
+            return session.receiveAll({u":irc.test 322 me #c 9 :x"_s, u":irc.test 323 me :"_s});
         } else if (event == "drop"_L1) {
             session.server.close();
             return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); },
-                                   Patience);
+                                   WaitTimeout);
         } else {
             const QTreeWidget *tree = session.probe.listTree();
             session.probe.closeTab(1);
@@ -263,7 +263,7 @@ void TestChannelListMenu::survivesWhatHappensUnderTheMenu()
     else if (event == "drop"_L1)
         QCOMPARE(session.probe.lastLine(Server), u"*** Error: Socket is not connected"_s);
     else
-        QVERIFY(session.takeSent().contains(u"JOIN #a"_s));
+        QVERIFY(session.readSent().contains(u"JOIN #a"_s));
 }
 
 void TestChannelListMenu::turnsTheAutojoinRoundThatItShowed()
@@ -285,7 +285,7 @@ void TestChannelListMenu::opensAChannelByDoubleClick()
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s, u"#b"_s}));
     doubleClick(session, 1);
-    QCOMPARE(session.takeSent(), QStringList{u"JOIN #b"_s});
+    QCOMPARE(session.readSent(), QStringList{u"JOIN #b"_s});
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List, u"#b"_s}));
     QCOMPARE(session.probe.currentTabName(), u"#b"_s);
     QCOMPARE(session.window.focusWidget(), &session.probe.inputLine());
@@ -306,13 +306,13 @@ void TestChannelListMenu::goesToAnOpenChannelByDoubleClick()
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s}));
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     session.probe.showTab(List);
     doubleClick(session, 0);
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
     QCOMPARE(session.window.focusWidget(), &session.probe.inputLine());
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List, u"#a"_s}));
-    QCOMPARE(session.takeSent(), QStringList{u"JOIN #a"_s});
+    QCOMPARE(session.readSent(), QStringList{u"JOIN #a"_s});
 }
 
 void TestChannelListMenu::dressesATabOpenedByDoubleClick()
@@ -331,7 +331,7 @@ void TestChannelListMenu::doesNothingByDoubleClickBesideTheRows()
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s}));
     emit session.probe.listTree()->itemDoubleClicked(nullptr, 0);
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
 }
 
@@ -340,7 +340,7 @@ void TestChannelListMenu::joinsWithoutATabByDoubleClickOnNoName()
     WindowSession session;
     QVERIFY(begin(session, {QString()}));
     doubleClick(session, 0);
-    QCOMPARE(session.takeSent(), QStringList{u"JOIN "_s});
+    QCOMPARE(session.readSent(), QStringList{u"JOIN "_s});
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
     QCOMPARE(session.probe.currentTabName(), List);
 }
@@ -350,7 +350,7 @@ void TestChannelListMenu::doesNothingByDoubleClickWithoutALink()
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s}));
     session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
     const QStringList before = session.probe.lines(Server);
     doubleClick(session, 0);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
@@ -364,7 +364,7 @@ void TestChannelListMenu::leavesTheTopicOfSuchATabEmpty()
     doubleClick(session, 0);
     for (const QString &channel : {u"#a"_s, u"#b"_s}) {
         QVERIFY(session.join(channel, u"@me"_s));
-        QVERIFY(session.say(u":irc.test 332 me %1 :The topic"_s.arg(channel)));
+        QVERIFY(session.receive(u":irc.test 332 me %1 :The topic"_s.arg(channel)));
         session.probe.showTab(List);
         session.probe.showTab(channel);
     }
@@ -399,7 +399,7 @@ void TestChannelListMenu::opensOddNamesByDoubleClick()
     doubleClick(session, 0);
     QTEST(session.probe.tabTexts(), "tabs");
     QCOMPARE(session.probe.currentTabName(), channel);
-    QCOMPARE(session.takeSent(), QStringList{u"JOIN "_s + channel});
+    QCOMPARE(session.readSent(), QStringList{u"JOIN "_s + channel});
     QCOMPARE(session.window.width(), width);
 }
 

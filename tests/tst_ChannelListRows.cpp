@@ -35,7 +35,7 @@ bool begin(WindowSession &session)
 
 bool list(WindowSession &session, const QStringList &rows)
 {
-    return session.sayAll(QStringList{Start} + rows + QStringList{End});
+    return session.receiveAll(QStringList{Start} + rows + QStringList{End});
 }
 
 } // namespace
@@ -81,7 +81,8 @@ void TestChannelListRows::takesRowsAsTheyAre()
 {
     WindowSession session;
     QVERIFY(begin(session));
-    QVERIFY(session.sayAll({Start, row(u"#a"_s, u"007"_s, u"\u0002Bold\u000F \u00034,1red"_s)}));
+    QVERIFY(session.receiveAll(
+            {Start, row(u"#a"_s, u"007"_s, u"\u0002Bold\u000F \u00034,1red"_s)}));
     const QTreeWidgetItem *item = session.probe.listTree()->topLevelItem(0);
     QVERIFY(item != nullptr);
     QCOMPARE(item->text(0), u"#a"_s);
@@ -100,12 +101,12 @@ void TestChannelListRows::paintsNothingUntilTheListIsComplete()
     QVERIFY(begin(session));
     const QTreeWidget &tree = *session.probe.listTree();
     QVERIFY(tree.updatesEnabled());
-    QVERIFY(session.sayAll({Start, row(u"#b"_s, u"1"_s), row(u"#a"_s, u"2"_s)}));
+    QVERIFY(session.receiveAll({Start, row(u"#b"_s, u"1"_s), row(u"#a"_s, u"2"_s)}));
     QVERIFY(!tree.updatesEnabled());
     QVERIFY(!tree.isSortingEnabled());
     // In the order of arrival until then.
     QCOMPARE(session.probe.listColumn(0), (QStringList{u"#b"_s, u"#a"_s}));
-    QVERIFY(session.say(End));
+    QVERIFY(session.receive(End));
     QVERIFY(tree.updatesEnabled());
     QVERIFY(tree.isSortingEnabled());
 }
@@ -115,12 +116,12 @@ void TestChannelListRows::tellsOfTheListingOnTheServerTab()
     WindowSession session;
     QVERIFY(begin(session));
     const qsizetype before = session.probe.lines(Server).size();
-    QVERIFY(session.sayAll(
+    QVERIFY(session.receiveAll(
             {Start, row(u"#a"_s, u"1"_s), u":irc.test NOTICE me :muted"_s, u"PING :irc.test"_s}));
     QVERIFY(session.probe.listReceiving());
     QCOMPARE(session.probe.lines(Server).mid(before),
              QStringList{u"*** Receiving channel list..."_s});
-    QVERIFY(session.say(End));
+    QVERIFY(session.receive(End));
     QVERIFY(!session.probe.listReceiving());
     QCOMPARE(session.probe.lines(Server).mid(before),
              (QStringList{u"*** Receiving channel list..."_s, u"*** Channel list complete."_s}));
@@ -150,7 +151,7 @@ void TestChannelListRows::tallies()
     WindowSession session;
     QVERIFY(begin(session));
     session.probe.listSearchEdit().setText(u"nothing"_s);
-    QVERIFY(session.sayAll(lines + QStringList{End}));
+    QVERIFY(session.receiveAll(lines + QStringList{End}));
     QTEST(session.probe.listInfoLabel()->text(), "label");
 }
 
@@ -160,7 +161,7 @@ void TestChannelListRows::addsUpWithoutAStart()
     QVERIFY(begin(session));
     QVERIFY(list(session, {row(u"#a"_s, u"2"_s)}));
     session.choose(u"Channel &List"_s);
-    QVERIFY(session.sayAll({row(u"#a"_s, u"3"_s), End}));
+    QVERIFY(session.receiveAll({row(u"#a"_s, u"3"_s), End}));
     QCOMPARE(session.probe.listInfoLabel()->text(), u"irc.test: 2 channels, 5 users"_s);
     QCOMPARE(session.probe.listTree()->topLevelItemCount(), 1);
 }
@@ -234,12 +235,12 @@ void TestChannelListRows::sortingKeepsWhatTheUserDidMeanwhile()
     QStringList rows{Start};
     for (int i = 0; i < 500; ++i)
         rows.append(row(u"#c%1"_s.arg(i), QString::number(i)));
-    QVERIFY(session.sayAll(rows));
+    QVERIFY(session.receiveAll(rows));
     session.probe.listSearchEdit().setText(u"7"_s);
     const QStringList found = session.probe.listColumn(0);
     tree.setCurrentItem(tree.topLevelItem(17));
     tree.verticalScrollBar()->setValue(3);
-    QVERIFY(session.say(End));
+    QVERIFY(session.receive(End));
     QCOMPARE(session.probe.listColumn(0), QStringList(found.crbegin(), found.crend()));
     QVERIFY(tree.currentItem());
     QCOMPARE(tree.currentItem()->text(0), u"#c17"_s);
@@ -271,13 +272,13 @@ void TestChannelListRows::keepsASecondListingInOrder()
     QTreeWidget &tree = *session.probe.listTree();
     tree.sortItems(column, order);
     session.choose(u"Channel &List"_s);
-    QVERIFY(session.sayAll({Start, row(u"#b"_s, u"3"_s), row(u"#a"_s, u"1"_s)}));
+    QVERIFY(session.receiveAll({Start, row(u"#b"_s, u"3"_s), row(u"#a"_s, u"1"_s)}));
     QVERIFY(!tree.updatesEnabled());
     QVERIFY(tree.isSortingEnabled());
     QCOMPARE(tree.header()->sortIndicatorSection(), column);
     QCOMPARE(tree.header()->sortIndicatorOrder(), order);
     QCOMPARE(session.probe.listColumn(0), channels);
-    QVERIFY(session.sayAll({row(u"#c"_s, u"2"_s), End}));
+    QVERIFY(session.receiveAll({row(u"#c"_s, u"2"_s), End}));
     QCOMPARE(session.probe.listColumn(0), (QStringList{u"#b"_s, u"#c"_s, u"#a"_s}));
     QVERIFY(tree.updatesEnabled());
 }
@@ -304,9 +305,9 @@ void TestChannelListRows::showsLaterRowsWhateverTheSearch()
 {
     WindowSession session;
     QVERIFY(begin(session));
-    QVERIFY(session.sayAll({Start, row(u"#a"_s, u"3"_s), row(u"#b"_s, u"2"_s)}));
+    QVERIFY(session.receiveAll({Start, row(u"#a"_s, u"3"_s), row(u"#b"_s, u"2"_s)}));
     session.probe.listSearchEdit().setText(u"#a"_s);
-    QVERIFY(session.sayAll({row(u"#c"_s, u"1"_s), End}));
+    QVERIFY(session.receiveAll({row(u"#c"_s, u"1"_s), End}));
     QCOMPARE(session.probe.listColumn(0), (QStringList{u"#a"_s, u"#c"_s}));
     session.probe.listSearchEdit().setText(u"#"_s);
     session.probe.listSearchEdit().setText(u"#a"_s);
@@ -381,8 +382,8 @@ void TestChannelListRows::takesHugeTexts()
     const QString topic(10000, u'\u05D0');
     const QString users(10000, u'9');
     const int width = session.window.width();
-    QVERIFY(session.sayAll({u':' + QString(10000, u's') + u" 321 me :"_s, row(name, users, topic),
-                            row(u"#b"_s, u"1"_s), End}));
+    QVERIFY(session.receiveAll({u':' + QString(10000, u's') + u" 321 me :"_s,
+                                row(name, users, topic), row(u"#b"_s, u"1"_s), End}));
     session.window.grab();
     QCOMPARE(session.probe.listColumn(0).last(), name);
     QCOMPARE(session.probe.listColumn(1).last(), users);

@@ -152,7 +152,7 @@ void TestChatLayout::looksTheSameLineByLine()
     const QList<ChatRow> rows = ChatCorpus::rows().first(40);
     for (const ChatRow &row : rows) {
         pair.append({row});
-        pair.both([](QTextBrowser &view) {
+        pair.applyToBoth([](QTextBrowser &view) {
             QTextCursor cursor = view.textCursor();
             cursor.movePosition(QTextCursor::End);
             view.setTextCursor(cursor);
@@ -181,7 +181,7 @@ void TestChatLayout::looksTheSameInOtherFonts()
     ViewPair pair(QSize(550, 700));
     pair.append(ChatCorpus::rows());
     for (const QFont &font : {QFont(u"DejaVu Serif"_s, 15), QFont(u"DejaVu Sans Mono"_s, 8)}) {
-        pair.both([&font](QTextBrowser &view) { view.setFont(font); });
+        pair.applyToBoth([&font](QTextBrowser &view) { view.setFont(font); });
         QVERIFY(pair.measure());
         QCOMPARE(pair.own.document()->size(), pair.stock.document()->size());
         QCOMPARE(pair.differenceAnywhere(), QString());
@@ -192,7 +192,7 @@ void TestChatLayout::looksTheSameInOtherColors()
 {
     ViewPair pair(QSize(550, 700));
     pair.append(ChatCorpus::rows());
-    pair.both([](QTextBrowser &view) {
+    pair.applyToBoth([](QTextBrowser &view) {
         QPalette palette = view.palette();
         palette.setColor(QPalette::Base, Qt::black);
         palette.setColor(QPalette::Text, Qt::yellow);
@@ -200,7 +200,7 @@ void TestChatLayout::looksTheSameInOtherColors()
     });
     QVERIFY(pair.measure());
     QCOMPARE(pair.differenceAnywhere(), QString());
-    pair.both([](QTextBrowser &view) { view.setEnabled(false); });
+    pair.applyToBoth([](QTextBrowser &view) { view.setEnabled(false); });
     QCOMPARE(pair.difference(), QString());
 }
 
@@ -208,7 +208,7 @@ void TestChatLayout::looksTheSameFromRightToLeft()
 {
     ViewPair pair(QSize(550, 700));
     pair.append(ChatCorpus::rows());
-    pair.both([](QTextBrowser &view) {
+    pair.applyToBoth([](QTextBrowser &view) {
         QTextOption option = view.document()->defaultTextOption();
         option.setTextDirection(Qt::RightToLeft);
         view.document()->setDefaultTextOption(option);
@@ -244,7 +244,7 @@ void TestChatLayout::looksTheSameWithASelection()
     ViewPair pair(QSize(550, 700));
     pair.append(ChatCorpus::rows().first(40));
     QVERIFY(pair.measure());
-    pair.both([&](QTextBrowser &view) {
+    pair.applyToBoth([&](QTextBrowser &view) {
         const auto position = [&view](QPoint cell, int offset) {
             const int end = view.document()->characterCount() - 1;
             return cell.x() < 0 ? cell.y() * end : cellPosition(view, cell.x(), cell.y()) + offset;
@@ -275,7 +275,7 @@ void TestChatLayout::followsChangedRows()
     ViewPair pair(QSize(450, 700));
     pair.append(ChatCorpus::plainRows(30));
     QVERIFY(pair.measure());
-    pair.both([](QTextBrowser &view) {
+    pair.applyToBoth([](QTextBrowser &view) {
         QTextCursor cursor(view.document());
         cursor.setPosition(cellPosition(view, 5, 2) + 3);
         cursor.insertText(u"more and more and more "_s.repeated(10));
@@ -410,7 +410,7 @@ void TestChatLayout::paintsWithoutAView()
     // What was found while painting is told afterwards.
     const QSignalSpy sizes(own->documentLayout(),
                            &QAbstractTextDocumentLayout::documentSizeChanged);
-    QTRY_COMPARE_WITH_TIMEOUT(sizes.count(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(sizes.count(), 1, WaitTimeout);
     QCOMPARE(own->size(), stock->size());
 }
 
@@ -427,10 +427,10 @@ void TestChatLayout::startsOverInANewTable()
 {
     ViewPair pair(QSize(450, 400));
     pair.append(ChatCorpus::rows());
-    pair.both([](QTextBrowser &view) { view.clear(); });
+    pair.applyToBoth([](QTextBrowser &view) { view.clear(); });
     QCOMPARE(pair.own.document()->size(), pair.stock.document()->size());
     QCOMPARE(pair.difference(), QString());
-    pair.both([](QTextBrowser &view) {
+    pair.applyToBoth([](QTextBrowser &view) {
         ChatTable::appendRows(*ChatTable::create(view, 2),
                               ChatCorpus::rowsWithoutNicks().first(50));
     });
@@ -445,7 +445,7 @@ void TestChatLayout::followsRemovedRows()
 {
     ViewPair pair(QSize(450, 400));
     pair.append(ChatCorpus::rows().first(50));
-    pair.both([](QTextBrowser &view) {
+    pair.applyToBoth([](QTextBrowser &view) {
         const QList<QTextFrame *> frames = view.document()->rootFrame()->childFrames();
         qobject_cast<QTextTable *>(frames.constFirst())->removeRows(10, 20);
     });
@@ -475,10 +475,10 @@ void TestChatLayout::keepsAChangeOpenInALongConversation()
     QCOMPARE(changes.count(), 2);
     // The end of the change brings nothing new.
     const QSignalSpy updates(&layout, &QAbstractTextDocumentLayout::update);
-    QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 3, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 3, WaitTimeout);
     QCOMPARE(updates.count(), 0);
     ChatTable::appendRows(*table, ChatCorpus::plainRows(1));
-    QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 4, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 4, WaitTimeout);
     QCOMPARE(layout.rowCount(), 1020);
 }
 
@@ -496,11 +496,11 @@ void TestChatLayout::looksTheSameDuringAnOpenChange()
     };
     for (const ChatRow &row : ChatCorpus::rows().first(8)) {
         pair.append({row});
-        pair.both(scrollToEnd);
+        pair.applyToBoth(scrollToEnd);
         QCOMPARE(pair.own.verticalScrollBar()->value(), pair.stock.verticalScrollBar()->value());
         QCOMPARE(pair.difference(), QString());
     }
-    QTRY_VERIFY_WITH_TIMEOUT(changes.count() > 0, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(changes.count() > 0, WaitTimeout);
     QCOMPARE(pair.difference(), QString());
 
     pair.append(ChatCorpus::rows().first(1));
@@ -510,12 +510,13 @@ void TestChatLayout::looksTheSameDuringAnOpenChange()
 
     // A change of other rows counts when the open change ends.
     pair.append(ChatCorpus::rows().first(1));
-    pair.both([](QTextBrowser &view) {
+    pair.applyToBoth([](QTextBrowser &view) {
         QTextCursor cursor(view.document());
         cursor.setPosition(cellPosition(view, 5, 2));
         cursor.insertText(u"more and more and more "_s.repeated(10));
     });
-    QTRY_COMPARE_WITH_TIMEOUT(pair.own.document()->size(), pair.stock.document()->size(), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(pair.own.document()->size(), pair.stock.document()->size(),
+                              WaitTimeout);
     QVERIFY(pair.measure());
     pair.scrollTo(0);
     QCOMPARE(pair.difference(), QString());

@@ -116,7 +116,7 @@ void TestChatView::showsTheEndOfManyLinesAtOnce()
     QVERIFY(layoutOf(*view).hasEstimates());
     QCOMPARE(endOfText(*view), view->viewport()->height());
     const QImage before = painted(*view->viewport());
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
     QCOMPARE(endOfText(*view), view->viewport()->height());
     QCOMPARE(painted(*view->viewport()), before);
 }
@@ -133,7 +133,7 @@ void TestChatView::measuresNothingUnseen()
     QCoreApplication::processEvents();
     QVERIFY(layoutOf(*view).hasEstimates());
     stack.setCurrentIndex(1);
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
 }
 
 void TestChatView::showsTheEndOfAHiddenTab()
@@ -157,7 +157,7 @@ void TestChatView::showsTheEndOfAHiddenTab()
     scrollToEnd(*view);
     stack.setCurrentIndex(1);
     QCOMPARE(endOfText(*view), view->viewport()->height());
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
     QCOMPARE(endOfText(*view), view->viewport()->height());
 }
 
@@ -175,12 +175,12 @@ void TestChatView::looksLikeQtsViewAfterHiddenLines()
 void TestChatView::showsAfterResizingAtOnceWhatStays()
 {
     const auto view = makeView(2000);
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
     for (const QSize size : {QSize(400, 300), QSize(700, 350), QSize(350, 250)}) {
         view->resize(size);
         QVERIFY(layoutOf(*view).hasEstimates());
         const QImage first = painted(*view->viewport());
-        QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
         QCOMPARE(painted(*view->viewport()), first);
         QCOMPARE(onScreen(*view->viewport()), first);
     }
@@ -197,32 +197,32 @@ void TestChatView::holdsTheEndThroughResizingAndOtherFonts()
     for (const QSize size : {QSize(400, 300), QSize(700, 200), QSize(500, 400)}) {
         view->resize(size);
         QVERIFY(isAtEnd());
-        QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
         QVERIFY(isAtEnd());
     }
     view->setFont(QFont(u"DejaVu Serif"_s, 17));
     QVERIFY(isAtEnd());
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
     QVERIFY(isAtEnd());
 }
 
 void TestChatView::holdsThePlaceOfAReader()
 {
     const auto view = makeView(500);
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
     const ChatLayout &layout = layoutOf(*view);
     view->verticalScrollBar()->setValue(layout.rowTop(200));
     const auto rowOnTop = [&] { return layout.rowAt(view->verticalScrollBar()->value()); };
     QCOMPARE(rowOnTop(), 200);
     view->resize(380, 300);
     QCOMPARE(rowOnTop(), 200);
-    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), WaitTimeout);
     QCOMPARE(rowOnTop(), 200);
     view->setFont(QFont(u"DejaVu Serif"_s, 17));
-    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), WaitTimeout);
     QCOMPARE(rowOnTop(), 200);
     ChatTable::appendRows(*table, ChatCorpus::plainRows(300));
-    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), WaitTimeout);
     QCOMPARE(rowOnTop(), 200);
 }
 
@@ -236,7 +236,7 @@ void TestChatView::holdsThePlaceWhileRowsAreMeasured()
     const int row = layout.rowAt(view->verticalScrollBar()->value());
     const int top = layout.rowTop(row) - view->verticalScrollBar()->value();
     QVERIFY(layout.hasEstimates());
-    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!layout.hasEstimates(), WaitTimeout);
     QCOMPARE(layout.rowTop(row) - view->verticalScrollBar()->value(), top);
     QCOMPARE(painted(*view->viewport()), before);
     QCOMPARE(onScreen(*view->viewport()), before);
@@ -283,24 +283,24 @@ void TestChatView::putsOnTheScreenWhatIsThere()
             {}, u"QTextBrowser { background: #eeeeff; color: #222222; border: none; }"_s, {}};
     for (const QString &sheet : sheets) {
         view->setStyleSheet(sheet);
-        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
         for (int i = 0; i < 40; ++i) {
             ChatTable::appendRows(*table, ChatCorpus::plainRows(1 + i % 3, i));
             scrollToEnd(*view);
-            QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
+            QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
         }
         view->verticalScrollBar()->setValue(view->verticalScrollBar()->value() - 37);
-        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
         view->resize(view->width() + 7, view->height() - 11);
-        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
         view->setFont(QFont(u"DejaVu Sans"_s, view->font().pointSize() + 1));
-        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
         ChatTable::appendRows(*table, ChatCorpus::rows());
-        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
         scrollToEnd(*view);
-        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
         view->selectAll();
-        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
     }
 }
 
@@ -329,7 +329,7 @@ void TestChatView::paintsThroughStyleSheets()
     }
     QVERIFY(image.save(file));
     ViewPair pair(QSize(450, 300));
-    pair.both([](QTextBrowser &view) {
+    pair.applyToBoth([](QTextBrowser &view) {
         QPalette palette = view.palette();
         palette.setColor(QPalette::Base, Qt::white);
         palette.setColor(QPalette::Window, Qt::white);
@@ -337,7 +337,7 @@ void TestChatView::paintsThroughStyleSheets()
         view.setAutoFillBackground(true);
     });
     pair.append(ChatCorpus::rows().first(60));
-    pair.both([&](QTextBrowser &view) {
+    pair.applyToBoth([&](QTextBrowser &view) {
         view.setStyleSheet(sheet.contains(u"%1"_s) ? sheet.arg(file) : sheet);
     });
     QVERIFY(pair.measure());

@@ -46,7 +46,7 @@ public:
     {
         window.activateWindow();
         view->setFocus();
-        return QTest::qWaitForWindowActive(&window, Patience) && view->hasFocus();
+        return QTest::qWaitForWindowActive(&window, WaitTimeout) && view->hasFocus();
     }
 
     [[nodiscard]] ChatViewAccessible &accessible() const { return *ChatViewAccessible::of(*view); }
@@ -288,7 +288,7 @@ void TestChatViewAccessible::scrollsToText()
     Conversation conversation;
     for (int i = 0; i < 100; ++i)
         conversation.append({{u"[4]"_s, u"al"_s, u" more"_s}});
-    QTRY_VERIFY_WITH_TIMEOUT(conversation.view->verticalScrollBar()->value() > 0, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(conversation.view->verticalScrollBar()->value() > 0, WaitTimeout);
     ChatViewAccessible &accessible = conversation.accessible();
     const auto isShown = [&](int offset) {
         return accessible.rect().contains(accessible.characterRect(offset));

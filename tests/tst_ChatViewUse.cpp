@@ -90,7 +90,7 @@ struct LinkedWindow
         window.activateWindow();
         scrollToEnd(*view);
         view->setFocus();
-        return QTest::qWaitForWindowActive(&window, Patience);
+        return QTest::qWaitForWindowActive(&window, WaitTimeout);
     }
 
     [[nodiscard]] int scroll() const { return view->verticalScrollBar()->value(); }
@@ -168,7 +168,7 @@ void TestChatViewUse::selectsByDragging()
     pair.append(ChatCorpus::rows().first(60));
     QVERIFY(pair.measure());
     pair.scrollTo(300);
-    pair.both([&](QTextBrowser &view) {
+    pair.applyToBoth([&](QTextBrowser &view) {
         QTest::mousePress(view.viewport(), Qt::LeftButton, {}, from);
         for (int step = 1; step <= 4; ++step)
             move(view, from + (to - from) * step / 4, Qt::LeftButton);
@@ -332,9 +332,9 @@ void TestChatViewUse::findsText()
     ViewPair pair(QSize(450, 300));
     pair.append(ChatCorpus::rows());
     QVERIFY(pair.measure());
-    pair.both([](QTextBrowser &view) { view.moveCursor(QTextCursor::Start); });
+    pair.applyToBoth([](QTextBrowser &view) { view.moveCursor(QTextCursor::Start); });
     for (int i = 0; i < 8; ++i) {
-        pair.both([](QTextBrowser &view) { QVERIFY(view.find(u"combining"_s)); });
+        pair.applyToBoth([](QTextBrowser &view) { QVERIFY(view.find(u"combining"_s)); });
         QCOMPARE(pair.own.textCursor().position(), pair.stock.textCursor().position());
         QCOMPARE(pair.own.verticalScrollBar()->value(), pair.stock.verticalScrollBar()->value());
         QCOMPARE(pair.difference(), QString());
@@ -344,7 +344,7 @@ void TestChatViewUse::findsText()
     QVERIFY(view->find(u"line 1234 "_s, QTextDocument::FindBackward));
     const QRect found = view->cursorRect();
     QVERIFY(view->viewport()->rect().contains(found));
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
     QVERIFY(view->viewport()->rect().contains(view->cursorRect()));
 }
 
@@ -366,7 +366,7 @@ void TestChatViewUse::scrollsByKeys()
     pair.scrollTo(0);
     for (const Qt::Key key : {Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageUp, Qt::Key_Up, Qt::Key_Down,
                               Qt::Key_PageDown, Qt::Key_Home, Qt::Key_Space}) {
-        pair.both([key](QTextBrowser &view) { QTest::keyClick(&view, key); });
+        pair.applyToBoth([key](QTextBrowser &view) { QTest::keyClick(&view, key); });
         QCOMPARE(pair.own.verticalScrollBar()->value(), pair.stock.verticalScrollBar()->value());
         QCOMPARE(pair.difference(), QString());
     }

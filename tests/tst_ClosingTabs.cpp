@@ -105,10 +105,10 @@ void TestClosingTabs::keepsOneButtonPerTab()
     session.probe.clickTab(2);
     session.probe.clickTab(0);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabBar().findChildren<QPushButton *>().size(), 3,
-                              Patience);
+                              WaitTimeout);
     session.probe.closeTab(1);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabBar().findChildren<QPushButton *>().size(), 2,
-                              Patience);
+                              WaitTimeout);
 }
 
 void TestClosingTabs::closesByTheTabsButton()
@@ -140,7 +140,7 @@ void TestClosingTabs::closesTheShownTabByItsOwnButton()
     QTest::mouseClick(button, Qt::LeftButton);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#d"_s}));
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabBar().findChildren<QPushButton *>().size(), 2,
-                              Patience);
+                              WaitTimeout);
 }
 
 void TestClosingTabs::closesTheTabToTheRightByAStaleButton()
@@ -194,13 +194,13 @@ void TestClosingTabs::ignoresIndexesThatNoTabHolds()
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     session.probe.openTabs({u"#a"_s, QString()}); // A tab without a name, as tabText has none.
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     session.probe.showTab(QString());
     session.probe.closeTab(index);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#a"_s, QString()}));
     QCOMPARE(session.probe.tabs().size(), 3);
     QCOMPARE(session.probe.currentTabName(), QString());
-    QVERIFY(!session.takeSent().contains(u"WATCH -"_s));
+    QVERIFY(!session.readSent().contains(u"WATCH -"_s));
 }
 
 void TestClosingTabs::closesFromOutside()
@@ -225,18 +225,18 @@ void TestClosingTabs::partsAChannelThatIsClosed()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":me!u@h JOIN #c"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN #c"_s));
     QVERIFY(session.server.waitForLine(u"NAMES #c"_s));
-    static_cast<void>(session.takeSent());
+    session.discardSent();
 
     session.probe.closeTab(1);
     QVERIFY(session.server.waitForLine(u"PART #c :Leaving"_s));
     QCOMPARE(session.probe.lines(Server).count(u"*** You left #c"_s), 1);
 
     // The server's echo does not bring the tab back.
-    QVERIFY(session.say(u":me!u@h PART #c :Leaving"_s));
+    QVERIFY(session.receive(u":me!u@h PART #c :Leaving"_s));
     QCOMPARE(session.probe.tabTexts(), QStringList{Server});
-    QCOMPARE(session.takeSent(), QStringList{u"PART #c :Leaving"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PART #c :Leaving"_s});
 }
 
 void TestClosingTabs::closesAChannelSilentlyWhileDisconnected()
@@ -255,12 +255,12 @@ void TestClosingTabs::unwatchesAPrivateTabThatIsClosed()
     QVERIFY(session.registerAs(u"me"_s));
     session.probe.openTabs({u"Bob"_s});
     QVERIFY(session.server.waitForLine(u"WATCH +Bob"_s));
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
     const QStringList before = session.probe.lines(Server);
 
     session.probe.closeTab(1);
-    QCOMPARE(session.takeSent(), QStringList{u"WATCH -Bob"_s});
+    QCOMPARE(session.readSent(), QStringList{u"WATCH -Bob"_s});
     QVERIFY(session.probe.watchedNicks().isEmpty());
     QCOMPARE(session.probe.lines(Server), before);
 }
@@ -276,9 +276,9 @@ void TestClosingTabs::forgetsWhomItWatchedWithoutALink()
     QCOMPARE(session.probe.lines(Server), before);
 
     QVERIFY(session.registerAs(u"me"_s));
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     session.probe.openTabs({u"Bob"_s});
-    QCOMPARE(session.takeSent(), QStringList{u"WATCH +Bob"_s});
+    QCOMPARE(session.readSent(), QStringList{u"WATCH +Bob"_s});
 }
 
 void TestClosingTabs::unwatchesNobodyElse()
@@ -287,11 +287,11 @@ void TestClosingTabs::unwatchesNobodyElse()
     QVERIFY(session.registerAs(u"me"_s));
     session.probe.openTabs({u"bob"_s, u"#c"_s});
     QVERIFY(session.server.waitForLine(u"WATCH +bob"_s));
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     session.probe.watchedNicks() = QSet<QString>{u"carol"_s, u"#c"_s};
     session.probe.closeTab(2);
     session.probe.closeTab(1);
-    QCOMPARE(session.takeSent(), QStringList{u"PART #c :Leaving"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PART #c :Leaving"_s});
     QCOMPARE(session.probe.watchedNicks(), (QSet<QString>{u"carol"_s, u"#c"_s}));
 }
 
@@ -384,7 +384,7 @@ void TestClosingTabs::fallsBackToServerIfTheShownNameIsGone()
     QVERIFY(session.registerAs(u"me"_s));
     session.probe.openTabs({u"alice"_s, u"bob"_s, u"#c"_s});
     session.probe.showTab(u"alice"_s);
-    QVERIFY(session.say(u":bob!u@h NICK alice"_s));
+    QVERIFY(session.receive(u":bob!u@h NICK alice"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"alice"_s, u"alice"_s, u"#c"_s}));
     QCOMPARE(session.probe.currentTabName(), u"alice"_s);
     QVERIFY(session.probe.emojiButton().isVisible());
@@ -418,7 +418,7 @@ void TestClosingTabs::closesATabWithoutAName()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":me!u@h JOIN :#x"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN :#x"_s));
     session.probe.inputLine().setText(u"half"_s);
     session.probe.closeButton(1)->click();
     QCOMPARE(session.probe.tabTexts(), QStringList{Server});

@@ -389,7 +389,7 @@ void TestConnectDialog::walksByKeyboard()
 {
     ConnectDialogPage page;
     page.dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&page.dialog, Patience));
+    QVERIFY(QTest::qWaitForWindowActive(&page.dialog, WaitTimeout));
     const QList<QWidget *> stops{page.server,
                                  page.port,
                                  page.button(u"addButton"_s),
@@ -449,7 +449,7 @@ void TestConnectDialog::connectsOnReturn()
     ConnectDialogPage page;
     page.nickname->setText(u"nick"_s);
     page.dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&page.dialog, Patience));
+    QVERIFY(QTest::qWaitForWindowActive(&page.dialog, WaitTimeout));
     QWidget *field = FormFields::fieldOf(&page.dialog, where);
     QVERIFY(field != nullptr);
     field->setFocus();
@@ -462,7 +462,7 @@ void TestConnectDialog::leavesOnEscape()
 {
     ConnectDialogPage page;
     page.dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&page.dialog, Patience));
+    QVERIFY(QTest::qWaitForWindowActive(&page.dialog, WaitTimeout));
     QSignalSpy rejected(&page.dialog, &QDialog::rejected);
     QTest::keyClick(page.server, Qt::Key_Escape);
     QCOMPARE(rejected.size(), 1);

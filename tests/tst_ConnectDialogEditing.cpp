@@ -163,8 +163,8 @@ void TestConnectDialogEditing::selectsTheRowOfAServerThatIsThere()
     const auto before = StoredServers::everything();
     ServerAnswers::save(*answers,
                         {{u"IRC server:"_s, u" irc.oftc.net "_s}, {u"Nickname:"_s, u"nick"_s}});
-    ServerAnswers::read(*answers, QMessageBox::Information, u"Add Server"_s,
-                        u"This server already exists in the list."_s);
+    ServerAnswers::confirm(*answers, QMessageBox::Information, u"Add Server"_s,
+                           u"This server already exists in the list."_s);
     page.clickAdd();
     QCOMPARE(page.list->count(), 72);
     QCOMPARE(page.currentRow(), QString(Star + u"irc.oftc.net:6667"_s));
@@ -205,8 +205,8 @@ void TestConnectDialogEditing::wantsAnAddressOfTwoPartsToAdd()
     const ConnectDialogPage page;
     const auto before = StoredServers::everything();
     ServerAnswers::save(*answers, {{u"IRC server:"_s, u"2001:db8::1"_s}});
-    ServerAnswers::read(*answers, QMessageBox::Warning, u"Invalid format"_s,
-                        u"Please use the format host:port"_s);
+    ServerAnswers::confirm(*answers, QMessageBox::Warning, u"Invalid format"_s,
+                           u"Please use the format host:port"_s);
     page.clickAdd();
     QCOMPARE(page.list->count(), 72);
     QCOMPARE(StoredServers::everything(), before);
@@ -357,8 +357,8 @@ void TestConnectDialogEditing::wantsAnAddressOfTwoPartsToEdit()
     const ConnectDialogPage page;
     const auto before = StoredServers::everything();
     ServerAnswers::save(*answers, {{u"IRC server:"_s, u"::1"_s}});
-    ServerAnswers::read(*answers, QMessageBox::Warning, u"Invalid format"_s,
-                        u"Please use the format host:port"_s);
+    ServerAnswers::confirm(*answers, QMessageBox::Warning, u"Invalid format"_s,
+                           u"Please use the format host:port"_s);
     page.clickEdit();
     QCOMPARE(page.currentRow(), u"irc.libera.chat:6667"_s);
     QCOMPARE(StoredServers::everything(), before);
@@ -379,7 +379,7 @@ void TestConnectDialogEditing::editsNothingWithoutRow()
 {
     const ConnectDialogPage page;
     page.list->setCurrentItem(nullptr);
-    ServerAnswers::read(*answers, QMessageBox::Information, u"Edit"_s, u"No server selected."_s);
+    ServerAnswers::confirm(*answers, QMessageBox::Information, u"Edit"_s, u"No server selected."_s);
     page.clickEdit();
 }
 
@@ -408,7 +408,7 @@ void TestConnectDialogEditing::deletesADefaultForGood()
     {
         ConnectDialogPage page;
         QVERIFY(page.select(u"irc.oftc.net:6667"_s));
-        ServerAnswers::press(*answers, QMessageBox::Yes);
+        ServerAnswers::pressButton(*answers, QMessageBox::Yes);
         page.clickDelete();
         QCOMPARE(page.list->count(), 71);
         QVERIFY(!page.rows().contains(u"irc.oftc.net:6667"_s));
@@ -432,7 +432,7 @@ void TestConnectDialogEditing::deletesACustomServer()
                          QStringList{u"own.example.org_6697"_s, u"irc.oftc.net_6667"_s});
     ConnectDialogPage page;
     QVERIFY(page.select(QString(Star + u"own.example.org:6697"_s)));
-    ServerAnswers::press(*answers, QMessageBox::Yes);
+    ServerAnswers::pressButton(*answers, QMessageBox::Yes);
     page.clickDelete();
     QCOMPARE(page.list->count(), 73);
     QCOMPARE(StoredServers::customIds(), QStringList{u"own.example.org_669"_s});
@@ -449,7 +449,7 @@ void TestConnectDialogEditing::keepsTheMarkOfADeletedFavoriteDefault()
     {
         ConnectDialogPage page;
         QVERIFY(page.select(QString(Star + u"irc.oftc.net:6667"_s)));
-        ServerAnswers::press(*answers, QMessageBox::Yes);
+        ServerAnswers::pressButton(*answers, QMessageBox::Yes);
         page.clickDelete();
         QCOMPARE(StoredServers::favoriteIds(), QStringList{u"irc.oftc.net_6667"_s});
     }
@@ -466,7 +466,7 @@ void TestConnectDialogEditing::deletesARowThatIsNoAddress()
     QSettings().setValue(u"servers/customList"_s, QStringList{u"my_host_6667"_s});
     ConnectDialogPage page;
     QVERIFY(page.select(u"my:host:6667"_s));
-    ServerAnswers::press(*answers, QMessageBox::Yes);
+    ServerAnswers::pressButton(*answers, QMessageBox::Yes);
     page.clickDelete();
     QCOMPARE(page.list->count(), 72);
     QCOMPARE(StoredServers::customIds(), QStringList());
@@ -557,7 +557,8 @@ void TestConnectDialogEditing::deletesNothingWithoutRow()
 {
     const ConnectDialogPage page;
     page.list->setCurrentItem(nullptr);
-    ServerAnswers::read(*answers, QMessageBox::Information, u"Delete"_s, u"No server selected."_s);
+    ServerAnswers::confirm(*answers, QMessageBox::Information, u"Delete"_s,
+                           u"No server selected."_s);
     page.clickDelete();
     QCOMPARE(page.list->count(), 72);
 }
@@ -578,7 +579,7 @@ void TestConnectDialogEditing::forgetsTheRecordOfAServerThatIsGone()
     ConnectDialogPage page;
     QVERIFY(page.select(u"own.example.org:6697"_s));
     if (isDeleted) {
-        ServerAnswers::press(*answers, QMessageBox::Yes);
+        ServerAnswers::pressButton(*answers, QMessageBox::Yes);
         page.clickDelete();
     } else {
         ServerAnswers::save(*answers, {{u"Port:"_s, u"6698"_s}});
@@ -597,7 +598,7 @@ void TestConnectDialogEditing::remembersTheRecordOfADeletedDefault()
     StoredServers::setValue(u"irc.oftc.net_6667"_s, u"password"_s, u"secret"_s);
     ConnectDialogPage page;
     QVERIFY(page.select(u"irc.oftc.net:6667"_s));
-    ServerAnswers::press(*answers, QMessageBox::Yes);
+    ServerAnswers::pressButton(*answers, QMessageBox::Yes);
     page.clickDelete();
     page.typeServer(u"irc.oftc.net"_s, u"6667"_s);
     page.nickname->setText(u"typed"_s);

@@ -338,7 +338,7 @@ void TestConnectDialogServers::editsAndDeletesFromTheMenu()
     page.openMenu(u"irc.oftc.net:6667"_s);
     QCOMPARE(StoredServers::value(u"irc.oftc.net_6667"_s, u"nickname"_s), QVariant(u"nick"_s));
     ServerAnswers::choose(*answers, u"Delete"_s);
-    ServerAnswers::press(*answers, QMessageBox::Yes);
+    ServerAnswers::pressButton(*answers, QMessageBox::Yes);
     page.openMenu(u"irc.oftc.net:6667"_s);
     QCOMPARE(StoredServers::deletedDefaultIds(), QStringList{u"irc.oftc.net_6667"_s});
     QVERIFY(!page.rows().contains(u"irc.oftc.net:6667"_s));
@@ -462,7 +462,7 @@ void TestConnectDialogServers::livesWithADamagedStore()
     for (const QString &row : {u"17"_s, u"my:host:6667"_s, u"::1:6667"_s, u"not an address"_s}) {
         QVERIFY(page.select(row));
         page.clickEdit();
-        ServerAnswers::press(*answers, QMessageBox::Yes);
+        ServerAnswers::pressButton(*answers, QMessageBox::Yes);
         page.clickDelete();
     }
     QCOMPARE(StoredServers::value(u"irc.efnet.org_6667"_s, u"autojoin"_s), QVariant(u"17"_s));
@@ -499,7 +499,7 @@ void TestConnectDialogServers::livesWithAStoreThatCannotBeWritten()
         ServerAnswers::save(*answers, {{u"IRC server:"_s, u"new.example.org"_s}});
         page.clickAdd();
         QCOMPARE(page.currentRow(), u"new.example.org:6667"_s);
-        ServerAnswers::press(*answers, QMessageBox::Yes);
+        ServerAnswers::pressButton(*answers, QMessageBox::Yes);
         page.clickDelete();
         QVERIFY(page.select(u"irc.oftc.net:6667"_s));
         page.nickname->setText(u"nick"_s);
@@ -530,7 +530,7 @@ void TestConnectDialogServers::livesWithTenThousandServers()
     ServerAnswers::choose(*answers, u"Add to Favorites"_s);
     page.openMenu(u"host5000.example.org:6667"_s);
     QCOMPARE(page.rows().constFirst(), QString(Star + u"host5000.example.org:6667"_s));
-    ServerAnswers::press(*answers, QMessageBox::Yes);
+    ServerAnswers::pressButton(*answers, QMessageBox::Yes);
     page.clickDelete();
     QCOMPARE(StoredServers::customIds().size(), 9999);
     QCOMPARE(StoredServers::groups().size(), 10071);

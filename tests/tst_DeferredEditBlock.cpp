@@ -75,7 +75,7 @@ void TestDeferredEditBlock::endsByItself()
     const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(&block);
     QCOMPARE(timers.size(), 1);
     QCOMPARE(timers.constFirst().interval, 2000);
-    QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 1, WaitTimeout);
     const QVariantList all{9, 0, 9};
     QCOMPARE(changes.constFirst(), all);
     QVERIFY(!block.isOpen());
@@ -92,14 +92,14 @@ void TestDeferredEditBlock::coversItsEnd()
             [&block, &wasCovered](int from) { wasCovered = block.covers(from); });
     block.begin(9);
     append(u"!"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(wasCovered, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(wasCovered, WaitTimeout);
 }
 
 void TestDeferredEditBlock::beginsAgain()
 {
     DeferredEditBlock block(*document);
     block.begin(9);
-    QTRY_VERIFY_WITH_TIMEOUT(!block.isOpen(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!block.isOpen(), WaitTimeout);
     block.begin(5);
     QVERIFY(block.isOpen());
     QVERIFY(block.covers(5));

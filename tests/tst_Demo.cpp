@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int DemoPatience = 5 * Patience; // In ms; the demo gives itself a little less.
+constexpr int DemoPatience = 5 * WaitTimeout; // In ms; the demo gives itself a little less.
 
 constexpr QRgb MaraColour = qRgb(0x2e, 0x7d, 0x32); // Of one who talks in the demo.
 constexpr int NickPoints = 20; // A short nick has more points of its colour than this.
@@ -59,7 +59,7 @@ void TestDemo::start(const QStringList &arguments)
 {
     demo.setProcessChannelMode(QProcess::MergedChannels);
     demo.start(QStringLiteral(VELMORA_DEMO), arguments);
-    QVERIFY(demo.waitForStarted(Patience));
+    QVERIFY(demo.waitForStarted(WaitTimeout));
 }
 
 void TestDemo::waitsForThePersonOnADisplay()
@@ -74,7 +74,7 @@ void TestDemo::waitsForThePersonOnADisplay()
     QVERIFY(waitForWindow(u"Connect to IRC Server"_s));
     QVERIFY(screen.press(u"Return"_s));
     QVERIFY(waitForWindow(u"Velmora"_s));
-    QVERIFY(screen.waitFor([&] { return screen.countPoints(MaraColour) > NickPoints; }));
+    QVERIFY(screen.waitFor([&] { return screen.countPixels(MaraColour) > NickPoints; }));
     QVERIFY(screen.press(u"alt+F4"_s));
 
     QVERIFY(demo.waitForFinished(DemoPatience));
@@ -96,7 +96,7 @@ void TestDemo::showsTheConversationAndEndsByItself()
         QVERIFY2(told.contains(u"Screenshot: %1\n"_s.arg(file)), qPrintable(told));
         QVERIFY2(!QImage(file).isNull(), qPrintable(file));
     }
-    QTRY_VERIFY_WITH_TIMEOUT(nothingIsLeft(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(nothingIsLeft(), WaitTimeout);
 }
 
 void TestDemo::leavesNothingBehindWhenStopped_data()
@@ -119,7 +119,7 @@ void TestDemo::leavesNothingBehindWhenStopped()
     QCOMPARE(::kill(pid_t(demo.processId()), signal), 0);
     QVERIFY(demo.waitForFinished(DemoPatience));
     QVERIFY(demo.exitStatus() == QProcess::CrashExit || demo.exitCode() != 0);
-    QTRY_VERIFY_WITH_TIMEOUT(nothingIsLeft(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(nothingIsLeft(), WaitTimeout);
 }
 
 QTEST_GUILESS_MAIN(TestDemo)

@@ -82,7 +82,7 @@ void TestDialogParts::keepsAListsKeyFromTheDialog()
     layout->addWidget(combo);
     layout->addWidget(DialogParts::makeSaveAndCancel(dialog));
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog, Patience));
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, WaitTimeout));
     combo->setFocus();
     combo->showPopup();
     QVERIFY(combo->view()->isVisible());

@@ -440,7 +440,7 @@ void TestEditTopicDialog::cutsNothingOff()
 {
     const auto dialog = makeDialog();
     dialog->show();
-    QVERIFY(QTest::qWaitForWindowExposed(dialog.get(), Patience));
+    QVERIFY(QTest::qWaitForWindowExposed(dialog.get(), WaitTimeout));
     const auto actions = toolBar(*dialog)->actions();
     for (QAction *each : actions) {
         const QWidget *button = toolBar(*dialog)->widgetForAction(each);
@@ -556,7 +556,7 @@ void TestEditTopicDialog::formatsByShortcut()
     QFETCH(const int, key);
     const auto dialog = makeDialog(u"one"_s);
     dialog->show();
-    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), Patience));
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), WaitTimeout));
     edit(*dialog)->selectAll();
     QTest::keyClick(edit(*dialog), static_cast<Qt::Key>(key), Qt::ControlModifier);
     QTEST(contentOf(*dialog), "topic");
@@ -700,7 +700,7 @@ void TestEditTopicDialog::goesOnBehindWhatWasInserted()
 {
     const auto dialog = makeDialog();
     dialog->show();
-    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), Patience));
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), WaitTimeout));
     answers->queueForDialog(pick(Qt::red));
     dialog->chooseIrcColor(false);
     QTest::keyClicks(edit(*dialog), u"go"_s);
@@ -731,7 +731,7 @@ void TestEditTopicDialog::opensThePickerOverItsMiddle()
     const auto dialog = makeDialog(QString(), u"dark"_s);
     dialog->move(300, 200);
     dialog->show();
-    QVERIFY(QTest::qWaitForWindowExposed(dialog.get(), Patience));
+    QVERIFY(QTest::qWaitForWindowExposed(dialog.get(), WaitTimeout));
     click(*dialog, u"Emoji"_s);
     const QPointer<EmojiPicker> picker = dialog->findChild<EmojiPicker *>();
     QVERIFY(picker != nullptr);
@@ -740,7 +740,7 @@ void TestEditTopicDialog::opensThePickerOverItsMiddle()
     const auto *container = picker->findChild<QWidget *>(u"emojiContainer"_s);
     QVERIFY(container->styleSheet().contains(u"rgba(40,40,40,0.95)"_s));
     picker->close();
-    QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, WaitTimeout);
 }
 
 void TestEditTopicDialog::insertsAnEmoji()
@@ -757,7 +757,7 @@ void TestEditTopicDialog::insertsAnEmoji()
     }
     QCOMPARE(dialog->newTopic(), u"I ❤\uFE0F IRC"_s);
     QCOMPARE(edit(*dialog)->textCursor().position(), 4);
-    QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, WaitTimeout);
 }
 
 void TestEditTopicDialog::showsTheCursorAfterAnEmoji()
@@ -805,7 +805,7 @@ void TestEditTopicDialog::savesByControlReturn()
     QCOMPARE(shortcut->context(), Qt::WindowShortcut);
     const QSignalSpy ends(dialog.get(), &QDialog::finished);
     dialog->show();
-    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), Patience));
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), WaitTimeout));
     QTest::keyClick(edit(*dialog), Qt::Key_Return, Qt::ControlModifier);
     QCOMPARE(ends, (QList<QVariantList>{{int(QDialog::Accepted)}}));
     QCOMPARE(edit(*dialog)->toPlainText(), u"topic"_s);
@@ -815,7 +815,7 @@ void TestEditTopicDialog::breaksTheLineByReturn()
 {
     const auto dialog = makeDialog(u"one two"_s);
     dialog->show();
-    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), Patience));
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), WaitTimeout));
     QCOMPARE(QApplication::focusWidget(), edit(*dialog));
     select(*dialog, 3, 1);
     QTest::keyClick(edit(*dialog), Qt::Key_Return);
@@ -839,7 +839,7 @@ void TestEditTopicDialog::cancelsByEscape()
     const auto dialog = makeDialog(u"topic"_s);
     const QSignalSpy ends(dialog.get(), &QDialog::finished);
     dialog->show();
-    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), Patience));
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), WaitTimeout));
     QTest::keyClick(edit(*dialog), Qt::Key_Escape);
     QCOMPARE(ends, (QList<QVariantList>{{int(QDialog::Rejected)}}));
 }

@@ -313,7 +313,7 @@ void TestEmojiPicker::showsItsTableWhole()
 {
     EmojiPicker picker(nullptr, u"light"_s);
     picker.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&picker, Patience));
+    QVERIFY(QTest::qWaitForWindowExposed(&picker, WaitTimeout));
     QRect covered;
     const auto buttons = picker.findChildren<QPushButton *>();
     for (const QPushButton *each : buttons) {
@@ -378,9 +378,9 @@ void TestEmojiPicker::closesAtAClickOutside()
     const QSignalSpy selections(&picker, &EmojiPicker::emojiSelected);
     picker.move(below.mapToGlobal(QPoint(200, 0)));
     picker.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&picker, Patience));
+    QVERIFY(QTest::qWaitForWindowExposed(&picker, WaitTimeout));
     QTest::mouseClick(below.windowHandle(), Qt::LeftButton, {}, QPoint(50, 50));
-    QTRY_VERIFY_WITH_TIMEOUT(!picker.isVisible(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!picker.isVisible(), WaitTimeout);
     QCOMPARE(selections.size(), 0);
 }
 
@@ -528,10 +528,10 @@ void TestEmojiPicker::opensANewOneEachTime()
     const QPointer<EmojiPicker> second = conversation.open();
     QVERIFY(second != nullptr);
     QVERIFY(second != first);
-    QTRY_VERIFY_WITH_TIMEOUT(first == nullptr, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(first == nullptr, WaitTimeout);
     QVERIFY(second->isVisible());
     second->close();
-    QTRY_VERIFY_WITH_TIMEOUT(second == nullptr, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(second == nullptr, WaitTimeout);
     QCOMPARE(conversation.pickers().size(), 0);
 }
 
@@ -548,7 +548,7 @@ void TestEmojiPicker::insertsAtTheCursor()
     QCOMPARE(line.text(), u"good ❤\uFE0F morning"_s);
     QCOMPARE(line.cursorPosition(), 7);
     QCOMPARE(conversation.session.window.focusWidget(), &line);
-    QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, WaitTimeout);
 }
 
 void TestEmojiPicker::replacesTheSelection()
@@ -569,10 +569,10 @@ void TestEmojiPicker::insertsNothingAfterAClickOutside()
     const Conversation conversation;
     const QPointer<EmojiPicker> picker = conversation.open();
     QVERIFY(picker != nullptr);
-    QVERIFY(QTest::qWaitForWindowExposed(picker, Patience));
+    QVERIFY(QTest::qWaitForWindowExposed(picker, WaitTimeout));
     QTest::mouseClick(conversation.session.window.windowHandle(), Qt::LeftButton, {},
                       QPoint(50, 200));
-    QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, WaitTimeout);
     QCOMPARE(conversation.session.probe.inputLine().text(), QString());
 }
 

@@ -2,11 +2,11 @@
 // read off the wire; the screen is looked at for what the wire can't tell.
 
 #include "Ngircd.h"
+#include "Scenario.h"
 #include "ScriptedServer.h"
 #include "TlsAuthority.h"
 #include "VirtualScreen.h"
 #include "Waiting.h"
-#include "Walk.h"
 
 #include <QFile>
 #include <QProcess>
@@ -76,7 +76,7 @@ private:
     bool prepareTls(quint16 port);
 
     VirtualScreen screen;
-    std::unique_ptr<Walk> walk;
+    std::unique_ptr<Scenario> scenario;
 };
 
 void TestEndToEnd::initTestCase()
@@ -86,37 +86,39 @@ void TestEndToEnd::initTestCase()
 
 void TestEndToEnd::init()
 {
-    walk = std::make_unique<Walk>(screen, std::make_unique<Ngircd>());
+    scenario = std::make_unique<Scenario>(screen, std::make_unique<Ngircd>());
 }
 
 void TestEndToEnd::cleanup()
 {
     if (QTest::currentTestFailed())
-        walk->report(QString::fromLatin1(QTest::currentTestFunction()));
-    QVERIFY(walk->end());
-    QCOMPARE(walk->program.errorOutput(), QString());
-    walk.reset();
+        scenario->report(QString::fromLatin1(QTest::currentTestFunction()));
+    QVERIFY(scenario->end());
+    QCOMPARE(scenario->program.errorOutput(), QString());
+    scenario.reset();
 }
 
 bool TestEndToEnd::prepareTls(quint16 port)
 {
-    walk->store.addServer({.host = u"localhost"_s,
-                           .port = port,
-                           .nickname = u"wanda"_s,
-                           .realName = u"Wanda Walker"_s,
-                           .channels = {u"#room"_s},
-                           .tls = true});
+    scenario->store.addServer({.host = u"localhost"_s,
+                               .port = port,
+                               .nickname = u"wanda"_s,
+                               .realName = u"Wanda Walker"_s,
+                               .channels = {u"#room"_s},
+                               .tls = true});
     return port != 0;
 }
 
 void TestEndToEnd::connectsFromTheDialogByKeyboard()
 {
-    QVERIFY(walk->enter());
-    QVERIFY(walk->bob.waitFor(u" JOIN :#room"_s));
-    QCOMPARE(walk->proxy->bytesFromProgram(), "NICK wanda\r\nUSER wanda 0 * :Wanda Walker\r\n"
-                                              "JOIN #room\r\nNAMES #room\r\n"_ba);
-    const QString port = QString::number(walk->proxy->port());
-    const auto stored = [&](const QString &key) { return walk->store.value(key).toStringList(); };
+    QVERIFY(scenario->start());
+    QVERIFY(scenario->bob.waitFor(u" JOIN :#room"_s));
+    QCOMPARE(scenario->proxy->bytesFromProgram(), "NICK wanda\r\nUSER wanda 0 * :Wanda Walker\r\n"
+                                                  "JOIN #room\r\nNAMES #room\r\n"_ba);
+    const QString port = QString::number(scenario->proxy->port());
+    const auto stored = [&](const QString &key) {
+        return scenario->store.value(key).toStringList();
+    };
     QCOMPARE(stored(u"connection/history"_s), QStringList{u"127.0.0.1:"_s + port});
     QCOMPARE(stored(u"servers/127.0.0.1_%1/nickname"_s.arg(port)), QStringList{u"wanda"_s});
     QCOMPARE(stored(u"servers/127.0.0.1_%1/autojoin"_s.arg(port)), QStringList{u"#room"_s});
@@ -124,147 +126,147 @@ void TestEndToEnd::connectsFromTheDialogByKeyboard()
 
 void TestEndToEnd::talksBothWays()
 {
-    QVERIFY(walk->enter());
-    QVERIFY(walk->program.say(u"Good evening, everybody"_s));
-    QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :Good evening, everybody"_s));
-    QVERIFY(walk->program.waitForLines(2));
+    QVERIFY(scenario->start());
+    QVERIFY(scenario->program.typeLine(u"Good evening, everybody"_s));
+    QVERIFY(scenario->bob.waitFor(u"PRIVMSG #room :Good evening, everybody"_s));
+    QVERIFY(scenario->program.waitForLines(2));
 
-    const int bobBefore = screen.countPoints(BobColour);
-    walk->bob.send(u"PRIVMSG #room :Good evening, Wanda"_s);
-    QVERIFY(walk->program.waitForLines(3));
-    QVERIFY(screen.waitFor([&] { return screen.countPoints(BobColour) > bobBefore + NickPoints; }));
+    const int bobBefore = screen.countPixels(BobColour);
+    scenario->bob.send(u"PRIVMSG #room :Good evening, Wanda"_s);
+    QVERIFY(scenario->program.waitForLines(3));
+    QVERIFY(screen.waitFor([&] { return screen.countPixels(BobColour) > bobBefore + NickPoints; }));
 }
 
 void TestEndToEnd::runsItsCommands()
 {
-    QVERIFY(walk->enter());
-    ProgramOnScreen &program = walk->program;
-    const LoggingProxy &wire = *walk->proxy;
-    const PlainClient &bob = walk->bob;
+    QVERIFY(scenario->start());
+    ProgramOnScreen &program = scenario->program;
+    const LoggingProxy &wire = *scenario->proxy;
+    const PlainClient &bob = scenario->bob;
 
-    QVERIFY(program.say(u"/join other"_s));
+    QVERIFY(program.typeLine(u"/join other"_s));
     QVERIFY(wire.waitForProgram(u"JOIN #other"_s));
     QVERIFY(wire.waitForProgram(u"NAMES #other"_s));
 
-    QVERIFY(program.say(u"/msg bob between the two of us"_s));
+    QVERIFY(program.typeLine(u"/msg bob between the two of us"_s));
     QVERIFY(bob.waitFor(u"PRIVMSG bob :between the two of us"_s));
     QVERIFY(wire.waitForProgram(u"WATCH +bob"_s));
 
-    QVERIFY(program.say(u"/away gone fishing"_s));
+    QVERIFY(program.typeLine(u"/away gone fishing"_s));
     QVERIFY(wire.waitForProgram(u"AWAY :gone fishing"_s));
     QVERIFY(wire.waitForServer(u" 306 wanda "_s));
-    walk->bob.send(u"PRIVMSG wanda :are you there?"_s);
+    scenario->bob.send(u"PRIVMSG wanda :are you there?"_s);
     QVERIFY(bob.waitFor(u" 301 bob wanda :gone fishing"_s));
 
-    QVERIFY(program.say(u"/back"_s));
+    QVERIFY(program.typeLine(u"/back"_s));
     QVERIFY(wire.waitForProgram(u"AWAY"_s));
     QVERIFY(wire.waitForServer(u" 305 wanda "_s));
 
-    QVERIFY(program.say(u"/nick wendy"_s));
+    QVERIFY(program.typeLine(u"/nick wendy"_s));
     QVERIFY(wire.waitForProgram(u"NICK wendy"_s));
     QVERIFY(bob.waitFor(u" NICK :wendy"_s));
 
-    QVERIFY(program.say(u"/raw NOTICE bob :just so"_s));
+    QVERIFY(program.typeLine(u"/raw NOTICE bob :just so"_s));
     QVERIFY(bob.waitFor(u":wendy!"_s));
     QVERIFY(bob.waitFor(u" NOTICE bob :just so"_s));
 
-    QVERIFY(program.say(u"/part"_s));
+    QVERIFY(program.typeLine(u"/part"_s));
     QVERIFY(wire.waitForProgram(u"PART #room :Leaving"_s));
     QVERIFY(bob.waitFor(u" PART #room :Leaving"_s));
 }
 
 void TestEndToEnd::refusesAnUnknownCommand()
 {
-    QVERIFY(walk->enter());
-    QVERIFY(walk->program.say(u"/frobnicate the server"_s));
-    QVERIFY(walk->program.waitForLines(2));
-    QVERIFY(walk->program.say(u"still here"_s));
-    QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :still here"_s));
-    QCOMPARE(walk->sentByProgram().filter(u"frobnicate"_s, Qt::CaseInsensitive), QStringList());
+    QVERIFY(scenario->start());
+    QVERIFY(scenario->program.typeLine(u"/frobnicate the server"_s));
+    QVERIFY(scenario->program.waitForLines(2));
+    QVERIFY(scenario->program.typeLine(u"still here"_s));
+    QVERIFY(scenario->bob.waitFor(u"PRIVMSG #room :still here"_s));
+    QCOMPARE(scenario->sentByProgram().filter(u"frobnicate"_s, Qt::CaseInsensitive), QStringList());
 }
 
 void TestEndToEnd::hearsAPrivateMessage()
 {
-    QVERIFY(walk->enter());
-    const QRect before = screen.whenStill([this] { return walk->program.tabs(); });
+    QVERIFY(scenario->start());
+    const QRect before = screen.waitUntilStable([this] { return scenario->program.tabs(); });
     QVERIFY(!before.isEmpty());
-    walk->bob.send(u"PRIVMSG wanda :psst"_s);
+    scenario->bob.send(u"PRIVMSG wanda :psst"_s);
     // The conversation opens, and its partner is watched from then on.
-    QVERIFY(walk->proxy->waitForProgram(u"WATCH +bob"_s));
-    QVERIFY(screen.waitFor([&] { return walk->program.tabs().right() > before.right(); }));
+    QVERIFY(scenario->proxy->waitForProgram(u"WATCH +bob"_s));
+    QVERIFY(screen.waitFor([&] { return scenario->program.tabs().right() > before.right(); }));
 }
 
 void TestEndToEnd::asksAboutSomebody()
 {
-    QVERIFY(walk->enter());
-    QVERIFY(walk->program.say(u"/whois bob"_s));
-    QVERIFY(walk->proxy->waitForProgram(u"WHOIS bob"_s));
-    QVERIFY(walk->proxy->waitForServer(u" 318 wanda bob "_s));
+    QVERIFY(scenario->start());
+    QVERIFY(scenario->program.typeLine(u"/whois bob"_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"WHOIS bob"_s));
+    QVERIFY(scenario->proxy->waitForServer(u" 318 wanda bob "_s));
     // Who it is, by which server, idle for how long, and in which channels.
-    QVERIFY(walk->program.waitForLines(1 + 4));
+    QVERIFY(scenario->program.waitForLines(1 + 4));
 
     // Of somebody who is not there, the lines that are always printed.
-    QVERIFY(walk->program.say(u"/whois nosuch"_s));
-    QVERIFY(walk->proxy->waitForServer(u" 318 wanda nosuch "_s));
-    QVERIFY(walk->program.waitForLines(1 + 6));
+    QVERIFY(scenario->program.typeLine(u"/whois nosuch"_s));
+    QVERIFY(scenario->proxy->waitForServer(u" 318 wanda nosuch "_s));
+    QVERIFY(scenario->program.waitForLines(1 + 6));
 }
 
 void TestEndToEnd::takesAnotherNickWhenItsOwnIsInUse()
 {
-    QVERIFY(walk->prepare(LoggingProxy::Joins::Rewritten, u"bob"_s, {u"#room"_s}));
-    QVERIFY(walk->program.start());
-    QVERIFY(walk->program.pressConnect());
-    QVERIFY(walk->proxy->waitForServer(u" 433 "_s));
-    QVERIFY(walk->proxy->waitForProgram(u"NICK bob_"_s));
-    QVERIFY(walk->proxy->waitForServer(u" 001 bob_ "_s));
-    QVERIFY(walk->proxy->waitForProgram(u"NAMES #room"_s));
-    QVERIFY(walk->bob.waitFor(u":bob_!"_s));
+    QVERIFY(scenario->prepare(LoggingProxy::Joins::Rewritten, u"bob"_s, {u"#room"_s}));
+    QVERIFY(scenario->program.start());
+    QVERIFY(scenario->program.pressConnect());
+    QVERIFY(scenario->proxy->waitForServer(u" 433 "_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"NICK bob_"_s));
+    QVERIFY(scenario->proxy->waitForServer(u" 001 bob_ "_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"NAMES #room"_s));
+    QVERIFY(scenario->bob.waitFor(u":bob_!"_s));
 }
 
 void TestEndToEnd::outlivesTheServerAndConnectsAgain()
 {
-    QVERIFY(walk->enter());
-    walk->server->kill();
-    QVERIFY(walk->waitForStatus(Walk::Red));
-    QVERIFY(walk->program.isRunning());
+    QVERIFY(scenario->start());
+    scenario->server->kill();
+    QVERIFY(scenario->waitForStatus(Scenario::Red));
+    QVERIFY(scenario->program.isRunning());
 
     Ngircd next;
     QVERIFY(next.start());
-    walk->proxy->leadTo(next.port());
-    QVERIFY(walk->program.openConnectDialog());
-    QVERIFY(walk->program.pressConnect());
-    QVERIFY(walk->proxy->waitForProgram(u"JOIN #room"_s, 2));
-    QVERIFY(walk->waitForStatus(Walk::Green));
+    scenario->proxy->redirectTo(next.port());
+    QVERIFY(scenario->program.openConnectDialog());
+    QVERIFY(scenario->program.pressConnect());
+    QVERIFY(scenario->proxy->waitForProgram(u"JOIN #room"_s, 2));
+    QVERIFY(scenario->waitForStatus(Scenario::Green));
 }
 
 void TestEndToEnd::takesItsLeaveWhenTheWindowCloses()
 {
-    QVERIFY(walk->enter());
-    QVERIFY(walk->program.close());
-    QCOMPARE(walk->program.exitStatus(), 0);
-    QVERIFY(walk->proxy->waitForProgram(u"QUIT :Velmora leaving"_s));
-    QVERIFY(walk->proxy->waitForEnd());
-    QCOMPARE(walk->sentByProgram().last(), u">> QUIT :Velmora leaving"_s);
-    QVERIFY(walk->bob.waitFor(u":wanda!"_s));
-    QVERIFY(walk->bob.waitFor(u" QUIT "_s));
+    QVERIFY(scenario->start());
+    QVERIFY(scenario->program.close());
+    QCOMPARE(scenario->program.exitStatus(), 0);
+    QVERIFY(scenario->proxy->waitForProgram(u"QUIT :Velmora leaving"_s));
+    QVERIFY(scenario->proxy->waitForEnd());
+    QCOMPARE(scenario->sentByProgram().last(), u">> QUIT :Velmora leaving"_s);
+    QVERIFY(scenario->bob.waitFor(u":wanda!"_s));
+    QVERIFY(scenario->bob.waitFor(u" QUIT "_s));
 }
 
 void TestEndToEnd::livesWithAJoinWhoseChannelIsTrailing()
 {
-    QVERIFY(walk->prepare(LoggingProxy::Joins::AsTheyAre, u"wanda"_s, {u"#room"_s}));
-    QVERIFY(walk->program.start());
-    QVERIFY(walk->program.pressConnect());
-    QVERIFY(walk->proxy->waitForServer(u" JOIN :#room"_s));
+    QVERIFY(scenario->prepare(LoggingProxy::Joins::Unchanged, u"wanda"_s, {u"#room"_s}));
+    QVERIFY(scenario->program.start());
+    QVERIFY(scenario->program.pressConnect());
+    QVERIFY(scenario->proxy->waitForServer(u" JOIN :#room"_s));
     // The channel is lost on the way, so the names are asked of no channel.
-    QVERIFY(walk->proxy->waitForProgram(u"NAMES "_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"NAMES "_s));
 
     // The first line that is spoken opens the channel all the same, and so does our own.
-    const QRect before = screen.whenStill([this] { return walk->program.tabs(); });
+    const QRect before = screen.waitUntilStable([this] { return scenario->program.tabs(); });
     QVERIFY(!before.isEmpty());
-    walk->bob.send(u"PRIVMSG #room :anybody here?"_s);
-    QVERIFY(screen.waitFor([&] { return walk->program.tabs().right() > before.right(); }));
-    QVERIFY(walk->program.say(u"/msg #room here I am"_s));
-    QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :here I am"_s));
+    scenario->bob.send(u"PRIVMSG #room :anybody here?"_s);
+    QVERIFY(screen.waitFor([&] { return scenario->program.tabs().right() > before.right(); }));
+    QVERIFY(scenario->program.typeLine(u"/msg #room here I am"_s));
+    QVERIFY(scenario->bob.waitFor(u"PRIVMSG #room :here I am"_s));
 }
 
 void TestEndToEnd::trustsAnAuthorityOfTheSystem()
@@ -275,14 +277,14 @@ void TestEndToEnd::trustsAnAuthorityOfTheSystem()
 
     const QTemporaryDir certificates;
     QVERIFY(install(authority, certificates.path()));
-    QVERIFY(walk->program.start(inASystemWithCertificates(certificates.path())));
-    QVERIFY(walk->program.pressConnect());
+    QVERIFY(scenario->program.start(inASystemWithCertificates(certificates.path())));
+    QVERIFY(scenario->program.pressConnect());
     QVERIFY(server.waitForClient());
     QVERIFY(server.waitForLine(u"NICK wanda"_s));
     QVERIFY(server.waitForLine(u"USER wanda 0 * :Wanda Walker"_s));
     server.send(u":irc.test 001 wanda :Welcome"_s);
     QVERIFY(server.waitForLine(u"JOIN #room"_s));
-    QVERIFY(walk->waitForStatus(Walk::Green));
+    QVERIFY(scenario->waitForStatus(Scenario::Green));
 }
 
 void TestEndToEnd::refusesACertificateThatVouchesForItself()
@@ -294,13 +296,13 @@ void TestEndToEnd::refusesACertificateThatVouchesForItself()
     QVERIFY(server.listen(QHostAddress::LocalHost));
     QVERIFY(prepareTls(server.serverPort()));
 
-    QVERIFY(walk->program.start());
-    QVERIFY(walk->program.pressConnect());
-    QTRY_VERIFY_WITH_TIMEOUT(!refusal.isEmpty(), Patience);
+    QVERIFY(scenario->program.start());
+    QVERIFY(scenario->program.pressConnect());
+    QTRY_VERIFY_WITH_TIMEOUT(!refusal.isEmpty(), WaitTimeout);
     // That it was connected, the error, and that it is disconnected.
-    QVERIFY(walk->program.waitForLines(3));
-    QVERIFY(walk->waitForStatus(Walk::Red));
-    QVERIFY(walk->program.isRunning());
+    QVERIFY(scenario->program.waitForLines(3));
+    QVERIFY(scenario->waitForStatus(Scenario::Red));
+    QVERIFY(scenario->program.isRunning());
 }
 
 QTEST_GUILESS_MAIN(TestEndToEnd)

@@ -2,8 +2,8 @@
 // and pasted.
 
 #include "InspIrcd.h"
+#include "Scenario.h"
 #include "VirtualScreen.h"
-#include "Walk.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -44,7 +44,7 @@ private:
     [[nodiscard]] bool typeLine(const QString &text) const;
 
     VirtualScreen screen;
-    std::unique_ptr<Walk> walk;
+    std::unique_ptr<Scenario> scenario;
 };
 
 void TestEndToEndKeyboard::initTestCase()
@@ -54,16 +54,16 @@ void TestEndToEndKeyboard::initTestCase()
 
 void TestEndToEndKeyboard::init()
 {
-    walk = std::make_unique<Walk>(screen, std::make_unique<InspIrcd>());
+    scenario = std::make_unique<Scenario>(screen, std::make_unique<InspIrcd>());
 }
 
 void TestEndToEndKeyboard::cleanup()
 {
     if (QTest::currentTestFailed())
-        walk->report(QString::fromLatin1(QTest::currentTestFunction()));
-    QVERIFY(walk->end());
-    QCOMPARE(walk->program.errorOutput(), QString());
-    walk.reset();
+        scenario->report(QString::fromLatin1(QTest::currentTestFunction()));
+    QVERIFY(scenario->end());
+    QCOMPARE(scenario->program.errorOutput(), QString());
+    scenario.reset();
 }
 
 bool TestEndToEndKeyboard::clickConversation() const
@@ -78,10 +78,10 @@ bool TestEndToEndKeyboard::typeLine(const QString &text) const
 
 void TestEndToEndKeyboard::typesIntoTheInputLineFromAConversation()
 {
-    QVERIFY(walk->enter());
+    QVERIFY(scenario->start());
     QVERIFY(clickConversation());
     QVERIFY(typeLine(u"hello there"_s));
-    QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :hello there"_s));
+    QVERIFY(scenario->bob.waitFor(u"PRIVMSG #room :hello there"_s));
 }
 
 void TestEndToEndKeyboard::copiesRowsAsOneLineOfInput_data()
@@ -94,51 +94,51 @@ void TestEndToEndKeyboard::copiesRowsAsOneLineOfInput_data()
 void TestEndToEndKeyboard::copiesRowsAsOneLineOfInput()
 {
     QFETCH(const bool, isPrimary);
-    QVERIFY(walk->enter());
-    walk->bob.send(u"PRIVMSG #room :one  two"_s);
-    walk->bob.send(u"PRIVMSG #room :QUIT :three"_s);
-    QVERIFY(walk->program.waitForLines(3));
+    QVERIFY(scenario->start());
+    scenario->bob.send(u"PRIVMSG #room :one  two"_s);
+    scenario->bob.send(u"PRIVMSG #room :QUIT :three"_s);
+    QVERIFY(scenario->program.waitForLines(3));
     QVERIFY(clickConversation());
     QVERIFY(screen.press(u"ctrl+a"_s));
     if (isPrimary) {
-        QVERIFY(screen.click(walk->program.inputLine(), MiddleButton));
+        QVERIFY(screen.click(scenario->program.inputLine(), MiddleButton));
     } else {
         QVERIFY(screen.press(u"ctrl+c"_s));
         QVERIFY(screen.press(u"ctrl+v"_s));
     }
     QVERIFY(screen.press(u"Return"_s));
-    QVERIFY(walk->bob.waitFor(u"PRIVMSG #room :["_s));
+    QVERIFY(scenario->bob.waitFor(u"PRIVMSG #room :["_s));
     static const QRegularExpression expected(
             uR"(^>> PRIVMSG #room :\[[\d:]+\] wanda joined #room \[[\d:]+\] bob one  two )"
             uR"(\[[\d:]+\] bob QUIT :three$)"_s);
-    const QStringList said = walk->sentByProgram().filter(u"PRIVMSG"_s);
+    const QStringList said = scenario->sentByProgram().filter(u"PRIVMSG"_s);
     QCOMPARE(said.size(), 1);
     QVERIFY2(expected.match(said.first()).hasMatch(), qPrintable(said.first()));
 }
 
 void TestEndToEndKeyboard::switchesTabs()
 {
-    QVERIFY(walk->enter({u"#room"_s, u"#hall"_s}));
+    QVERIFY(scenario->start({u"#room"_s, u"#hall"_s}));
     QVERIFY(clickConversation());
     QVERIFY(screen.press(u"ctrl+Tab"_s));
     QVERIFY(typeLine(u"one"_s));
-    QVERIFY(walk->proxy->waitForProgram(u"PRIVMSG #hall :one"_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"PRIVMSG #hall :one"_s));
     // The input line has the keyboard now.
     QVERIFY(screen.press(u"ctrl+shift+Tab"_s));
     QVERIFY(typeLine(u"two"_s));
-    QVERIFY(walk->proxy->waitForProgram(u"PRIVMSG #room :two"_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"PRIVMSG #room :two"_s));
     QVERIFY(screen.press(u"ctrl+Next"_s));
     QVERIFY(typeLine(u"three"_s));
-    QVERIFY(walk->proxy->waitForProgram(u"PRIVMSG #hall :three"_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"PRIVMSG #hall :three"_s));
     QVERIFY(screen.press(u"ctrl+Prior"_s));
     QVERIFY(typeLine(u"four"_s));
-    QVERIFY(walk->proxy->waitForProgram(u"PRIVMSG #room :four"_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"PRIVMSG #room :four"_s));
     // From the channel list and the line that searches it, too.
     QVERIFY(typeLine(u"/list"_s));
-    QVERIFY(walk->proxy->waitForServer(u" 323 wanda "_s));
+    QVERIFY(scenario->proxy->waitForServer(u" 323 wanda "_s));
     QVERIFY(screen.press(u"ctrl+Prior"_s));
     QVERIFY(typeLine(u"five"_s));
-    QVERIFY(walk->proxy->waitForProgram(u"PRIVMSG #hall :five"_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"PRIVMSG #hall :five"_s));
 }
 
 void TestEndToEndKeyboard::choosesAnEmoji_data()
@@ -153,7 +153,7 @@ void TestEndToEndKeyboard::choosesAnEmoji()
 {
     QFETCH(const QStringList, keys);
     QFETCH(const QString, said);
-    QVERIFY(walk->enter());
+    QVERIFY(scenario->start());
     QVERIFY(screen.type(u"oh "_s));
     QVERIFY(screen.press(u"Tab"_s));
     QVERIFY(screen.press(u"space"_s));
@@ -161,10 +161,11 @@ void TestEndToEndKeyboard::choosesAnEmoji()
         QVERIFY(screen.press(key));
     // The picker takes what is typed before it has closed.
     QVERIFY(screen.waitFor([&] {
-        return screen.click(walk->program.inputLine()) && screen.press(u"Return"_s)
+        return screen.click(scenario->program.inputLine()) && screen.press(u"Return"_s)
                && QTest::qWaitFor(
                        [&] {
-                           return walk->proxy->countFromProgram(u"PRIVMSG #room :"_s + said) > 0;
+                           return scenario->proxy->countFromProgram(u"PRIVMSG #room :"_s + said)
+                                  > 0;
                        },
                        OneTry);
     }));
@@ -172,16 +173,16 @@ void TestEndToEndKeyboard::choosesAnEmoji()
 
 void TestEndToEndKeyboard::reachesBothMenusWithOneMnemonic()
 {
-    QVERIFY(walk->enter());
+    QVERIFY(scenario->start());
     // The first press goes to Server, the second one to Settings.
     for (int i = 0; i < 2; ++i) {
-        const QImage before = screen.picture();
+        const QImage before = screen.screenshot();
         QVERIFY(screen.press(u"alt+s"_s));
-        QVERIFY(screen.waitFor([&] { return screen.countChanges(before) > PointsOfMenu; }));
+        QVERIFY(screen.waitFor([&] { return screen.countChangedPixels(before) > PointsOfMenu; }));
     }
     QVERIFY(screen.press(u"p"_s));
     QVERIFY(screen.waitFor([this] { return screen.activeTitle() == u"Preferences"_s; }));
-    QVERIFY(walk->program.closeDialog());
+    QVERIFY(scenario->program.closeDialog());
 }
 
 QTEST_GUILESS_MAIN(TestEndToEndKeyboard)

@@ -2,8 +2,8 @@
 // there with channels and people by mouse.
 
 #include "InspIrcd.h"
+#include "Scenario.h"
 #include "VirtualScreen.h"
-#include "Walk.h"
 
 #include <QTest>
 
@@ -69,7 +69,7 @@ private:
     QRect watchBlinking() const;
 
     VirtualScreen screen;
-    std::unique_ptr<Walk> walk;
+    std::unique_ptr<Scenario> scenario;
 };
 
 void TestEndToEndPeople::initTestCase()
@@ -79,26 +79,26 @@ void TestEndToEndPeople::initTestCase()
 
 void TestEndToEndPeople::init()
 {
-    walk = std::make_unique<Walk>(screen, std::make_unique<InspIrcd>());
+    scenario = std::make_unique<Scenario>(screen, std::make_unique<InspIrcd>());
 }
 
 void TestEndToEndPeople::cleanup()
 {
     if (QTest::currentTestFailed())
-        walk->report(QString::fromLatin1(QTest::currentTestFunction()));
-    QVERIFY(walk->end());
-    QCOMPARE(walk->program.errorOutput(), QString());
-    walk.reset();
+        scenario->report(QString::fromLatin1(QTest::currentTestFunction()));
+    QVERIFY(scenario->end());
+    QCOMPARE(scenario->program.errorOutput(), QString());
+    scenario.reset();
 }
 
 QRect TestEndToEndPeople::shownText(const QRect &area) const
 {
-    return screen.findPoints(area, TextColour, TextDistance);
+    return screen.findPixels(area, TextColour, TextDistance);
 }
 
 QRect TestEndToEndPeople::shownRows(const QRect &area) const
 {
-    return screen.whenStill([&] {
+    return screen.waitUntilStable([&] {
         const QRect text = shownText(area);
         return text.height() > TwoRows ? text : QRect();
     });
@@ -106,26 +106,27 @@ QRect TestEndToEndPeople::shownRows(const QRect &area) const
 
 QPoint TestEndToEndPeople::placeOfBob() const
 {
-    return shownRows(walk->program.userNames()).topLeft() + IntoFirstRow;
+    return shownRows(scenario->program.userNames()).topLeft() + IntoFirstRow;
 }
 
 bool TestEndToEndPeople::doubleClickFor(const QString &line, QPoint place) const
 {
     return screen.waitFor([&] {
         return screen.doubleClick(place)
-               && QTest::qWaitFor([&] { return walk->proxy->countFromProgram(line) > 0; }, OneTry);
+               && QTest::qWaitFor([&] { return scenario->proxy->countFromProgram(line) > 0; },
+                                  OneTry);
     });
 }
 
 bool TestEndToEndPeople::openChat()
 {
     return doubleClickFor(u"WATCH +bob"_s, placeOfBob())
-           && walk->proxy->waitForServer(u" 604 wanda bob "_s);
+           && scenario->proxy->waitForServer(u" 604 wanda bob "_s);
 }
 
 QRect TestEndToEndPeople::blinkingText() const
 {
-    return screen.findPoints(walk->program.tabBar(), BlinkColour, BlinkDistance);
+    return screen.findPixels(scenario->program.tabBar(), BlinkColour, BlinkDistance);
 }
 
 QRect TestEndToEndPeople::watchBlinking() const
@@ -145,14 +146,14 @@ QRect TestEndToEndPeople::watchBlinking() const
 
 void TestEndToEndPeople::joinsFromTheChannelList()
 {
-    QVERIFY(walk->enter());
-    walk->bob.send(u"JOIN #hall"_s);
-    QVERIFY(walk->bob.waitFor(u" 366 bob #hall "_s));
+    QVERIFY(scenario->start());
+    scenario->bob.send(u"JOIN #hall"_s);
+    QVERIFY(scenario->bob.waitFor(u" 366 bob #hall "_s));
 
-    QVERIFY(walk->program.say(u"/list"_s));
-    QVERIFY(walk->proxy->waitForProgram(u"LIST"_s));
-    QVERIFY(walk->proxy->waitForServer(u" 323 wanda "_s));
-    const QRect names = walk->program.channelNames();
+    QVERIFY(scenario->program.typeLine(u"/list"_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"LIST"_s));
+    QVERIFY(scenario->proxy->waitForServer(u" 323 wanda "_s));
+    const QRect names = scenario->program.channelNames();
     QVERIFY(!shownRows(names).isEmpty());
     // The line below the list has the keyboard, and only what it finds stays.
     QVERIFY(screen.type(u"hall"_s));
@@ -164,14 +165,14 @@ void TestEndToEndPeople::joinsFromTheChannelList()
 
     // The channel with fewer people is the lower one.
     QVERIFY(doubleClickFor(u"JOIN #hall"_s, rows.bottomLeft() + IntoLastRow));
-    QVERIFY(walk->bob.waitFor(u" JOIN :#hall"_s));
-    QVERIFY(walk->program.say(u"here I am"_s));
-    QVERIFY(walk->bob.waitFor(u"PRIVMSG #hall :here I am"_s));
+    QVERIFY(scenario->bob.waitFor(u" JOIN :#hall"_s));
+    QVERIFY(scenario->program.typeLine(u"here I am"_s));
+    QVERIFY(scenario->bob.waitFor(u"PRIVMSG #hall :here I am"_s));
 }
 
 void TestEndToEndPeople::asksAboutSomebodyFromTheUserList()
 {
-    QVERIFY(walk->enter());
+    QVERIFY(scenario->start());
     const QPoint bob = placeOfBob();
     const QRect menu = MenuBelowNames.translated(bob);
     QVERIFY(shownText(menu).isEmpty());
@@ -179,10 +180,10 @@ void TestEndToEndPeople::asksAboutSomebodyFromTheUserList()
     QVERIFY(screen.waitFor([&] { return !shownText(menu).isEmpty(); }));
 
     QVERIFY(screen.click(bob + ToWhois));
-    QVERIFY(walk->proxy->waitForProgram(u"WHOIS bob"_s));
-    QVERIFY(walk->proxy->waitForServer(u" 318 wanda bob "_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"WHOIS bob"_s));
+    QVERIFY(scenario->proxy->waitForServer(u" 318 wanda bob "_s));
     // Behind our own join: who it is, by which server, idle for how long, and in which channels.
-    QVERIFY(walk->program.waitForLines(1 + 4));
+    QVERIFY(scenario->program.waitForLines(1 + 4));
 }
 
 void TestEndToEndPeople::chatsInPrivateFromTheUserList_data()
@@ -195,57 +196,57 @@ void TestEndToEndPeople::chatsInPrivateFromTheUserList_data()
 void TestEndToEndPeople::chatsInPrivateFromTheUserList()
 {
     QFETCH(const bool, isClosedByMouse);
-    QVERIFY(walk->enter());
-    const auto currentTab = [this] { return walk->program.currentTab(); };
-    const QRect room = screen.whenStill(currentTab);
+    QVERIFY(scenario->start());
+    const auto currentTab = [this] { return scenario->program.currentTab(); };
+    const QRect room = screen.waitUntilStable(currentTab);
     QVERIFY(openChat());
     QVERIFY(screen.waitFor([&] { return currentTab().left() > room.right(); }));
-    QVERIFY(walk->program.say(u"psst"_s));
-    QVERIFY(walk->bob.waitFor(u"PRIVMSG bob :psst"_s));
+    QVERIFY(scenario->program.typeLine(u"psst"_s));
+    QVERIFY(scenario->bob.waitFor(u"PRIVMSG bob :psst"_s));
 
-    QCOMPARE(walk->proxy->countFromProgram(u"WATCH -bob"_s), 0);
-    const QRect chat = screen.whenStill(currentTab);
+    QCOMPARE(scenario->proxy->countFromProgram(u"WATCH -bob"_s), 0);
+    const QRect chat = screen.waitUntilStable(currentTab);
     QVERIFY(isClosedByMouse ? screen.click(chat.topLeft() + ToCloseButton)
                             : screen.press(u"ctrl+w"_s));
-    QVERIFY(walk->proxy->waitForProgram(u"WATCH -bob"_s));
-    QVERIFY(walk->proxy->waitForServer(u" 602 wanda bob "_s));
+    QVERIFY(scenario->proxy->waitForProgram(u"WATCH -bob"_s));
+    QVERIFY(scenario->proxy->waitForServer(u" 602 wanda bob "_s));
     QVERIFY(screen.waitFor([&] { return currentTab() == room; }));
-    QCOMPARE(walk->proxy->countFromProgram(u"WATCH +bob"_s), 1);
+    QCOMPARE(scenario->proxy->countFromProgram(u"WATCH +bob"_s), 1);
 }
 
 void TestEndToEndPeople::tellsWhenThePartnerComesAndGoes()
 {
-    QVERIFY(walk->enter());
+    QVERIFY(scenario->start());
     QVERIFY(openChat());
-    QVERIFY(walk->program.say(u"are you there?"_s));
-    QVERIFY(walk->bob.waitFor(u"PRIVMSG bob :are you there?"_s));
+    QVERIFY(scenario->program.typeLine(u"are you there?"_s));
+    QVERIFY(scenario->bob.waitFor(u"PRIVMSG bob :are you there?"_s));
     // That he is there, which the server tells at once, and the question.
-    QVERIFY(walk->program.waitForLines(2));
+    QVERIFY(scenario->program.waitForLines(2));
 
-    walk->bob.send(u"QUIT :off"_s);
-    QVERIFY(walk->proxy->waitForServer(u" 601 wanda bob "_s));
+    scenario->bob.send(u"QUIT :off"_s);
+    QVERIFY(scenario->proxy->waitForServer(u" 601 wanda bob "_s));
     // The server tells it twice: to the channel's people and to those who watch.
-    QVERIFY(walk->program.waitForLines(4));
+    QVERIFY(scenario->program.waitForLines(4));
 
     PlainClient again;
-    QVERIFY(again.enter(walk->server->port(), u"bob"_s));
-    QVERIFY(walk->proxy->waitForServer(u" 600 wanda bob "_s));
-    QVERIFY(walk->program.waitForLines(5));
+    QVERIFY(again.registerAt(scenario->server->port(), u"bob"_s));
+    QVERIFY(scenario->proxy->waitForServer(u" 600 wanda bob "_s));
+    QVERIFY(scenario->program.waitForLines(5));
 }
 
 void TestEndToEndPeople::blinksForAMentionUntilTheVisit()
 {
-    QVERIFY(walk->enter({u"#room"_s, u"#hall"_s}));
+    QVERIFY(scenario->start({u"#room"_s, u"#hall"_s}));
     QVERIFY(blinkingText().isEmpty());
-    walk->bob.send(u"PRIVMSG #hall :wanda: over here"_s);
+    scenario->bob.send(u"PRIVMSG #hall :wanda: over here"_s);
     const QRect hall = watchBlinking();
     QVERIFY(!hall.isEmpty());
-    QVERIFY(hall.left() > walk->program.currentTab().right());
+    QVERIFY(hall.left() > scenario->program.currentTab().right());
 
     QVERIFY(screen.click(hall.center()));
-    QVERIFY(screen.waitFor([&] { return walk->program.currentTab().contains(hall.center()); }));
+    QVERIFY(screen.waitFor([&] { return scenario->program.currentTab().contains(hall.center()); }));
     // While the channel that was left blinks, the visited one is seen to be still.
-    walk->bob.send(u"PRIVMSG #room :and back, wanda"_s);
+    scenario->bob.send(u"PRIVMSG #room :and back, wanda"_s);
     const QRect room = watchBlinking();
     QVERIFY(!room.isEmpty());
     QVERIFY(room.right() < hall.left());

@@ -130,7 +130,7 @@ public:
             match = placed.match(text);
             return match.hasMatch();
         };
-        if (!QTest::qWaitFor(isPlaced, Patience))
+        if (!QTest::qWaitFor(isPlaced, WaitTimeout))
             return {};
         const auto value = [&match](int index) { return match.captured(index).toInt(); };
         return QRect(value(1), value(2), value(3), value(4)).translated(window.topLeft());
@@ -159,7 +159,7 @@ public:
     }
     [[nodiscard]] bool waitForTitles(const QStringList &expected) const
     {
-        return QTest::qWaitFor([&] { return titles() == expected; }, Patience);
+        return QTest::qWaitFor([&] { return titles() == expected; }, WaitTimeout);
     }
 
     /// Returns what the program has printed beside the log of the protocol.
@@ -244,7 +244,7 @@ void TestEndToEndWayland::cleanup()
     if (!scene)
         return;
     if (QTest::currentTestFailed())
-        screen.keep(QString::fromLatin1(QTest::currentTestFunction()));
+        screen.saveScreenshot(QString::fromLatin1(QTest::currentTestFunction()));
     scene->program.stop();
     QCOMPARE(scene->warnings(), QStringList());
     scene.reset();
@@ -260,7 +260,7 @@ void TestEndToEndWayland::talksBothWays()
                && screen.input.press(u"ctrl+a"_s) && screen.input.press(u"ctrl+c"_s)
                && screen.pasted(false).contains(u"Good evening, wanda"_s);
     };
-    QVERIFY(QTest::qWaitFor(isShown, Patience));
+    QVERIFY(QTest::qWaitFor(isShown, WaitTimeout));
 }
 
 void TestEndToEndWayland::copiesAndPastes_data()
@@ -283,7 +283,7 @@ void TestEndToEndWayland::copiesAndPastes()
     QVERIFY(screen.input.press(u"ctrl+a"_s));
     QVERIFY(primary || screen.input.press(u"ctrl+c"_s));
     const auto isCopied = [&] { return screen.pasted(primary) == u"to another program"_s; };
-    QVERIFY(QTest::qWaitFor(isCopied, Patience));
+    QVERIFY(QTest::qWaitFor(isCopied, WaitTimeout));
 }
 
 void TestEndToEndWayland::joinsFromTheMenuByKeyboard()

@@ -47,12 +47,12 @@ void TestFixedSizeWindows::restoresAWindowOfFixedSize()
     QDialog dialog;
     dialog.setFixedSize(Fixed);
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&dialog, Patience));
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog, WaitTimeout));
     QWindow *window = dialog.windowHandle();
     for (int count = 0; count < 2; ++count) {
         window->setWindowStates(state);
         QVERIFY(window->maximumSize().width() > Fixed.width());
-        QTRY_COMPARE_WITH_TIMEOUT(window->maximumSize(), Fixed, Patience);
+        QTRY_COMPARE_WITH_TIMEOUT(window->maximumSize(), Fixed, WaitTimeout);
         QCOMPARE(window->windowStates(), Qt::WindowNoState);
         QCOMPARE(dialog.size(), Fixed);
     }
@@ -62,9 +62,9 @@ void TestFixedSizeWindows::leavesOtherWindowsAlone()
 {
     QDialog dialog;
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&dialog, Patience));
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog, WaitTimeout));
     dialog.windowHandle()->setWindowStates(Qt::WindowMaximized);
-    QTRY_VERIFY_WITH_TIMEOUT(dialog.isMaximized(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(dialog.isMaximized(), WaitTimeout);
     QCOMPARE(dialog.windowHandle()->windowStates(), Qt::WindowMaximized);
 }
 

@@ -92,7 +92,7 @@ struct Window
         widget.show();
         widget.activateWindow();
         edit->setFocus();
-        return QTest::qWaitForWindowActive(&widget, Patience) && edit->hasFocus();
+        return QTest::qWaitForWindowActive(&widget, WaitTimeout) && edit->hasFocus();
     }
 
     [[nodiscard]] QWidget *mark() const { return target->findChild<FocusMark *>(); }
@@ -196,7 +196,7 @@ void TestFocusMark::followsTheSize()
     QVERIFY(window.open());
     QTest::keyClick(window.edit, Qt::Key_Tab);
     window.widget.resize(500, 400);
-    QTRY_VERIFY_WITH_TIMEOUT(window.target->width() > 400, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(window.target->width() > 400, WaitTimeout);
     QCOMPARE(window.mark()->geometry(), window.target->rect());
 }
 

@@ -79,7 +79,7 @@ public:
         const auto isDone = [this] {
             return !regions.isEmpty() && sinceLast.hasExpired(PaintInterval);
         };
-        return QTest::qWaitFor(isDone, Patience);
+        return QTest::qWaitFor(isDone, WaitTimeout);
     }
 
     QList<QRegion> regions;
@@ -111,7 +111,7 @@ public:
     {
         const PaintWatcher watcher(&bar);
         bar.show();
-        return QTest::qWaitForWindowExposed(&bar, Patience) && watcher.waitUntilPainted();
+        return QTest::qWaitForWindowExposed(&bar, WaitTimeout) && watcher.waitUntilPainted();
     }
 
     /// The blink timers that run.
@@ -245,7 +245,7 @@ void TestHighlightTabBar::marksAndUnmarksATab()
     QVERIFY(!fixture.bar.isHighlighted(1));
     QVERIFY(fixture.runningTimers().isEmpty());
     QCOMPARE(fixture.pixelsOf(LightBlink, 1), 0);
-    QTRY_VERIFY_WITH_TIMEOUT(fixture.bar.findChildren<QTimer *>().isEmpty(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(fixture.bar.findChildren<QTimer *>().isEmpty(), WaitTimeout);
 }
 
 void TestHighlightTabBar::ignoresIndexesWithoutATab_data()
@@ -333,7 +333,7 @@ void TestHighlightTabBar::blinksByItself()
     Fixture fixture;
     fixture.bar.highlightTab(1);
     QSignalSpy timeouts(fixture.runningTimers().constFirst(), &QTimer::timeout);
-    QVERIFY(timeouts.wait(Patience));
+    QVERIFY(timeouts.wait(WaitTimeout));
     QCOMPARE(fixture.pixelsOf(LightBlink, 1) > 0, timeouts.size() % 2 == 0);
 }
 
@@ -395,7 +395,7 @@ void TestHighlightTabBar::timerMayEndItself()
     connect(timer, &QTimer::timeout, &fixture.bar, [&fixture] { fixture.bar.unhighlightTab(1); });
     fixture.blinkOnce();
     QVERIFY(!fixture.bar.isHighlighted(1));
-    QTRY_VERIFY_WITH_TIMEOUT(fixture.bar.findChildren<QTimer *>().isEmpty(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(fixture.bar.findChildren<QTimer *>().isEmpty(), WaitTimeout);
 }
 
 void TestHighlightTabBar::timersGoWithTheBar()

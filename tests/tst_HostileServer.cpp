@@ -38,10 +38,10 @@ bool begin(WindowSession &session)
 // Whether that session is still all right: people come, speak and go, and the user is heard.
 bool isAlive(WindowSession &session)
 {
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     if (!session.join(u"#check"_s, u"me +carol"_s)
-        || !session.say(u":carol!u@h PRIVMSG #check :hello"_s)
-        || !session.say(u":carol!u@h PART #check :bye"_s)) {
+        || !session.receive(u":carol!u@h PRIVMSG #check :hello"_s)
+        || !session.receive(u":carol!u@h PART #check :bye"_s)) {
         return false;
     }
     session.probe.showTab(u"#check"_s);
@@ -50,7 +50,7 @@ bool isAlive(WindowSession &session)
                    == QStringList{u"me|joined #check"_s, u"carol|hello"_s,
                                   u"carol|left #check (bye)"_s, u"me|answer"_s}
            && session.probe.users() == QStringList{u"me"_s}
-           && session.takeSent() == QStringList{u"NAMES #check"_s, u"PRIVMSG #check :answer"_s};
+           && session.readSent() == QStringList{u"NAMES #check"_s, u"PRIVMSG #check :answer"_s};
 }
 
 } // namespace
@@ -252,15 +252,15 @@ void TestHostileServer::showsOddText()
 
     WindowSession session;
     QVERIFY(begin(session));
-    QVERIFY(session.say(u":alice!u@h PRIVMSG #a :"_s + text));
+    QVERIFY(session.receive(u":alice!u@h PRIVMSG #a :"_s + text));
     QCOMPARE(session.probe.lastLine(u"#a"_s), QString(u"alice|"_s + text));
-    QVERIFY(session.say(u":s NOTICE me :"_s + text));
+    QVERIFY(session.receive(u":s NOTICE me :"_s + text));
     QCOMPARE(session.probe.lastLine(u"Server"_s), text.contains(u'!')
                                                           ? u"Connected and registered."_s
                                                           : QString(u"<< :s NOTICE me :"_s + text));
-    QVERIFY(session.say(u":s 332 me #a :"_s + text));
+    QVERIFY(session.receive(u":s 332 me #a :"_s + text));
     QCOMPARE(session.probe.channelTopics().value(u"#a"_s), text);
-    QVERIFY(session.say(u":bob!u@h PART #a :"_s + text));
+    QVERIFY(session.receive(u":bob!u@h PART #a :"_s + text));
     QCOMPARE(session.probe.lastLine(u"#a"_s), QString(u"bob|left #a ("_s + text + u')'));
     QVERIFY(isAlive(session));
 }
@@ -272,7 +272,7 @@ void TestHostileServer::showsAnEndlessWord()
     QVERIFY(begin(session));
     session.probe.showTab(u"#a"_s);
     const QString word(3 * Huge, u'x');
-    QVERIFY(session.say(u":alice!u@h PRIVMSG #a :"_s + word));
+    QVERIFY(session.receive(u":alice!u@h PRIVMSG #a :"_s + word));
     QCOMPARE(session.probe.lastLine(u"#a"_s), QString(u"alice|"_s + word));
     QVERIFY(isAlive(session));
 }
@@ -283,7 +283,7 @@ void TestHostileServer::keepsItsWidthUnderALongTopic()
     QVERIFY(begin(session));
     const QWidget *bar = session.probe.tabs().value(u"#a"_s).topicBar;
     const int narrowest = bar->minimumSizeHint().width();
-    QVERIFY(session.say(u":s 332 me #a :"_s + QString(400, u'x')));
+    QVERIFY(session.receive(u":s 332 me #a :"_s + QString(400, u'x')));
     // The bar's layout is asked anew, and so will be those around it.
     QCOMPARE(bar->minimumSizeHint().width(), narrowest);
     QCOMPARE(session.window.width(), 1280);
@@ -309,24 +309,24 @@ void TestHostileServer::takesOddNames()
 
     WindowSession session;
     QVERIFY(begin(session));
-    QVERIFY(session.say(u":%1!u@h PRIVMSG me :hi"_s.arg(name)));
+    QVERIFY(session.receive(u":%1!u@h PRIVMSG me :hi"_s.arg(name)));
     QVERIFY(session.probe.tabs().contains(name));
-    QVERIFY(session.say(u":%1!u@h JOIN #a"_s.arg(name)));
+    QVERIFY(session.receive(u":%1!u@h JOIN #a"_s.arg(name)));
     QVERIFY(session.probe.users().contains(name));
-    QVERIFY(session.say(u":%1!u@h PRIVMSG #%1 :hi"_s.arg(name)));
+    QVERIFY(session.receive(u":%1!u@h PRIVMSG #%1 :hi"_s.arg(name)));
     QVERIFY(session.probe.tabs().contains(u'#' + name));
     QVERIFY(session.join(u"#2"_s + name, u"@%1 me"_s.arg(name)));
     session.probe.showTab(u"#2"_s + name);
     QCOMPARE(session.probe.users(), (QStringList{u'@' + name, u"me"_s}));
-    QVERIFY(session.say(u":%1!u@h NICK short"_s.arg(name)));
+    QVERIFY(session.receive(u":%1!u@h NICK short"_s.arg(name)));
     QVERIFY(session.probe.tabs().contains(u"short"_s));
-    QVERIFY(session.say(u":bob!u@h NICK %1"_s.arg(name)));
-    QVERIFY(session.say(u":me!u@h NICK me%1"_s.arg(name)));
+    QVERIFY(session.receive(u":bob!u@h NICK %1"_s.arg(name)));
+    QVERIFY(session.receive(u":me!u@h NICK me%1"_s.arg(name)));
     // The line about it names the user in a tab that is not on show, and is notified here.
     session.probe.updateStatusBar();
     QCOMPARE(session.window.statusBar()->currentMessage(),
              QString(u"Connected to 127.0.0.1 as me"_s + name));
-    QVERIFY(session.say(u":me%1!u@h NICK me"_s.arg(name)));
+    QVERIFY(session.receive(u":me%1!u@h NICK me"_s.arg(name)));
     QVERIFY(!session.window.grab().isNull());
     QVERIFY(isAlive(session));
 }
@@ -336,11 +336,11 @@ void TestHostileServer::takesHugeNames()
     WindowSession session;
     QVERIFY(begin(session));
     const QString name(Huge, u'x');
-    QVERIFY(session.sayAll(
+    QVERIFY(session.receiveAll(
             {u":%1!u@h JOIN #a"_s.arg(name), u":%1!u@h PRIVMSG #a :hi"_s.arg(name)}));
     QCOMPARE(session.probe.users(), (QStringList{u"@alice"_s, u"bob"_s, u"me"_s, name}));
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"xxxxxxxxxxxxxxx…|hi"_s);
-    QVERIFY(session.say(u":%1!u@h QUIT :x"_s.arg(name)));
+    QVERIFY(session.receive(u":%1!u@h QUIT :x"_s.arg(name)));
     for (const QString &tab : {name, QString(u'#' + name)}) {
         emit session.probe.connection().privmsgReceived(u"bob"_s, tab, u"hi"_s);
         QCOMPARE(session.probe.tabTexts().last(), tab);
@@ -385,13 +385,13 @@ void TestHostileServer::keepsEachLineInOneRow()
     QVERIFY(begin(session));
     const QString odd = u"x"_s + mark + u"y"_s;
     const QString row = u"x"_s + shown + u"y"_s;
-    QVERIFY(session.say(u":alice!u@h PRIVMSG #a :"_s + odd));
-    QVERIFY(session.say(u":%1!u@h PRIVMSG #a :hi"_s.arg(odd)));
-    QVERIFY(session.say(u":s NOTICE me :"_s + odd));
+    QVERIFY(session.receive(u":alice!u@h PRIVMSG #a :"_s + odd));
+    QVERIFY(session.receive(u":%1!u@h PRIVMSG #a :hi"_s.arg(odd)));
+    QVERIFY(session.receive(u":s NOTICE me :"_s + odd));
     QCOMPARE(session.probe.lines(u"#a"_s).mid(1),
              (QStringList{QString(u"alice|"_s + row), QString(row + u"|hi"_s)}));
     QCOMPARE(session.probe.lastLine(u"Server"_s), QString(u"<< :s NOTICE me :"_s + row));
-    QVERIFY(session.say(u":alice!u@h PRIVMSG #b%1 :hi"_s.arg(odd)));
+    QVERIFY(session.receive(u":alice!u@h PRIVMSG #b%1 :hi"_s.arg(odd)));
     QVERIFY(session.probe.tabs().contains(u"#b"_s + odd));
     QVERIFY(isAlive(session));
 }
@@ -427,7 +427,7 @@ void TestHostileServer::takesItsOwnNamesForOthers()
 
     WindowSession session;
     QVERIFY(begin(session));
-    QVERIFY(session.sayAll(said));
+    QVERIFY(session.receiveAll(said));
     for (int index = 0; index < session.probe.tabWidget().count(); ++index)
         session.probe.tabWidget().setCurrentIndex(index);
     QVERIFY(isAlive(session));
@@ -440,10 +440,10 @@ void TestHostileServer::takesNamesThatAreEmpty()
 {
     WindowSession session;
     QVERIFY(begin(session));
-    QVERIFY(session.sayAll({u":me!u@h JOIN :#x"_s, u":bob!u@h JOIN :#x"_s,
-                            u":!u@h PRIVMSG me :hi"_s, u"PRIVMSG me :hi"_s, u":!u@h JOIN #a"_s,
-                            u":!u@h NICK nobody"_s, u":bob!u@h NICK"_s, u":s 366 me"_s,
-                            u":s 332 me"_s, u":bob!u@h PART"_s}));
+    QVERIFY(session.receiveAll({u":me!u@h JOIN :#x"_s, u":bob!u@h JOIN :#x"_s,
+                                u":!u@h PRIVMSG me :hi"_s, u"PRIVMSG me :hi"_s, u":!u@h JOIN #a"_s,
+                                u":!u@h NICK nobody"_s, u":bob!u@h NICK"_s, u":s 366 me"_s,
+                                u":s 332 me"_s, u":bob!u@h PART"_s}));
     QVERIFY(session.probe.tabs().contains(QString()));
     session.probe.showTab(QString());
     session.probe.typeLine(u"into the void"_s);
@@ -455,7 +455,7 @@ void TestHostileServer::takesAServerThatNeverWelcomes()
 {
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s));
-    QVERIFY(session.say(u":alice!u@h PRIVMSG me :early"_s));
+    QVERIFY(session.receive(u":alice!u@h PRIVMSG me :early"_s));
     QCOMPARE(session.probe.lines(u"alice"_s), QStringList{u"alice|early"_s});
     // Every nick is refused until there are no more.
     for (int i = 0; i < 150; ++i)
@@ -470,9 +470,9 @@ void TestHostileServer::takesAServerThatWelcomesAgain()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s, u"#a"_s));
-    static_cast<void>(session.takeSent());
-    QVERIFY(session.sayAll({u":s 001 me :Welcome"_s, u":s 001 me :Welcome"_s}));
-    QCOMPARE(session.takeSent(), (QStringList{u"JOIN #a"_s, u"JOIN #a"_s}));
+    session.discardSent();
+    QVERIFY(session.receiveAll({u":s 001 me :Welcome"_s, u":s 001 me :Welcome"_s}));
+    QCOMPARE(session.readSent(), (QStringList{u"JOIN #a"_s, u"JOIN #a"_s}));
     QVERIFY(isAlive(session));
 }
 
@@ -496,11 +496,11 @@ void TestHostileServer::takesALinkCutAnywhere()
     session.server.sendBytes(bytes);
     session.server.close();
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"Server"_s), u"*** Disconnected."_s,
-                              Patience);
+                              WaitTimeout);
     // What was left over stands in front of the next session's first line.
     QVERIFY(session.acceptDialog(u"me"_s));
     session.server.sendBytes("\r\n");
-    QVERIFY(session.say(u":s 001 me :Welcome"_s));
+    QVERIFY(session.receive(u":s 001 me :Welcome"_s));
     QVERIFY(isAlive(session));
 }
 

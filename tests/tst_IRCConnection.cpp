@@ -126,7 +126,7 @@ void TestIRCConnection::beginsIdle()
 void TestIRCConnection::registersWithTwoLines()
 {
     TestSession session;
-    session.dial(u"alice"_s);
+    session.startConnecting(u"alice"_s);
     QCOMPARE(session.connection.currentNick(), u"alice"_s);
     QCOMPARE(session.connection.getHost(), u"localhost"_s);
     QVERIFY(!session.connection.isConnected());
@@ -153,7 +153,7 @@ void TestIRCConnection::tellsOfTheLinkBehindItsGreeting()
     TestSession session;
     connect(&session.connection, &IRCConnection::connected, this,
             [&] { session.connection.sendRaw(u"HELLO"_s); });
-    session.dial();
+    session.startConnecting();
     QVERIFY(session.server.waitForLine(u"HELLO"_s));
     QCOMPARE(session.server.lines(),
              (QStringList{u"NICK me"_s, u"USER me 0 * :Real Name"_s, u"HELLO"_s}));
@@ -284,12 +284,12 @@ void TestIRCConnection::reportsTextThatCannotGoOut()
     QCOMPARE(session.log.entries(), complaint);
 
     session.log.clear();
-    session.dial();
+    session.startConnecting();
     operation(session.connection);
     QCOMPARE(session.log.entries(), complaint);
 
     QVERIFY(session.log.waitFor(u"connected()"_s));
-    session.server.cut();
+    session.server.abort();
     QVERIFY(session.log.waitFor(u"disconnected()"_s));
     session.log.clear();
     operation(session.connection);
@@ -300,7 +300,7 @@ void TestIRCConnection::watchesOnlyWhenConnected()
 {
     TestSession session;
     session.connection.sendWatch(u"bob"_s, true);
-    session.dial();
+    session.startConnecting();
     session.connection.sendWatch(u"bob"_s, false);
     QVERIFY(session.log.entries().isEmpty());
     QVERIFY(session.log.waitFor(u"connected()"_s));

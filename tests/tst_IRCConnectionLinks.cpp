@@ -72,7 +72,7 @@ void TestIRCConnectionLinks::leavesInSilenceWithoutASocket()
 void TestIRCConnectionLinks::doesNotStopAnAttempt()
 {
     TestSession session;
-    session.dial();
+    session.startConnecting();
     session.connection.disconnectFromServer();
     QVERIFY(session.log.waitFor(u"connected()"_s));
     QVERIFY(session.sent().isEmpty());
@@ -98,7 +98,7 @@ void TestIRCConnectionLinks::tellsWhenTheLinkBreaks()
     TestSession session;
     QVERIFY(session.open());
     session.connection.sendRaw(u"unread"_s);
-    session.server.cut();
+    session.server.abort();
     QVERIFY(session.log.waitFor(u"disconnected()"_s));
     QCOMPARE(session.log.entries().size(), 2);
     QVERIFY(session.log.entries().constFirst().startsWith(u"errorOccurred("_s));
@@ -109,7 +109,7 @@ void TestIRCConnectionLinks::tellsWhenNobodyListens()
 {
     TestSession session;
     session.server.stopListening();
-    session.dial();
+    session.startConnecting();
     QVERIFY(session.log.waitFor(uR"(errorOccurred("Connection refused"))"_s));
     QCOMPARE(session.log.entries().size(), 1);
     QVERIFY(!session.connection.isConnected());
@@ -189,8 +189,8 @@ void TestIRCConnectionLinks::tellsTheOldSessionsEndFirst()
             });
     QEventLoop loop;
     connect(&session.connection, &IRCConnection::registered, &loop, &QEventLoop::quit);
-    QTimer::singleShot(0, this, [&] { session.dial(); });
-    QTimer::singleShot(Patience, &loop, &QEventLoop::quit);
+    QTimer::singleShot(0, this, [&] { session.startConnecting(); });
+    QTimer::singleShot(WaitTimeout, &loop, &QEventLoop::quit);
     loop.exec();
     QCOMPARE(session.log.parsed(),
              (QStringList{u"disconnected()"_s, u"connected()"_s,
@@ -206,7 +206,7 @@ void TestIRCConnectionLinks::forgetsRegistrationWithTheNextAttempt()
     session.server.close();
     QVERIFY(session.log.waitFor(u"disconnected()"_s));
     QVERIFY(session.connection.isRegistered());
-    session.dial();
+    session.startConnecting();
     QVERIFY(!session.connection.isRegistered());
 }
 
@@ -217,13 +217,13 @@ void TestIRCConnectionLinks::dialsAgainFromItsOwnSignals()
     QVERIFY(session.open());
     const auto dialAgain = [&] {
         if (session.server.clientCount() < 4)
-            session.dial();
+            session.startConnecting();
     };
     connect(&session.connection, &IRCConnection::disconnected, this, dialAgain);
     connect(&session.connection, &IRCConnection::errorOccurred, this, dialAgain);
     connect(&session.connection, &IRCConnection::connected, this,
             [&] { session.connection.sendRaw(u"HELLO"_s); });
-    session.server.cut();
+    session.server.abort();
     QVERIFY(session.server.waitForClient(2));
     QVERIFY(session.server.waitForLine(u"HELLO"_s));
     session.server.close();
@@ -300,7 +300,7 @@ void TestIRCConnectionLinks::mayGoAtAnyTime()
         dial(true);
     if (state == u"disconnected"_s) {
         QVERIFY(server.waitForClient());
-        server.cut();
+        server.abort();
         QVERIFY(log.waitFor(u"disconnected()"_s));
     }
     if (state == u"leaving"_s)

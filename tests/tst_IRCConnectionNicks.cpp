@@ -199,7 +199,7 @@ void TestIRCConnectionNicks::followsTheServerInBetween()
 void TestIRCConnectionNicks::reportsAStepWithoutALink()
 {
     QVERIFY(session->open(u"alice"_s));
-    session->server.cut();
+    session->server.abort();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
     session->log.clear();
     session->connection.tryNextNick();

@@ -33,7 +33,7 @@ bool deliver(QTcpSocket &socket)
     if (socket.bytesToWrite() > 0 || ask(socket, SIOCOUTQNSD) != 0)
         return false;
     // The last acknowledgement may be delayed.
-    const QDeadlineTimer deadline(Patience);
+    const QDeadlineTimer deadline(WaitTimeout);
     while (ask(socket, SIOCOUTQ) != 0) {
         if (deadline.hasExpired())
             return false;
@@ -90,7 +90,7 @@ bool TestIRCConnectionReading::feed(const QByteArray &bytes)
 {
     QSignalSpy reads(session->connection.findChild<QTcpSocket *>(), &QTcpSocket::readyRead);
     session->server.sendBytes(bytes);
-    return !reads.isEmpty() || reads.wait(Patience);
+    return !reads.isEmpty() || reads.wait(WaitTimeout);
 }
 
 void TestIRCConnectionReading::cutsLines_data()
@@ -169,7 +169,7 @@ void TestIRCConnectionReading::keepsAnUnfinishedLineForTheNextSession()
     QVERIFY(feed("\n:s 001 me :Wel"));
     QVERIFY(session->log.waitFor(uR"(privmsgReceived("a", "#x", "from the"))"_s));
 
-    session->dial();
+    session->startConnecting();
     QVERIFY(session->server.waitForClient(3));
     session->server.send(u"come"_s);
     QVERIFY(session->log.waitFor(uR"(rawMessageReceived(":s 001 me :Welcome"))"_s));
@@ -192,7 +192,7 @@ void TestIRCConnectionReading::readsManyLinesInOneGo()
         bytes += ":alice!~alice@host PRIVMSG #x :" + QByteArray::number(i) + "\r\n";
     QVERIFY(bytes.size() > 10'000'000);
     session->server.sendBytes(bytes);
-    QTRY_COMPARE_WITH_TIMEOUT(messages, Count, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(messages, Count, WaitTimeout);
 }
 
 void TestIRCConnectionReading::readsOneLineInManyPieces()
@@ -209,7 +209,7 @@ void TestIRCConnectionReading::readsOneLineInManyPieces()
     for (int i = 0; i < Length / 10000; ++i)
         session->server.sendBytes(piece);
     session->server.sendBytes("\r\n");
-    QTRY_COMPARE_WITH_TIMEOUT(length, Length, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(length, Length, WaitTimeout);
 }
 
 void TestIRCConnectionReading::readsBinaryData()
@@ -255,7 +255,7 @@ void TestIRCConnectionReading::readsAllThatArrivedBeforeAReset()
     QVERIFY(peer->isReadable());
     const QByteArray line = ":a!b@c PRIVMSG #x :" + QByteArray(180, 'x') + "\r\n";
     peer->write(line.repeated(Count));
-    QTRY_VERIFY_WITH_TIMEOUT(!connection.isConnected(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!connection.isConnected(), WaitTimeout);
     QCOMPARE(messages, Count);
 }
 
@@ -294,7 +294,8 @@ void TestIRCConnectionReading::letsASlotLeave()
 
 void TestIRCConnectionReading::letsASlotDialAgain()
 {
-    connect(&session->connection, &IRCConnection::quitReceived, this, [this] { session->dial(); });
+    connect(&session->connection, &IRCConnection::quitReceived, this,
+            [this] { session->startConnecting(); });
     QVERIFY(feed(":a!b@c QUIT\r\n:a!b@c PRIVMSG #x :rest\r\nPRIVM"));
     QVERIFY(session->server.waitForClient(2));
     QVERIFY(session->log.waitFor(u"connected()"_s));
@@ -310,7 +311,7 @@ void TestIRCConnectionReading::letsASlotRunAnEventLoop()
     bool hasArrived = false;
     connect(&session->connection, &IRCConnection::quitReceived, this, [&] {
         session->server.send(u":a!b@c PRIVMSG #x :3"_s);
-        hasArrived = QTest::qWaitFor([&] { return socket->bytesAvailable() > 0; }, Patience);
+        hasArrived = QTest::qWaitFor([&] { return socket->bytesAvailable() > 0; }, WaitTimeout);
     });
     session->server.sendBytes(":a!b@c PRIVMSG #x :1\r\n:a!b@c QUIT\r\n:a!b@c PRIVMSG #x :2\r\n");
     QVERIFY(session->log.waitFor(uR"(privmsgReceived("a", "#x", "3"))"_s));
@@ -325,13 +326,13 @@ void TestIRCConnectionReading::letsASlotDialAgainAndRunAnEventLoop()
 {
     QEventLoop loop;
     connect(&session->connection, &IRCConnection::quitReceived, this, [&] {
-        session->dial();
+        session->startConnecting();
         connect(&session->connection, &IRCConnection::connected, this,
                 [&] { session->server.send(u":a!b@c PRIVMSG #x :new"_s); });
         connect(&session->connection, &IRCConnection::topicReceived, &loop, &QEventLoop::quit);
         connect(&session->server, &ScriptedServer::clientArrived, this,
                 [&](int client) { session->server.send(u":s 332 me #x :inner"_s, client); });
-        QTimer::singleShot(Patience, &loop, &QEventLoop::quit);
+        QTimer::singleShot(WaitTimeout, &loop, &QEventLoop::quit);
         loop.exec();
     });
     session->server.sendBytes(":a!b@c QUIT\r\n:a!b@c PRIVMSG #x :1\r\n:a!b@c PRIVMSG #x :2\r\n");

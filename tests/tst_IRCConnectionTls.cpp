@@ -48,7 +48,7 @@ void TestIRCConnectionTls::registersOverTls()
 {
     authority->makeTrusted();
     TestSession session(authority->issue(u"localhost"_s));
-    session.dial();
+    session.startConnecting();
     QVERIFY(session.server.waitForClient());
     QVERIFY(session.server.waitForLine(u"USER me 0 * :Real Name"_s));
     session.server.send(u":s 001 me :Welcome"_s);
@@ -92,7 +92,7 @@ void TestIRCConnectionTls::refusesACertificate()
                                           ? authority->issue(u"irc.elsewhere.test"_s)
                                           : strange.issue(u"localhost"_s);
     TestSession session(tls);
-    session.dial();
+    session.startConnecting();
     QVERIFY(session.log.waitFor(u"disconnected()"_s));
     QCOMPARE(session.log.entries().size(), 3);
     QCOMPARE(session.log.entries().at(0), u"connected()"_s);
@@ -106,7 +106,7 @@ void TestIRCConnectionTls::endsWithAServerThatKnowsNoTls()
 {
     TestSession session;
     session.isSecure = true;
-    session.dial();
+    session.startConnecting();
     QVERIFY(session.server.waitForClient());
     session.server.send(u":s NOTICE * :Looking up your hostname"_s);
     QVERIFY(session.log.waitFor(u"disconnected()"_s));
@@ -131,7 +131,7 @@ void TestIRCConnectionTls::leavesInAHandshake()
     session->isSecure = true;
     connect(&session->connection, &IRCConnection::connected, &session->connection,
             &IRCConnection::disconnectFromServer);
-    session->dial();
+    session->startConnecting();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
     QCOMPARE(session->log.entries(), (QStringList{u"connected()"_s, u"disconnected()"_s}));
     QVERIFY(!session->connection.isConnected());

@@ -1,5 +1,6 @@
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
+#include "SessionOutput.h"
 #include "TemporaryStore.h"
 #include "Waiting.h"
 #include "WindowSession.h"
@@ -17,30 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What is written to the Server tab from now on, and what to the tab on show.
-class NewLines final
-{
-public:
-    explicit NewLines(const WindowSession &watched)
-        : session(watched)
-        , serverLines(session.probe.lines(u"Server"_s).size())
-        , name(session.probe.currentTabName())
-        , tabLines(session.probe.lines(name).size())
-    {
-    }
-
-    [[nodiscard]] QStringList onServer() const
-    {
-        return session.probe.lines(u"Server"_s).mid(serverLines);
-    }
-    [[nodiscard]] QStringList onShow() const { return session.probe.lines(name).mid(tabLines); }
-
-private:
-    const WindowSession &session;
-    qsizetype serverLines;
-    QString name;
-    qsizetype tabLines;
-};
+using Lines = SessionOutput::Lines;
 
 } // namespace
 
@@ -118,22 +96,21 @@ void TestInput::sendsText()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    static_cast<void>(session.takeSent());
-    const NewLines lines(session);
+    const SessionOutput output(session);
     session.probe.typeLine(typed);
-    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #a :"_s + text});
-    QCOMPARE(lines.onShow(), QStringList{u"me|"_s + text});
-    QCOMPARE(lines.onServer(), QStringList());
+    QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #a :"_s + text});
+    QCOMPARE(output.lines(), (Lines{{u"#a"_s, {u"me|"_s + text}}}));
 }
 
 void TestInput::refusesTextOnServer()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    const NewLines lines(session);
+    const SessionOutput output(session);
     session.probe.typeLine(u"hello"_s);
-    QCOMPARE(lines.onServer(), QStringList{u"Cannot send messages to Server tab."_s});
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(output.lines().value(u"Server"_s),
+             QStringList{u"Cannot send messages to Server tab."_s});
+    QCOMPARE(session.readSent(), QStringList());
     QCOMPARE(session.probe.inputLine().text(), QString());
 }
 
@@ -141,10 +118,10 @@ void TestInput::sendsToPrivateConversations()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
-    static_cast<void>(session.takeSent());
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
+    session.discardSent();
     session.probe.typeLine(u"hello"_s);
-    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG bob :hello"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PRIVMSG bob :hello"_s});
     QCOMPARE(session.probe.lines(u"bob"_s), (QStringList{u"bob|hi"_s, u"me|hello"_s}));
 }
 
@@ -157,7 +134,7 @@ void TestInput::sendsToTheListAsToANick()
     session.probe.showTab(u"List"_s);
     QTest::ignoreMessage(QtWarningMsg, "appendMessageToTab: chatView is null for tab List");
     session.probe.typeLine(u"hello"_s);
-    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG List :hello"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PRIVMSG List :hello"_s});
 }
 
 void TestInput::dropsBlankLines_data()
@@ -176,12 +153,10 @@ void TestInput::dropsBlankLines()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    static_cast<void>(session.takeSent());
-    const NewLines lines(session);
+    const SessionOutput output(session);
     session.probe.typeLine(typed);
-    QCOMPARE(session.takeSent(), QStringList());
-    QCOMPARE(lines.onShow(), QStringList());
-    QCOMPARE(lines.onServer(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
+    QCOMPARE(output.lines(), Lines());
     QCOMPARE(session.probe.inputLine().text(), QString());
 }
 
@@ -274,12 +249,10 @@ void TestInput::sendsCommands()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    static_cast<void>(session.takeSent());
-    const NewLines lines(session);
+    const SessionOutput output(session);
     session.probe.typeLine(typed);
-    QCOMPARE(session.takeSent(), QStringList{line});
-    QCOMPARE(lines.onShow(), QStringList());
-    QCOMPARE(lines.onServer(), QStringList());
+    QCOMPARE(session.readSent(), QStringList{line});
+    QCOMPARE(output.lines(), Lines());
 }
 
 void TestInput::refusesOtherCommands_data()
@@ -332,12 +305,10 @@ void TestInput::refusesOtherCommands()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    static_cast<void>(session.takeSent());
-    const NewLines lines(session);
+    const SessionOutput output(session);
     session.probe.typeLine(typed);
-    QCOMPARE(lines.onShow(), QStringList{u"|Unknown command: "_s + name});
-    QCOMPARE(lines.onServer(), QStringList());
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(output.lines(), (Lines{{u"#a"_s, {u"|Unknown command: "_s + name}}}));
+    QCOMPARE(session.readSent(), QStringList());
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
 }
 
@@ -345,11 +316,11 @@ void TestInput::runsCommandsOnServer()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    const NewLines lines(session);
+    const SessionOutput output(session);
     session.probe.typeLine(u"/me waves"_s);
     session.probe.typeLine(u"/join x"_s);
-    QCOMPARE(lines.onServer(), QStringList{u"Unknown command: me"_s});
-    QCOMPARE(session.takeSent(), QStringList{u"JOIN #x"_s});
+    QCOMPARE(output.lines().value(u"Server"_s), QStringList{u"Unknown command: me"_s});
+    QCOMPARE(session.readSent(), QStringList{u"JOIN #x"_s});
 }
 
 void TestInput::partsWhateverIsOnShow()
@@ -357,11 +328,11 @@ void TestInput::partsWhateverIsOnShow()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.probe.typeLine(u"/part #a"_s);
-    QCOMPARE(session.takeSent(), QStringList{u"PART Server :Leaving"_s});
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
-    static_cast<void>(session.takeSent());
+    QCOMPARE(session.readSent(), QStringList{u"PART Server :Leaving"_s});
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
+    session.discardSent();
     session.probe.typeLine(u"/p"_s);
-    QCOMPARE(session.takeSent(), QStringList{u"PART bob :Leaving"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PART bob :Leaving"_s});
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s}));
 }
 
@@ -384,7 +355,7 @@ void TestInput::joinsWithOneSign()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.probe.typeLine(u"/join "_s + word);
-    QCOMPARE(session.takeSent(), QStringList{u"JOIN "_s + channel});
+    QCOMPARE(session.readSent(), QStringList{u"JOIN "_s + channel});
     // No tab before the server has agreed.
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
 }
@@ -418,14 +389,12 @@ void TestInput::sendsMessages()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    static_cast<void>(session.takeSent());
-    const NewLines lines(session);
+    const SessionOutput output(session);
     session.probe.typeLine(typed);
-    QCOMPARE(session.takeSent().first(), u"PRIVMSG %1 :%2"_s.arg(target, text));
+    QCOMPARE(session.readSent().first(), u"PRIVMSG %1 :%2"_s.arg(target, text));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, target}));
     QCOMPARE(session.probe.lines(target), QStringList{u"me|"_s + text});
-    QCOMPARE(lines.onShow(), QStringList());
-    QCOMPARE(lines.onServer(), QStringList());
+    QCOMPARE(output.lines(), Lines());
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
 }
 
@@ -433,10 +402,10 @@ void TestInput::goesOnInAnOpenConversation()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
-    static_cast<void>(session.takeSent());
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
+    session.discardSent();
     session.probe.typeLine(u"/msg bob hello"_s);
-    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG bob :hello"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PRIVMSG bob :hello"_s});
     QCOMPARE(session.probe.lines(u"bob"_s), (QStringList{u"bob|hi"_s, u"me|hello"_s}));
     session.probe.typeLine(u"/msg Server to nobody"_s);
     QCOMPARE(session.probe.lastLine(u"Server"_s), u"to nobody"_s);
@@ -450,7 +419,7 @@ void TestInput::asksForANick()
     QCOMPARE(session.probe.pendingNick(), u"new"_s);
     QCOMPARE(session.probe.connection().currentNick(), u"me"_s);
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
-    QCOMPARE(session.takeSent(), QStringList{u"NICK new"_s});
+    QCOMPARE(session.readSent(), QStringList{u"NICK new"_s});
 }
 
 void TestInput::remembersWhereItAskedForWhois()
@@ -470,7 +439,7 @@ void TestInput::togglesAutojoin()
     WindowSession session;
     QVERIFY(session.registerAs());
     const QString key = u"servers/%1/autojoin"_s.arg(session.probe.currentServerId());
-    const NewLines lines(session);
+    const SessionOutput output(session);
     session.probe.typeLine(u"/autojoin a more"_s);
     QCOMPARE(session.probe.autojoinChannels(), QStringList{u"#a"_s});
     QCOMPARE(QSettings().value(key).toStringList(), QStringList{u"#a"_s});
@@ -479,23 +448,22 @@ void TestInput::togglesAutojoin()
     session.probe.typeLine(u"/autojoin #a"_s);
     QCOMPARE(session.probe.autojoinChannels(), QStringList{u"#A"_s});
     QCOMPARE(QSettings().value(key).toStringList(), QStringList{u"#A"_s});
-    QCOMPARE(lines.onServer(),
+    QCOMPARE(output.lines().value(u"Server"_s),
              (QStringList{u"*** Added #a to autojoin list"_s, u"*** Added #A to autojoin list"_s,
                           u"*** Removed #a from autojoin list"_s}));
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
 }
 
 void TestInput::listsOnlyWhenRegistered()
 {
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(session.probe.connection().isConnected(), Patience);
-    const QStringList before = session.takeSent();
-    const NewLines lines(session);
+    QTRY_VERIFY_WITH_TIMEOUT(session.probe.connection().isConnected(), WaitTimeout);
+    const SessionOutput output(session);
     session.probe.typeLine(u"/list"_s);
-    QCOMPARE(lines.onServer(),
+    QCOMPARE(output.lines().value(u"Server"_s),
              QStringList{u"*** Please wait for registration to complete before using /list."_s});
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
 }
 

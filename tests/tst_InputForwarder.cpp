@@ -34,7 +34,7 @@ struct Window
         widget.show();
         widget.activateWindow();
         view->setFocus();
-        return QTest::qWaitForWindowActive(&widget, Patience);
+        return QTest::qWaitForWindowActive(&widget, WaitTimeout);
     }
 
     QWidget widget;

@@ -128,7 +128,7 @@ Watch::Watch(const QString &label, Habit otherSide)
 void Watch::begin()
 {
     lastBegin.start();
-    session.dial();
+    session.startConnecting();
 }
 
 bool Watch::eventFilter(QObject *watched, QEvent *event)
@@ -288,10 +288,10 @@ void TestKeepAlive::initTestCase()
 {
     QVERIFY2(hasFastClock(), "faketime is not installed");
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    const QStringList clock = underAFastClock();
+    const QStringList clock = fastClockCommand();
     process.start(clock.first(),
                   clock.mid(1) + QStringList{QCoreApplication::applicationFilePath(), Sped});
-    QVERIFY(process.waitForStarted(Patience));
+    QVERIFY(process.waitForStarted(WaitTimeout));
 }
 
 void TestKeepAlive::init()
@@ -321,7 +321,7 @@ void TestKeepAlive::ticksWhileConnected()
 void TestKeepAlive::doesNotTickForAnAttempt()
 {
     TestSession session;
-    session.dial();
+    session.startConnecting();
     QVERIFY(!session.connection.findChild<QTimer *>()->isActive());
     session.connection.disconnectFromServer();
     QVERIFY(session.log.waitFor(u"connected()"_s));
@@ -342,7 +342,7 @@ void TestKeepAlive::stopsAtOnceWhenTheUserLeaves()
 
     // With a second link on its way, too, where there is nobody to say QUIT to.
     QVERIFY(session.open());
-    session.dial();
+    session.startConnecting();
     QVERIFY(timer->isActive());
     session.connection.disconnectFromServer();
     QVERIFY(!timer->isActive());
@@ -356,11 +356,11 @@ void TestKeepAlive::stopsWithAReplacedSocket()
     QVERIFY(session.open());
     bool wasActive = false;
     connect(&session.connection, &IRCConnection::quitReceived, this, [&] {
-        session.dial();
+        session.startConnecting();
         // The replaced socket is deleted when this loop has ended.
         QEventLoop loop;
         connect(&session.connection, &IRCConnection::connected, &loop, &QEventLoop::quit);
-        QTimer::singleShot(Patience, &loop, &QEventLoop::quit);
+        QTimer::singleShot(WaitTimeout, &loop, &QEventLoop::quit);
         loop.exec();
         wasActive = timer->isActive();
     });
@@ -411,7 +411,7 @@ bool TestKeepAlive::waitForTimelines()
 {
     if (process.state() == QProcess::NotRunning)
         return !timelines.isEmpty();
-    if (!process.waitForFinished(2 * Patience) || process.exitCode() != 0)
+    if (!process.waitForFinished(2 * WaitTimeout) || process.exitCode() != 0)
         return false;
     while (process.canReadLine()) {
         const QString line = QString::fromUtf8(process.readLine()).trimmed();

@@ -60,33 +60,33 @@ using Save = std::function<void(QWidget &window)>;
 struct Window
 {
     const char *name = nullptr;
-    void (*open)(LoopScene &scene, const Save &save) = nullptr;
+    void (*open)(NestedLoopFixture &fixture, const Save &save) = nullptr;
 };
 
-void showMainWindow(LoopScene &scene, const Save &save)
+void showMainWindow(NestedLoopFixture &fixture, const Save &save)
 {
-    save(scene.session.window);
+    save(fixture.session.window);
 }
 
-void showChannelList(LoopScene &scene, const Save &save)
+void showChannelList(NestedLoopFixture &fixture, const Save &save)
 {
-    scene.session.probe.showTab(u"List"_s);
-    save(scene.session.window);
+    fixture.session.probe.showTab(u"List"_s);
+    save(fixture.session.window);
 }
 
 template <int Index>
-void showMenu(LoopScene &scene, const Save &save)
+void showMenu(NestedLoopFixture &fixture, const Save &save)
 {
-    QMenu *menu = scene.session.window.menuBar()->actions().at(Index)->menu();
+    QMenu *menu = fixture.session.window.menuBar()->actions().at(Index)->menu();
     menu->popup(QPoint());
     menu->setActiveAction(menu->actions().constFirst());
     save(*menu);
     menu->close();
 }
 
-void showToolTip(LoopScene &scene, const Save &save)
+void showToolTip(NestedLoopFixture &fixture, const Save &save)
 {
-    QToolTip::showText(QPoint(100, 100), u"Insert emoji"_s, &scene.session.window);
+    QToolTip::showText(QPoint(100, 100), u"Insert emoji"_s, &fixture.session.window);
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *window : windows) {
         if (window->windowType() == Qt::ToolTip && window->isVisible())
@@ -95,34 +95,34 @@ void showToolTip(LoopScene &scene, const Save &save)
     QToolTip::hideText();
 }
 
-void showEmojis(LoopScene &scene, const Save &save)
+void showEmojis(NestedLoopFixture &fixture, const Save &save)
 {
-    scene.session.probe.emojiButton().click();
-    auto *picker = scene.session.window.findChild<EmojiPicker *>();
+    fixture.session.probe.emojiButton().click();
+    auto *picker = fixture.session.window.findChild<EmojiPicker *>();
     save(*picker);
     picker->close();
 }
 
-void showNicks(LoopScene &scene, const Save &save)
+void showNicks(NestedLoopFixture &fixture, const Save &save)
 {
-    QLineEdit &line = scene.session.probe.inputLine();
+    QLineEdit &line = fixture.session.probe.inputLine();
     line.activateWindow();
     line.setFocus();
     QTest::keyClicks(&line, u"a"_s);
     save(*line.completer()->popup());
 }
 
-void showConnectDialog(LoopScene &scene, const Save &save)
+void showConnectDialog(NestedLoopFixture &fixture, const Save &save)
 {
-    scene.session.choose(u"&Connect..."_s);
-    save(*scene.session.window.findChild<ConnectDialog *>());
+    fixture.session.choose(u"&Connect..."_s);
+    save(*fixture.session.window.findChild<ConnectDialog *>());
 }
 
 template <int Index>
-void showPreferences(LoopScene &scene, const Save &save)
+void showPreferences(NestedLoopFixture &fixture, const Save &save)
 {
-    scene.session.choose(u"&Preferences..."_s);
-    auto *dialog = scene.session.window.findChild<PreferencesDialog *>();
+    fixture.session.choose(u"&Preferences..."_s);
+    auto *dialog = fixture.session.window.findChild<PreferencesDialog *>();
     dialog->findChild<QTabWidget *>()->setCurrentIndex(Index);
     save(*dialog);
 }
@@ -154,12 +154,12 @@ QString imageFile(const QString &folder, const QString &name)
 }
 
 // A session that shows the same at each run: the times and the server's port do not.
-bool enter(LoopScene &scene, TemporaryStore &store)
+bool enter(NestedLoopFixture &fixture, TemporaryStore &store)
 {
-    scene.session.probe.timestampFormat() = u"'[12:00:00]'"_s;
-    if (!scene.enter())
+    fixture.session.probe.timestampFormat() = u"'[12:00:00]'"_s;
+    if (!fixture.joinChannels())
         return false;
-    scene.session.probe.currentServerId().clear();
+    fixture.session.probe.currentServerId().clear();
     store.clear();
     return true;
 }
@@ -182,18 +182,18 @@ int saveWindows(int argc, char **argv)
         };
     };
     for (const Window &window : Windows) {
-        LoopScene scene;
-        isSaved = enter(scene, store) && isSaved;
-        window.open(scene, saveAs(window.name));
+        NestedLoopFixture fixture;
+        isSaved = enter(fixture, store) && isSaved;
+        window.open(fixture, saveAs(window.name));
     }
     for (const NestedLoop &loop : NestedLoop::all()) {
-        LoopScene scene;
-        isSaved = enter(scene, store) && isSaved;
-        scene.inside = [&](QWidget *shown) {
+        NestedLoopFixture fixture;
+        isSaved = enter(fixture, store) && isSaved;
+        fixture.inside = [&](QWidget *shown) {
             saveAs(loop.name)(*shown);
             shown->close();
         };
-        loop.open(scene);
+        loop.open(fixture);
     }
     return isSaved ? EXIT_SUCCESS : EXIT_FAILURE;
 }
@@ -241,7 +241,7 @@ void TestLightPalette::saveWindowsOnBothDesktops()
         desktop->windows.setWorkingDirectory(current.path());
         QVERIFY(desktop->windows.launch(QCoreApplication::applicationFilePath(),
                                         {SaveWindows, desktop->images.path()}));
-        QTRY_VERIFY_WITH_TIMEOUT(desktop->windows.state() == QProcess::NotRunning, 5 * Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(desktop->windows.state() == QProcess::NotRunning, 5 * WaitTimeout);
         QVERIFY2(desktop->windows.exitStatus() == QProcess::NormalExit
                          && desktop->windows.exitCode() == EXIT_SUCCESS,
                  desktop->windows.readAllStandardError().constData());
@@ -282,11 +282,11 @@ void TestLightPalette::startsAlikeOnEachDesktop()
         if (scheme == LightScheme) {
             // The whole window is painted, and the cursor is seen.
             QVERIFY(screen.waitFor([&] {
-                const QImage before = std::exchange(expected, screen.picture());
-                return !before.isNull() && screen.countChanges(before) == 0;
+                const QImage before = std::exchange(expected, screen.screenshot());
+                return !before.isNull() && screen.countChangedPixels(before) == 0;
             }));
         }
-        QVERIFY(screen.waitFor([&] { return screen.countChanges(expected) == 0; }));
+        QVERIFY(screen.waitFor([&] { return screen.countChangedPixels(expected) == 0; }));
     }
 }
 

@@ -38,13 +38,13 @@ void clickLink(const WindowSession &session, QWidget &widget)
 
 void clickInConversation(WindowSession &session, const QString &link)
 {
-    QVERIFY(session.say(u":bob!u@h PRIVMSG #a :%1"_s.arg(link)));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG #a :%1"_s.arg(link)));
     clickLink(session, *session.probe.tabs().value(u"#a"_s).chatView->viewport());
 }
 
 void clickInTopic(WindowSession &session, const QString &link)
 {
-    QVERIFY(session.say(u":irc.test 332 me #a :%1"_s.arg(link)));
+    QVERIFY(session.receive(u":irc.test 332 me #a :%1"_s.arg(link)));
     clickLink(session, *session.probe.tabs().value(u"#a"_s).topicLabel);
 }
 

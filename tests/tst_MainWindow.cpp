@@ -201,7 +201,7 @@ void TestMainWindow::opensTheConnectDialogOnceTheLoopRuns()
     MainWindow window;
     window.show();
     QCOMPARE(window.findChild<ConnectDialog *>(), nullptr);
-    QTRY_VERIFY_WITH_TIMEOUT(window.findChild<ConnectDialog *>() != nullptr, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(window.findChild<ConnectDialog *>() != nullptr, WaitTimeout);
     const auto *dialog = window.findChild<ConnectDialog *>();
     QVERIFY(dialog->isVisible());
     QVERIFY(!dialog->isModal());

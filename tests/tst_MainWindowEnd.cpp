@@ -46,7 +46,7 @@ int runEventLoop()
 {
     QTimer patience;
     patience.callOnTimeout([] { QCoreApplication::exit(-1); });
-    patience.start(Patience);
+    patience.start(WaitTimeout);
     return QApplication::exec();
 }
 
@@ -132,7 +132,7 @@ void TestMainWindowEnd::endsTheProgramByItsKey()
     QVERIFY(screen.press(u"Escape"_s));
     QVERIFY(screen.waitFor([&] { return screen.activeTitle() == "Velmora"_L1; }));
     QVERIFY(screen.press(u"ctrl+q"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), WaitTimeout);
     QCOMPARE(program.exitStatus(), 0);
     QCOMPARE(program.errorOutput(), QString());
 }
@@ -165,7 +165,7 @@ void TestMainWindowEnd::endsTheProgramByASignal()
     QVERIFY(server.waitForLine(u"NICK wanda"_s));
     QCOMPARE(kill(static_cast<pid_t>(program.processId()), signal), 0);
     QVERIFY(server.waitForLine(u"QUIT :Velmora leaving"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), WaitTimeout);
     QCOMPARE(program.exitStatus(), 0);
 }
 
@@ -193,11 +193,12 @@ void TestMainWindowEnd::endsWhileNoNameServerAnswers()
                             .realName = u"Wanda"_s,
                             .channels = {}});
     ProgramOnScreen program(screen, programStore);
-    QVERIFY(program.start(preloading(QStringLiteral(VELMORA_SILENT_NAMES))));
+    QVERIFY(program.start(preloadCommand(QStringLiteral(VELMORA_SILENT_NAMES))));
     QVERIFY(program.pressConnect());
-    QTRY_COMPARE_WITH_TIMEOUT(program.errorOutput(), u"Looking for irc.example.org\n"_s, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(program.errorOutput(), u"Looking for irc.example.org\n"_s,
+                              WaitTimeout);
     QVERIFY(screen.press(u"ctrl+q"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!program.isRunning(), WaitTimeout);
     QCOMPARE(program.exitStatus(), 0);
 }
 
@@ -209,7 +210,7 @@ void TestMainWindowEnd::saysQuitWhenItGoes()
     QCOMPARE(runEventLoop(), 0);
     // Closing hides the window; the session ends with the object.
     QVERIFY(session.probe.connection().isConnected());
-    QVERIFY(!session.takeSent().contains(u"QUIT :Velmora leaving"_s));
+    QVERIFY(!session.readSent().contains(u"QUIT :Velmora leaving"_s));
     session.destroyWindow();
     QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
     QVERIFY(session.server.waitForEnd());
@@ -234,8 +235,8 @@ void TestMainWindowEnd::goesWithTabsAndALiveSession()
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     QVERIFY(session.join(u"#c"_s, u"@me alice"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hello"_s));
-    QVERIFY(session.say(u":me!u@h JOIN :#trailing"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hello"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN :#trailing"_s));
     session.probe.tabBar().highlightTab(2);
     session.probe.closeTab(1); // Its page lives on without a tab.
     session.probe.inputLine().setText(u"half a line"_s);
@@ -276,8 +277,8 @@ void TestMainWindowEnd::closesWithinARead()
                     session.window.close();
             });
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #d :two\r\n"_ba);
-    QTRY_VERIFY_WITH_TIMEOUT(!session.window.isVisible(), Patience);
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#d"_s), QStringList{u"a|two"_s}, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!session.window.isVisible(), WaitTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#d"_s), QStringList{u"a|two"_s}, WaitTimeout);
     QCOMPARE(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s});
     session.destroyWindow();
     QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
@@ -300,7 +301,7 @@ void TestMainWindowEnd::setsTheProgramUp()
     Child program;
     QVERIFY(launch(program, programStore));
     // The store's place follows from the names of the application and of the organisation.
-    QTRY_COMPARE_WITH_TIMEOUT(programStore.value(u"theme"_s).toString(), u"light"_s, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(programStore.value(u"theme"_s).toString(), u"light"_s, WaitTimeout);
     QCOMPARE(program.state(), QProcess::Running);
     program.stop();
 }
@@ -327,9 +328,9 @@ void TestMainWindowEnd::closesTheStoreToOthers()
     }
     Child program;
     QVERIFY(launch(program, programStore));
-    QTRY_COMPARE_WITH_TIMEOUT(QFile::permissions(file), OwnFile, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(QFile::permissions(file), OwnFile, WaitTimeout);
     QTRY_COMPARE_WITH_TIMEOUT(QFile::permissions(folder),
-                              OwnFile | QFile::ExeOwner | QFile::ExeUser, Patience);
+                              OwnFile | QFile::ExeOwner | QFile::ExeUser, WaitTimeout);
     program.stop();
 }
 

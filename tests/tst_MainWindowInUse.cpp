@@ -25,7 +25,7 @@ namespace {
 bool activate(MainWindow &window)
 {
     window.activateWindow();
-    return QTest::qWaitForWindowActive(&window, Patience);
+    return QTest::qWaitForWindowActive(&window, WaitTimeout);
 }
 
 // Makes a session event happen as if the server had caused it.
@@ -183,7 +183,7 @@ void TestMainWindowInUse::keepsItsStatusWhileMenusAreUsed()
     const QList<QAction *> actions = menus.actions();
     for (QAction *action : actions) {
         QTest::mouseClick(&menus, Qt::LeftButton, {}, menus.actionGeometry(action).center());
-        QTRY_COMPARE_WITH_TIMEOUT(QApplication::activePopupWidget(), action->menu(), Patience);
+        QTRY_COMPARE_WITH_TIMEOUT(QApplication::activePopupWidget(), action->menu(), WaitTimeout);
         QTest::keyClick(action->menu(), Qt::Key_Down);
         QTest::keyClick(action->menu(), Qt::Key_Escape);
         QCOMPARE(bar.currentMessage(), u"Connected to 127.0.0.1 as me"_s);
@@ -196,12 +196,12 @@ void TestMainWindowInUse::keepsTheRatioWhenResized()
     session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
     for (const int width : {1280, 900, 1500}) {
         session.window.resize(width, 720);
-        QTRY_COMPARE_WITH_TIMEOUT(session.window.width(), width, Patience);
-        QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, Patience);
+        QTRY_COMPARE_WITH_TIMEOUT(session.window.width(), width, WaitTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, WaitTimeout);
     }
     session.probe.showTab(u"Server"_s);
     session.window.resize(1000, 720);
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.splitter().sizes().at(1), 0, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.splitter().sizes().at(1), 0, WaitTimeout);
 }
 
 void TestMainWindowInUse::forgetsADraggedRatioWhenResized()
@@ -220,7 +220,7 @@ void TestMainWindowInUse::forgetsADraggedRatioWhenResized()
     QVERIFY(session.probe.shareOfUserList() > 35);
 
     session.window.resize(session.window.width() + 1, session.window.height());
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, WaitTimeout);
 }
 
 void TestMainWindowInUse::forgetsADraggedRatioWhenTheTabChanges()
@@ -232,7 +232,7 @@ void TestMainWindowInUse::forgetsADraggedRatioWhenTheTabChanges()
     session.probe.splitter().setSizes({500, 500});
     QVERIFY(session.probe.shareOfUserList() > 45);
     session.probe.showTab(u"#d"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, WaitTimeout);
 }
 
 void TestMainWindowInUse::leavesTheServerTabToItsShortcut()
@@ -255,7 +255,7 @@ void TestMainWindowInUse::closesTheShownTabByItsShortcut()
     QVERIFY(activate(session.window));
     QTest::keySequence(&session.window, QKeySequence::Close);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}),
-                              Patience);
+                              WaitTimeout);
     QVERIFY(session.window.isVisible());
 }
 

@@ -22,10 +22,10 @@ void TestMainWindowStart::centresTheFirstDialog()
     const PreparedStore store;
     ProgramOnScreen program(screen, store);
     QVERIFY2(program.start(), qUtf8Printable(program.errorOutput()));
-    const QRect dialog = screen.whenStill([&] { return screen.activeWindow(); });
+    const QRect dialog = screen.waitUntilStable([&] { return screen.activeWindow(); });
     QVERIFY(screen.press(u"Escape"_s));
     QVERIFY(screen.waitFor([&] { return screen.activeTitle() == "Velmora"_L1; }));
-    const QRect window = screen.whenStill([&] { return screen.activeWindow(); });
+    const QRect window = screen.waitUntilStable([&] { return screen.activeWindow(); });
     // The window is not where it would be without a window manager.
     QVERIFY(window.topLeft() != QPoint(0, 0));
     const QPoint distance = dialog.center() - window.center();

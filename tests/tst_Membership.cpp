@@ -107,7 +107,7 @@ void TestMembership::putsMessagesIntoTheirTab()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    QVERIFY(session.say(line));
+    QVERIFY(session.receive(line));
     QCOMPARE(session.probe.lastLine(tab), shown);
     QVERIFY(!lastTextColor(session, tab).isValid());
     QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s}));
@@ -161,10 +161,10 @@ void TestMembership::tellsOfEvents()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
     const QStringList channelLines = session.probe.lines(u"#a"_s);
     const QStringList serverLines = session.probe.lines(u"Server"_s);
-    QVERIFY(session.say(line));
+    QVERIFY(session.receive(line));
 
     QCOMPARE(session.probe.lines(u"#a"_s), channelLines + QStringList{inChannel});
     QCOMPARE(lastTextColor(session, u"#a"_s), Grey);
@@ -182,11 +182,11 @@ void TestMembership::opensTheTabOfTheFirstJoin()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":me!u@h JOIN #a"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN #a"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"me|joined #a"_s});
-    QCOMPARE(session.takeSent(), QStringList{u"NAMES #a"_s});
+    QCOMPARE(session.readSent(), QStringList{u"NAMES #a"_s});
     QVERIFY(!session.probe.channelUsers().contains(u"#a"_s));
     QCOMPARE(session.probe.users(), QStringList());
 }
@@ -197,7 +197,7 @@ void TestMembership::goesOnInTheOldTab()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me alice"_s));
     session.probe.showTab(u"Server"_s);
-    QVERIFY(session.say(u":me!u@h JOIN #a"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN #a"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
     QCOMPARE(session.probe.currentTabName(), u"Server"_s);
     QCOMPARE(session.probe.lines(u"#a"_s), (QStringList{u"me|joined #a"_s, u"me|joined #a"_s}));
@@ -237,7 +237,7 @@ void TestMembership::addsWhoJoins()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, names));
-    QVERIFY(session.say(u":%1!u@h JOIN #a"_s.arg(nick)));
+    QVERIFY(session.receive(u":%1!u@h JOIN #a"_s.arg(nick)));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), model);
     QCOMPARE(session.probe.users(), visible);
     QCOMPARE(session.probe.lastLine(u"#a"_s), QString(nick + u"|joined #a"_s));
@@ -250,12 +250,12 @@ void TestMembership::addsWhoJoinsOutOfSight()
     QVERIFY(session.join(u"#a"_s, u"me alice"_s));
     QVERIFY(session.join(u"#b"_s, u"me zoe"_s));
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
-    QVERIFY(session.say(u":bob!u@h JOIN #b"_s));
+    QVERIFY(session.receive(u":bob!u@h JOIN #b"_s));
     QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"me"_s}));
     QCOMPARE(session.probe.channelUsers().value(u"#b"_s),
              (QStringList{u"bob"_s, u"me"_s, u"zoe"_s}));
     // Only the exact nick is the user's own.
-    QVERIFY(session.say(u":ME!u@h JOIN #c"_s));
+    QVERIFY(session.receive(u":ME!u@h JOIN #c"_s));
     QCOMPARE(session.probe.channelUsers().value(u"#c"_s), QStringList{u"ME"_s});
 }
 
@@ -263,11 +263,11 @@ void TestMembership::opensATabForAStrangersJoin()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":bob!u@h JOIN #new"_s));
+    QVERIFY(session.receive(u":bob!u@h JOIN #new"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#new"_s}));
     QCOMPARE(session.probe.channelUsers().value(u"#new"_s), QStringList{u"bob"_s});
     QCOMPARE(session.probe.users(), QStringList{u"bob"_s});
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
 }
 
 void TestMembership::listsJoinsInOrderOfArrival()
@@ -275,7 +275,7 @@ void TestMembership::listsJoinsInOrderOfArrival()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"@op me"_s));
-    QVERIFY(session.sayAll({u":zoe!u@h JOIN #a"_s, u":adam!u@h JOIN #a"_s}));
+    QVERIFY(session.receiveAll({u":zoe!u@h JOIN #a"_s, u":adam!u@h JOIN #a"_s}));
     QCOMPARE(session.probe.users(), (QStringList{u"@op"_s, u"me"_s, u"zoe"_s, u"adam"_s}));
     session.probe.showTab(u"Server"_s);
     QCOMPARE(session.probe.users(), QStringList());
@@ -290,7 +290,7 @@ void TestMembership::losesRankWithAJoin()
     QVERIFY(session.join(u"#a"_s, u"me @op ~owner"_s));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s),
              (QStringList{u"~owner"_s, u"@op"_s, u"me"_s}));
-    QVERIFY(session.say(u":zoe!u@h JOIN #a"_s));
+    QVERIFY(session.receive(u":zoe!u@h JOIN #a"_s));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s),
              (QStringList{u"@op"_s, u"me"_s, u"zoe"_s, u"~owner"_s}));
 }
@@ -323,12 +323,12 @@ void TestMembership::comesThroughANetSplit()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, names.join(u' ')));
 
-    QVERIFY(session.sayAll(quits));
+    QVERIFY(session.receiveAll(quits));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), operators + others);
     QCOMPARE(session.probe.users(), operators + others);
     // They come back without their ranks: at the end of the list on show, and in the order of their
     // nicks in the channel's own.
-    QVERIFY(session.sayAll(joins));
+    QVERIFY(session.receiveAll(joins));
     QCOMPARE(session.probe.users(), operators + others + returning);
     QStringList everybody = others + returning;
     everybody.sort(Qt::CaseInsensitive);
@@ -340,9 +340,9 @@ void TestMembership::tellsAPrivateTabOfAReturn()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me @bob"_s));
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":Bob!u@h PRIVMSG me :hi"_s));
     // Known or not, in the tab's case or not, with each join.
-    QVERIFY(session.sayAll({u":BOB!u@h JOIN #a"_s, u":BOB!u@h JOIN #a"_s}));
+    QVERIFY(session.receiveAll({u":BOB!u@h JOIN #a"_s, u":BOB!u@h JOIN #a"_s}));
     QCOMPARE(session.probe.lines(u"Bob"_s),
              (QStringList{u"Bob|hi"_s, u"Bob|is back online"_s, u"Bob|is back online"_s}));
     QCOMPARE(lastTextColor(session, u"Bob"_s), Grey);
@@ -353,8 +353,8 @@ void TestMembership::tellsNobodyOfItsOwnReturn()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":me!u@h PRIVMSG me :hi"_s));
-    QVERIFY(session.say(u":me!u@h JOIN #a"_s));
+    QVERIFY(session.receive(u":me!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN #a"_s));
     QCOMPARE(session.probe.lines(u"me"_s), QStringList{u"me|hi"_s});
 }
 
@@ -380,7 +380,7 @@ void TestMembership::takesOutWhoParts()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"zoe bob @bob +@c"_s));
     QCOMPARE(session.probe.users(), (QStringList{u"@bob"_s, u"+@c"_s, u"bob"_s, u"zoe"_s}));
-    QVERIFY(session.say(u":%1!u@h PART #a"_s.arg(nick)));
+    QVERIFY(session.receive(u":%1!u@h PART #a"_s.arg(nick)));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), model);
     QCOMPARE(session.probe.users(), model);
     QCOMPARE(session.probe.lastLine(u"#a"_s), QString(nick + u"|left #a ()"_s));
@@ -392,12 +392,12 @@ void TestMembership::ignoresTheEchoOfAClosedTab()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me alice"_s));
     session.probe.closeTab(1);
-    QVERIFY(session.say(u":me!u@h PART #a :Leaving"_s));
+    QVERIFY(session.receive(u":me!u@h PART #a :Leaving"_s));
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"alice"_s, u"me"_s}));
     QCOMPARE(session.probe.lastLine(u"Server"_s), u"*** You left #a"_s);
     // Only the user's exact nick is an echo.
-    QVERIFY(session.say(u":ME!u@h PART #a"_s));
+    QVERIFY(session.receive(u":ME!u@h PART #a"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
 }
 
@@ -406,7 +406,7 @@ void TestMembership::keepsTheTabAfterItsOwnPart()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"@me alice"_s));
-    QVERIFY(session.say(u":me!u@h PART #a :Leaving"_s));
+    QVERIFY(session.receive(u":me!u@h PART #a :Leaving"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|left #a (Leaving)"_s);
     QCOMPARE(session.probe.users(), QStringList{u"alice"_s});
@@ -417,7 +417,7 @@ void TestMembership::opensATabForAStrangersPart()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":bob!u@h PART #new :bye"_s));
+    QVERIFY(session.receive(u":bob!u@h PART #new :bye"_s));
     QCOMPARE(session.probe.lines(u"#new"_s), QStringList{u"bob|left #new (bye)"_s});
     QVERIFY(!session.probe.channelUsers().contains(u"#new"_s));
 }
@@ -429,8 +429,8 @@ void TestMembership::takesOutWhoQuitsEverywhere()
     QVERIFY(session.join(u"#b"_s, u"me @bob zoe"_s));
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     QVERIFY(session.join(u"#c"_s, u"me BOB"_s));
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :hi"_s));
-    QVERIFY(session.say(u":bob!u@h QUIT :gone"_s));
+    QVERIFY(session.receive(u":Bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":bob!u@h QUIT :gone"_s));
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"bob|quit (gone)"_s);
     QCOMPARE(session.probe.lastLine(u"#b"_s), u"bob|quit (gone)"_s);
     QCOMPARE(session.probe.lines(u"#c"_s), QStringList{u"me|joined #c"_s});
@@ -443,7 +443,7 @@ void TestMembership::takesOutWhoQuitsEverywhere()
     QVERIFY(session.probe.tabs().contains(u"Bob"_s));
 
     const auto tabs = session.probe.tabTexts();
-    QVERIFY(session.say(u":stranger!u@h QUIT :x"_s));
+    QVERIFY(session.receive(u":stranger!u@h QUIT :x"_s));
     QCOMPARE(session.probe.tabTexts(), tabs);
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"bob|quit (gone)"_s);
 }
@@ -457,7 +457,7 @@ void TestMembership::bringsAClosedTabBackWithAQuit()
     session.probe.closeTab(1);
     session.probe.closeTab(1);
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
-    QVERIFY(session.say(u":bob!u@h QUIT :gone"_s));
+    QVERIFY(session.receive(u":bob!u@h QUIT :gone"_s));
     // In the order of their names; the first one comes to the front.
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"#b"_s}));
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"bob|quit (gone)"_s});
@@ -470,13 +470,13 @@ void TestMembership::takesOutWhoIsKicked()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me @bob bob Zoe"_s));
-    QVERIFY(session.say(u":alice!u@h KICK #a bob :x"_s));
+    QVERIFY(session.receive(u":alice!u@h KICK #a bob :x"_s));
     QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s, u"Zoe"_s}));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s),
              (QStringList{u"bob"_s, u"me"_s, u"Zoe"_s}));
-    QVERIFY(session.say(u":alice!u@h KICK #a zoe :x"_s));
+    QVERIFY(session.receive(u":alice!u@h KICK #a zoe :x"_s));
     QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s, u"Zoe"_s}));
-    QVERIFY(session.say(u":alice!u@h KICK #new bob :x"_s));
+    QVERIFY(session.receive(u":alice!u@h KICK #new bob :x"_s));
     QVERIFY(!session.probe.channelUsers().contains(u"#new"_s));
     QCOMPARE(session.probe.lines(u"#new"_s), QStringList{u"bob|was kicked by alice (x)"_s});
 }
@@ -486,17 +486,17 @@ void TestMembership::losesTheChannelWhenKicked()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"@me alice"_s));
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     // Only the exact nick is the user's own.
-    QVERIFY(session.say(u":alice!u@h KICK #a ME :x"_s));
+    QVERIFY(session.receive(u":alice!u@h KICK #a ME :x"_s));
     QVERIFY(session.probe.channelUsers().contains(u"#a"_s));
-    QVERIFY(session.say(u":alice!u@h KICK #a me :out"_s));
+    QVERIFY(session.receive(u":alice!u@h KICK #a me :out"_s));
     QCOMPARE(session.probe.users(), QStringList());
     QVERIFY(!session.probe.channelUsers().contains(u"#a"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|was kicked by alice (out)"_s);
     session.probe.typeLine(u"hello?"_s);
-    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #a :hello?"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #a :hello?"_s});
 }
 
 void TestMembership::keepsTheVisibleListWhenKickedElsewhere()
@@ -505,7 +505,7 @@ void TestMembership::keepsTheVisibleListWhenKickedElsewhere()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me alice"_s));
     QVERIFY(session.join(u"#b"_s, u"me"_s));
-    QVERIFY(session.say(u":alice!u@h KICK #b me :out"_s));
+    QVERIFY(session.receive(u":alice!u@h KICK #b me :out"_s));
     QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"me"_s}));
     QCOMPARE(session.probe.channelUsers().keys(), QStringList{u"#a"_s});
 }
@@ -515,7 +515,7 @@ void TestMembership::fillsTheChannelAgainAfterAKick()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me alice"_s));
-    QVERIFY(session.say(u":alice!u@h KICK #a me :out"_s));
+    QVERIFY(session.receive(u":alice!u@h KICK #a me :out"_s));
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s}));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));

@@ -321,7 +321,7 @@ void TestMessageRows::followsTheTabsName()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.sayAll({u":bob!u@h PRIVMSG me :hi"_s, u":bob!u@h NICK Server"_s}));
+    QVERIFY(session.receiveAll({u":bob!u@h PRIVMSG me :hi"_s, u":bob!u@h NICK Server"_s}));
     session.probe.appendMessageToTab(Server, u"a line"_s, u"alice"_s);
     QCOMPARE(tableOf(session.probe, Server).columns(), 3);
     const Cell text = lastCell(session.probe, Server, 1);
@@ -330,7 +330,7 @@ void TestMessageRows::followsTheTabsName()
     QVERIFY(!text.cellFormat.hasProperty(QTextFormat::TableCellRightBorder));
     QCOMPARE(lastCell(session.probe, Server, 2).text, QString());
 
-    QVERIFY(session.sayAll({u":Server!u@h NICK bob"_s, u":bob!u@h PRIVMSG me :back"_s}));
+    QVERIFY(session.receiveAll({u":Server!u@h NICK bob"_s, u":bob!u@h PRIVMSG me :back"_s}));
     QCOMPARE(lastCell(session.probe, u"bob"_s, 1).text, u"bob  "_s);
     QCOMPARE(lastCell(session.probe, u"bob"_s, 2).text, u" back"_s);
 }
@@ -355,7 +355,7 @@ void TestMessageRows::keepsControlCodes()
     QFETCH(const QString, text);
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":alice!u@h PRIVMSG #c :"_s + text));
+    QVERIFY(session.receive(u":alice!u@h PRIVMSG #c :"_s + text));
     QCOMPARE(lastCell(session.probe, u"#c"_s, 2).text, QString(u' ' + text));
     QVERIFY(lastCell(session.probe, u"#c"_s, 2).format.properties().isEmpty());
 }
@@ -509,7 +509,7 @@ void TestMessageRows::usesTheAwayStateOfTheMoment()
             });
     session.server.sendBytes(":me!u@h PRIVMSG #c :one\r\n:me!u@h PRIVMSG #c :two\r\n"_ba);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s),
-                              (QStringList{u"me|[Away: gone] one"_s, u"me|two"_s}), Patience);
+                              (QStringList{u"me|[Away: gone] one"_s, u"me|two"_s}), WaitTimeout);
 }
 
 QTEST_MAIN(TestMessageRows)

@@ -125,11 +125,11 @@ void TestMessageTabs::watchesAPeerOnce()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :one"_s));
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :two"_s));
-    QVERIFY(session.say(u":BOB!u@h PRIVMSG me :three"_s));
+    QVERIFY(session.receive(u":Bob!u@h PRIVMSG me :one"_s));
+    QVERIFY(session.receive(u":Bob!u@h PRIVMSG me :two"_s));
+    QVERIFY(session.receive(u":BOB!u@h PRIVMSG me :three"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"Bob"_s, u"BOB"_s}));
-    QCOMPARE(session.takeSent(), QStringList{u"WATCH +Bob"_s});
+    QCOMPARE(session.readSent(), QStringList{u"WATCH +Bob"_s});
     QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
 }
 
@@ -137,14 +137,14 @@ void TestMessageTabs::watchesAPeerAgainOnlyIfItWasForgotten()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :one"_s));
+    QVERIFY(session.receive(u":Bob!u@h PRIVMSG me :one"_s));
     // Closing forgets the nick. One that is watched still, for whatever reason, is not asked for.
     session.probe.closeTab(1);
     session.probe.watchedNicks().insert(u"bob"_s);
-    QVERIFY(session.say(u":BOB!u@h PRIVMSG me :two"_s));
+    QVERIFY(session.receive(u":BOB!u@h PRIVMSG me :two"_s));
     session.probe.closeTab(1);
-    QVERIFY(session.say(u":boB!u@h PRIVMSG me :three"_s));
-    QCOMPARE(session.takeSent(),
+    QVERIFY(session.receive(u":boB!u@h PRIVMSG me :three"_s));
+    QCOMPARE(session.readSent(),
              (QStringList{u"WATCH +Bob"_s, u"WATCH -Bob"_s, u"WATCH -BOB"_s, u"WATCH +boB"_s}));
 }
 
@@ -152,9 +152,9 @@ void TestMessageTabs::watchesNobodyForOtherTabs()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG #c :one"_s));
-    QVERIFY(session.say(u":irc.test NOTICE * :hello"_s));
-    QCOMPARE(session.takeSent(), QStringList());
+    QVERIFY(session.receive(u":Bob!u@h PRIVMSG #c :one"_s));
+    QVERIFY(session.receive(u":irc.test NOTICE * :hello"_s));
+    QCOMPARE(session.readSent(), QStringList());
     QVERIFY(session.probe.watchedNicks().isEmpty());
 }
 
@@ -198,12 +198,12 @@ void TestMessageTabs::bringsAReaderBackToTheEnd()
     for (int number = 0; number < 60; ++number)
         session.probe.appendMessageToTab(u"#c"_s, QString::number(number), u"alice"_s);
     const QTextBrowser &view = *session.probe.tabs().value(u"#c"_s).chatView;
-    QTRY_VERIFY_WITH_TIMEOUT(view.verticalScrollBar()->maximum() > 0, Patience);
-    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(view.verticalScrollBar()->maximum() > 0, WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), WaitTimeout);
     view.verticalScrollBar()->setValue(0);
     QVERIFY(!isAtTheEnd(view));
     session.probe.appendMessageToTab(u"#c"_s, u"last"_s, u"alice"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), WaitTimeout);
     QVERIFY(view.textCursor().atEnd());
 }
 
@@ -213,13 +213,13 @@ void TestMessageTabs::scrollsTabsThatAreNotShown()
     for (int number = 0; number < 60; ++number)
         session.probe.appendMessageToTab(u"#c"_s, QString::number(number), u"alice"_s);
     const QTextBrowser &view = *session.probe.tabs().value(u"#c"_s).chatView;
-    QTRY_VERIFY_WITH_TIMEOUT(view.verticalScrollBar()->maximum() > 0, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(view.verticalScrollBar()->maximum() > 0, WaitTimeout);
     view.verticalScrollBar()->setValue(0);
     session.probe.showTab(Server);
     session.probe.appendMessageToTab(u"#c"_s, u"last"_s, u"alice"_s);
     QVERIFY(view.textCursor().atEnd());
     session.probe.showTab(u"#c"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), WaitTimeout);
 }
 
 void TestMessageTabs::writesTheLinesOfAReadInTheirOrder()
@@ -233,7 +233,7 @@ void TestMessageTabs::writesTheLinesOfAReadInTheirOrder()
         expected.append(u"alice|"_s + QString::number(number));
     }
     session.server.sendBytes(read);
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), expected, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), expected, WaitTimeout);
     QCOMPARE(tableOf(session.probe, u"#c"_s).rows(), 51);
 }
 
@@ -255,7 +255,7 @@ void TestMessageTabs::writesTheLinesOfTwoReadsInTheirOrder()
             });
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"
                              ":a!u@h PRIVMSG #c :three\r\n"_ba);
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#d"_s), QStringList{u"b|x"_s}, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#d"_s), QStringList{u"b|x"_s}, WaitTimeout);
     QVERIFY(nested);
     QStringList lines = session.probe.lines(u"#c"_s);
     // The loop within may come before or after the line that it was run for; nothing is lost, and
@@ -269,10 +269,10 @@ void TestMessageTabs::writesALineThatIsCutInTwoReads()
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIV"_ba);
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s}, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), QStringList{u"a|one"_s}, WaitTimeout);
     session.server.sendBytes("MSG #c :two\r\n"_ba);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|two"_s}),
-                              Patience);
+                              WaitTimeout);
 }
 
 void TestMessageTabs::writesTheLinesOfAReadToTheirTabs()
@@ -282,7 +282,7 @@ void TestMessageTabs::writesTheLinesOfAReadToTheirTabs()
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:irc.test NOTICE * :hello\r\n"
                              ":a!u@h PRIVMSG me :two\r\n:a!u@h PRIVMSG #c :three\r\n"_ba);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|three"_s}),
-                              Patience);
+                              WaitTimeout);
     QCOMPARE(session.probe.lines(u"a"_s), QStringList{u"a|two"_s});
     QCOMPARE(session.probe.lines(Server).last(), u"<< :irc.test NOTICE * :hello"_s);
 }
@@ -294,7 +294,7 @@ void TestMessageTabs::writesTheLinesOfAReadThroughARename()
     session.server.sendBytes(":a!u@h PRIVMSG me :one\r\n:b!u@h PRIVMSG me :other\r\n"
                              ":a!u@h NICK b\r\n:b!u@h PRIVMSG me :two\r\n"_ba);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabTexts(), (QStringList{Server, u"b"_s, u"b"_s}),
-                              Patience);
+                              WaitTimeout);
     QCOMPARE(session.probe.lines(u"b"_s),
              (QStringList{u"a|one"_s, u"a|is now known as b"_s, u"b|two"_s}));
     // The conversation that lost its record keeps what was said in it.
@@ -314,7 +314,7 @@ void TestMessageTabs::writesTheLinesOfAReadThatEndsTheSession()
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"
                              ":a!u@h PRIVMSG #c :three\r\n"_ba);
     QTRY_VERIFY_WITH_TIMEOUT(session.probe.lines(Server).contains(u"*** Disconnected."_s),
-                             Patience);
+                             WaitTimeout);
     QCOMPARE(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|two"_s, u"a|three"_s}));
 }
 
@@ -329,7 +329,7 @@ void TestMessageTabs::writesTheRowsOfAReadForAClosedTab()
                     session.probe.closeTab(1);
             });
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #c :two\r\n"_ba);
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), QStringList{u"a|two"_s}, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#c"_s), QStringList{u"a|two"_s}, WaitTimeout);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
 }
 

@@ -85,14 +85,15 @@ void TestNameLists::gathersNamesUntilTheirEnd()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    QVERIFY(session.sayAll({u":irc.test 353 me = #a :zoe bob"_s, u":irc.test 353 me = #b :eve"_s,
-                            u":irc.test 353 me = #a :@op me"_s}));
+    QVERIFY(session.receiveAll({u":irc.test 353 me = #a :zoe bob"_s,
+                                u":irc.test 353 me = #b :eve"_s,
+                                u":irc.test 353 me = #a :@op me"_s}));
     QCOMPARE(session.probe.users(), QStringList{u"me"_s});
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), QStringList{u"me"_s});
     QCOMPARE(session.probe.pendingNames().value(u"#a"_s),
              (QStringList{u"zoe"_s, u"bob"_s, u"@op"_s, u"me"_s}));
 
-    QVERIFY(session.say(u":irc.test 366 me #a :End"_s));
+    QVERIFY(session.receive(u":irc.test 366 me #a :End"_s));
     QCOMPARE(session.probe.users(), (QStringList{u"@op"_s, u"bob"_s, u"me"_s, u"zoe"_s}));
     QCOMPARE(session.probe.pendingNames().keys(), QStringList{u"#b"_s});
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"me|joined #a"_s});
@@ -131,8 +132,9 @@ void TestNameLists::replacesWhatItKnew()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    QVERIFY(session.sayAll({u":zoe!u@h JOIN #a"_s, u":bob!u@h NICK rob"_s}));
-    QVERIFY(session.sayAll({u":irc.test 353 me = #a :me bob"_s, u":irc.test 366 me #a :End"_s}));
+    QVERIFY(session.receiveAll({u":zoe!u@h JOIN #a"_s, u":bob!u@h NICK rob"_s}));
+    QVERIFY(session.receiveAll(
+            {u":irc.test 353 me = #a :me bob"_s, u":irc.test 366 me #a :End"_s}));
     QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s}));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"bob"_s, u"me"_s}));
 }
@@ -142,7 +144,7 @@ void TestNameLists::emptiesTheListWithoutNames()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    QVERIFY(session.say(u":irc.test 366 me #a :End"_s));
+    QVERIFY(session.receive(u":irc.test 366 me #a :End"_s));
     QCOMPARE(session.probe.users(), QStringList());
     QVERIFY(session.probe.channelUsers().contains(u"#a"_s));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), QStringList());
@@ -153,10 +155,10 @@ void TestNameLists::keepsUnfinishedNamesThroughADisconnect()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    QVERIFY(session.say(u":irc.test 353 me = #a :old"_s));
+    QVERIFY(session.receive(u":irc.test 353 me = #a :old"_s));
     session.server.close();
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"Server"_s), u"*** Disconnected."_s,
-                              Patience);
+                              WaitTimeout);
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me new"_s));
     QCOMPARE(session.probe.users(), (QStringList{u"me"_s, u"new"_s, u"old"_s}));
@@ -167,7 +169,8 @@ void TestNameLists::keepsNamesOutOfSight()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me alice"_s));
-    QVERIFY(session.sayAll({u":irc.test 353 me = #b :zoe @bob"_s, u":irc.test 366 me #b :End"_s}));
+    QVERIFY(session.receiveAll(
+            {u":irc.test 353 me = #b :zoe @bob"_s, u":irc.test 366 me #b :End"_s}));
     QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"me"_s}));
     QCOMPARE(session.probe.channelUsers().value(u"#b"_s), (QStringList{u"@bob"_s, u"zoe"_s}));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
@@ -179,9 +182,9 @@ void TestNameLists::keepsTheStaleListAfterAReconnect()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me alice"_s));
     session.server.close();
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.users(), QStringList(), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.users(), QStringList(), WaitTimeout);
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":alice!u@h QUIT :x"_s));
+    QVERIFY(session.receive(u":alice!u@h QUIT :x"_s));
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"alice|quit (x)"_s);
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     QCOMPARE(session.probe.users(), QStringList{u"me"_s});
@@ -195,10 +198,10 @@ void TestNameLists::showsTheTopic()
     const QLabel *label = session.probe.tabs().value(u"#a"_s).topicLabel;
     QVERIFY(label != nullptr);
     QVERIFY(label->text().isEmpty());
-    QVERIFY(session.say(u":irc.test 332 me #a :Welcome all"_s));
+    QVERIFY(session.receive(u":irc.test 332 me #a :Welcome all"_s));
     QVERIFY2(label->text().contains(u"Welcome all"_s), qUtf8Printable(label->text()));
     QCOMPARE(session.probe.channelTopics().value(u"#a"_s), u"Welcome all"_s);
-    QVERIFY(session.say(u":irc.test 332 me #a :"_s));
+    QVERIFY(session.receive(u":irc.test 332 me #a :"_s));
     QVERIFY(label->text().isEmpty());
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"me|joined #a"_s});
 }
@@ -207,9 +210,9 @@ void TestNameLists::keepsATopicForLater()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":irc.test 332 me #a :Early"_s));
+    QVERIFY(session.receive(u":irc.test 332 me #a :Early"_s));
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
-    QVERIFY(session.say(u":me!u@h JOIN #a"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN #a"_s));
     const QString shown = session.probe.tabs().value(u"#a"_s).topicLabel->text();
     QVERIFY2(shown.contains(u"Early"_s), qUtf8Printable(shown));
 }
@@ -219,9 +222,9 @@ void TestNameLists::ignoresLiveTopicsAndModes()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    QVERIFY(session.say(u":irc.test 332 me #a :Old"_s));
+    QVERIFY(session.receive(u":irc.test 332 me #a :Old"_s));
     const QStringList serverLines = session.probe.lines(u"Server"_s);
-    QVERIFY(session.sayAll({u":bob!u@h TOPIC #a :New"_s, u":bob!u@h MODE #a +o me"_s}));
+    QVERIFY(session.receiveAll({u":bob!u@h TOPIC #a :New"_s, u":bob!u@h MODE #a +o me"_s}));
     QCOMPARE(session.probe.channelTopics().value(u"#a"_s), u"Old"_s);
     QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s}));
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"me|joined #a"_s});
@@ -274,7 +277,7 @@ void TestNameLists::dressesTheOwnEntryAgain()
     QVERIFY(looksAway(itemOf(session, u"me"_s)));
 
     // A rename makes a new entry, after the dressing that the new nick brings.
-    QVERIFY(session.say(u":me!u@h NICK new"_s));
+    QVERIFY(session.receive(u":me!u@h NICK new"_s));
     QVERIFY(looksPlain(itemOf(session, u"new"_s)));
     session.probe.showTab(u"Server"_s);
     session.probe.showTab(u"#a"_s);
@@ -290,10 +293,10 @@ void TestNameLists::leavesJoinsPlain()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"alice"_s));
     session.probe.typeLine(u"/away lunch"_s);
-    QVERIFY(session.say(u":Me!u@h JOIN #a"_s));
+    QVERIFY(session.receive(u":Me!u@h JOIN #a"_s));
     QVERIFY(looksPlain(itemOf(session, u"Me"_s)));
     // The new nick finds the entry that came with that join.
-    QVERIFY(session.say(u":me!u@h NICK ME"_s));
+    QVERIFY(session.receive(u":me!u@h NICK ME"_s));
     QVERIFY(looksAway(itemOf(session, u"Me"_s)));
 }
 

@@ -1,7 +1,7 @@
 // What comes to pass while a menu, a box, a prompt, a form or a choice waits for its user.
 
-#include "Happenings.h"
 #include "IRCConnection.h"
+#include "Interruptions.h"
 #include "NestedLoops.h"
 #include "TemporaryStore.h"
 
@@ -17,9 +17,9 @@ namespace {
 using Happening = bool (*)(WindowSession &session);
 
 const QList<std::pair<QString, Happening>> AllHappenings{
-        {u"link"_s, Happenings::dropLink},
-        {u"flood"_s, Happenings::flood},
-        {u"lost channel"_s, Happenings::loseChannel},
+        {u"link"_s, Interruptions::dropLink},
+        {u"flood"_s, Interruptions::flood},
+        {u"lost channel"_s, Interruptions::loseChannel},
 };
 
 // The tests of these menus and dialogs look more closely at what comes of it, and no link is there
@@ -44,7 +44,7 @@ bool goesOn(WindowSession &session)
 {
     if (!session.probe.connection().isConnected() && !session.registerAs())
         return false;
-    return session.say(u":zoe!u@h PRIVMSG me :on it goes"_s)
+    return session.receive(u":zoe!u@h PRIVMSG me :on it goes"_s)
            && session.probe.lastLine(u"zoe"_s) == "zoe|on it goes"_L1;
 }
 
@@ -92,38 +92,38 @@ void TestNestedLoops::goesOnAfterWhatHappened()
 {
     QFETCH(const NestedLoop, loop);
     QFETCH(const Happening, happening);
-    LoopScene scene;
-    QVERIFY(scene.enter());
+    NestedLoopFixture fixture;
+    QVERIFY(fixture.joinChannels());
     bool happened = false;
     bool stayed = false;
-    scene.inside = [&](QWidget *shown) {
-        happened = happening(scene.session);
+    fixture.inside = [&](QWidget *shown) {
+        happened = happening(fixture.session);
         stayed = shown->isVisible();
         loop.answer(shown);
     };
-    loop.open(scene);
-    QCOMPARE(scene.answers.problems(), QStringList());
+    loop.open(fixture);
+    QCOMPARE(fixture.answers.problems(), QStringList());
     QVERIFY(happened);
     QVERIFY(stayed);
-    QVERIFY(loop.isDone(scene));
+    QVERIFY(loop.isDone(fixture));
     QCOMPARE(QApplication::activeModalWidget(), nullptr);
     QCOMPARE(QApplication::activePopupWidget(), nullptr);
-    QVERIFY(goesOn(scene.session));
+    QVERIFY(goesOn(fixture.session));
 }
 
 void TestNestedLoops::goesOnWhenTheLinkComesUp()
 {
-    LoopScene scene;
-    WindowSession &session = scene.session;
+    NestedLoopFixture fixture;
+    WindowSession &session = fixture.session;
     QVERIFY(session.clickConnect(u"me"_s));
     bool isUp = false;
-    scene.answers.queueForBox([&](QMessageBox *box) {
+    fixture.answers.queueForBox([&](QMessageBox *box) {
         isUp = session.server.waitForClient() && session.server.waitForLine(u"NICK me"_s)
-               && session.say(u":irc.test 001 me :Welcome"_s);
+               && session.receive(u":irc.test 001 me :Welcome"_s);
         box->accept();
     });
     session.choose(u"&Join channel..."_s);
-    QCOMPARE(scene.answers.problems(), QStringList());
+    QCOMPARE(fixture.answers.problems(), QStringList());
     QVERIFY(isUp);
     QVERIFY(goesOn(session));
 }
@@ -139,15 +139,15 @@ void TestNestedLoops::hasATransientParent_data()
 void TestNestedLoops::hasATransientParent()
 {
     QFETCH(const NestedLoop, loop);
-    LoopScene scene;
-    QVERIFY(scene.enter());
+    NestedLoopFixture fixture;
+    QVERIFY(fixture.joinChannels());
     bool hasParent = false;
-    scene.inside = [&](QWidget *shown) {
+    fixture.inside = [&](QWidget *shown) {
         hasParent = shown->windowHandle()->transientParent() != nullptr;
         loop.answer(shown);
     };
-    loop.open(scene);
-    QCOMPARE(scene.answers.problems(), QStringList());
+    loop.open(fixture);
+    QCOMPARE(fixture.answers.problems(), QStringList());
     QVERIFY(hasParent);
 }
 

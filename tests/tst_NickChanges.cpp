@@ -84,10 +84,10 @@ void TestNickChanges::renamesEntries()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, names));
     // Nobody there has that nick in this case.
-    QVERIFY(session.say(u":%1!u@h NICK new"_s.arg(oldNick.toUpper())));
+    QVERIFY(session.receive(u":%1!u@h NICK new"_s.arg(oldNick.toUpper())));
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"me|joined #a"_s});
 
-    QVERIFY(session.say(u":%1!u@h NICK new"_s.arg(oldNick)));
+    QVERIFY(session.receive(u":%1!u@h NICK new"_s.arg(oldNick)));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), model);
     QCOMPARE(session.probe.users(), visible);
     QCOMPARE(session.probe.lines(u"#a"_s),
@@ -101,7 +101,7 @@ void TestNickChanges::renamesEntriesOutOfSight()
     QVERIFY(session.join(u"#a"_s, u"alice"_s));
     QVERIFY(session.join(u"#b"_s, u"+bob zoe"_s));
     QVERIFY(session.join(u"#c"_s, u"bob"_s));
-    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
     QCOMPARE(session.probe.channelUsers(),
              (QMap<QString, QStringList>{{u"#a"_s, {u"alice"_s}},
                                          {u"#b"_s, {u"+rob"_s, u"zoe"_s}},
@@ -118,7 +118,7 @@ void TestNickChanges::bringsAClosedTabBack()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     session.probe.closeTab(1);
-    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"bob|is now known as rob"_s});
     // The tab came with the new entry in its list, and the rename adds one; the next look is right.
@@ -133,9 +133,9 @@ void TestNickChanges::renamesThePrivateTab()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
     const MainWindow::TabInfo before = session.probe.tabs().value(u"bob"_s);
-    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
 
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"rob"_s}));
     QCOMPARE(session.probe.tabs().keys(), (QStringList{u"#a"_s, u"Server"_s, u"rob"_s}));
@@ -149,7 +149,7 @@ void TestNickChanges::renamesThePrivateTab()
              (QStringList{u"bob|hi"_s, u"bob|is now known as rob"_s}));
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
 
-    QVERIFY(session.say(u":rob!u@h PRIVMSG me :still me"_s));
+    QVERIFY(session.receive(u":rob!u@h PRIVMSG me :still me"_s));
     QCOMPARE(session.probe.lastLine(u"rob"_s), u"rob|still me"_s);
     QCOMPARE(session.probe.tabTexts().size(), 3);
 }
@@ -158,13 +158,13 @@ void TestNickChanges::renamesThePrivateTabOnShow()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":Bob!u@h PRIVMSG me :hi"_s));
     QCOMPARE(session.probe.currentTabName(), u"Bob"_s);
-    static_cast<void>(session.takeSent());
-    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    session.discardSent();
+    QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
     QCOMPARE(session.probe.currentTabName(), u"rob"_s);
     session.probe.typeLine(u"hello"_s);
-    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG rob :hello"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PRIVMSG rob :hello"_s});
     QCOMPARE(session.probe.lastLine(u"rob"_s), u"me|hello"_s);
 }
 
@@ -173,9 +173,9 @@ void TestNickChanges::renamesWhatIsOnShowInAnyCase()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.sayAll({u":bob!u@h PRIVMSG me :small"_s, u":Bob!u@h PRIVMSG me :big"_s}));
+    QVERIFY(session.receiveAll({u":bob!u@h PRIVMSG me :small"_s, u":Bob!u@h PRIVMSG me :big"_s}));
     QCOMPARE(session.probe.currentTabName(), u"bob"_s);
-    QVERIFY(session.say(u":Bob!u@h NICK rob"_s));
+    QVERIFY(session.receive(u":Bob!u@h NICK rob"_s));
     QCOMPARE(session.probe.currentTabName(), u"rob"_s);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s, u"rob"_s}));
 }
@@ -185,13 +185,13 @@ void TestNickChanges::findsThePrivateTabInAnyCase()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me Bob"_s));
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :hi"_s));
-    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QVERIFY(session.receive(u":Bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"rob"_s}));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"Bob"_s, u"me"_s}));
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|joined #a"_s);
     // Nothing but the case may change as well.
-    QVERIFY(session.say(u":rob!u@h NICK ROB"_s));
+    QVERIFY(session.receive(u":rob!u@h NICK ROB"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"ROB"_s}));
     QCOMPARE(session.probe.lastLine(u"ROB"_s), u"rob|is now known as ROB"_s);
 }
@@ -201,8 +201,8 @@ void TestNickChanges::renamesOnePrivateTabOnly()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    QVERIFY(session.sayAll({u":bob!u@h PRIVMSG me :small"_s, u":Bob!u@h PRIVMSG me :big"_s}));
-    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QVERIFY(session.receiveAll({u":bob!u@h PRIVMSG me :small"_s, u":Bob!u@h PRIVMSG me :big"_s}));
+    QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
     // Capitals come first in the order of the names.
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"bob"_s, u"rob"_s}));
     QCOMPARE(session.probe.lines(u"rob"_s),
@@ -214,14 +214,14 @@ void TestNickChanges::keepsWhatIsWatchedAndDrafted()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
     session.probe.inputLine().setText(u"half"_s);
     session.probe.showTab(u"Server"_s);
-    QCOMPARE(session.takeSent(), QStringList{u"WATCH +bob"_s});
-    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QCOMPARE(session.readSent(), QStringList{u"WATCH +bob"_s});
+    QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
     QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
     QCOMPARE(session.probe.inputDrafts().value(u"bob"_s), u"half"_s);
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     session.probe.showTab(u"rob"_s);
     QCOMPARE(session.probe.inputLine().text(), QString());
 }
@@ -231,9 +231,10 @@ void TestNickChanges::overwritesTheTabOfTheNewNick()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    QVERIFY(session.sayAll({u":rob!u@h PRIVMSG me :first"_s, u":bob!u@h PRIVMSG me :second"_s}));
+    QVERIFY(session.receiveAll(
+            {u":rob!u@h PRIVMSG me :first"_s, u":bob!u@h PRIVMSG me :second"_s}));
     const QWidget *orphan = session.probe.tabs().value(u"rob"_s).page;
-    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"rob"_s, u"rob"_s}));
     QCOMPARE(session.probe.tabs().size(), 3);
     QCOMPARE(session.probe.tabWidget().widget(2), orphan);
@@ -247,7 +248,7 @@ void TestNickChanges::overwritesTheTabOfTheNewNick()
     session.probe.closeTab(3);
     session.probe.closeTab(2);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
-    QVERIFY(session.say(u":rob!u@h PRIVMSG me :again"_s));
+    QVERIFY(session.receive(u":rob!u@h PRIVMSG me :again"_s));
     QCOMPARE(session.probe.lines(u"rob"_s), QStringList{u"rob|again"_s});
 }
 
@@ -255,11 +256,11 @@ void TestNickChanges::leavesChannelsAlone()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
-    QVERIFY(session.say(u":bob!u@h NICK #odd"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":bob!u@h NICK #odd"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#odd"_s}));
     // Under such a name the tab counts as a channel's.
-    QVERIFY(session.say(u":#odd!u@h NICK bob"_s));
+    QVERIFY(session.receive(u":#odd!u@h NICK bob"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#odd"_s}));
     QCOMPARE(session.probe.lastLine(u"#odd"_s), u"bob|is now known as #odd"_s);
 }
@@ -268,8 +269,9 @@ void TestNickChanges::renamesThePrivateTabOfTheOldNickOnly()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
-    QVERIFY(session.sayAll({u":bobby!u@h NICK x"_s, u":Server!u@h NICK y"_s, u":!u@h NICK z"_s}));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receiveAll(
+            {u":bobby!u@h NICK x"_s, u":Server!u@h NICK y"_s, u":!u@h NICK z"_s}));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s}));
     QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"bob|hi"_s});
 }
@@ -281,7 +283,7 @@ void TestNickChanges::followsTheUsersOwnNick()
     QVERIFY(session.join(u"#a"_s, u"@me alice"_s));
     session.probe.typeLine(u"/nick new"_s);
     QCOMPARE(session.probe.pendingNick(), u"new"_s);
-    QVERIFY(session.say(u":me!u@h NICK :new"_s));
+    QVERIFY(session.receive(u":me!u@h NICK :new"_s));
     QCOMPARE(session.probe.pendingNick(), QString());
     QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"@new"_s}));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"@new"_s, u"alice"_s}));
@@ -289,7 +291,7 @@ void TestNickChanges::followsTheUsersOwnNick()
 
     // Another's change leaves alone what the user has asked for.
     session.probe.pendingNick() = u"wanted"_s;
-    QVERIFY(session.say(u":alice!u@h NICK ally"_s));
+    QVERIFY(session.receive(u":alice!u@h NICK ally"_s));
     QCOMPARE(session.probe.pendingNick(), u"wanted"_s);
 
     session.probe.typeLine(u"hi"_s);
@@ -300,9 +302,9 @@ void TestNickChanges::triesAnotherNickAtRegistration()
 {
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s));
-    QVERIFY(session.sayAll({u":irc.test 433 * me :Nickname is already in use"_s,
-                            u":irc.test 001 me_ :Welcome"_s}));
-    QCOMPARE(session.takeSent().last(), u"NICK me_"_s);
+    QVERIFY(session.receiveAll({u":irc.test 433 * me :Nickname is already in use"_s,
+                                u":irc.test 001 me_ :Welcome"_s}));
+    QCOMPARE(session.readSent().last(), u"NICK me_"_s);
     QVERIFY(session.join(u"#a"_s, u"me_ me"_s));
     session.probe.typeLine(u"hi"_s);
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me_|hi"_s);

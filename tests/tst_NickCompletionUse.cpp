@@ -40,7 +40,7 @@ void type(const MainWindowProbe &probe, const QString &text)
     QLineEdit &line = probe.inputLine();
     line.activateWindow();
     line.setFocus();
-    static_cast<void>(QTest::qWaitFor([&line] { return line.hasFocus(); }, Patience));
+    static_cast<void>(QTest::qWaitFor([&line] { return line.hasFocus(); }, WaitTimeout));
     line.clear();
     QTest::keyClicks(&line, text);
 }
@@ -233,7 +233,7 @@ void TestNickCompletionUse::followsEvents()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@a b me"_s));
     QCOMPARE(session.probe.completions(), (QStringList{u"a"_s, u"b"_s, u"me"_s}));
-    QVERIFY(session.sayAll(said));
+    QVERIFY(session.receiveAll(said));
     QTEST(session.probe.completions(), "nicks");
 }
 
@@ -266,7 +266,7 @@ void TestNickCompletionUse::leavesOutWhatIsOutOfSight()
     QCOMPARE(session.probe.currentTabName(), tab);
     const QStringList before = session.probe.completions();
     const QSignalSpy changed(modelOf(session.probe), &QAbstractItemModel::modelReset);
-    QVERIFY(session.say(said));
+    QVERIFY(session.receive(said));
     QCOMPARE(session.probe.completions(), before);
     QCOMPARE(changed.size(), 0);
 }
@@ -277,7 +277,7 @@ void TestNickCompletionUse::keepsWhoWasThereWhenKicked()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@a b me"_s));
-    QVERIFY(session.sayAll({u":c!u@h JOIN #c"_s, u":a!u@h KICK #c me :x"_s}));
+    QVERIFY(session.receiveAll({u":c!u@h JOIN #c"_s, u":a!u@h KICK #c me :x"_s}));
     QCOMPARE(session.probe.completions(), (QStringList{u"a"_s, u"b"_s, u"c"_s, u"me"_s}));
     session.probe.showTab(Server);
     session.probe.showTab(u"#c"_s);
@@ -339,10 +339,10 @@ void TestNickCompletionUse::offersWhatTheLastUpdateFound()
         WindowSession session;
         QVERIFY(session.registerAs());
         if (inOneRead) {
-            QVERIFY(session.sayAll(lines));
+            QVERIFY(session.receiveAll(lines));
         } else {
             for (const QString &line : lines)
-                QVERIFY(session.say(line));
+                QVERIFY(session.receive(line));
         }
         QCOMPARE(session.probe.completions(), nicks);
     }
@@ -388,14 +388,14 @@ void TestNickCompletionUse::takesWhatIsClicked()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@alice +Albert me"_s));
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     type(session.probe, u"aL"_s);
     QAbstractItemView *popup = session.probe.nickCompleter().popup();
     const QRect second = popup->visualRect(popup->model()->index(1, 0));
     QTest::mouseClick(popup->viewport(), Qt::LeftButton, {}, second.center());
     QVERIFY(!popup->isVisible());
     QCOMPARE(session.probe.inputLine().text(), u"Albert"_s);
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
 }
 
 void TestNickCompletionUse::takesWhatIsChosenByKeys()
@@ -418,17 +418,17 @@ void TestNickCompletionUse::takesTheChosenNickByReturn()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@alice +Albert me"_s));
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     type(session.probe, u"al"_s);
     QAbstractItemView *popup = session.probe.nickCompleter().popup();
     QTest::keyClick(popup, Qt::Key_Down);
     QTest::keyClick(popup, Qt::Key_Return);
     QVERIFY(!popup->isVisible());
     QCOMPARE(session.probe.inputLine().text(), u"alice"_s);
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     QTest::keyClicks(&session.probe.inputLine(), u": hi"_s);
     QTest::keyClick(&session.probe.inputLine(), Qt::Key_Return);
-    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :alice: hi"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #c :alice: hi"_s});
 }
 
 // With nothing chosen there Return sends the line, although the popup has the keyboard.
@@ -437,14 +437,14 @@ void TestNickCompletionUse::sendsTheLineUnderThePopup()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@alice +Albert me"_s));
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     type(session.probe, u"al"_s);
     QAbstractItemView *popup = session.probe.nickCompleter().popup();
     QVERIFY(popup->isVisible());
     QTest::keyClick(popup, Qt::Key_Return);
     QVERIFY(!popup->isVisible());
     QCOMPARE(session.probe.inputLine().text(), QString());
-    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :al"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #c :al"_s});
 }
 
 void TestNickCompletionUse::keepsTheHighlightedNick_data()
@@ -484,7 +484,7 @@ void TestNickCompletionUse::keepsTheHighlightedNick()
     QTest::keyClick(popup, Qt::Key_Down);
     QTest::keyClick(popup, Qt::Key_Down);
     QCOMPARE(session.probe.inputLine().text(), u"alice"_s);
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     session.server.sendBytes(said.join(u"\r\n"_s).toUtf8() + "\r\n"_ba); // Arrives in one read.
     QVERIFY(session.settle());
     QTEST(offered(session.probe), "nicks");
@@ -493,7 +493,7 @@ void TestNickCompletionUse::keepsTheHighlightedNick()
     QTest::keyClick(popup, Qt::Key_Return);
     QVERIFY(!popup->isVisible());
     QCOMPARE(session.probe.inputLine().text(), u"alice"_s);
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
 }
 
 void TestNickCompletionUse::acceptsAHighlightedNickThatLeft_data()
@@ -527,17 +527,17 @@ void TestNickCompletionUse::acceptsAHighlightedNickThatLeft()
     QAbstractItemView *popup = session.probe.nickCompleter().popup();
     QTest::keyClick(popup, Qt::Key_Down);
     QTest::keyClick(popup, Qt::Key_Down);
-    static_cast<void>(session.takeSent());
-    QVERIFY(session.sayAll(said));
+    session.discardSent();
+    QVERIFY(session.receiveAll(said));
     QTEST(offered(session.probe), "nicks");
     QVERIFY(popup->isVisible());
     QVERIFY(!popup->currentIndex().isValid());
     QTest::keyClick(popup, Qt::Key_Return);
     QVERIFY(!popup->isVisible());
     QCOMPARE(session.probe.inputLine().text(), u"alice"_s);
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     QTest::keyClick(&session.probe.inputLine(), Qt::Key_Return);
-    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :alice"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #c :alice"_s});
 }
 
 void TestNickCompletionUse::keepsTheCursorInTheLine()
@@ -549,7 +549,7 @@ void TestNickCompletionUse::keepsTheCursorInTheLine()
     QAbstractItemView *popup = session.probe.nickCompleter().popup();
     QTest::keyClick(popup, Qt::Key_Down);
     QTest::keyClick(popup, Qt::Key_Left);
-    QVERIFY(session.say(u":alf!u@h JOIN #c"_s));
+    QVERIFY(session.receive(u":alf!u@h JOIN #c"_s));
     QCOMPARE(session.probe.inputLine().cursorPosition(), 4);
 }
 
@@ -561,12 +561,12 @@ void TestNickCompletionUse::sendsWhatWasTypedAfterTheNickLeft()
     type(session.probe, u"al"_s);
     QAbstractItemView *popup = session.probe.nickCompleter().popup();
     QTest::keyClick(popup, Qt::Key_Down);
-    static_cast<void>(session.takeSent());
-    QVERIFY(session.sayAll({u":alice!u@h QUIT :x"_s, u":alices!u@h JOIN #c"_s}));
+    session.discardSent();
+    QVERIFY(session.receiveAll({u":alice!u@h QUIT :x"_s, u":alices!u@h JOIN #c"_s}));
     QTest::keyClick(popup, Qt::Key_S);
     QCOMPARE(offered(session.probe), QStringList{u"alices"_s});
     QTest::keyClick(popup, Qt::Key_Return);
-    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :alices"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #c :alices"_s});
 }
 
 // Past the last row nothing is highlighted, and the line reads what was typed again.
@@ -575,14 +575,14 @@ void TestNickCompletionUse::sendsTheTypedTextAfterTheLastRow()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"alice me"_s));
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     type(session.probe, u"al"_s);
     QAbstractItemView *popup = session.probe.nickCompleter().popup();
     QTest::keyClick(popup, Qt::Key_Down);
     QTest::keyClick(popup, Qt::Key_Down);
     QCOMPARE(session.probe.inputLine().text(), u"al"_s);
     QTest::keyClick(popup, Qt::Key_Return);
-    QCOMPARE(session.takeSent(), QStringList{u"PRIVMSG #c :al"_s});
+    QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #c :al"_s});
 }
 
 void TestNickCompletionUse::goesOnWhileItIsOpen()
@@ -593,14 +593,14 @@ void TestNickCompletionUse::goesOnWhileItIsOpen()
     type(session.probe, u"al"_s);
     QAbstractItemView *popup = session.probe.nickCompleter().popup();
     QTest::keyClick(popup, Qt::Key_Down);
-    QVERIFY(session.sayAll(
+    QVERIFY(session.receiveAll(
             {u":alice!u@h QUIT :x"_s, u":alf!u@h JOIN #c"_s, u":Albert!u@h NICK bert"_s}));
     session.window.grab();
     QTest::keyClick(popup, Qt::Key_Return);
     type(session.probe, u"al"_s);
     QCOMPARE(offered(session.probe), QStringList{u"alf"_s});
     session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
     QTest::keyClick(popup, Qt::Key_Escape);
     QVERIFY(!popup->isVisible());
     QCOMPARE(session.probe.inputLine().text(), u"al"_s);
@@ -719,7 +719,7 @@ void TestNickCompletionUse::showsItsListInThePopup()
     session.probe.inputLine().setText(u"nobody"_s);
     session.probe.completeNick();
     QCOMPARE(session.probe.completions(), (QStringList{u"@alice"_s, u"carol"_s, u"me"_s}));
-    QVERIFY(session.say(u":carol!u@h QUIT :x"_s));
+    QVERIFY(session.receive(u":carol!u@h QUIT :x"_s));
     QCOMPARE(session.probe.completions(), (QStringList{u"alice"_s, u"me"_s}));
 }
 

@@ -30,7 +30,7 @@ QString outputOf(const QString &program, const QStringList &arguments)
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(program, arguments);
-    if (!process.waitForFinished(Patience))
+    if (!process.waitForFinished(WaitTimeout))
         return u"failed: "_s + process.errorString();
     const QString output = QString::fromLocal8Bit(process.readAll());
     return process.exitCode() == 0 ? output : QString(u"failed: "_s + output);

@@ -48,7 +48,7 @@ private slots:
 void TestPlainToolTips::cleanup()
 {
     QToolTip::hideText();
-    QTRY_VERIFY_WITH_TIMEOUT(!QToolTip::isVisible(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!QToolTip::isVisible(), WaitTimeout);
 }
 
 void TestPlainToolTips::showsATipToTheLetter_data()

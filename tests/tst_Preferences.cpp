@@ -54,7 +54,7 @@ struct Surroundings
 {
     session.probe.timestampFormat() = u"'now'"_s;
     if (!session.registerAs() || !session.join(u"#a"_s, u"me @bob"_s)
-        || !session.say(u":bob!b@h PRIVMSG #a :hello \U0001F600 me"_s))
+        || !session.receive(u":bob!b@h PRIVMSG #a :hello \U0001F600 me"_s))
         return false;
     session.probe.inputLine().clearFocus(); // No blinking cursor.
     return true;
@@ -111,7 +111,7 @@ void TestPreferences::startsWithTheDefaults()
 {
     QFETCH(const QString, key);
     MainWindow window;
-    QTEST(MainWindowProbe(window).storedPreferences().value(key), "byDefault");
+    QTEST(MainWindowProbe(window).storedPreferences().value(key), "defaultValue");
 }
 
 void TestPreferences::storesNothingButTheThemeAtTheFirstStart()
@@ -136,7 +136,7 @@ void TestPreferences::loadsWhatIsStored()
     const QList<PreferenceCase> preferences = PreferencesForm::preferencesWithField();
     for (const PreferenceCase &preference : preferences) {
         QCOMPARE(members.value(preference.key),
-                 preference.key == key ? preference.other : preference.byDefault);
+                 preference.key == key ? preference.other : preference.defaultValue);
     }
     QCOMPARE(PreferencesForm::stored(),
              (QMap<QString, QString>{{key, other}, {u"theme"_s, u"light"_s}}));
@@ -335,7 +335,7 @@ void TestPreferences::retriesNoLostConnection()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
     const auto timers = session.window.findChildren<QTimer *>();
     QVERIFY(std::none_of(timers.cbegin(), timers.cend(),
                          [](const QTimer *timer) { return timer->isActive(); }));

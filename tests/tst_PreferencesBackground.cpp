@@ -106,7 +106,7 @@ void TestPreferencesBackground::dressesTheViews_data()
     const QString light = u"1px solid #ccc"_s;
     const QString dark = u"1px solid #555"_s;
     const QString none = u"none"_s;
-    const QString path = PreferencesForm::anImage();
+    const QString path = PreferencesForm::imagePath();
     const QString image = u"url(\"%1\") 0 0 0 0 stretch stretch"_s.arg(path);
     const QColor blue(u"#1234ab"_s);
     // Two slashes begin the name of a machine, and none is called so.
@@ -161,7 +161,7 @@ void TestPreferencesBackground::dressesTheScrollBars_data()
 {
     QTest::addColumn<QString>("image");
     QTest::newRow("without an image") << QString();
-    QTest::newRow("with an image") << PreferencesForm::anImage();
+    QTest::newRow("with an image") << PreferencesForm::imagePath();
 }
 
 void TestPreferencesBackground::dressesTheScrollBars()
@@ -188,7 +188,7 @@ void TestPreferencesBackground::dressesTheScrollBars()
 void TestPreferencesBackground::turnsThePaletteWhiteUnderAnImage()
 {
     QTextBrowser view;
-    const ChatBackground background(u"dark"_s, PreferencesForm::anImage(), Qt::blue);
+    const ChatBackground background(u"dark"_s, PreferencesForm::imagePath(), Qt::blue);
     background.applyTo(view);
     // The sheet lies over the palette as long as the view wears it.
     view.setStyleSheet(QString());
@@ -225,7 +225,7 @@ void TestPreferencesBackground::takesTheStoredBackgroundAtTheStart()
 void TestPreferencesBackground::prefersAStoredImageToAStoredColor()
 {
     QSettings().setValue(u"chatBgColor"_s, u"#cfe8cf"_s);
-    QSettings().setValue(u"chatBgImage"_s, PreferencesForm::anImage());
+    QSettings().setValue(u"chatBgImage"_s, PreferencesForm::imagePath());
     const WindowSession session;
     QTextBrowser *view = viewOf(session, u"Server"_s);
     QCOMPARE(shownGround(view), QColor(Qt::red));
@@ -240,7 +240,7 @@ void TestPreferencesBackground::leavesViewsAloneThatHaveIt_data()
     QTest::addColumn<QString>("image");
     QTest::addColumn<QColor>("color");
     QTest::newRow("color") << QString() << QColor(Qt::red);
-    QTest::newRow("image") << PreferencesForm::anImage() << QColor();
+    QTest::newRow("image") << PreferencesForm::imagePath() << QColor();
     QTest::newRow("missing image") << u"/nowhere/image.png"_s << QColor();
 }
 
@@ -261,7 +261,7 @@ void TestPreferencesBackground::restoresWhatElseWasChanged_data()
 {
     QTest::addColumn<QString>("image");
     QTest::newRow("without an image") << QString();
-    QTest::newRow("with an image") << PreferencesForm::anImage();
+    QTest::newRow("with an image") << PreferencesForm::imagePath();
 }
 
 // Also where the sheet is right.
@@ -351,7 +351,7 @@ void TestPreferencesBackground::dressesEachNewTab()
     QSettings().setValue(u"chatBgColor"_s, u"#cfe8cf"_s);
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(line));
+    QVERIFY(session.receive(line));
     QVERIFY(viewOf(session, tab) != nullptr);
     QCOMPARE(viewOf(session, tab)->styleSheet(), viewOf(session, u"Server"_s)->styleSheet());
     QCOMPARE(viewOf(session, tab)->palette().color(QPalette::Base), QColor(u"#cfe8cf"_s));
@@ -396,7 +396,7 @@ void TestPreferencesBackground::showsTheImage()
     QFETCH(const QString, name);
     const QTemporaryDir folder;
     const QString path = folder.filePath(name);
-    QVERIFY(QFile::copy(PreferencesForm::anImage(), path));
+    QVERIFY(QFile::copy(PreferencesForm::imagePath(), path));
     WindowSession session;
     setBackground(session, path, QColor());
     QTextBrowser *view = viewOf(session, u"Server"_s);
@@ -471,7 +471,7 @@ void TestPreferencesBackground::keepsTextReadable_data()
     QTest::addColumn<QColor>("color");
     QTest::newRow("none") << QString() << QColor();
     QTest::newRow("color") << QString() << QColor(u"#cfe8cf"_s);
-    QTest::newRow("image") << PreferencesForm::anImage() << QColor();
+    QTest::newRow("image") << PreferencesForm::imagePath() << QColor();
 }
 
 void TestPreferencesBackground::keepsTextReadable()

@@ -180,7 +180,7 @@ void TestPreferencesChoosing::startsWhereTheLastChoiceWas()
     QFETCH(const QString, button);
     const QTemporaryDir last;
     WindowSession session;
-    session.probe.chatBgImage() = PreferencesForm::anImage();
+    session.probe.chatBgImage() = PreferencesForm::imagePath();
     PreferencesForm form(session);
     form.set(u"logPath"_s, u"/tmp"_s);
     form.answers.queueForDialog([&](QDialog *shown) {
@@ -214,7 +214,7 @@ void TestPreferencesChoosing::changesNothingIfAChoiceIsCancelled()
     QFETCH(const QString, button);
     QFETCH(const bool, withImage);
     WindowSession session;
-    session.probe.chatBgImage() = withImage ? PreferencesForm::anImage() : QString();
+    session.probe.chatBgImage() = withImage ? PreferencesForm::imagePath() : QString();
     session.probe.chatBgColor() = withImage ? QColor() : QColor(1, 2, 3);
     PreferencesForm form(session);
     form.set(u"logPath"_s, u"/tmp"_s);
@@ -236,7 +236,7 @@ void TestPreferencesChoosing::showsTheBackgroundOfTheWindow_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QColor>("middle");
 
-    const QString image = PreferencesForm::anImage();
+    const QString image = PreferencesForm::imagePath();
     const QString imageFill = u"border-image: url(\"%1\") 0 0 0 0 stretch stretch;"_s.arg(image);
     QTest::newRow("none") << QString() << QColor() << u"background-color: #f5f5f5;"_s
                           << u"None image..."_s << QColor();
@@ -270,8 +270,8 @@ void TestPreferencesChoosing::dropsTheImageForAColor()
 {
     WindowSession session;
     PreferencesForm form(session);
-    form.chooseImage(PreferencesForm::anImage());
-    QCOMPARE(form.shown(u"chatBgImage"_s), PreferencesForm::anImage());
+    form.chooseImage(PreferencesForm::imagePath());
+    QCOMPARE(form.shown(u"chatBgImage"_s), PreferencesForm::imagePath());
     form.chooseColor(QColor(1, 2, 3));
     QCOMPARE(form.answers.problems(), QStringList());
     QCOMPARE(form.shown(u"chatBgImage"_s), QString());
@@ -288,12 +288,12 @@ void TestPreferencesChoosing::dropsTheColorForAnImage()
     WindowSession session;
     PreferencesForm form(session);
     form.chooseColor(QColor(1, 2, 3));
-    form.chooseImage(PreferencesForm::anImage());
+    form.chooseImage(PreferencesForm::imagePath());
     QCOMPARE(form.answers.problems(), QStringList());
     form.clickApply();
-    QCOMPARE(session.probe.chatBgImage(), PreferencesForm::anImage());
+    QCOMPARE(session.probe.chatBgImage(), PreferencesForm::imagePath());
     QVERIFY(!session.probe.chatBgColor().isValid());
-    QCOMPARE(QSettings().value(u"chatBgImage"_s).toString(), PreferencesForm::anImage());
+    QCOMPARE(QSettings().value(u"chatBgImage"_s).toString(), PreferencesForm::imagePath());
     QVERIFY(QSettings().contains(u"chatBgColor"_s));
     QCOMPARE(QSettings().value(u"chatBgColor"_s).toString(), QString());
 }
@@ -302,9 +302,9 @@ void TestPreferencesChoosing::resetsTheBackground_data()
 {
     QTest::addColumn<QString>("image");
     QTest::addColumn<QColor>("color");
-    QTest::newRow("image") << PreferencesForm::anImage() << QColor();
+    QTest::newRow("image") << PreferencesForm::imagePath() << QColor();
     QTest::newRow("color") << QString() << QColor(1, 2, 3);
-    QTest::newRow("both") << PreferencesForm::anImage() << QColor(1, 2, 3);
+    QTest::newRow("both") << PreferencesForm::imagePath() << QColor(1, 2, 3);
     QTest::newRow("none") << QString() << QColor();
 }
 
@@ -329,7 +329,7 @@ void TestPreferencesChoosing::keepsTheBackgroundToItselfUntilSaved()
     WindowSession session;
     session.probe.chatBgColor() = QColor(1, 2, 3);
     PreferencesForm form(session);
-    form.chooseImage(PreferencesForm::anImage());
+    form.chooseImage(PreferencesForm::imagePath());
     QCOMPARE(session.probe.chatBgImage(), QString());
     QCOMPARE(session.probe.chatBgColor(), QColor(1, 2, 3));
     form.button(u"Reset"_s)->click();

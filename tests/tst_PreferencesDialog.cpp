@@ -150,7 +150,7 @@ void TestPreferencesDialog::deletesItselfWhenClosed()
     else
         QTest::keyClick(form.dialog, Qt::Key_Escape);
     QVERIFY(!form.dialog->isVisible());
-    QTRY_VERIFY_WITH_TIMEOUT(form.dialog == nullptr, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(form.dialog == nullptr, WaitTimeout);
     QVERIFY(session.window.isVisible());
 }
 
@@ -498,7 +498,7 @@ void TestPreferencesDialog::walksByKeyboard()
 {
     WindowSession session;
     const PreferencesForm form(session);
-    QVERIFY(QTest::qWaitForWindowActive(form.dialog, Patience));
+    QVERIFY(QTest::qWaitForWindowActive(form.dialog, WaitTimeout));
     form.pages()->setCurrentIndex(2);
     form.check(u"Auto-reconnect on disconnect"_s)->setFocus();
     QWidgetList visited;

@@ -18,7 +18,7 @@ QMap<QString, QString> allDefaults()
     QMap<QString, QString> values;
     const QList<PreferenceCase> preferences = PreferencesForm::allPreferences();
     for (const PreferenceCase &preference : preferences)
-        values.insert(preference.key, preference.byDefault);
+        values.insert(preference.key, preference.defaultValue);
     return values;
 }
 
@@ -100,14 +100,14 @@ void TestPreferencesSaving::carriesEachValueThroughTheCycle_data()
 void TestPreferencesSaving::carriesEachValueThroughTheCycle()
 {
     QFETCH(const QString, key);
-    QFETCH(const QString, byDefault);
+    QFETCH(const QString, defaultValue);
     QFETCH(const QString, other);
     // Of a font, family and size; what else a font's text tells is the font dialog's choice.
     const auto read = [&](const QString &value) { return PreferencesForm::display(key, value); };
     {
         WindowSession session;
         PreferencesForm form(session);
-        QCOMPARE(form.shown(key), read(byDefault));
+        QCOMPARE(form.shown(key), read(defaultValue));
         form.set(key, other);
         QCOMPARE(form.answers.problems(), QStringList());
         QCOMPARE(form.shown(key), read(other));
@@ -371,7 +371,7 @@ void TestPreferencesSaving::leavesCompletionAndHighlightsAlone()
     QVERIFY(session.join(u"#a"_s, u"me @bob +Ann carl"_s));
     const QStringList users = session.probe.users();
     // Tabs that open do not come to the front, though the box that asks for it is checked.
-    QVERIFY(session.say(u":eve!e@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":eve!e@h PRIVMSG me :hi"_s));
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
     session.probe.showTab(u"Server"_s);
     {
@@ -386,10 +386,10 @@ void TestPreferencesSaving::leavesCompletionAndHighlightsAlone()
     session.probe.completeNick();
     QCOMPARE(session.probe.inputLine().text(), u"carl"_s);
     session.probe.inputLine().clear();
-    QVERIFY(session.say(u":bob!b@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":bob!b@h PRIVMSG me :hi"_s));
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
     session.probe.showTab(u"Server"_s);
-    QVERIFY(session.say(u":bob!b@h PRIVMSG #a :hi me"_s));
+    QVERIFY(session.receive(u":bob!b@h PRIVMSG #a :hi me"_s));
     QVERIFY(session.probe.tabs().value(u"#a"_s).highlighted);
 }
 

@@ -1,7 +1,7 @@
-#include "Happenings.h"
 #include "IRCConnection.h"
+#include "Interruptions.h"
 #include "ModalAnswers.h"
-#include "SessionSteps.h"
+#include "SessionOutput.h"
 #include "TemporaryStore.h"
 #include "ThemeManager.h"
 #include "Waiting.h"
@@ -35,7 +35,7 @@ const auto Join = u"&Join channel..."_s;
 // What the user has said, and not the window by itself.
 const QRegularExpression Spoken(u"^(?!WATCH |QUIT )"_s);
 
-using Lines = SessionSteps::Lines;
+using Lines = SessionOutput::Lines;
 using Answer = std::function<void(QDialog *)>;
 
 Answer accepting(const QString &text)
@@ -71,12 +71,12 @@ using Happening = bool (*)(WindowSession &session);
 bool disconnectByMenu(WindowSession &session)
 {
     session.choose(u"&Disconnect"_s);
-    return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); }, Patience);
+    return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); }, WaitTimeout);
 }
 
 bool changeOwnNick(WindowSession &session)
 {
-    return session.say(u":me!u@h NICK you"_s);
+    return session.receive(u":me!u@h NICK you"_s);
 }
 
 } // namespace
@@ -190,7 +190,7 @@ void TestPrompts::asksInTheForm()
         QTEST(edit->text(), "text");
         QTEST(edit->placeholderText(), "placeholder");
         QTEST(edit->accessibleName(), "label");
-        QVERIFY(QTest::qWaitFor([edit] { return edit->hasFocus(); }, Patience));
+        QVERIFY(QTest::qWaitFor([edit] { return edit->hasFocus(); }, WaitTimeout));
 
         QCOMPARE(box->standardButtons(), QDialogButtonBox::Save | QDialogButtonBox::Cancel);
         const QPushButton *save = box->button(QDialogButtonBox::Save);
@@ -245,7 +245,7 @@ void TestPrompts::fillsInTheNickOfTheMoment()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.probe.typeLine(u"/nick wanted"_s);
-    QVERIFY(session.say(u":me!u@h NICK [you]"_s));
+    QVERIFY(session.receive(u":me!u@h NICK [you]"_s));
     session.probe.pendingNick() = u"wanted"_s;
     ModalAnswers answers;
     QString text;
@@ -285,7 +285,7 @@ void TestPrompts::acceptsByReturn()
     for (const auto &accept : ways) {
         WindowSession session;
         QVERIFY(session.registerAs());
-        const SessionSteps steps(session);
+        const SessionOutput output(session);
         ModalAnswers answers;
         answers.queueForDialog([&accept](QDialog *dialog) {
             dialog->findChild<QLineEdit *>()->setText(u"typed"_s);
@@ -293,7 +293,7 @@ void TestPrompts::acceptsByReturn()
         });
         session.choose(entry);
         QCOMPARE(answers.problems(), QStringList());
-        QCOMPARE(steps.sent(), QStringList{sent});
+        QCOMPARE(output.sent(), QStringList{sent});
     }
 }
 
@@ -316,7 +316,7 @@ void TestPrompts::changesNothingWhenRejected()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     int result = -1;
     answers.queueForDialog([&](QDialog *dialog) {
@@ -332,8 +332,8 @@ void TestPrompts::changesNothingWhenRejected()
     QCOMPARE(session.probe.awayMessage(), QString());
     QCOMPARE(session.probe.pendingNick(), QString());
     QCOMPARE(session.probe.awayAction().text(), MarkAway);
-    QCOMPARE(steps.sent(), QStringList());
-    QCOMPARE(steps.lines(), Lines());
+    QCOMPARE(output.sent(), QStringList());
+    QCOMPARE(output.lines(), Lines());
 }
 
 void TestPrompts::asksAnewEachTime()
@@ -379,8 +379,8 @@ void TestPrompts::goesAway()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
-    const SessionSteps steps(session);
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForDialog(accepting(typed));
     session.choose(MarkAway);
@@ -388,9 +388,9 @@ void TestPrompts::goesAway()
     QVERIFY(session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), message);
     QCOMPARE(session.probe.awayAction().text(), UnmarkAway);
-    QCOMPARE(steps.sent(), QStringList{u"AWAY :"_s + message});
+    QCOMPARE(output.sent(), QStringList{u"AWAY :"_s + message});
     const QString said = u"me|is away ("_s + message + u')';
-    QCOMPARE(steps.lines(),
+    QCOMPARE(output.lines(),
              (Lines{{Server, {QString(u"*** You are marked as away ("_s + message + u')')}},
                     {u"#a"_s, {said}},
                     {u"bob"_s, {said}}}));
@@ -401,17 +401,17 @@ void TestPrompts::tellsTheConversationsLater()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForDialog(accepting(u"lunch"_s));
     session.choose(MarkAway);
-    QCOMPARE(steps.lines(), (Lines{{Server, {u"*** You are marked as away (lunch)"_s}}}));
-    QTRY_COMPARE_WITH_TIMEOUT(steps.lines().value(u"#a"_s), QStringList{u"me|is away (lunch)"_s},
-                              Patience);
+    QCOMPARE(output.lines(), (Lines{{Server, {u"*** You are marked as away (lunch)"_s}}}));
+    QTRY_COMPARE_WITH_TIMEOUT(output.lines().value(u"#a"_s), QStringList{u"me|is away (lunch)"_s},
+                              WaitTimeout);
     session.choose(UnmarkAway);
     QCOMPARE(session.probe.lastLine(Server), u"*** You are back"_s);
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|is away (lunch)"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"#a"_s), u"me|is back"_s, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"#a"_s), u"me|is back"_s, WaitTimeout);
     QCOMPARE(answers.problems(), QStringList());
 }
 
@@ -440,19 +440,19 @@ void TestPrompts::comesBackWithoutAsking()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
     session.probe.typeLine(u"/away lunch"_s);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     const ModalAnswers answers;
     session.choose(UnmarkAway);
     QCOMPARE(answers.problems(), QStringList());
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), QString());
     QCOMPARE(session.probe.awayAction().text(), MarkAway);
-    QCOMPARE(steps.sent(), QStringList{u"AWAY"_s});
-    QCOMPARE(steps.lines(), (Lines{{Server, {u"*** You are back"_s}},
-                                   {u"#a"_s, {u"me|is back"_s}},
-                                   {u"bob"_s, {u"me|is back"_s}}}));
+    QCOMPARE(output.sent(), QStringList{u"AWAY"_s});
+    QCOMPARE(output.lines(), (Lines{{Server, {u"*** You are back"_s}},
+                                    {u"#a"_s, {u"me|is back"_s}},
+                                    {u"bob"_s, {u"me|is back"_s}}}));
 }
 
 void TestPrompts::leavesOutTheList()
@@ -461,14 +461,14 @@ void TestPrompts::leavesOutTheList()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     session.probe.addListTab();
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForDialog(accepting(u"lunch"_s));
     session.choose(MarkAway);
     session.choose(UnmarkAway);
     // A line for the list would be a warning, which fails the test.
-    QCOMPARE(steps.sent(), (QStringList{u"AWAY :lunch"_s, u"AWAY"_s}));
-    QCOMPARE(steps.lines().keys(), (QStringList{u"#a"_s, Server}));
+    QCOMPARE(output.sent(), (QStringList{u"AWAY :lunch"_s, u"AWAY"_s}));
+    QCOMPARE(output.lines().keys(), (QStringList{u"#a"_s, Server}));
 }
 
 void TestPrompts::followsTheLink()
@@ -479,12 +479,12 @@ void TestPrompts::followsTheLink()
     answers.queueForDialog(accepting(u"lunch"_s));
     session.choose(MarkAway);
     QCOMPARE(session.probe.awayAction().text(), UnmarkAway);
-    QVERIFY(Happenings::dropLink(session));
+    QVERIFY(Interruptions::dropLink(session));
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayAction().text(), MarkAway);
     // The server's word plays no part.
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":irc.test 306 me :You have been marked as being away"_s));
+    QVERIFY(session.receive(u":irc.test 306 me :You have been marked as being away"_s));
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayAction().text(), MarkAway);
     QCOMPARE(answers.problems(), QStringList());
@@ -508,15 +508,15 @@ void TestPrompts::changesTheNick()
     QFETCH(const QString, nick);
     WindowSession session;
     QVERIFY(session.registerAs());
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForDialog(accepting(typed));
     session.choose(ChangeNick);
     QCOMPARE(answers.problems(), QStringList());
     QCOMPARE(session.probe.pendingNick(), nick);
     QCOMPARE(session.probe.connection().currentNick(), u"me"_s);
-    QCOMPARE(steps.sent(), QStringList{u"NICK "_s + nick});
-    QCOMPARE(steps.lines(), Lines());
+    QCOMPARE(output.sent(), QStringList{u"NICK "_s + nick});
+    QCOMPARE(output.lines(), Lines());
 }
 
 void TestPrompts::keepsTheNick_data()
@@ -534,14 +534,14 @@ void TestPrompts::keepsTheNick()
     QFETCH(const QString, typed);
     WindowSession session;
     QVERIFY(session.registerAs());
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForDialog(accepting(typed));
     session.choose(ChangeNick);
     QCOMPARE(answers.problems(), QStringList());
     QCOMPARE(session.probe.pendingNick(), QString());
-    QCOMPARE(steps.sent(), QStringList());
-    QCOMPARE(steps.lines(), Lines());
+    QCOMPARE(output.sent(), QStringList());
+    QCOMPARE(output.lines(), Lines());
 }
 
 void TestPrompts::comesBackForANewNick()
@@ -550,7 +550,7 @@ void TestPrompts::comesBackForANewNick()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     session.probe.typeLine(u"/away lunch"_s);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForDialog(accepting(u"newer"_s));
     session.window.statusBar()->clearMessage();
@@ -562,10 +562,10 @@ void TestPrompts::comesBackForANewNick()
     QVERIFY(!session.probe.userList().item(0)->font().italic());
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
     QCOMPARE(session.probe.pendingNick(), u"newer"_s);
-    QCOMPARE(steps.sent(), (QStringList{u"AWAY"_s, u"NICK newer"_s}));
+    QCOMPARE(output.sent(), (QStringList{u"AWAY"_s, u"NICK newer"_s}));
     // The conversations hear nothing of it.
-    QCOMPARE(steps.lines(), (Lines{{Server, {u"*** You are back"_s}}}));
-    QVERIFY(session.say(u":me!u@h NICK newer"_s));
+    QCOMPARE(output.lines(), (Lines{{Server, {u"*** You are back"_s}}}));
+    QVERIFY(session.receive(u":me!u@h NICK newer"_s));
     QCOMPARE(session.probe.pendingNick(), QString());
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|is now known as newer"_s);
 }
@@ -575,7 +575,7 @@ void TestPrompts::staysAwayWithTheOldNick()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.probe.typeLine(u"/away lunch"_s);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     for (const QString &typed : {u"me"_s, QString()}) {
         answers.queueForDialog(accepting(typed));
@@ -585,8 +585,8 @@ void TestPrompts::staysAwayWithTheOldNick()
     QVERIFY(session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), u"lunch"_s);
     QCOMPARE(session.probe.awayAction().text(), UnmarkAway);
-    QCOMPARE(steps.sent(), QStringList());
-    QCOMPARE(steps.lines(), Lines());
+    QCOMPARE(output.sent(), QStringList());
+    QCOMPARE(output.lines(), Lines());
 }
 
 void TestPrompts::asksNothingWithoutALink_data()
@@ -672,7 +672,7 @@ void TestPrompts::joins()
     QFETCH(const QString, typed);
     WindowSession session;
     QVERIFY(session.registerAs());
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForDialog([&typed](QDialog *dialog) {
         auto *edit = dialog->findChild<QLineEdit *>();
@@ -681,8 +681,8 @@ void TestPrompts::joins()
     });
     session.choose(Join);
     QCOMPARE(answers.problems(), QStringList());
-    QTEST(steps.sent(), "sent");
-    QCOMPARE(steps.lines(), Lines());
+    QTEST(output.sent(), "sent");
+    QCOMPARE(output.lines(), Lines());
     // The tab comes with the server's answer.
     QCOMPARE(session.probe.tabTexts(), QStringList{Server});
 }
@@ -691,7 +691,7 @@ void TestPrompts::joinsNothingWhenRejected()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForDialog([](QDialog *dialog) {
         dialog->findChild<QLineEdit *>()->setText(u"#linux"_s);
@@ -699,7 +699,7 @@ void TestPrompts::joinsNothingWhenRejected()
     });
     session.choose(Join);
     QCOMPARE(answers.problems(), QStringList());
-    QCOMPARE(steps.sent(), QStringList());
+    QCOMPARE(output.sent(), QStringList());
 }
 
 void TestPrompts::goesAwayAfterWhatHappened_data()
@@ -707,11 +707,11 @@ void TestPrompts::goesAwayAfterWhatHappened_data()
     QTest::addColumn<Happening>("happening");
     QTest::addColumn<QStringList>("sent");
 
-    QTest::newRow("link") << Happening(Happenings::dropLink) << QStringList();
+    QTest::newRow("link") << Happening(Interruptions::dropLink) << QStringList();
     QTest::newRow("disconnect") << Happening(disconnectByMenu) << QStringList();
-    QTest::newRow("flood") << Happening(Happenings::flood) << QStringList{u"AWAY :lunch"_s};
+    QTest::newRow("flood") << Happening(Interruptions::flood) << QStringList{u"AWAY :lunch"_s};
     QTest::newRow("nick") << Happening(changeOwnNick) << QStringList{u"AWAY :lunch"_s};
-    QTest::newRow("closed tabs") << Happening(Happenings::closeTabs)
+    QTest::newRow("closed tabs") << Happening(Interruptions::closeTabs)
                                  << QStringList{u"PART #a :Leaving"_s, u"AWAY :lunch"_s};
 }
 
@@ -723,7 +723,7 @@ void TestPrompts::goesAwayAfterWhatHappened()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     bool happened = false;
     answers.queueForDialog([&](QDialog *dialog) {
@@ -736,12 +736,12 @@ void TestPrompts::goesAwayAfterWhatHappened()
     QVERIFY(session.probe.isAway());
     QCOMPARE(session.probe.awayAction().text(), UnmarkAway);
     QVERIFY(session.probe.lines(Server).contains(u"*** You are marked as away (lunch)"_s));
-    QCOMPARE(steps.sent().filter(Spoken), sent);
+    QCOMPARE(output.sent().filter(Spoken), sent);
     if (session.probe.tabs().contains(u"#a"_s)) {
         QTRY_COMPARE_WITH_TIMEOUT(
                 session.probe.lastLine(u"#a"_s),
                 QString(session.probe.connection().currentNick() + u"|is away (lunch)"_s),
-                Patience);
+                WaitTimeout);
     }
 }
 
@@ -750,9 +750,9 @@ void TestPrompts::changesTheNickAfterWhatHappened_data()
     QTest::addColumn<Happening>("happening");
     QTest::addColumn<QStringList>("sent");
 
-    QTest::newRow("link") << Happening(Happenings::dropLink) << QStringList();
+    QTest::newRow("link") << Happening(Interruptions::dropLink) << QStringList();
     QTest::newRow("disconnect") << Happening(disconnectByMenu) << QStringList();
-    QTest::newRow("flood") << Happening(Happenings::flood) << QStringList{u"NICK newer"_s};
+    QTest::newRow("flood") << Happening(Interruptions::flood) << QStringList{u"NICK newer"_s};
     QTest::newRow("nick") << Happening(changeOwnNick) << QStringList{u"NICK newer"_s};
 }
 
@@ -763,7 +763,7 @@ void TestPrompts::changesTheNickAfterWhatHappened()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     bool happened = false;
     answers.queueForDialog([&](QDialog *dialog) {
@@ -774,7 +774,7 @@ void TestPrompts::changesTheNickAfterWhatHappened()
     QCOMPARE(answers.problems(), QStringList());
     QVERIFY(happened);
     QCOMPARE(session.probe.pendingNick(), u"newer"_s);
-    QCOMPARE(steps.sent().filter(Spoken), sent);
+    QCOMPARE(output.sent().filter(Spoken), sent);
 }
 
 void TestPrompts::joinsAfterWhatHappened_data()
@@ -782,9 +782,9 @@ void TestPrompts::joinsAfterWhatHappened_data()
     QTest::addColumn<Happening>("happening");
     QTest::addColumn<QStringList>("sent");
 
-    QTest::newRow("link") << Happening(Happenings::dropLink) << QStringList();
+    QTest::newRow("link") << Happening(Interruptions::dropLink) << QStringList();
     QTest::newRow("disconnect") << Happening(disconnectByMenu) << QStringList();
-    QTest::newRow("flood") << Happening(Happenings::flood) << QStringList{u"JOIN #b"_s};
+    QTest::newRow("flood") << Happening(Interruptions::flood) << QStringList{u"JOIN #b"_s};
     QTest::newRow("nick") << Happening(changeOwnNick) << QStringList{u"JOIN #b"_s};
 }
 
@@ -795,7 +795,7 @@ void TestPrompts::joinsAfterWhatHappened()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     bool happened = false;
     answers.queueForDialog([&](QDialog *dialog) {
@@ -805,14 +805,14 @@ void TestPrompts::joinsAfterWhatHappened()
     session.choose(Join);
     QCOMPARE(answers.problems(), QStringList());
     QVERIFY(happened);
-    QCOMPARE(steps.sent().filter(Spoken), sent);
+    QCOMPARE(output.sent().filter(Spoken), sent);
 }
 
 void TestPrompts::comparesWithTheNickOfTheMoment()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     for (const QString &typed : {u"you"_s, u"me"_s}) {
         ModalAnswers answers;
         answers.queueForDialog([&](QDialog *dialog) {
@@ -822,7 +822,7 @@ void TestPrompts::comparesWithTheNickOfTheMoment()
         session.choose(ChangeNick);
         QCOMPARE(answers.problems(), QStringList());
     }
-    QCOMPARE(steps.sent(), QStringList{u"NICK me"_s});
+    QCOMPARE(output.sent(), QStringList{u"NICK me"_s});
 }
 
 void TestPrompts::takesHostileTexts_data()
@@ -842,8 +842,8 @@ void TestPrompts::takesHostileTexts()
     QFETCH(const QString, text);
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":me!u@h NICK "_s + text));
-    const SessionSteps steps(session);
+    QVERIFY(session.receive(u":me!u@h NICK "_s + text));
+    const SessionOutput output(session);
     ModalAnswers answers;
     QString offered;
     QSize size;
@@ -857,7 +857,7 @@ void TestPrompts::takesHostileTexts()
     QCOMPARE(answers.problems(), QStringList());
     QCOMPARE(offered, text);
     QCOMPARE(size.width(), 400);
-    QCOMPARE(steps.sent(), QStringList());
+    QCOMPARE(output.sent(), QStringList());
 }
 
 QTEST_MAIN(TestPrompts)

@@ -19,26 +19,26 @@ namespace {
 // With this argument and the name of a loop the program is one that quits inside the loop.
 constexpr QLatin1StringView QuitInside = "--quit-inside"_L1;
 
-using Ending = void (*)(LoopScene &scene);
+using Ending = void (*)(NestedLoopFixture &fixture);
 
 // The tray's menu does the same.
-void quitByMenu(LoopScene &scene)
+void quitByMenu(NestedLoopFixture &fixture)
 {
     std::puts("Inside");
     std::fflush(stdout);
-    scene.session.choose(u"&Quit"_s);
+    fixture.session.choose(u"&Quit"_s);
 }
 
-void closeWindow(LoopScene &scene)
+void closeWindow(NestedLoopFixture &fixture)
 {
-    scene.session.window.close();
+    fixture.session.window.close();
     // That the last window has gone is a word to quit, which is posted.
     QCoreApplication::sendPostedEvents();
 }
 
 // As when a desktop's session ends: first the windows are closed, so that each may refuse, and then
 // the program is told to go.
-void endSession(LoopScene &)
+void endSession(NestedLoopFixture &)
 {
     QApplication::closeAllWindows();
     QEvent event(QEvent::Quit);
@@ -47,17 +47,17 @@ void endSession(LoopScene &)
 
 // Runs the event loop as the program's start does, and the ending inside the nested loop; -1 if
 // nothing ends it.
-int run(LoopScene &scene, const NestedLoop &loop, Ending ending)
+int run(NestedLoopFixture &fixture, const NestedLoop &loop, Ending ending)
 {
     bool isOver = false;
-    scene.inside = [&](QWidget *) { ending(scene); };
-    QTimer::singleShot(0, &scene.session.window, [&] {
-        loop.open(scene);
+    fixture.inside = [&](QWidget *) { ending(fixture); };
+    QTimer::singleShot(0, &fixture.session.window, [&] {
+        loop.open(fixture);
         isOver = true;
     });
     QTimer patience;
     patience.callOnTimeout([] { QCoreApplication::exit(-1); });
-    patience.start(Patience);
+    patience.start(WaitTimeout);
     const int status = QApplication::exec();
     return isOver ? status : -1;
 }
@@ -71,11 +71,11 @@ int quitInside(int argc, char **argv)
                 return QLatin1StringView(candidate.name) == QLatin1StringView(argv[2]);
             });
     const TemporaryStore store;
-    LoopScene scene;
-    if (loop == loops.cend() || !scene.enter())
+    NestedLoopFixture fixture;
+    if (loop == loops.cend() || !fixture.joinChannels())
         return EXIT_FAILURE;
-    const int status = run(scene, *loop, quitByMenu);
-    return scene.answers.problems().isEmpty() ? status : EXIT_FAILURE;
+    const int status = run(fixture, *loop, quitByMenu);
+    return fixture.answers.problems().isEmpty() ? status : EXIT_FAILURE;
 }
 
 } // namespace
@@ -116,7 +116,7 @@ void TestQuittingInLoops::endsTheProcess()
     QFETCH(const QString, loop);
     Child program;
     QVERIFY(program.launch(QCoreApplication::applicationFilePath(), {QuitInside, loop}));
-    QTRY_VERIFY_WITH_TIMEOUT(program.state() == QProcess::NotRunning, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(program.state() == QProcess::NotRunning, WaitTimeout);
     QCOMPARE(program.readAllStandardOutput(), "Inside\n"_ba);
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QVERIFY2(program.exitCode() == 0, program.readAllStandardError().constData());
@@ -136,11 +136,11 @@ void TestQuittingInLoops::endsTheLoops()
 {
     QFETCH(const NestedLoop, loop);
     QFETCH(const Ending, ending);
-    LoopScene scene;
-    QVERIFY(scene.enter());
-    QCOMPARE(run(scene, loop, ending), 0);
-    QCOMPARE(scene.answers.problems(), QStringList());
-    scene.session.destroyWindow();
+    NestedLoopFixture fixture;
+    QVERIFY(fixture.joinChannels());
+    QCOMPARE(run(fixture, loop, ending), 0);
+    QCOMPARE(fixture.answers.problems(), QStringList());
+    fixture.session.destroyWindow();
     QCOMPARE(QApplication::topLevelWidgets(), QWidgetList());
 }
 

@@ -80,7 +80,7 @@ void TestRawLines::sortsRawLines()
     WindowSession session;
     QVERIFY(session.registerAs());
     const qsizetype before = session.probe.lines(u"Server"_s).size();
-    QVERIFY(session.say(line));
+    QVERIFY(session.receive(line));
     QCOMPARE(session.probe.lines(u"Server"_s).mid(before), shown);
     QCOMPARE(RawLines::isShown(line), shown.contains(u"<< "_s + line));
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
@@ -92,13 +92,13 @@ void TestRawLines::isMuteDuringAListing()
     QVERIFY(session.registerAs());
     const qsizetype before = session.probe.lines(u"Server"_s).size();
     session.probe.listReceiving() = true;
-    QVERIFY(session.sayAll({u":server NOTICE * :hello"_s, u":s 372 me :- hi"_s}));
+    QVERIFY(session.receiveAll({u":server NOTICE * :hello"_s, u":s 372 me :- hi"_s}));
     QCOMPARE(session.probe.lines(u"Server"_s).mid(before), QStringList());
     emit session.probe.connection().errorOccurred(u"It broke"_s);
     QCOMPARE(session.probe.lines(u"Server"_s).mid(before), QStringList{u"*** Error: It broke"_s});
 
     session.probe.listReceiving() = false;
-    QVERIFY(session.sayAll({u":server NOTICE * :hello"_s, u":s 372 me :- hi"_s}));
+    QVERIFY(session.receiveAll({u":server NOTICE * :hello"_s, u":s 372 me :- hi"_s}));
     QCOMPARE(session.probe.lines(u"Server"_s).mid(before + 1),
              (QStringList{u"<< :server NOTICE * :hello"_s, u":s 372 me :- hi"_s}));
 }
@@ -110,12 +110,12 @@ void TestRawLines::staysMuteAfterAListingThatBroke()
     session.probe.listReceiving() = true;
     session.server.close();
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"Server"_s), u"*** Disconnected."_s,
-                              Patience);
+                              WaitTimeout);
     QVERIFY(session.probe.listReceiving());
 
     const qsizetype before = session.probe.lines(u"Server"_s).size();
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":server NOTICE * :hello"_s));
+    QVERIFY(session.receive(u":server NOTICE * :hello"_s));
     QCOMPARE(session.probe.lines(u"Server"_s).mid(before),
              QStringList{u"*** Connected to server."_s});
 }

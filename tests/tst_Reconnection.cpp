@@ -88,7 +88,7 @@ void TestReconnection::replacesALiveSession()
     QVERIFY(session.acceptDialog(u"again"_s));
     QVERIFY(session.server.waitForEnd(0));
     QVERIFY(!session.server.received(0).contains("QUIT"));
-    QVERIFY(session.say(u":irc.test 001 again :Welcome"_s));
+    QVERIFY(session.receive(u":irc.test 001 again :Welcome"_s));
     QCOMPARE(session.probe.lines(u"Server"_s).mid(before),
              (QStringList{u"*** Disconnected."_s, u"*** Connected to server."_s,
                           u"Connected and registered."_s}));
@@ -96,11 +96,11 @@ void TestReconnection::replacesALiveSession()
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as again"_s);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
 
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     QVERIFY(session.join(u"#a"_s, u"again"_s));
     session.probe.typeLine(u"still here"_s);
-    QCOMPARE(session.takeSent(), (QStringList{u"NAMES #a"_s, u"PRIVMSG #a :still here"_s}));
-    QVERIFY(session.server.isThere());
+    QCOMPARE(session.readSent(), (QStringList{u"NAMES #a"_s, u"PRIVMSG #a :still here"_s}));
+    QVERIFY(session.server.isConnected());
 }
 
 void TestReconnection::staysDownWhenTheServerGoes_data()
@@ -119,10 +119,10 @@ void TestReconnection::staysDownWhenTheServerGoes()
     QVERIFY(session.registerAs());
     const qsizetype before = session.probe.lines(u"Server"_s).size();
     if (cut)
-        session.server.cut();
+        session.server.abort();
     else
         session.server.close();
-    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, WaitTimeout);
     const QStringList lines = session.probe.lines(u"Server"_s).mid(before);
     QCOMPARE(lines.size(), 2);
     QVERIFY2(lines.at(0).startsWith(u"*** Error: "_s), qUtf8Printable(lines.at(0)));
@@ -140,7 +140,7 @@ void TestReconnection::doesNotReconnectALostSession()
 
     QVERIFY(session.registerAs());
     session.server.close();
-    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, WaitTimeout);
     const QStringList lines = session.probe.lines(u"Server"_s);
     session.choose(u"&Reconnect"_s);
     QVERIFY(!waitsForASecond());
@@ -175,7 +175,7 @@ void TestReconnection::reconnectsToTheStandardPort()
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"Server"_s),
                               (QStringList{u"*** Connected to server."_s, u"*** Disconnected."_s,
                                            u"*** Connected to server."_s}),
-                              Patience);
+                              WaitTimeout);
     QCOMPARE(session.probe.currentServerId(), u"some.host_7000"_s);
 
     standard->send(u":irc.test 001 me :Welcome"_s);
@@ -201,7 +201,7 @@ void TestReconnection::reconnectsWithTheRecordsTls()
     session.choose(u"&Reconnect"_s);
     QVERIFY(standard->waitForClient());
     // The first byte of a TLS handshake.
-    QTRY_VERIFY_WITH_TIMEOUT(standard->received().startsWith('\x16'), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(standard->received().startsWith('\x16'), WaitTimeout);
 }
 
 void TestReconnection::goesInSilenceWithALiveSession()
@@ -220,7 +220,7 @@ void TestReconnection::goesInSilenceWithALiveSession()
         server.send(u":alice!u@h PRIVMSG me :hi"_s);
         QVERIFY(server.waitForLine(u"NAMES #a"_s));
         QTRY_COMPARE_WITH_TIMEOUT(probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"alice"_s}),
-                                  Patience);
+                                  WaitTimeout);
         connect(&connection, &IRCConnection::disconnected, this, [&] { ++told; });
         connect(&connection, &IRCConnection::errorOccurred, this, [&] { ++told; });
         connect(&connection, &IRCConnection::rawMessageReceived, this, [&] { ++told; });
@@ -240,7 +240,7 @@ void TestReconnection::mayGoBeforeItReconnects()
         session.choose(u"&Reconnect"_s);
         QVERIFY(waitsForASecond());
     }
-    QTRY_VERIFY_WITH_TIMEOUT(!waitsForASecond(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!waitsForASecond(), WaitTimeout);
 }
 
 QTEST_MAIN(TestReconnection)

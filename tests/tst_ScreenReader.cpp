@@ -327,10 +327,11 @@ void TestScreenReader::readsAndReportsLines()
              u"[now] wanda: joined #room\n[now] alice: first message\n[now] bob: second\n"_s);
     QTRY_COMPARE_WITH_TIMEOUT(
             scene.insertedTexts(),
-            (QStringList{u"[now] alice: first message\n"_s, u"[now] bob: second\n"_s}), Patience);
+            (QStringList{u"[now] alice: first message\n"_s, u"[now] bob: second\n"_s}),
+            WaitTimeout);
     QTRY_COMPARE_WITH_TIMEOUT(
             scene.announcedTexts(),
-            (QStringList{u"[now] alice: first message"_s, u"[now] bob: second"_s}), Patience);
+            (QStringList{u"[now] alice: first message"_s, u"[now] bob: second"_s}), WaitTimeout);
 }
 
 void TestScreenReader::movesTheCaretRowByRow()
@@ -384,8 +385,8 @@ void TestScreenReader::findsCharactersOnTheScreen()
     QVERIFY(view.contains(stamp));
     const QRect column(view.left() + 2, view.top() + 2, stamp.right() - view.left(),
                        view.height() - 4);
-    const QRect drawn = scene.screen.whenStill(
-            [&] { return scene.screen.findPoints(column, StampColour, StampDistance); });
+    const QRect drawn = scene.screen.waitUntilStable(
+            [&] { return scene.screen.findPixels(column, StampColour, StampDistance); });
     QVERIFY(!drawn.isEmpty());
     QVERIFY(stamp.contains(drawn));
     QVERIFY(stamp.height() < 3 * drawn.height());

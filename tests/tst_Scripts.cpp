@@ -19,7 +19,7 @@ QString runBash(const QString &command, const QByteArray &input = {})
                {u"-euo"_s, u"pipefail"_s, u"-c"_s, u"source scripts/lib.sh; %1"_s.arg(command)});
     bash.write(input);
     bash.closeWriteChannel();
-    if (!bash.waitForFinished(Patience) || bash.exitCode() != 0)
+    if (!bash.waitForFinished(WaitTimeout) || bash.exitCode() != 0)
         return u"failed: "_s + QString::fromLocal8Bit(bash.readAllStandardError());
     return QString::fromLocal8Bit(bash.readAllStandardOutput());
 }

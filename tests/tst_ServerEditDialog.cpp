@@ -407,7 +407,7 @@ void TestServerEditDialog::walksByKeyboard()
 {
     const auto form = makeForm({}, u":6667"_s);
     form->show();
-    QVERIFY(QTest::qWaitForWindowActive(form.get(), Patience));
+    QVERIFY(QTest::qWaitForWindowActive(form.get(), WaitTimeout));
     const auto typeInto = [&form](const QString &text) {
         QTest::keyClicks(form->focusWidget(), text);
         QTest::keyClick(form->focusWidget(), Qt::Key_Tab);
@@ -561,7 +561,7 @@ void TestServerEditDialog::showsAllRowsInThePopups()
     QVERIFY(box->hasFocus());
     box->showPopup();
     const QAbstractItemView *rows = box->view();
-    QTRY_VERIFY_WITH_TIMEOUT(rows->isVisible(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(rows->isVisible(), WaitTimeout);
     QVERIFY(rows->visualRect(rows->model()->index(0, 0)).top() >= 0);
     QVERIFY(rows->visualRect(rows->model()->index(box->count() - 1, 0)).bottom()
             < rows->viewport()->height());

@@ -288,7 +288,7 @@ void TestSessionConfig::savesNothingBeforeAChoice()
         session.probe.currentServerId().clear();
     } else {
         session.server.close();
-        QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
     }
     session.probe.autojoinChannels() = QStringList{u"#now"_s};
     session.choose(u"&Connect..."_s);
@@ -317,7 +317,7 @@ void TestSessionConfig::savesTheRecordWhenLeaving()
     const QString id = session.probe.currentServerId();
     if (!connected) {
         session.server.close();
-        QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
     }
     session.probe.connection().setServerConfig(sampleConfig());
     session.probe.autojoinChannels() = QStringList{u"#not in the record"_s};

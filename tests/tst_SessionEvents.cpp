@@ -79,12 +79,12 @@ void TestSessionEvents::offersTheDialogAtTheStart()
     MainWindow window;
     window.show();
     QVERIFY(window.findChild<ConnectDialog *>() == nullptr);
-    QTRY_VERIFY_WITH_TIMEOUT(window.findChild<ConnectDialog *>() != nullptr, Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(window.findChild<ConnectDialog *>() != nullptr, WaitTimeout);
     const QPointer<ConnectDialog> dialog = window.findChild<ConnectDialog *>();
     QVERIFY(dialog->isVisible());
     QVERIFY(!dialog->isModal());
     dialog->close();
-    QTRY_VERIFY_WITH_TIMEOUT(dialog.isNull(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(dialog.isNull(), WaitTimeout);
 }
 
 void TestSessionEvents::offersTheDialogFromTheMenu()
@@ -116,14 +116,14 @@ void TestSessionEvents::tellsOfAConnection()
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s, u"#b, #a"_s));
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"Server"_s),
-                              QStringList{u"*** Connected to server."_s}, Patience);
+                              QStringList{u"*** Connected to server."_s}, WaitTimeout);
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
 
-    QVERIFY(session.say(u":irc.test 001 me :Welcome"_s));
+    QVERIFY(session.receive(u":irc.test 001 me :Welcome"_s));
     QCOMPARE(session.probe.lines(u"Server"_s),
              (QStringList{u"*** Connected to server."_s, u"Connected and registered."_s,
                           u"*** Autojoining #b"_s, u"*** Autojoining #a"_s}));
-    QCOMPARE(session.takeSent().mid(2), (QStringList{u"JOIN #b"_s, u"JOIN #a"_s}));
+    QCOMPARE(session.readSent().mid(2), (QStringList{u"JOIN #b"_s, u"JOIN #a"_s}));
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
 }
 
@@ -135,16 +135,16 @@ void TestSessionEvents::showsTheSessionInTheStatusBar()
     QCOMPARE(bar->currentMessage(), u"Disconnected"_s);
 
     QVERIFY(session.acceptDialog(u"me"_s));
-    QTRY_COMPARE_WITH_TIMEOUT(bar->styleSheet(), Green, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(bar->styleSheet(), Green, WaitTimeout);
     QCOMPARE(bar->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
 
-    QVERIFY(session.say(u":irc.test 001 me :Welcome"_s));
-    QVERIFY(session.say(u":me!u@h NICK Other"_s));
+    QVERIFY(session.receive(u":irc.test 001 me :Welcome"_s));
+    QVERIFY(session.receive(u":me!u@h NICK Other"_s));
     QCOMPARE(bar->styleSheet(), Green);
     QCOMPARE(bar->currentMessage(), u"Connected to 127.0.0.1 as Other"_s);
 
     session.choose(u"&Disconnect"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(bar->styleSheet(), Red, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(bar->styleSheet(), Red, WaitTimeout);
     QCOMPARE(bar->currentMessage(), u"Disconnected"_s);
 }
 
@@ -152,7 +152,7 @@ void TestSessionEvents::keepsPlaceholdersInTheStatusBar()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":me!u@h NICK %1%2"_s));
+    QVERIFY(session.receive(u":me!u@h NICK %1%2"_s));
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as %1%2"_s);
 }
 
@@ -168,8 +168,8 @@ void TestSessionEvents::triesTheStoredOtherNick()
     settings.setValue(u"servers/customList"_s,
                       QStringList{u"127.0.0.1_%1"_s.arg(session.server.port())});
     QVERIFY(session.acceptDialog(u"me"_s));
-    QVERIFY(session.say(u":irc.test 433 * me :Nickname is already in use"_s));
-    QCOMPARE(session.takeSent().last(), u"NICK Spare"_s);
+    QVERIFY(session.receive(u":irc.test 433 * me :Nickname is already in use"_s));
+    QCOMPARE(session.readSent().last(), u"NICK Spare"_s);
 }
 
 void TestSessionEvents::joinsTheDialogsChannelsIfNoneAreStored()
@@ -177,8 +177,8 @@ void TestSessionEvents::joinsTheDialogsChannelsIfNoneAreStored()
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s, u"#typed"_s));
     QSettings().setValue(groupOf(session) + u"autojoin"_s, QStringList());
-    QVERIFY(session.say(u":irc.test 001 me :Welcome"_s));
-    QCOMPARE(session.takeSent().mid(2), QStringList{u"JOIN #typed"_s});
+    QVERIFY(session.receive(u":irc.test 001 me :Welcome"_s));
+    QCOMPARE(session.readSent().mid(2), QStringList{u"JOIN #typed"_s});
     QCOMPARE(session.probe.autojoinChannels(), QStringList{u"#typed"_s});
     QCOMPARE(session.probe.connection().serverConfig().autojoin, QStringList{u"#typed"_s});
 }
@@ -189,8 +189,8 @@ void TestSessionEvents::joinsTheStoredChannelsInstead()
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s, u"#typed"_s));
     QSettings().setValue(groupOf(session) + u"autojoin"_s, stored);
-    QVERIFY(session.say(u":irc.test 001 me :Welcome"_s));
-    QCOMPARE(session.takeSent().mid(2),
+    QVERIFY(session.receive(u":irc.test 001 me :Welcome"_s));
+    QCOMPARE(session.readSent().mid(2),
              (QStringList{u"JOIN #two"_s, u"JOIN #one"_s, u"JOIN #%1"_s}));
     QCOMPARE(session.probe.lines(u"Server"_s).mid(2),
              (QStringList{u"*** Autojoining #two"_s, u"*** Autojoining #one"_s,
@@ -206,8 +206,8 @@ void TestSessionEvents::skipsEntriesThatAreNoChannels()
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s));
     QSettings().setValue(groupOf(session) + u"autojoin"_s, stored);
-    QVERIFY(session.say(u":irc.test 001 me :Welcome"_s));
-    QCOMPARE(session.takeSent().mid(2), (QStringList{u"JOIN #a"_s, u"JOIN #b"_s}));
+    QVERIFY(session.receive(u":irc.test 001 me :Welcome"_s));
+    QCOMPARE(session.readSent().mid(2), (QStringList{u"JOIN #a"_s, u"JOIN #b"_s}));
     QCOMPARE(session.probe.lines(u"Server"_s).mid(2),
              (QStringList{u"*** Autojoining #a"_s, u"*** Autojoining #b"_s}));
     QCOMPARE(session.probe.autojoinChannels(), stored);
@@ -219,8 +219,8 @@ void TestSessionEvents::readsNoStoreWithoutAServer()
     QVERIFY(session.acceptDialog(u"me"_s, u"#typed"_s));
     session.probe.currentServerId().clear();
     QSettings().setValue(u"servers/autojoin"_s, QStringList{u"#decoy"_s});
-    QVERIFY(session.say(u":irc.test 001 me :Welcome"_s));
-    QCOMPARE(session.takeSent().mid(2), QStringList{u"JOIN #typed"_s});
+    QVERIFY(session.receive(u":irc.test 001 me :Welcome"_s));
+    QCOMPARE(session.readSent().mid(2), QStringList{u"JOIN #typed"_s});
 }
 
 void TestSessionEvents::tellsOfErrors_data()
@@ -253,7 +253,7 @@ void TestSessionEvents::tellsOfAnAttemptThatFails()
     session.server.stopListening();
     QVERIFY(session.clickConnect(u"me"_s));
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"Server"_s),
-                              QStringList{u"*** Error: Connection refused"_s}, Patience);
+                              QStringList{u"*** Error: Connection refused"_s}, WaitTimeout);
     QCOMPARE(session.window.statusBar()->styleSheet(), Red);
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
 }
@@ -267,7 +267,7 @@ void TestSessionEvents::tellsOfAPingTimeout()
     emit session.probe.connection().errorOccurred(u"Ping timeout: no response to PING for 45s"_s);
     QCOMPARE(session.window.statusBar()->styleSheet(), Green);
     session.probe.connection().disconnectFromServer();
-    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, WaitTimeout);
     QCOMPARE(session.probe.lines(u"Server"_s).mid(before),
              (QStringList{u"*** Error: Ping timeout: no response to PING for 45s"_s,
                           u"*** Disconnected."_s}));
@@ -278,7 +278,7 @@ void TestSessionEvents::forgetsTheSessionWhenItEnds()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me alice"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
     session.probe.typeLine(u"/away lunch"_s);
     session.probe.pendingNick() = u"wanted"_s;
     QVERIFY(session.probe.isAway());
@@ -287,7 +287,7 @@ void TestSessionEvents::forgetsTheSessionWhenItEnds()
     QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"me"_s}));
 
     session.choose(u"&Disconnect"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, WaitTimeout);
     QCOMPARE(session.probe.users(), QStringList());
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), QString());
@@ -301,13 +301,13 @@ void TestSessionEvents::keepsTheConversationsWhenTheSessionEnds()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me alice"_s));
-    QVERIFY(session.say(u":alice!u@h PRIVMSG #a :hi"_s));
+    QVERIFY(session.receive(u":alice!u@h PRIVMSG #a :hi"_s));
     session.probe.inputDrafts().insert(u"Server"_s, u"half a line"_s);
     const QStringList lines = session.probe.lines(u"#a"_s);
     const QString id = session.probe.currentServerId();
 
     session.server.close();
-    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, WaitTimeout);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
     QCOMPARE(session.probe.lines(u"#a"_s), lines);
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"alice"_s, u"me"_s}));
@@ -326,7 +326,7 @@ void TestSessionEvents::leavesFromTheMenu()
     const qsizetype before = session.probe.lines(u"Server"_s).size();
     session.choose(u"&Disconnect"_s);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"Server"_s).mid(before),
-                              QStringList{u"*** Disconnected."_s}, Patience);
+                              QStringList{u"*** Disconnected."_s}, WaitTimeout);
     QVERIFY(session.server.waitForEnd());
     QCOMPARE(session.server.lines().last(), u"QUIT :Velmora leaving"_s);
 }
@@ -357,7 +357,7 @@ void TestSessionEvents::hearsOfItsOwnNickFirst()
     });
     connect(&connection, &IRCConnection::nickChanged, this,
             [&] { atAll << session.probe.channelUsers().value(u"#a"_s); });
-    QVERIFY(session.say(u":me!u@h NICK new"_s));
+    QVERIFY(session.receive(u":me!u@h NICK new"_s));
     QCOMPARE(atOwn, (QStringList{u"new"_s, u"new"_s, u"Connected to 127.0.0.1 as new"_s, u""_s,
                                  u"@me"_s}));
     QCOMPARE(atAll, QStringList{u"@new"_s});

@@ -4,8 +4,8 @@
 // What chance there is comes from seeds, which each failure names. The environment says how much
 // is done, see CONTRIBUTING.md.
 
-#include "Dice.h"
 #include "IRCConnection.h"
+#include "RandomSource.h"
 #include "RandomUser.h"
 #include "RecordedLines.h"
 #include "SessionInvariants.h"
@@ -28,11 +28,11 @@ namespace {
 // Of the recording; each session that is to be cut goes on from the start of such a piece.
 constexpr int LinesOfPiece = 8;
 
-int setting(const char *name, int byDefault)
+int setting(const char *name, int defaultValue)
 {
     bool isSet = false;
     const int value = qEnvironmentVariableIntValue(name, &isSet);
-    return isSet ? value : byDefault;
+    return isSet ? value : defaultValue;
 }
 
 int firstSeed()
@@ -125,21 +125,21 @@ public:
         if (!abruptly && bytes.endsWith("\r\n")) {
             if (!session.settle())
                 return u"lines are not heard any more"_s;
-            const QStringList sent = session.takeSent();
-            const QStringList expected = model.takeExpected();
+            const QStringList sent = session.readSent();
+            const QStringList expected = model.readExpected();
             if (sent != expected) {
                 return u"sent (%1) instead of (%2)"_s.arg(sent.join(u'|'), expected.join(u'|'));
             }
         }
         const int before = model.disconnects;
         if (abruptly)
-            session.server.cut();
+            session.server.abort();
         else
             session.server.close();
         if (!waitUntil([&] { return model.disconnects > before; }))
             return u"the end of the link is not noticed"_s;
-        const QString difference = SessionInvariants::difference(session.probe, model);
-        return difference.isEmpty() ? SessionInvariants::broken(session.probe) : difference;
+        const QString difference = SessionInvariants::findDifference(session.probe, model);
+        return difference.isEmpty() ? SessionInvariants::findViolation(session.probe) : difference;
     }
 
 private:
@@ -196,7 +196,7 @@ void TestSessionTorture::survivesACutAfterEveryByte()
     QFETCH(const int, first);
 
     const int stride = qMax(1, setting("VELMORA_TORTURE_STRIDE", 61));
-    Dice dice(static_cast<quint32>(firstSeed() + first));
+    RandomSource random(static_cast<quint32>(firstSeed() + first));
     const QByteArray piece = asBytes(lines.mid(first, LinesOfPiece));
     // Wherever the strides lead, a cut is made between CR and LF, within a character and at the
     // end.
@@ -209,7 +209,7 @@ void TestSessionTorture::survivesACutAfterEveryByte()
     for (qsizetype size = 1; size <= piece.size() && problem.isEmpty(); ++size) {
         if (!cuts.contains(size))
             continue;
-        problem = session.hearAndLose(piece.left(size), dice.chance(25));
+        problem = session.hearAndLose(piece.left(size), random.chance(25));
         if (!problem.isEmpty())
             problem += u", after byte %1"_s.arg(size);
     }
@@ -233,7 +233,7 @@ void TestSessionTorture::saysTheSameHoweverItIsSplit()
     QFETCH(const quint32, seed);
     QFETCH(const int, longest);
 
-    Dice dice(seed);
+    RandomSource random(seed);
     // What is cut within a character loses that character, and nothing else; so none is cut here.
     QString text = QString::fromUtf8(asBytes(lines));
     if (longest == 1) {
@@ -249,7 +249,7 @@ void TestSessionTorture::saysTheSameHoweverItIsSplit()
     Replay split;
     QVERIFY(split.begin());
     for (qsizetype at = 0; at < text.size();) {
-        qsizetype end = qMin(at + 1 + dice.below(longest), text.size());
+        qsizetype end = qMin(at + 1 + random.below(longest), text.size());
         if (end < text.size() && text.at(end).isLowSurrogate())
             ++end;
         QVERIFY(split.send(text.mid(at, end - at).toUtf8()));
@@ -266,7 +266,7 @@ void TestSessionTorture::saysTheSameHoweverItIsSplit()
     QCOMPARE(actual.users, expected.users);
     QCOMPARE(actual.topics, expected.topics);
     QCOMPARE(actual.shownUsers, expected.shownUsers);
-    QCOMPARE(split.session.takeSent(), whole.session.takeSent());
+    QCOMPARE(split.session.readSent(), whole.session.readSent());
 }
 
 void TestSessionTorture::survivesRandomActions_data()
@@ -284,16 +284,16 @@ void TestSessionTorture::survivesRandomActions()
     QFETCH(const quint32, seed);
 
     const int steps = setting("VELMORA_TORTURE_STEPS", 1000);
-    Dice dice(seed);
+    RandomSource random(seed);
     WindowSession session;
-    RandomUser user(session, dice, lines);
+    RandomUser user(session, random, lines);
     for (int step = 1; step <= steps; ++step) {
         const QString problem = user.step();
-        QVERIFY2(problem.isEmpty(),
-                 qPrintable(u"seed %1, step %2: %3, after: %4"_s.arg(
-                         QString::number(seed), QString::number(step), problem, user.trail())));
+        QVERIFY2(problem.isEmpty(), qPrintable(u"seed %1, step %2: %3, after: %4"_s.arg(
+                                            QString::number(seed), QString::number(step), problem,
+                                            user.recentSteps())));
     }
-    const RandomUser::Tally tally = user.tally();
+    const RandomUser::Counts tally = user.counts();
     qInfo("%d steps, %d lines sent, %d dialogs and menus answered, %d links lost", steps,
           tally.linesSent, tally.answers, tally.linksLost);
     QVERIFY(tally.linesSent > 0 && tally.answers > 0 && tally.linksLost > 0);

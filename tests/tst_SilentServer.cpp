@@ -6,7 +6,7 @@
 // however late we see them. That it does something in time can be spoilt by a stall, and then
 // something else follows by right, up to the end of the link: it is tried anew.
 
-#include "LiveSocket.h"
+#include "DuplicatedSocket.h"
 #include "Preloading.h"
 #include "PreparedStore.h"
 #include "ProgramOnScreen.h"
@@ -98,7 +98,7 @@ double Session::now() const
 
 bool Session::waitUntil(double second) const
 {
-    return QTest::qWaitFor([&] { return now() >= second; }, Patience);
+    return QTest::qWaitFor([&] { return now() >= second; }, WaitTimeout);
 }
 
 void Session::mutter()
@@ -209,7 +209,7 @@ void TestSilentServer::init()
 void TestSilentServer::cleanup()
 {
     if (QTest::currentTestFailed())
-        screen.keep(QString::fromLatin1(QTest::currentTestFunction()));
+        screen.saveScreenshot(QString::fromLatin1(QTest::currentTestFunction()));
     for (const Event &event : std::as_const(session->timeline))
         qInfo("%6.1f s  %s", event.second, qPrintable(event.text));
     if (session->program.isRunning()) {
@@ -227,7 +227,7 @@ bool TestSilentServer::enter(const QStringList &channels)
                               .nickname = u"wanda"_s,
                               .realName = u"Wanda Walker"_s,
                               .channels = channels});
-    return session->program.start(underAFastClock()) && connectByDialog();
+    return session->program.start(fastClockCommand()) && connectByDialog();
 }
 
 bool TestSilentServer::connectByDialog()
@@ -240,17 +240,18 @@ bool TestSilentServer::connectByDialog()
     session->note(u"<< 001"_s);
     server.send(u":irc.test 001 wanda :Welcome"_s);
     session->chatter.start(ChatterInterval);
-    return QTest::qWaitFor([this] { return showsStatus(Green); }, Patience);
+    return QTest::qWaitFor([this] { return showsStatus(Green); }, WaitTimeout);
 }
 
 bool TestSilentServer::keepLink()
 {
-    return session->server.isThere() || (session->program.openConnectDialog() && connectByDialog());
+    return session->server.isConnected()
+           || (session->program.openConnectDialog() && connectByDialog());
 }
 
 bool TestSilentServer::showsStatus(QRgb colour) const
 {
-    return screen.countPoints(colour) > BarPoints;
+    return screen.countPixels(colour) > BarPoints;
 }
 
 bool TestSilentServer::copyRows() const
@@ -271,7 +272,7 @@ QString TestSilentServer::tellCopy()
     };
     for (int attempt = 0; told().isEmpty() && attempt < Attempts; ++attempt) {
         // The first line takes the keyboard to the input line.
-        if (!keepLink() || !session->program.say(u"/raw TAKE THIS"_s))
+        if (!keepLink() || !session->program.typeLine(u"/raw TAKE THIS"_s))
             return {};
         // Nobody else speaks while a key is on its way.
         session->mutter();
@@ -279,7 +280,8 @@ QString TestSilentServer::tellCopy()
             return {};
         session->mutter();
         if (!screen.press(u"Return"_s)
-            || !QTest::qWaitFor([&] { return !server.isThere() || !told().isEmpty(); }, Patience))
+            || !QTest::qWaitFor([&] { return !server.isConnected() || !told().isEmpty(); },
+                                WaitTimeout))
             return {};
     }
     return told().value(0).simplified();
@@ -294,10 +296,10 @@ void TestSilentServer::asksASilentServerOnceAndLeavesIt()
         session->chatter.stop();
         session->mutter();
         const double lastTraffic = session->timeline.last().second;
-        QTRY_VERIFY_WITH_TIMEOUT(!server.isThere(), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(!server.isConnected(), WaitTimeout);
         QVERIFY(session->timeline.last().second - lastTraffic > 60 + 45);
         const QList<QTime> allPings = pingsAmong(server.lines());
-        QTRY_VERIFY_WITH_TIMEOUT(showsStatus(Red), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(showsStatus(Red), WaitTimeout);
 
         QVERIFY(copyRows());
         static const QRegularExpression expected(
@@ -336,19 +338,19 @@ void TestSilentServer::staysWithAServerThatAnswersAnything()
         session->chatter.stop();
         const qsizetype before = pingsAmong(server.lines()).size();
         const auto isAsked = [&](int times) {
-            return !server.isThere() || pingsAmong(server.lines()).size() >= before + times;
+            return !server.isConnected() || pingsAmong(server.lines()).size() >= before + times;
         };
-        QTRY_VERIFY_WITH_TIMEOUT(isAsked(1), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(isAsked(1), WaitTimeout);
         session->mutter();
         // A server that is given up hears no second one.
-        QTRY_VERIFY_WITH_TIMEOUT(isAsked(2), Patience);
+        QTRY_VERIFY_WITH_TIMEOUT(isAsked(2), WaitTimeout);
         session->mutter();
         const QList<QTime> pings = pingsAmong(server.lines()).mid(before);
         if (pings.size() < 2)
             continue;
         const int apart = secondsBetween(pings.at(0), pings.at(1));
         QVERIFY2(apart >= 60, qPrintable(QString::number(apart)));
-        stays = apart <= 70 + Lateness && showsStatus(Green) && server.isThere();
+        stays = apart <= 70 + Lateness && showsStatus(Green) && server.isConnected();
     }
     QVERIFY(stays);
 }
@@ -401,7 +403,7 @@ bool TestSilentServer::talkInRoom(int lines)
     if (!keepLink() || !server.waitForLine(u"JOIN #room"_s))
         return false;
     server.send(u":wanda!w@host JOIN #room"_s);
-    if (!server.waitForLine(u"NAMES #room"_s) || !session->program.say(u"anybody here?"_s))
+    if (!server.waitForLine(u"NAMES #room"_s) || !session->program.typeLine(u"anybody here?"_s))
         return false;
     session->chatter.stop();
     const double start = session->now();
@@ -413,7 +415,8 @@ bool TestSilentServer::talkInRoom(int lines)
         const auto isSaid = [&] {
             return server.lines().count(u"PRIVMSG #room :still here"_s) >= i;
         };
-        if (!QTest::qWaitFor([&] { return !server.isThere() || isSaid(); }, Patience) || !isSaid())
+        if (!QTest::qWaitFor([&] { return !server.isConnected() || isSaid(); }, WaitTimeout)
+            || !isSaid())
             return false;
     }
     return true;
@@ -445,8 +448,8 @@ void TestSilentServer::asksNothingWhileTheUserTalks()
 void TestSilentServer::letsTheSystemWatchTheSocketToo()
 {
     QVERIFY(enter());
-    const LiveSocket socket(session->program.processId(), session->server.port());
-    QVERIFY2(socket.isHeld(), "The system doesn't let us look at the program's sockets");
+    const DuplicatedSocket socket(session->program.processId(), session->server.port());
+    QVERIFY2(socket.isValid(), "The system doesn't let us look at the program's sockets");
     QCOMPARE(socket.option(SOL_SOCKET, SO_KEEPALIVE), 1);
     QCOMPARE(socket.option(IPPROTO_TCP, TCP_KEEPIDLE), 60);
     QCOMPARE(socket.option(IPPROTO_TCP, TCP_KEEPINTVL), 10);

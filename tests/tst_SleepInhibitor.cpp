@@ -43,7 +43,7 @@ int holdASession(int argc, char **argv)
                      [say] { say(u"disconnected"_s); });
     const QSocketNotifier notifier(0, QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
-    session.dial();
+    session.startConnecting();
     return QCoreApplication::exec();
 }
 
@@ -52,7 +52,7 @@ bool waitForOutput(QProcess &process, const QString &line)
 {
     return QTest::qWaitFor(
             [&] { return process.canReadLine() && process.readLine().trimmed() == line.toUtf8(); },
-            Patience);
+            WaitTimeout);
 }
 
 qsizetype openFiles()
@@ -138,9 +138,9 @@ void TestSleepInhibitor::asksThePortalFirst()
     const auto portal = offer(Kind::Portal);
     const auto logind = offer(Kind::Logind);
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 1, Patience);
-    QCOMPARE(portal->askings(), QStringList{PortalAsking});
-    QVERIFY(logind->askings().isEmpty());
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
+    QCOMPARE(portal->requestTexts(), QStringList{PortalAsking});
+    QVERIFY(logind->requestTexts().isEmpty());
 }
 
 void TestSleepInhibitor::fallsBackOnLogind_data()
@@ -156,26 +156,26 @@ void TestSleepInhibitor::fallsBackOnLogind()
     const auto portal = hasPortal ? offer(Kind::Portal, Manner::Refuses) : nullptr;
     const auto logind = offer(Kind::Logind);
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(logind->held(), 1, Patience);
-    QCOMPARE(logind->askings(), QStringList{LogindAsking});
+    QTRY_COMPARE_WITH_TIMEOUT(logind->heldGrants(), 1, WaitTimeout);
+    QCOMPARE(logind->requestTexts(), QStringList{LogindAsking});
     session->connection.disconnectFromServer();
-    QTRY_COMPARE_WITH_TIMEOUT(logind->held(), 0, Patience);
-    QCOMPARE(logind->askings().size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(logind->heldGrants(), 0, WaitTimeout);
+    QCOMPARE(logind->requestTexts().size(), 1);
     if (hasPortal)
-        QCOMPARE(portal->askings(), QStringList{PortalAsking});
+        QCOMPARE(portal->requestTexts(), QStringList{PortalAsking});
 }
 
 void TestSleepInhibitor::asksForNothingBeforeALinkIsUp()
 {
     const auto portal = offer(Kind::Portal);
     session->server.stopListening();
-    session->dial();
+    session->startConnecting();
     QVERIFY(session->log.waitFor(uR"(errorOccurred("Connection refused"))"_s));
     session->connection.disconnectFromServer();
     QVERIFY(session->server.listenAgain());
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 1, Patience);
-    QCOMPARE(portal->askings().size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
+    QCOMPARE(portal->requestTexts().size(), 1);
 }
 
 void TestSleepInhibitor::releasesOnEachWayOut_data()
@@ -192,18 +192,18 @@ void TestSleepInhibitor::releasesOnEachWayOut()
     QFETCH(const QString, way);
     const auto portal = offer(Kind::Portal);
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
     if (way == u"disconnect"_s)
         session->connection.disconnectFromServer();
     else if (way == u"close"_s)
         session->server.close();
     else if (way == u"cut"_s)
-        session->server.cut();
+        session->server.abort();
     else
         session.reset();
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 0, Patience);
-    QCOMPARE(portal->released(), 1);
-    QCOMPARE(portal->askings().size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 0, WaitTimeout);
+    QCOMPARE(portal->releasedGrants(), 1);
+    QCOMPARE(portal->requestTexts().size(), 1);
 }
 
 // A server that reads nothing keeps the link from closing.
@@ -214,13 +214,13 @@ void TestSleepInhibitor::releasesBeforeTheLinkIsGone()
     QVERIFY(deaf.listen(QHostAddress::LocalHost));
     session->connection.connectToServer(u"127.0.0.1"_s, deaf.serverPort(), u"me"_s, QString(),
                                         false);
-    QTRY_VERIFY_WITH_TIMEOUT(deaf.hasPendingConnections(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(deaf.hasPendingConnections(), WaitTimeout);
     deaf.nextPendingConnection()->setReadBufferSize(1);
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
     session->log.clear();
     session->connection.sendRaw(QString(20'000'000, u'x'));
     session->connection.disconnectFromServer();
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 0, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 0, WaitTimeout);
     QVERIFY(session->log.entries().isEmpty());
 }
 
@@ -231,24 +231,24 @@ void TestSleepInhibitor::releasesAtATimeout()
     // The clock also shortens the time after which the portal's grant comes too late, to about one
     // second of ours. Who stalls for that long is asked anew.
     constexpr int Attempts = 5;
-    for (int attempt = 1; portal->released() == 0 && attempt <= Attempts; ++attempt) {
+    for (int attempt = 1; portal->releasedGrants() == 0 && attempt <= Attempts; ++attempt) {
         QProcess program;
         program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        const QStringList clock = underAFastClock();
+        const QStringList clock = fastClockCommand();
         program.start(clock.first(),
                       clock.mid(1)
                               + QStringList{QCoreApplication::applicationFilePath(), HoldASession});
         QVERIFY(waitForOutput(program, u"connected"_s));
-        QTRY_COMPARE_WITH_TIMEOUT(portal->askings().size(), attempt, Patience);
+        QTRY_COMPARE_WITH_TIMEOUT(portal->requestTexts().size(), attempt, WaitTimeout);
         QVERIFY(waitForOutput(program, u"Ping timeout: no response to PING for 45s"_s));
         QVERIFY(waitForOutput(program, u"disconnected"_s));
-        static_cast<void>(QTest::qWaitFor([&] { return portal->released() == 1; }));
+        static_cast<void>(QTest::qWaitFor([&] { return portal->releasedGrants() == 1; }));
         program.closeWriteChannel();
-        QVERIFY(program.waitForFinished(Patience));
+        QVERIFY(program.waitForFinished(WaitTimeout));
         QCOMPARE(program.exitCode(), 0);
     }
-    QCOMPARE(portal->released(), 1);
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 0, Patience);
+    QCOMPARE(portal->releasedGrants(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 0, WaitTimeout);
 }
 
 void TestSleepInhibitor::releasesWhenTheProgramQuits_data()
@@ -266,10 +266,10 @@ void TestSleepInhibitor::releasesWhenTheProgramQuits()
     program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     program.start(QCoreApplication::applicationFilePath(), {HoldASession});
     QVERIFY(waitForOutput(program, u"connected"_s));
-    QTRY_COMPARE_WITH_TIMEOUT(service->held(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(service->heldGrants(), 1, WaitTimeout);
     program.closeWriteChannel();
-    QTRY_COMPARE_WITH_TIMEOUT(service->held(), 0, Patience);
-    QVERIFY(program.state() == QProcess::NotRunning || program.waitForFinished(Patience));
+    QTRY_COMPARE_WITH_TIMEOUT(service->heldGrants(), 0, WaitTimeout);
+    QVERIFY(program.state() == QProcess::NotRunning || program.waitForFinished(WaitTimeout));
     QCOMPARE(program.exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.exitCode(), 0);
 }
@@ -278,14 +278,14 @@ void TestSleepInhibitor::holdsOnceAfterASecondConnect()
 {
     const auto portal = offer(Kind::Portal);
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
     QVERIFY(session->open());
     QVERIFY(session->server.waitForEnd(0));
     // The replaced socket ends before its successor connects, and releases the first grant.
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 1, Patience);
-    QCOMPARE(portal->askings().size() - portal->released(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
+    QCOMPARE(portal->requestTexts().size() - portal->releasedGrants(), 1);
     session->connection.disconnectFromServer();
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 0, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 0, WaitTimeout);
 }
 
 void TestSleepInhibitor::leaksNothingOverAHundredConnections_data()
@@ -302,23 +302,23 @@ void TestSleepInhibitor::leaksNothingOverAHundredConnections()
     qsizetype before = 0;
     for (int i = 1; i <= 101; ++i) {
         QVERIFY(session->open());
-        QVERIFY(QTest::qWaitFor([&] { return service->held() == 1; }, Patience));
-        QCOMPARE(service->askings().size(), i);
+        QVERIFY(QTest::qWaitFor([&] { return service->heldGrants() == 1; }, WaitTimeout));
+        QCOMPARE(service->requestTexts().size(), i);
         if (i % 2 == 0)
             session->connection.disconnectFromServer();
         else
-            session->server.cut();
+            session->server.abort();
         QVERIFY(session->log.waitFor(u"disconnected()"_s));
-        QVERIFY(QTest::qWaitFor([&] { return service->held() == 0; }, Patience));
+        QVERIFY(QTest::qWaitFor([&] { return service->heldGrants() == 0; }, WaitTimeout));
         QVERIFY(session->server.waitForEnd());
         if (i == 1)
             before = openFiles();
     }
-    QCOMPARE(service->released(), 101);
+    QCOMPARE(service->releasedGrants(), 101);
     // The fake logind keeps its end of each lock. A link to the bus goes a little later.
     const qsizetype kept = kind == Kind::Logind ? 100 : 0;
     QTRY_VERIFY2_WITH_TIMEOUT(openFiles() <= before + kept,
-                              qPrintable(QString::number(openFiles() - before)), Patience);
+                              qPrintable(QString::number(openFiles() - before)), WaitTimeout);
 }
 
 void TestSleepInhibitor::givesBackWhatComesTooLate_data()
@@ -331,14 +331,14 @@ void TestSleepInhibitor::givesBackWhatComesTooLate_data()
 void TestSleepInhibitor::givesBackWhatComesTooLate()
 {
     QFETCH(const Kind, kind);
-    const auto service = offer(kind, Manner::Hesitates);
+    const auto service = offer(kind, Manner::Delays);
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(service->askings().size(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(service->requestTexts().size(), 1, WaitTimeout);
     session->connection.disconnectFromServer();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
-    service->answer();
-    QTRY_COMPARE_WITH_TIMEOUT(service->released(), 1, Patience);
-    QCOMPARE(service->held(), 0);
+    service->grantPending();
+    QTRY_COMPARE_WITH_TIMEOUT(service->releasedGrants(), 1, WaitTimeout);
+    QCOMPARE(service->heldGrants(), 0);
 }
 
 void TestSleepInhibitor::livesWithoutAService()
@@ -353,7 +353,7 @@ void TestSleepInhibitor::livesWithoutAService()
     session->connection.disconnectFromServer();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
 }
 
 void TestSleepInhibitor::livesWithServicesThatRefuse()
@@ -361,28 +361,28 @@ void TestSleepInhibitor::livesWithServicesThatRefuse()
     const auto portal = offer(Kind::Portal, Manner::Refuses);
     const auto logind = offer(Kind::Logind, Manner::Refuses);
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(logind->askings().size(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(logind->requestTexts().size(), 1, WaitTimeout);
     QVERIFY(isInOrder());
     session->connection.disconnectFromServer();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(logind->askings().size(), 2, Patience);
-    QCOMPARE(portal->askings().size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(logind->requestTexts().size(), 2, WaitTimeout);
+    QCOMPARE(portal->requestTexts().size(), 2);
 }
 
 void TestSleepInhibitor::livesWithTheDeathOfAService()
 {
     auto portal = offer(Kind::Portal);
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
     portal.reset();
     QVERIFY(isInOrder());
     session->connection.disconnectFromServer();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
 
-    portal = offer(Kind::Portal, Manner::Hesitates);
+    portal = offer(Kind::Portal, Manner::Delays);
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(portal->askings().size(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->requestTexts().size(), 1, WaitTimeout);
     portal.reset();
     QVERIFY(isInOrder());
 }
@@ -391,7 +391,7 @@ void TestSleepInhibitor::livesWithTheDeathOfTheBus()
 {
     auto portal = offer(Kind::Portal);
     QVERIFY(session->open());
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
     bus->kill();
     QVERIFY(isInOrder());
     session->connection.disconnectFromServer();
@@ -404,7 +404,7 @@ void TestSleepInhibitor::holdsNothingWithoutABus()
 {
     for (const QString &address : {u"unix:path=/nonexistent"_s, u"autolaunch:"_s, u"nonsense"_s,
                                    u"unix:path=/dev/null;nonsense:x=y"_s}) {
-        PrivateBus::point(address);
+        PrivateBus::useAddress(address);
         QCOMPARE(SleepInhibitor::take(u"reason"_s), 0U);
         QVERIFY(session->open());
         QVERIFY(isInOrder());
@@ -418,14 +418,14 @@ void TestSleepInhibitor::isNotHeldUpByABusThatDoesNotAnswer()
     const QTemporaryDir folder;
     QLocalServer mute;
     QVERIFY(mute.listen(folder.filePath(u"bus"_s)));
-    PrivateBus::point(QString(u"unix:path="_s + mute.fullServerName()));
+    PrivateBus::useAddress(QString(u"unix:path="_s + mute.fullServerName()));
 
     // An answer would be waited for 25 seconds each time.
     QElapsedTimer timer;
     timer.start();
     QVERIFY(session->open());
     QVERIFY(isInOrder());
-    QTRY_VERIFY_WITH_TIMEOUT(mute.hasPendingConnections(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(mute.hasPendingConnections(), WaitTimeout);
     session->connection.disconnectFromServer();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
     QVERIFY(session->open());
@@ -438,13 +438,13 @@ void TestSleepInhibitor::ignoresAStrangeNumber()
     const auto portal = offer(Kind::Portal);
     const quint32 assertion = SleepInhibitor::take(u"reason"_s);
     QVERIFY(assertion != 0);
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
     SleepInhibitor::release(0);
     SleepInhibitor::release(assertion + 1000);
     SleepInhibitor::release(assertion);
     SleepInhibitor::release(assertion);
-    QTRY_COMPARE_WITH_TIMEOUT(portal->held(), 0, Patience);
-    QCOMPARE(portal->released(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 0, WaitTimeout);
+    QCOMPARE(portal->releasedGrants(), 1);
 }
 
 int main(int argc, char **argv)

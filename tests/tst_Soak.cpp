@@ -129,9 +129,9 @@ bool visit(WindowSession &session, int round)
 {
     const MainWindowProbe &probe = session.probe;
     if (!session.registerAs(u"me"_s, u"#a"_s) || !session.join(u"#a"_s, u"me @alice bob"_s)
-        || !session.sayAll({u":alice!a@h PRIVMSG #a :me: hello"_s, u":bob!b@h PRIVMSG me :psst"_s,
-                            u":bob!b@h NICK bobby"_s, u":bobby!b@h NICK bob"_s,
-                            u":bob!b@h QUIT :bye"_s}))
+        || !session.receiveAll({u":alice!a@h PRIVMSG #a :me: hello"_s,
+                                u":bob!b@h PRIVMSG me :psst"_s, u":bob!b@h NICK bobby"_s,
+                                u":bobby!b@h NICK bob"_s, u":bob!b@h QUIT :bye"_s}))
         return false;
     probe.clickTab(round % probe.tabWidget().count());
     probe.typeLine(u"/raw ROUND %1"_s.arg(round));
@@ -143,7 +143,7 @@ bool visit(WindowSession &session, int round)
         server.close();
         break;
     case 1:
-        server.cut();
+        server.abort();
         break;
     case 2:
         session.choose(u"&Disconnect"_s);
@@ -158,7 +158,7 @@ bool visit(WindowSession &session, int round)
         return true;
     }
     return server.waitForEnd()
-           && QTest::qWaitFor([&] { return !probe.connection().isConnected(); }, Patience);
+           && QTest::qWaitFor([&] { return !probe.connection().isConnected(); }, WaitTimeout);
 }
 
 } // namespace
@@ -175,10 +175,10 @@ void TestSoak::keepsNothingOfASession()
         QVERIFY2(visit(session, round), qPrintable(u"round %1"_s.arg(round)));
         if (round % Stage != WarmUp)
             continue;
-        QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 0, Patience);
+        QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 0, WaitTimeout);
         if (before.isEmpty())
             before = holdings();
-        QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), Patience);
+        QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), WaitTimeout);
         qInfo("%d sessions: %d kB", round, int(allocatedMemory()));
     }
 }
@@ -207,7 +207,7 @@ void TestSoak::growsByItsRowsAlone()
                                      .arg(said, 8, 10, QChar(u'0'))
                                      .arg(QString(said % 7 * 20, u'x')));
             }
-            if (!session.sayAll(batch))
+            if (!session.receiveAll(batch))
                 return false;
             probe.clickTab(said / Batch % probe.tabWidget().count());
         }
@@ -215,14 +215,14 @@ void TestSoak::growsByItsRowsAlone()
     };
     QVERIFY(sayUpTo(lines / 4));
     // That of the link stays; what was started by the last lines ends within a few seconds.
-    QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 1, WaitTimeout);
     const QMap<QString, int> before = holdings();
     const double atFirst = allocatedMemory();
     QVERIFY(sayUpTo(lines / 2));
     const double halfway = allocatedMemory();
     QVERIFY(sayUpTo(lines));
     const double inTheEnd = allocatedMemory();
-    QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), WaitTimeout);
 
     int rows = 0;
     for (const QString &tab : Tabs)
@@ -277,7 +277,7 @@ void TestSoak::leavesAServerThatNeverAnswersTls()
         QTimer::singleShot(0, &session.window,
                            [&session] { static_cast<void>(session.clickConnect(u"me"_s)); });
         return silent.waitForClient(clients + 1)
-               && QTest::qWaitFor([&] { return probe.connection().isConnected(); }, Patience);
+               && QTest::qWaitFor([&] { return probe.connection().isConnected(); }, WaitTimeout);
     };
 
     QMap<QString, int> before;
@@ -287,11 +287,11 @@ void TestSoak::leavesAServerThatNeverAnswersTls()
         session.choose(u"&Disconnect"_s);
         QCOMPARE(probe.lastLine(u"Server"_s), u"*** Disconnected."_s);
         QVERIFY(silent.waitForEnd());
-        QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 0, Patience);
+        QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 0, WaitTimeout);
         if (round == 1)
             before = holdings();
     }
-    QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), WaitTimeout);
 
     // Another server takes its place, and the program ends beside it.
     QVERIFY(dial());
@@ -300,7 +300,7 @@ void TestSoak::leavesAServerThatNeverAnswersTls()
         if (line.startsWith(u"USER "_s))
             other.send(u":irc.test 001 me :Welcome"_s);
     });
-    QVERIFY(session.enter(other.port(), u"me"_s));
+    QVERIFY(session.registerAt(other.port(), u"me"_s));
     QVERIFY(silent.waitForEnd());
     QVERIFY(dial());
     session.destroyWindow();

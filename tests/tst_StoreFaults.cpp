@@ -281,7 +281,7 @@ QString TestStoreFaults::use(WindowSession &session, int round) const
     if (!session.registerAs(u"me"_s, u"#start"_s) || !session.join(u"#a"_s, u"me @bob"_s))
         return u"not connected"_s;
     const QString text = u"round %1"_s.arg(round);
-    if (!session.say(u":bob!b@h PRIVMSG #a :%1"_s.arg(text))
+    if (!session.receive(u":bob!b@h PRIVMSG #a :%1"_s.arg(text))
         || probe.lastLine(u"#a"_s) != u"bob|" + text)
         return u"not shown, but: "_s + probe.lastLine(u"#a"_s);
 

@@ -241,14 +241,14 @@ void TestTabMenu::survivesALinkThatDropsUnderTheMenu()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":me!u@h JOIN #c"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN #c"_s));
     ModalAnswers answers;
     bool dropped = false;
     answers.queueForMenu([&](QMenu *menu) {
         session.server.sendBytes(":a!u@h PRIVMSG #c :last words\r\n"_ba);
         session.server.close();
         dropped = QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); },
-                                  Patience);
+                                  WaitTimeout);
         ModalAnswers::choosing(u"Close"_s)(menu);
     });
     requestContextMenu(session.probe, 1);
@@ -263,11 +263,11 @@ void TestTabMenu::survivesARenameUnderTheMenu()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hello"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hello"_s));
     ModalAnswers answers;
     bool heard = false;
     answers.queueForMenu([&](QMenu *menu) {
-        heard = session.say(u":bob!u@h NICK rob"_s);
+        heard = session.receive(u":bob!u@h NICK rob"_s);
         ModalAnswers::choosing(u"Close"_s)(menu);
     });
     requestContextMenu(session.probe, 1);

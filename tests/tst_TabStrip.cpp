@@ -193,7 +193,7 @@ void TestTabStrip::switchesTabsByKeys()
     TabStrip::addSwitchShortcuts(*tabs, window);
     window.show();
     window.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&window, Patience));
+    QVERIFY(QTest::qWaitForWindowActive(&window, WaitTimeout));
     const QList<QWidget *> starts{bar, view, tree, line};
     for (QWidget *start : starts) {
         start->setFocus();

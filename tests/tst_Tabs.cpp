@@ -332,7 +332,7 @@ void TestTabs::setsTheRatioOnceTheLayoutHasSettled()
     session.probe.showTab(u"#d"_s);
     // Whatever the layout makes of the change, the ratio is imposed behind it.
     session.probe.splitter().setSizes({500, 500});
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, WaitTimeout);
 }
 
 void TestTabs::fillsTheUserListAgainAfterADisconnect()
@@ -342,7 +342,7 @@ void TestTabs::fillsTheUserListAgainAfterADisconnect()
     QVERIFY(session.join(u"#c"_s, u"@me alice"_s));
     QCOMPARE(session.probe.users(), (QStringList{u"@me"_s, u"alice"_s}));
     session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(session.probe.users().isEmpty(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(session.probe.users().isEmpty(), WaitTimeout);
     session.probe.clickTab(0);
     session.probe.clickTab(1);
     QCOMPARE(session.probe.users(), (QStringList{u"@me"_s, u"alice"_s}));
@@ -352,18 +352,18 @@ void TestTabs::removesNoTabOnADisconnect()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":me!u@h JOIN #c"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hello"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN #c"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hello"_s));
     const QStringList names{Server, u"#c"_s, u"bob"_s};
     session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
     QCOMPARE(session.probe.tabTexts(), names);
     QCOMPARE(session.probe.tabs().size(), 3);
 
     // The channel that is joined again goes on in its old tab.
     QVERIFY(session.registerAs(u"me"_s));
     QCOMPARE(session.probe.tabTexts(), names);
-    QVERIFY(session.say(u":me!u@h JOIN #c"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN #c"_s));
     QCOMPARE(session.probe.tabTexts(), names);
     QCOMPARE(session.probe.lines(u"#c"_s), (QStringList{u"me|joined #c"_s, u"me|joined #c"_s}));
 }
@@ -373,7 +373,7 @@ void TestTabs::opensATabWithoutAName()
     // What comes of a server that writes the channel of a JOIN as a trailing parameter.
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    QVERIFY(session.say(u":me!u@h JOIN :#x"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN :#x"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, QString()}));
     QCOMPARE(session.probe.currentTabName(), QString());
     QCOMPARE(session.probe.lines(QString()), QStringList{u"me|joined "_s});
@@ -382,11 +382,11 @@ void TestTabs::opensATabWithoutAName()
     QVERIFY(session.server.waitForLine(u"NAMES "_s));
 
     // The channel's own tab opens with the first line spoken in it.
-    QVERIFY(session.say(u":bob!u@h PRIVMSG #x :hello"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG #x :hello"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, QString(), u"#x"_s}));
     session.probe.clickTab(2);
     session.probe.clickTab(1);
-    QVERIFY(session.say(u":me!u@h JOIN :#y"_s));
+    QVERIFY(session.receive(u":me!u@h JOIN :#y"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, QString(), u"#x"_s}));
     QCOMPARE(session.probe.lines(QString()), (QStringList{u"me|joined "_s, u"me|joined "_s}));
 }

@@ -82,7 +82,7 @@ bool shows(QWidget &widget, const QString &text)
 bool begin(WindowSession &session, const QString &nick)
 {
     return session.registerAs() && session.join(u"#a"_s, u"@me alice"_s)
-           && session.say(u":%1!u@h JOIN #a"_s.arg(nick));
+           && session.receive(u":%1!u@h JOIN #a"_s.arg(nick));
 }
 
 QLabel *tipOf(QTabBar &bar, int index)
@@ -151,7 +151,7 @@ void TestTextFromElsewhere::nicksInTabs()
     QFETCH(const QString, odd);
     WindowSession session;
     QVERIFY(begin(session, u"bob"_s));
-    QVERIFY(session.say(u":%1!u@h PRIVMSG me :hi"_s.arg(odd)));
+    QVERIFY(session.receive(u":%1!u@h PRIVMSG me :hi"_s.arg(odd)));
     HighlightTabBar &bar = session.probe.tabBar();
     QVERIFY(bar.isHighlighted(2));
     QVERIFY(shows(bar, odd));
@@ -164,7 +164,7 @@ void TestTextFromElsewhere::nicksInTabs()
     QVERIFY(shows(*tip, odd));
 
     const QString renamed = u"new"_s + odd;
-    QVERIFY(session.say(u":%1!u@h NICK %2"_s.arg(odd, renamed)));
+    QVERIFY(session.receive(u":%1!u@h NICK %2"_s.arg(odd, renamed)));
     QVERIFY(shows(bar, renamed));
     QCOMPARE(spokenName(bar, 2), renamed);
 }
@@ -186,8 +186,8 @@ void TestTextFromElsewhere::ampersandsFitIntoTabs()
     QVERIFY(begin(session, u"bob"_s));
     // A name that Qt measures in full.
     const QString plain = QString(name).replace(u'&', u'+');
-    QVERIFY(session.say(u":%1!u@h PRIVMSG me :hi"_s.arg(name)));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":%1!u@h PRIVMSG me :hi"_s.arg(name)));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
     HighlightTabBar &bar = session.probe.tabBar();
     QFont font = bar.font();
     font.setBold(true);
@@ -199,10 +199,10 @@ void TestTextFromElsewhere::ampersandsFitIntoTabs()
         return bar.tabRect(index).width() - textWidth(text);
     };
     const int before = surplus(2, name);
-    QVERIFY(session.say(u":%1!u@h NICK %2"_s.arg(name, plain)));
+    QVERIFY(session.receive(u":%1!u@h NICK %2"_s.arg(name, plain)));
     const int whole = surplus(2, plain);
     QVERIFY(before >= whole - 1);
-    QVERIFY(session.say(u":bob!u@h NICK %1"_s.arg(name)));
+    QVERIFY(session.receive(u":bob!u@h NICK %1"_s.arg(name)));
     QVERIFY(surplus(3, name) >= whole - 1);
 }
 
@@ -211,10 +211,10 @@ void TestTextFromElsewhere::givesTabsNoKeys()
 {
     WindowSession session;
     QVERIFY(begin(session, u"bob"_s));
-    QVERIFY(session.sayAll(
+    QVERIFY(session.receiveAll(
             {u":x&y!u@h PRIVMSG me :hi"_s, u":bob!u@h PRIVMSG me :hi"_s, u":bob!u@h NICK x&z"_s}));
     session.window.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&session.window, Patience));
+    QVERIFY(QTest::qWaitForWindowActive(&session.window, WaitTimeout));
     for (const Qt::Key key : {Qt::Key_Y, Qt::Key_Z}) {
         QTest::keyClick(&session.window, key, Qt::AltModifier);
         QCOMPARE(session.probe.currentTabName(), u"#a"_s);
@@ -243,7 +243,7 @@ void TestTextFromElsewhere::ownNick()
     QFETCH(const QString, odd);
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":me!u@h NICK "_s + odd));
+    QVERIFY(session.receive(u":me!u@h NICK "_s + odd));
     QVERIFY(shows(*session.window.statusBar(), u"Connected to 127.0.0.1 as "_s + odd));
     ModalAnswers answers;
     bool shown = false;
@@ -265,7 +265,7 @@ void TestTextFromElsewhere::notifications()
     QWidget other;
     other.show();
     other.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&other, Patience));
+    QVERIFY(QTest::qWaitForWindowActive(&other, WaitTimeout));
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     // The bar would empty itself before we look if that took long.
     const QStatusBar *bar = session.window.statusBar();
@@ -273,7 +273,7 @@ void TestTextFromElsewhere::notifications()
         if (auto *timer = bar->findChild<QTimer *>())
             timer->stop();
     });
-    QVERIFY(session.say(u":%1!u@h PRIVMSG me :hi %1"_s.arg(odd)));
+    QVERIFY(session.receive(u":%1!u@h PRIVMSG me :hi %1"_s.arg(odd)));
     QVERIFY(shows(*session.window.statusBar(), u"%1: hi %1"_s.arg(odd)));
 }
 
@@ -284,9 +284,9 @@ void TestTextFromElsewhere::messagesAndTopics()
     const QString nick = u'n' + odd;
     QVERIFY(begin(session, nick));
     const QString text = u"one %1 two"_s.arg(odd);
-    QVERIFY(session.sayAll({u":%1!u@h PRIVMSG #a :%2"_s.arg(nick, text),
-                            u":irc.test 332 me #a :topic %1"_s.arg(text),
-                            u":irc.test 372 me :four %1"_s.arg(odd)}));
+    QVERIFY(session.receiveAll({u":%1!u@h PRIVMSG #a :%2"_s.arg(nick, text),
+                                u":irc.test 332 me #a :topic %1"_s.arg(text),
+                                u":irc.test 372 me :four %1"_s.arg(odd)}));
     const MainWindow::TabInfo channel = session.probe.tabs().value(u"#a"_s);
     QVERIFY(shows(*channel.chatView, text));
     QVERIFY(shows(*channel.chatView, nick));
@@ -310,9 +310,9 @@ void TestTextFromElsewhere::channelLists()
     WindowSession session;
     QVERIFY(session.registerAs());
     session.choose(u"Channel &List"_s);
-    QVERIFY(session.sayAll({u":%1 321 me :Channels"_s.arg(odd),
-                            u":irc.test 322 me #%1 5 :one %1"_s.arg(odd),
-                            u":irc.test 323 me :End"_s}));
+    QVERIFY(session.receiveAll({u":%1 321 me :Channels"_s.arg(odd),
+                                u":irc.test 322 me #%1 5 :one %1"_s.arg(odd),
+                                u":irc.test 323 me :End"_s}));
     QTreeWidget &tree = *session.probe.listTree();
     QVERIFY(shows(tree, u'#' + odd));
     QVERIFY(shows(tree, u"one "_s + odd));
@@ -336,7 +336,7 @@ void TestTextFromElsewhere::channelsInTitles()
     QVERIFY(session.registerAs());
     const QString channel = u'#' + odd;
     QVERIFY(session.join(channel, u"@me"_s));
-    QVERIFY(session.say(u":irc.test 332 me %1 :one %2"_s.arg(channel, odd)));
+    QVERIFY(session.receive(u":irc.test 332 me %1 :one %2"_s.arg(channel, odd)));
     ModalAnswers answers;
     QStringList titles;
     bool shown = false;

@@ -31,7 +31,7 @@ struct Operator
     [[nodiscard]] bool enter(const QString &names = u"@me alice bob"_s)
     {
         const bool entered = session.registerAs(u"me"_s) && session.join(u"#a"_s, names);
-        static_cast<void>(session.takeSent());
+        session.discardSent();
         return entered;
     }
 
@@ -168,7 +168,7 @@ void TestTopicEditing::offersTheButtonOutOfSight()
     QVERIFY(op.offers(u"#b"_s));
     QVERIFY(!op.offers(u"#c"_s));
     // The name list is the one event that is told of a channel out of sight.
-    QVERIFY(op.session.sayAll({u":irc.test 353 me = #b :me"_s, u":irc.test 366 me #b :End"_s}));
+    QVERIFY(op.session.receiveAll({u":irc.test 353 me = #b :me"_s, u":irc.test 366 me #b :End"_s}));
     QVERIFY(!op.offers(u"#b"_s));
 }
 
@@ -194,7 +194,7 @@ void TestTopicEditing::looksAgainWhenSomebodyGoes()
     QVERIFY(op.offers());
     op.loseStatus();
     QVERIFY(op.offers());
-    QVERIFY(op.session.say(line));
+    QVERIFY(op.session.receive(line));
     QVERIFY(!op.offers());
 }
 
@@ -218,7 +218,7 @@ void TestTopicEditing::doesNotLookAgain()
     Operator op;
     QVERIFY(op.enter());
     op.loseStatus();
-    QVERIFY(op.session.say(line));
+    QVERIFY(op.session.receive(line));
     QVERIFY(op.offers());
 }
 
@@ -238,12 +238,12 @@ void TestTopicEditing::looksAgainWhenItJoins()
     Operator op;
     QVERIFY(op.enter());
     op.session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!op.session.probe.connection().isConnected(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!op.session.probe.connection().isConnected(), WaitTimeout);
     QVERIFY(op.offers());
     // Under another nick, the old entry is somebody else's.
     QVERIFY(op.session.registerAs(u"other"_s));
     QVERIFY(op.offers());
-    QVERIFY(op.session.say(u":other!u@h JOIN #a"_s));
+    QVERIFY(op.session.receive(u":other!u@h JOIN #a"_s));
     QVERIFY(!op.offers());
 }
 
@@ -251,7 +251,7 @@ void TestTopicEditing::keepsTheButtonThroughItsOwnRename()
 {
     Operator op;
     QVERIFY(op.enter());
-    QVERIFY(op.session.say(u":me!u@h NICK you"_s));
+    QVERIFY(op.session.receive(u":me!u@h NICK you"_s));
     QVERIFY(op.offers());
     QCOMPARE(op.session.probe.connection().currentNick(), u"you"_s);
 }
@@ -260,8 +260,9 @@ void TestTopicEditing::leavesTheButtonOfATabThatOpensUnseen()
 {
     Operator op;
     QVERIFY(op.enter());
-    QVERIFY(op.session.sayAll({u":irc.test 353 me = #b :@me"_s, u":irc.test 366 me #b :End"_s,
-                               u":irc.test 332 me #b :topic"_s, u":bob!u@h PRIVMSG #b :hello"_s}));
+    QVERIFY(op.session.receiveAll({u":irc.test 353 me = #b :@me"_s, u":irc.test 366 me #b :End"_s,
+                                   u":irc.test 332 me #b :topic"_s,
+                                   u":bob!u@h PRIVMSG #b :hello"_s}));
     // While its first line opens it, a tab has no record yet that the label and the button are
     // found by; they are put right when it is first shown.
     QVERIFY(!op.offers(u"#b"_s));
@@ -275,7 +276,7 @@ void TestTopicEditing::hasNoButtonElsewhere()
 {
     Operator op;
     QVERIFY(op.enter());
-    QVERIFY(op.session.say(u":bob!u@h PRIVMSG me :hello"_s));
+    QVERIFY(op.session.receive(u":bob!u@h PRIVMSG me :hello"_s));
     QCOMPARE(op.button(u"bob"_s), nullptr);
     QCOMPARE(op.button(u"Server"_s), nullptr);
 }
@@ -284,7 +285,7 @@ void TestTopicEditing::opensTheDialogOnTheTopic()
 {
     Operator op;
     QVERIFY(op.enter());
-    QVERIFY(op.session.say(u":irc.test 332 me #a :the \u0002bold\u0002 <b>one</b>"_s));
+    QVERIFY(op.session.receive(u":irc.test 332 me #a :the \u0002bold\u0002 <b>one</b>"_s));
     QStringList seen;
     const QWidget *parent = nullptr;
     answers->queueForDialog([&](QDialog *dialog) {
@@ -295,7 +296,7 @@ void TestTopicEditing::opensTheDialogOnTheTopic()
     QTest::mouseClick(op.button(), Qt::LeftButton);
     QCOMPARE(seen, (QStringList{u"Edit Topic for #a"_s, u"the \u0002bold\u0002 <b>one</b>"_s}));
     QCOMPARE(parent, &op.session.window);
-    QCOMPARE(op.session.takeSent(), QStringList());
+    QCOMPARE(op.session.readSent(), QStringList());
 }
 
 void TestTopicEditing::opensTheDialogWithoutATopic()
@@ -331,14 +332,14 @@ void TestTopicEditing::doesNothingWhileDisconnected()
     Operator op;
     QVERIFY(op.enter());
     op.session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!op.session.probe.connection().isConnected(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!op.session.probe.connection().isConnected(), WaitTimeout);
     const QStringList lines = op.session.probe.lines(u"Server"_s);
     QTest::mouseClick(op.button(), Qt::LeftButton);
     QCoreApplication::processEvents();
     QCOMPARE(answers->problems(), QStringList());
     QCOMPARE(QApplication::activeModalWidget(), nullptr);
     QCOMPARE(op.session.probe.lines(u"Server"_s), lines);
-    QCOMPARE(op.session.takeSent(), QStringList());
+    QCOMPARE(op.session.readSent(), QStringList());
 }
 
 void TestTopicEditing::refusesWhoIsNoOperatorAnyMore()
@@ -360,7 +361,7 @@ void TestTopicEditing::refusesWhoIsNoOperatorAnyMore()
                                 u"You must be an operator to change the topic."_s}));
     QCOMPARE(icon, QMessageBox::Warning);
     QCOMPARE(buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
-    QCOMPARE(op.session.takeSent(), QStringList());
+    QCOMPARE(op.session.readSent(), QStringList());
 }
 
 void TestTopicEditing::sendsAndShowsTheTopic_data()
@@ -390,23 +391,23 @@ void TestTopicEditing::sendsAndShowsTheTopic()
     QFETCH(const QString, topic);
     Operator op;
     QVERIFY(op.enter());
-    QVERIFY(op.session.say(u":irc.test 332 me #a :old"_s));
+    QVERIFY(op.session.receive(u":irc.test 332 me #a :old"_s));
     answers->queueForDialog(save(text));
     QTest::mouseClick(op.button(), Qt::LeftButton);
     // Without a word from the server.
     QCOMPARE(op.label()->text(), IrcText::toHtml(topic));
     QCOMPARE(op.session.probe.channelTopics().value(u"#a"_s), topic);
-    QCOMPARE(op.session.takeSent(), QStringList{QString(u"TOPIC #a :"_s + topic)});
+    QCOMPARE(op.session.readSent(), QStringList{QString(u"TOPIC #a :"_s + topic)});
 }
 
 void TestTopicEditing::sendsAnUnchangedTopic()
 {
     Operator op;
     QVERIFY(op.enter());
-    QVERIFY(op.session.say(u":irc.test 332 me #a :as it was"_s));
+    QVERIFY(op.session.receive(u":irc.test 332 me #a :as it was"_s));
     answers->queueForDialog([](QDialog *dialog) { dialog->accept(); });
     op.button()->click();
-    QCOMPARE(op.session.takeSent(), QStringList{u"TOPIC #a :as it was"_s});
+    QCOMPARE(op.session.readSent(), QStringList{u"TOPIC #a :as it was"_s});
     QCOMPARE(op.label()->text(), u"as it was"_s);
 }
 
@@ -414,21 +415,21 @@ void TestTopicEditing::sendsATopicWithLineBreaksAsOneLine()
 {
     Operator op;
     QVERIFY(op.enter());
-    QVERIFY(op.session.say(u":irc.test 332 me #a :cats\u2028QUIT\u2029QUIT\nQUIT"_s));
+    QVERIFY(op.session.receive(u":irc.test 332 me #a :cats\u2028QUIT\u2029QUIT\nQUIT"_s));
     answers->queueForDialog([](QDialog *dialog) { dialog->accept(); });
     op.button()->click();
-    QCOMPARE(op.session.takeSent(), QStringList{u"TOPIC #a :cats QUIT QUIT QUIT"_s});
+    QCOMPARE(op.session.readSent(), QStringList{u"TOPIC #a :cats QUIT QUIT QUIT"_s});
 }
 
 void TestTopicEditing::clearsTheTopic()
 {
     Operator op;
     QVERIFY(op.enter());
-    QVERIFY(op.session.say(u":irc.test 332 me #a :old"_s));
+    QVERIFY(op.session.receive(u":irc.test 332 me #a :old"_s));
     QCOMPARE(op.label()->text(), u"old"_s);
     answers->queueForDialog(save(u" \n "_s));
     op.button()->click();
-    QCOMPARE(op.session.takeSent(), QStringList{u"TOPIC #a :"_s});
+    QCOMPARE(op.session.readSent(), QStringList{u"TOPIC #a :"_s});
     QCOMPARE(op.label()->text(), QString());
     QCOMPARE(op.session.probe.channelTopics().value(u"#a"_s, u"none"_s), QString());
 }
@@ -438,26 +439,26 @@ void TestTopicEditing::savesByControlReturn()
     Operator op;
     QVERIFY(op.enter());
     answers->queueForDialog([](QDialog *dialog) {
-        QVERIFY(QTest::qWaitForWindowActive(dialog, Patience));
+        QVERIFY(QTest::qWaitForWindowActive(dialog, WaitTimeout));
         QTest::keyClicks(edit(dialog), u"fresh"_s);
         QTest::keyClick(edit(dialog), Qt::Key_Return, Qt::ControlModifier);
     });
     op.button()->click();
-    QCOMPARE(op.session.takeSent(), QStringList{u"TOPIC #a :fresh"_s});
+    QCOMPARE(op.session.readSent(), QStringList{u"TOPIC #a :fresh"_s});
 }
 
 void TestTopicEditing::cancelsByEscape()
 {
     Operator op;
     QVERIFY(op.enter());
-    QVERIFY(op.session.say(u":irc.test 332 me #a :old"_s));
+    QVERIFY(op.session.receive(u":irc.test 332 me #a :old"_s));
     answers->queueForDialog([](QDialog *dialog) {
-        QVERIFY(QTest::qWaitForWindowActive(dialog, Patience));
+        QVERIFY(QTest::qWaitForWindowActive(dialog, WaitTimeout));
         QTest::keyClicks(edit(dialog), u"fresh"_s);
         QTest::keyClick(edit(dialog), Qt::Key_Escape);
     });
     op.button()->click();
-    QCOMPARE(op.session.takeSent(), QStringList());
+    QCOMPARE(op.session.readSent(), QStringList());
     QCOMPARE(op.label()->text(), u"old"_s);
     QCOMPARE(op.session.probe.channelTopics().value(u"#a"_s), u"old"_s);
 }
@@ -468,9 +469,9 @@ void TestTopicEditing::takesTheServersWordForIt()
     QVERIFY(op.enter());
     answers->queueForDialog(save(u"mine"_s));
     op.button()->click();
-    QVERIFY(op.session.say(u":irc.test 482 me #a :You're not channel operator"_s));
+    QVERIFY(op.session.receive(u":irc.test 482 me #a :You're not channel operator"_s));
     QCOMPARE(op.label()->text(), u"mine"_s);
-    QVERIFY(op.session.say(u":irc.test 332 me #a :theirs"_s));
+    QVERIFY(op.session.receive(u":irc.test 332 me #a :theirs"_s));
     QCOMPARE(op.label()->text(), u"theirs"_s);
 }
 
@@ -480,10 +481,10 @@ void TestTopicEditing::editsTheTopicOfATabThatIsBack()
     QVERIFY(op.enter());
     op.session.probe.closeTab(1);
     QVERIFY(op.session.join(u"#a"_s, u"@me"_s));
-    static_cast<void>(op.session.takeSent());
+    op.session.discardSent();
     answers->queueForDialog(save(u"again"_s));
     op.button()->click();
-    QCOMPARE(op.session.takeSent(), QStringList{u"TOPIC #a :again"_s});
+    QCOMPARE(op.session.readSent(), QStringList{u"TOPIC #a :again"_s});
     QCOMPARE(op.label()->text(), u"again"_s);
 }
 
@@ -492,10 +493,10 @@ void TestTopicEditing::passesTheButtonsChannelOn()
     Operator op;
     QVERIFY(op.enter());
     QVERIFY(op.session.join(u"#%2"_s, u"@me"_s));
-    static_cast<void>(op.session.takeSent());
+    op.session.discardSent();
     answers->queueForDialog(save(u"new"_s));
     op.button(u"#%2"_s)->click();
-    QCOMPARE(op.session.takeSent(), QStringList{u"TOPIC #%2 :new"_s});
+    QCOMPARE(op.session.readSent(), QStringList{u"TOPIC #%2 :new"_s});
     QCOMPARE(op.label(u"#%2"_s)->text(), u"new"_s);
     QCOMPARE(op.label()->text(), QString());
 }
@@ -508,14 +509,14 @@ void TestTopicEditing::survivesALinkThatDrops()
     answers->queueForDialog([&](QDialog *dialog) {
         op.session.server.close();
         dropped = QTest::qWaitFor([&] { return !op.session.probe.connection().isConnected(); },
-                                  Patience);
+                                  WaitTimeout);
         save(u"too late"_s)(dialog);
     });
     op.button()->click();
     QVERIFY(dropped);
     QCOMPARE(op.session.probe.lastLine(u"Server"_s), u"*** Error: Socket is not connected"_s);
     QCOMPARE(op.label()->text(), u"too late"_s);
-    QCOMPARE(op.session.takeSent(), QStringList());
+    QCOMPARE(op.session.readSent(), QStringList());
 }
 
 void TestTopicEditing::survivesATabThatCloses()
@@ -528,7 +529,7 @@ void TestTopicEditing::survivesATabThatCloses()
         save(u"parting words"_s)(dialog);
     });
     op.button()->click();
-    QCOMPARE(op.session.takeSent(),
+    QCOMPARE(op.session.readSent(),
              (QStringList{u"PART #a :Leaving"_s, u"TOPIC #a :parting words"_s}));
     QCOMPARE(op.session.probe.tabTexts(), QStringList{u"Server"_s});
     QCOMPARE(label->text(), QString());
@@ -541,13 +542,13 @@ void TestTopicEditing::survivesALossOfStatus()
     QVERIFY(op.enter());
     bool kicked = false;
     answers->queueForDialog([&](QDialog *dialog) {
-        kicked = op.session.say(u":alice!u@h KICK #a me :out"_s);
+        kicked = op.session.receive(u":alice!u@h KICK #a me :out"_s);
         save(u"all the same"_s)(dialog);
     });
     op.button()->click();
     QVERIFY(kicked);
     QVERIFY(!op.offers());
-    QCOMPARE(op.session.takeSent(), QStringList{u"TOPIC #a :all the same"_s});
+    QCOMPARE(op.session.readSent(), QStringList{u"TOPIC #a :all the same"_s});
     QCOMPARE(op.label()->text(), u"all the same"_s);
 }
 
@@ -558,7 +559,7 @@ void TestTopicEditing::survivesATopicThatChanges()
     bool heard = false;
     QString before;
     answers->queueForDialog([&](QDialog *dialog) {
-        heard = op.session.say(u":irc.test 332 me #a :theirs"_s);
+        heard = op.session.receive(u":irc.test 332 me #a :theirs"_s);
         before = op.label()->text();
         save(u"mine"_s)(dialog);
     });
@@ -576,12 +577,13 @@ void TestTopicEditing::reachesTheOthersOnARealServer()
     Operator op;
     IRCConnection &connection = op.session.probe.connection();
     connection.connectToServer(u"127.0.0.1"_s, proxy.port(), u"wanda"_s, u"Wanda"_s, false);
-    QTRY_VERIFY_WITH_TIMEOUT(connection.isRegistered(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(connection.isRegistered(), WaitTimeout);
     connection.joinChannel(u"#room"_s);
     // Whoever comes first is the operator.
-    QTRY_VERIFY_WITH_TIMEOUT(op.button(u"#room"_s) != nullptr && op.offers(u"#room"_s), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(op.button(u"#room"_s) != nullptr && op.offers(u"#room"_s),
+                             WaitTimeout);
     PlainClient bob;
-    QVERIFY(bob.enter(ngircd.port(), u"bob"_s));
+    QVERIFY(bob.registerAt(ngircd.port(), u"bob"_s));
     bob.send(u"JOIN #room"_s);
     QVERIFY(bob.waitFor(u" 366 bob #room "_s));
 

@@ -97,10 +97,10 @@ int notify(int argc, char **argv)
     MainWindow window;
     const MainWindowProbe probe(window);
     const QSystemTrayIcon *icon = probe.trayIcon();
-    if (!icon || !QTest::qWaitFor([&] { return !icon->geometry().isEmpty(); }, Patience))
+    if (!icon || !QTest::qWaitFor([&] { return !icon->geometry().isEmpty(); }, WaitTimeout))
         return 1;
     probe.showNotification(OddText, OddText);
-    if (!QTest::qWaitFor([] { return findBalloon() != nullptr; }, Patience))
+    if (!QTest::qWaitFor([] { return findBalloon() != nullptr; }, WaitTimeout))
         return 1;
     QTextStream(stdout) << DrawnText::joined(*findBalloon());
     return 0;
@@ -113,7 +113,7 @@ int showMaximised(int argc, char **argv)
     MainWindow window;
     QSystemTrayIcon *icon = MainWindowProbe(window).trayIcon();
     window.showMaximized();
-    if (!icon || !QTest::qWaitForWindowExposed(&window, Patience) || !window.isMaximized())
+    if (!icon || !QTest::qWaitForWindowExposed(&window, WaitTimeout) || !window.isMaximized())
         return 1;
     for (const auto reason : {QSystemTrayIcon::Trigger, QSystemTrayIcon::DoubleClick}) {
         emit icon->activated(reason);
@@ -224,13 +224,13 @@ public:
     }
     [[nodiscard]] bool isCovered() const
     {
-        return screen.countPoints(OtherColour) > OtherPoints && screen.activeTitle() == OtherTitle;
+        return screen.countPixels(OtherColour) > OtherPoints && screen.activeTitle() == OtherTitle;
     }
     /// Waits until our window has the keyboard and lies before the other.
     [[nodiscard]] bool waitForUncovered() const
     {
         return waitForActive(MainTitle)
-               && screen.waitFor([this] { return screen.countPoints(OtherColour) == 0; });
+               && screen.waitFor([this] { return screen.countPixels(OtherColour) == 0; });
     }
     /// Opens the icon's menu and waits until it is painted, and so takes the keys. As long as the
     /// program hears that its window has lost the keyboard, Qt closes the menu again at once.
@@ -244,14 +244,14 @@ public:
     }
     [[nodiscard]] bool isMenuOpen() const
     {
-        const QRect found = screen.findPoints(MenuArea, MenuColour, 0);
+        const QRect found = screen.findPixels(MenuArea, MenuColour, 0);
         return found.width() > MenuWidth && found.height() > MenuHeight;
     }
     [[nodiscard]] bool minimise()
     {
         return screen.minimise() && screen.waitFor([this] { return isMinimised(); });
     }
-    [[nodiscard]] bool waitForActive(const QString &title, int patience = Patience) const
+    [[nodiscard]] bool waitForActive(const QString &title, int patience = WaitTimeout) const
     {
         return QTest::qWaitFor([&] { return screen.activeTitle() == title; }, patience);
     }
@@ -278,7 +278,7 @@ private:
         Child look;
         look.setProcessEnvironment(screen.environment());
         return look.launch(QCoreApplication::applicationFilePath(), {LookForATray})
-               && look.waitForFinished(Patience) && look.exitCode() == 0;
+               && look.waitForFinished(WaitTimeout) && look.exitCode() == 0;
     }
 };
 
@@ -298,12 +298,13 @@ bool openPrompt(const Scene &scene)
 
 bool openTabMenu(const Scene &scene)
 {
-    const QRect tab = scene.screen.whenStill([&] { return scene.program.currentTab(); });
+    const QRect tab = scene.screen.waitUntilStable([&] { return scene.program.currentTab(); });
     if (tab.isEmpty() || !scene.program.waitForLines(1))
         return false;
-    const QImage before = scene.screen.picture();
-    return scene.screen.click(tab.center(), 3)
-           && scene.screen.waitFor([&] { return scene.screen.countChanges(before) > MenuPoints; });
+    const QImage before = scene.screen.screenshot();
+    return scene.screen.click(tab.center(), 3) && scene.screen.waitFor([&] {
+        return scene.screen.countChangedPixels(before) > MenuPoints;
+    });
 }
 
 } // namespace
@@ -355,7 +356,7 @@ void TestTray::init()
 void TestTray::cleanup()
 {
     if (QTest::currentTestFailed())
-        scene->screen.keep(QString::fromLatin1(QTest::currentTestFunction()));
+        scene->screen.saveScreenshot(QString::fromLatin1(QTest::currentTestFunction()));
     QCOMPARE(scene->program.errorOutput(), QString());
     scene.reset();
 }
@@ -402,7 +403,7 @@ void TestTray::showsItsMenuByARightClick()
     QVERIFY(scene->openMenu());
     QVERIFY(scene->isCovered());
     QVERIFY(scene->screen.press(u"Escape"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(!scene->isMenuOpen(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!scene->isMenuOpen(), WaitTimeout);
     QVERIFY(scene->isCovered());
     QVERIFY(scene->program.isRunning());
 }
@@ -427,7 +428,7 @@ void TestTray::leavesAMaximisedWindowToItsMenu()
     Child shower;
     shower.setProcessEnvironment(scene->screen.environment());
     QVERIFY(shower.launch(QCoreApplication::applicationFilePath(), {ShowMaximised}));
-    QVERIFY(shower.waitForFinished(2 * Patience));
+    QVERIFY(shower.waitForFinished(2 * WaitTimeout));
     QCOMPARE(shower.exitCode(), 0);
 }
 
@@ -439,7 +440,7 @@ void TestTray::quitsByTheMenu()
     QVERIFY(scene->openMenu());
     QVERIFY(scene->screen.press(u"Up"_s));
     QVERIFY(scene->screen.press(u"Return"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(!scene->program.isRunning(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!scene->program.isRunning(), WaitTimeout);
     QCOMPARE(scene->program.exitStatus(), 0);
     QVERIFY(scene->server.waitForLine(u"QUIT :Velmora leaving"_s));
 }
@@ -451,13 +452,13 @@ void TestTray::notifiesByAWindowOfItsOwn()
     QVERIFY(scene->startSession());
     QVERIFY(scene->panel->waitForIcon());
     const auto isNotified = [this] {
-        return scene->screen.countPoints(BalloonColour) > BalloonPoints;
+        return scene->screen.countPixels(BalloonColour) > BalloonPoints;
     };
     QVERIFY(!isNotified());
     scene->server.send(u":bob!u@h PRIVMSG wanda :<b>psst</b>"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(isNotified(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(isNotified(), WaitTimeout);
     // It goes again by itself.
-    QTRY_VERIFY_WITH_TIMEOUT(!isNotified(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!isNotified(), WaitTimeout);
 }
 
 void TestTray::notifiesOfTextAsItIsByAWindowOfItsOwn()
@@ -466,7 +467,7 @@ void TestTray::notifiesOfTextAsItIsByAWindowOfItsOwn()
     Child notifier;
     notifier.setProcessEnvironment(scene->screen.environment());
     QVERIFY(notifier.launch(QCoreApplication::applicationFilePath(), {Notify}));
-    QVERIFY(notifier.waitForFinished(2 * Patience));
+    QVERIFY(notifier.waitForFinished(2 * WaitTimeout));
     const QString drawn = QString::fromUtf8(notifier.readAllStandardOutput());
     QCOMPARE(drawn.simplified(), QString(OddText + OddText));
 }
@@ -479,7 +480,7 @@ void TestTray::survivesALongNickInATray()
     const QString nick(10'000, u'n');
     scene->server.send(u':' + nick + u"!u@h PRIVMSG wanda :"_s + QString(10'000, u'x'));
     QVERIFY(scene->server.waitForLine(u"WATCH +"_s + nick));
-    QVERIFY(scene->program.say(u"still here"_s));
+    QVERIFY(scene->program.typeLine(u"still here"_s));
     QVERIFY(scene->server.waitForLine(u"PRIVMSG #room :still here"_s));
 }
 
@@ -550,7 +551,7 @@ void TestTray::quitsByTheDesktopsMenu()
     QVERIFY(scene->desktop->waitForIcon());
     QVERIFY(open(*scene));
     QVERIFY(scene->desktop->choose(u"Quit"_s));
-    QTRY_VERIFY_WITH_TIMEOUT(!scene->program.isRunning(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!scene->program.isRunning(), WaitTimeout);
     QCOMPARE(scene->program.exitStatus(), 0);
     QVERIFY(scene->server.waitForLine(u"QUIT :Velmora leaving"_s));
 }
@@ -567,7 +568,7 @@ void TestTray::notifiesByTheDesktop()
     scene->server.send(u":bob!u@h PRIVMSG #other :hi Wanda!"_s);
     scene->server.send(u":bob!u@h PRIVMSG wanda :"_s + whole);
     scene->server.send(u":bob!u@h PRIVMSG wanda :"_s + whole + u'x');
-    QTRY_COMPARE_WITH_TIMEOUT(scene->desktop->notifications().size(), 3, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(scene->desktop->notifications().size(), 3, WaitTimeout);
     const auto notified = scene->desktop->notifications();
     QCOMPARE(texts(notified),
              (QStringList{u"#other | bob: hi Wanda!"_s, QString(u"bob | "_s + whole),
@@ -587,9 +588,9 @@ void TestTray::showsTheTabOfAClickedNotification()
     QVERIFY(scene->startSession());
     QVERIFY(scene->desktop->waitForIcon());
     scene->server.send(u":bob!u@h PRIVMSG wanda :psst"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(scene->desktop->notifications().size(), 1, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(scene->desktop->notifications().size(), 1, WaitTimeout);
     const auto currentTab = [this] { return scene->program.currentTab(); };
-    const QRect before = scene->screen.whenStill(currentTab);
+    const QRect before = scene->screen.waitUntilStable(currentTab);
     QVERIFY(scene->minimise());
     scene->desktop->clickNotification(1);
     QVERIFY(scene->waitForActive(MainTitle));
@@ -607,7 +608,7 @@ void TestTray::notifiesOfTextAsItIs()
                            u"\u05D0 \u202Egnp.exe"_s, u"\U0001F642"_s};
     for (const QString &text : told)
         scene->server.send(u":<i>bob</i>!u@h PRIVMSG wanda :"_s + text);
-    QTRY_COMPARE_WITH_TIMEOUT(scene->desktop->notifications().size(), told.size(), Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(scene->desktop->notifications().size(), told.size(), WaitTimeout);
     QStringList expected = told;
     expected.replaceInStrings(QRegularExpression(u"^"_s), u"<i>bob</i> | "_s);
     QCOMPARE(texts(scene->desktop->notifications()), expected);
@@ -623,7 +624,7 @@ void TestTray::outlivesTheDesktop()
     QVERIFY(scene->server.waitForLine(u"WATCH +bob"_s));
     scene->bus->kill();
     scene->server.send(u":bob!u@h PRIVMSG wanda :and again"_s);
-    QVERIFY(scene->program.say(u"still here"_s));
+    QVERIFY(scene->program.typeLine(u"still here"_s));
     QVERIFY(scene->server.waitForLine(u"PRIVMSG #room :still here"_s));
 }
 
@@ -632,7 +633,7 @@ void TestTray::livesWithoutATray()
     QVERIFY(scene->startSession());
     scene->server.send(u":bob!u@h PRIVMSG wanda :psst"_s);
     QVERIFY(scene->server.waitForLine(u"WATCH +bob"_s));
-    QVERIFY(scene->program.say(u"here"_s));
+    QVERIFY(scene->program.typeLine(u"here"_s));
     QVERIFY(scene->server.waitForLine(u"PRIVMSG #room :here"_s));
     QVERIFY(scene->program.close());
     QCOMPARE(scene->program.exitStatus(), 0);

@@ -1,6 +1,6 @@
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
-#include "SessionSteps.h"
+#include "SessionOutput.h"
 #include "TemporaryStore.h"
 #include "Waiting.h"
 #include "WindowSession.h"
@@ -19,7 +19,7 @@ const auto Server = u"Server"_s;
 void doubleClick(const MainWindowProbe &probe, const QString &entry)
 {
     QWidget *viewport = probe.userList().viewport();
-    const QPoint place(10, probe.placeOfUser(entry).y());
+    const QPoint place(10, probe.positionOfUser(entry).y());
     QTest::mouseClick(viewport, Qt::LeftButton, {}, place);
     QTest::mouseDClick(viewport, Qt::LeftButton, {}, place);
 }
@@ -94,7 +94,7 @@ void TestUserList::opensAPrivateChat()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"me"_s));
     session.probe.userList().addItem(entry);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     doubleClick(session.probe, entry);
 
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s, nick}));
@@ -110,8 +110,8 @@ void TestUserList::opensAPrivateChat()
     QVERIFY(tab.topicBar == nullptr);
     QVERIFY(!tab.highlighted);
     QCOMPARE(session.probe.watchedNicks(), QSet<QString>{nick.toLower()});
-    QCOMPARE(steps.sent(), QStringList{u"WATCH +"_s + nick});
-    QCOMPARE(steps.lines(), SessionSteps::Lines());
+    QCOMPARE(output.sent(), QStringList{u"WATCH +"_s + nick});
+    QCOMPARE(output.lines(), SessionOutput::Lines());
     QVERIFY(session.probe.closeButton(2) != nullptr);
 }
 
@@ -131,14 +131,14 @@ void TestUserList::opensWhatIsOpenAlready()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"me bob"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
     const QWidget *page = session.probe.tabs().value(u"bob"_s).page;
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     doubleClick(session.probe, u"bob"_s);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s, u"bob"_s}));
     QCOMPARE(session.probe.currentTabName(), u"bob"_s);
     QCOMPARE(session.probe.tabs().value(u"bob"_s).page, page);
-    QCOMPARE(steps.sent(), QStringList());
+    QCOMPARE(output.sent(), QStringList());
     QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"bob|hi"_s});
 }
 
@@ -147,14 +147,14 @@ void TestUserList::opensAnotherCaseOnItsOwn()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"me Bob"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
-    const SessionSteps steps(session);
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
+    const SessionOutput output(session);
     doubleClick(session.probe, u"Bob"_s);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s, u"bob"_s, u"Bob"_s}));
     QCOMPARE(session.probe.currentTabName(), u"Bob"_s);
     QCOMPARE(session.probe.tabs().value(u"Bob"_s).peerNick, u"Bob"_s);
     // The watch knows no case.
-    QCOMPARE(steps.sent(), QStringList());
+    QCOMPARE(output.sent(), QStringList());
 }
 
 void TestUserList::watchesANickOnce()
@@ -163,10 +163,10 @@ void TestUserList::watchesANickOnce()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"me Bob"_s));
     session.probe.watchedNicks() = {u"bob"_s};
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     doubleClick(session.probe, u"Bob"_s);
     QCOMPARE(session.probe.currentTabName(), u"Bob"_s);
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
 }
 
@@ -234,14 +234,14 @@ void TestUserList::opensTheReservedTabs()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"me Server #c"_s));
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     doubleClick(session.probe, u"#c"_s);
     QCOMPARE(session.probe.currentTabName(), u"#c"_s);
     doubleClick(session.probe, u"Server"_s);
     QCOMPARE(session.probe.currentTabName(), Server);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
     QCOMPARE(session.probe.tabs().value(Server).peerNick, QString());
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
 }
 
 void TestUserList::talksInTheChat()
@@ -250,10 +250,10 @@ void TestUserList::talksInTheChat()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"me @bob"_s));
     doubleClick(session.probe, u"@bob"_s);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     session.probe.typeLine(u"hello"_s);
-    QCOMPARE(steps.sent(), QStringList{u"PRIVMSG bob :hello"_s});
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :hi"_s));
+    QCOMPARE(output.sent(), QStringList{u"PRIVMSG bob :hello"_s});
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
     QCOMPARE(session.probe.lines(u"bob"_s), (QStringList{u"me|hello"_s, u"bob|hi"_s}));
 }
 
@@ -315,7 +315,7 @@ void TestUserList::tellsNoOperatorWithoutALink()
     QVERIFY(session.registerAs());
     QVERIFY(session.probe.isUserOperator(u"#c"_s));
     session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
     QVERIFY(!session.probe.isUserOperator(u"#c"_s));
 }
 
@@ -324,11 +324,11 @@ void TestUserList::followsTheNameListAlone()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"me @bob"_s));
-    QVERIFY(session.say(u":bob!u@h MODE #c +o me"_s));
+    QVERIFY(session.receive(u":bob!u@h MODE #c +o me"_s));
     QVERIFY(!session.probe.isUserOperator(u"#c"_s));
     QVERIFY(session.join(u"#c"_s, u"@me @bob"_s));
     QVERIFY(session.probe.isUserOperator(u"#c"_s));
-    QVERIFY(session.say(u":me!u@h NICK newer"_s));
+    QVERIFY(session.receive(u":me!u@h NICK newer"_s));
     QVERIFY(session.probe.isUserOperator(u"#c"_s));
 }
 
@@ -356,7 +356,7 @@ void TestUserList::showsOnChannelsOnly()
     QCOMPARE(session.probe.currentTabName(), tab);
     QCOMPARE(session.probe.userListShown(), isShown);
     QCOMPARE(session.probe.userList().isVisible(), isShown);
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), isShown ? 20 : 0, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), isShown ? 20 : 0, WaitTimeout);
 }
 
 void TestUserList::goesWithItsTab()
@@ -390,7 +390,7 @@ void TestUserList::takesAFifth()
     QSplitter &splitter = session.probe.splitter();
     splitter.setHandleWidth(0);
     splitter.setFixedWidth(width);
-    QTRY_COMPARE_WITH_TIMEOUT(splitter.width(), width, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(splitter.width(), width, WaitTimeout);
     session.probe.adjustSplitterToRatio();
     QTEST(splitter.sizes(), "sizes");
 }
@@ -422,7 +422,7 @@ void TestUserList::leavesTheRatioAlone()
     QSplitter &splitter = session.probe.splitter();
     splitter.setHandleWidth(0);
     splitter.setFixedWidth(width);
-    QTRY_COMPARE_WITH_TIMEOUT(splitter.width(), width, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(splitter.width(), width, WaitTimeout);
     session.probe.splitterReady() = isReady;
     splitter.setSizes({width / 2, width / 2});
     const QByteArray before = splitter.saveState();
@@ -451,12 +451,12 @@ void TestUserList::takesHostileNicks()
     QVERIFY(session.join(u"#c"_s, u"me @"_s + nick));
     const QSize size = session.window.size();
     QCOMPARE(session.probe.users(), (QStringList{u'@' + nick, u"me"_s}));
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     session.probe.userList().grab();
     doubleClick(session.probe, u'@' + nick);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s, nick}));
     QCOMPARE(session.probe.currentTabName(), nick);
-    QCOMPARE(session.takeSent(), QStringList{u"WATCH +"_s + nick});
+    QCOMPARE(session.readSent(), QStringList{u"WATCH +"_s + nick});
     session.window.grab();
     QCOMPARE(session.window.size(), size);
 }

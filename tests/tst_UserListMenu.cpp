@@ -1,8 +1,8 @@
-#include "Happenings.h"
 #include "IRCConnection.h"
+#include "Interruptions.h"
 #include "ModalAnswers.h"
 #include "MyTabWidget.h"
-#include "SessionSteps.h"
+#include "SessionOutput.h"
 #include "TemporaryStore.h"
 #include "WindowSession.h"
 
@@ -30,7 +30,7 @@ void rightClick(const MainWindowProbe &probe, QPoint place)
 
 void rightClick(const MainWindowProbe &probe, const QString &entry)
 {
-    rightClick(probe, probe.placeOfUser(entry));
+    rightClick(probe, probe.positionOfUser(entry));
 }
 
 QStringList entriesOf(const QMenu &menu)
@@ -65,7 +65,7 @@ const auto OtherMenu =
 
 // What can come to pass under an open menu.
 using Happening = bool (*)(WindowSession &session);
-using Happenings::dropLink;
+using Interruptions::dropLink;
 
 bool closeTheTab(WindowSession &session)
 {
@@ -85,7 +85,7 @@ bool sayIt(WindowSession &session)
             {u":irc.test 353 me = #c :me zoe"_s, u":irc.test 366 me #c :End"_s},
             {u":irc.test 366 me #c :End"_s},
     };
-    return session.sayAll(Said.at(Number));
+    return session.receiveAll(Said.at(Number));
 }
 
 const QList<std::pair<const char *, Happening>> AllHappenings{
@@ -248,7 +248,7 @@ void TestUserListMenu::knowsTheUserByTheNickAskedFor()
     QCOMPARE(menuFor(session.probe, u"me"_s), OwnMenu);
     QCOMPARE(menuFor(session.probe, u"bob"_s), ChannelMenu);
     // Confirmed by the server, it is the nick itself that counts.
-    QVERIFY(session.say(u":me!u@h NICK newer"_s));
+    QVERIFY(session.receive(u":me!u@h NICK newer"_s));
     QCOMPARE(menuFor(session.probe, u"@Newer"_s), OwnMenu);
     QCOMPARE(menuFor(session.probe, u"bob"_s), ChannelMenu);
 }
@@ -260,7 +260,7 @@ void TestUserListMenu::showsTheMenuWithoutALink()
     QVERIFY(session.join(u"#c"_s, u"me bob"_s));
     QVERIFY(dropLink(session));
     session.probe.userList().addItem(u"bob"_s);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     for (const QString &entry : ChannelMenu) {
         if (entry == Separator)
             continue;
@@ -269,10 +269,10 @@ void TestUserListMenu::showsTheMenuWithoutALink()
         rightClick(session.probe, u"bob"_s);
         QCOMPARE(answers.problems(), QStringList());
     }
-    QCOMPARE(steps.sent(), QStringList());
+    QCOMPARE(output.sent(), QStringList());
     // One for each line that could not go out: two for the last entry, none for the chat.
     const QStringList errors(5, u"*** Error: Socket is not connected"_s);
-    QCOMPARE(steps.lines(), (SessionSteps::Lines{{u"Server"_s, errors}}));
+    QCOMPARE(output.lines(), (SessionOutput::Lines{{u"Server"_s, errors}}));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
 }
 
@@ -293,7 +293,7 @@ void TestUserListMenu::placesTheMenuAtThePointer()
     });
     rightClick(session.probe, u"bob"_s);
     QCOMPARE(answers.problems(), QStringList());
-    QCOMPARE(place, session.probe.userList().mapToGlobal(session.probe.placeOfUser(u"bob"_s)));
+    QCOMPARE(place, session.probe.userList().mapToGlobal(session.probe.positionOfUser(u"bob"_s)));
     QVERIFY(!hasParent);
 }
 
@@ -323,14 +323,14 @@ void TestUserListMenu::speaksToTheServer()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"me "_s + entry));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForMenu(ModalAnswers::choosing(choice));
     rightClick(session.probe, entry);
     QCOMPARE(answers.problems(), QStringList());
-    QTEST(steps.sent(), "sent");
+    QTEST(output.sent(), "sent");
     // What the server makes of it is all that there is to see.
-    QCOMPARE(steps.lines(), SessionSteps::Lines());
+    QCOMPARE(output.lines(), SessionOutput::Lines());
 }
 
 void TestUserListMenu::doesNothingIfDismissed()
@@ -338,15 +338,15 @@ void TestUserListMenu::doesNothingIfDismissed()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"me bob"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     for (const QString &entry : {u"me"_s, u"bob"_s}) {
         ModalAnswers answers;
         answers.queueForMenu([](QMenu *menu) { QTest::keyClick(menu, Qt::Key_Escape); });
         rightClick(session.probe, entry);
         QCOMPARE(answers.problems(), QStringList());
     }
-    QCOMPARE(steps.sent(), QStringList());
-    QCOMPARE(steps.lines(), SessionSteps::Lines());
+    QCOMPARE(output.sent(), QStringList());
+    QCOMPARE(output.lines(), SessionOutput::Lines());
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
 }
 
@@ -359,8 +359,8 @@ void TestUserListMenu::sendsTheWhoisOutputToTheTabOnShow()
     answers.queueForMenu(ModalAnswers::choosing(u"Whois"_s));
     rightClick(session.probe, u"bob"_s);
     QCOMPARE(session.probe.whoisTab(), u"#c"_s);
-    QVERIFY(session.sayAll({u":irc.test 311 me bob user host * :Bob"_s,
-                            u":irc.test 318 me bob :End of /WHOIS list."_s}));
+    QVERIFY(session.receiveAll({u":irc.test 311 me bob user host * :Bob"_s,
+                                u":irc.test 318 me bob :End of /WHOIS list."_s}));
     QVERIFY(session.probe.lines(u"#c"_s).contains(u"|*** WHOIS bob: user@host (Bob)"_s));
 }
 
@@ -394,14 +394,14 @@ void TestUserListMenu::opensAPrivateChat()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"me @bob"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForMenu(ModalAnswers::choosing(u"Open Private Chat"_s));
     rightClick(session.probe, u"@bob"_s);
     QCOMPARE(answers.problems(), QStringList());
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s, u"bob"_s}));
     QCOMPARE(session.probe.currentTabName(), u"bob"_s);
-    QCOMPARE(steps.sent(), QStringList{u"WATCH +bob"_s});
+    QCOMPARE(output.sent(), QStringList{u"WATCH +bob"_s});
 }
 
 void TestUserListMenu::marksTheUserAway()
@@ -409,14 +409,14 @@ void TestUserListMenu::marksTheUserAway()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@me bob"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForMenu(ModalAnswers::choosing(u"Marked Away..."_s));
     answers.queueForDialog([](QDialog *dialog) { dialog->accept(); });
     rightClick(session.probe, u"@me"_s);
     QCOMPARE(answers.problems(), QStringList());
     QVERIFY(session.probe.isAway());
-    QCOMPARE(steps.sent(), QStringList{u"AWAY :Away"_s});
+    QCOMPARE(output.sent(), QStringList{u"AWAY :Away"_s});
 }
 
 void TestUserListMenu::unmarksTheUser()
@@ -425,13 +425,13 @@ void TestUserListMenu::unmarksTheUser()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@me bob"_s));
     session.probe.typeLine(u"/away"_s);
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForMenu(ModalAnswers::choosing(u"Unmark Away"_s));
     rightClick(session.probe, u"@me"_s);
     QCOMPARE(answers.problems(), QStringList());
     QVERIFY(!session.probe.isAway());
-    QCOMPARE(steps.sent(), QStringList{u"AWAY"_s});
+    QCOMPARE(output.sent(), QStringList{u"AWAY"_s});
 }
 
 void TestUserListMenu::changesTheUsersNick()
@@ -439,7 +439,7 @@ void TestUserListMenu::changesTheUsersNick()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@me bob"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     answers.queueForMenu(ModalAnswers::choosing(u"Change Nick..."_s));
     answers.queueForDialog([](QDialog *dialog) {
@@ -448,7 +448,7 @@ void TestUserListMenu::changesTheUsersNick()
     });
     rightClick(session.probe, u"@me"_s);
     QCOMPARE(answers.problems(), QStringList());
-    QCOMPARE(steps.sent(), QStringList{u"NICK newer"_s});
+    QCOMPARE(output.sent(), QStringList{u"NICK newer"_s});
 }
 
 void TestUserListMenu::usesTheNickTakenBefore_data()
@@ -480,7 +480,7 @@ void TestUserListMenu::usesTheNickTakenBefore()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@bob me"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     bool happened = false;
     answers.queueForMenu([&](QMenu *menu) {
@@ -490,7 +490,7 @@ void TestUserListMenu::usesTheNickTakenBefore()
     rightClick(session.probe, u"@bob"_s);
     QCOMPARE(answers.problems(), QStringList());
     QVERIFY(happened);
-    QTEST(steps.sent(), "sent");
+    QTEST(output.sent(), "sent");
 }
 
 void TestUserListMenu::usesTheNickTakenBeforeForAChat_data()
@@ -527,7 +527,7 @@ void TestUserListMenu::opensNoChatWithWhoHasBecomeTheUser()
     ModalAnswers answers;
     bool happened = false;
     answers.queueForMenu([&](QMenu *menu) {
-        happened = session.sayAll({u":bob!u@h NICK rob"_s, u":me!u@h NICK bob"_s});
+        happened = session.receiveAll({u":bob!u@h NICK rob"_s, u":me!u@h NICK bob"_s});
         ModalAnswers::choosing(u"Open Private Chat"_s)(menu);
     });
     rightClick(session.probe, u"@bob"_s);
@@ -575,7 +575,7 @@ void TestUserListMenu::survivesAFloodUnderTheMenu()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@bob me"_s));
-    const SessionSteps steps(session);
+    const SessionOutput output(session);
     ModalAnswers answers;
     bool happened = false;
     answers.queueForMenu([&](QMenu *menu) {
@@ -585,14 +585,14 @@ void TestUserListMenu::survivesAFloodUnderTheMenu()
             flood << u":%1!u@h JOIN #c"_s.arg(nick) << u":%1!u@h PRIVMSG #c :hello me"_s.arg(nick)
                   << u":%1!u@h QUIT :split"_s.arg(nick);
         }
-        happened = session.sayAll(flood);
+        happened = session.receiveAll(flood);
         ModalAnswers::choosing(u"Kick"_s)(menu);
     });
     rightClick(session.probe, u"@bob"_s);
     QCOMPARE(answers.problems(), QStringList());
     QVERIFY(happened);
-    QCOMPARE(steps.sent(), QStringList{u"KICK #c bob :Requested"_s});
-    QCOMPARE(steps.lines().value(u"#c"_s).size(), 1500);
+    QCOMPARE(output.sent(), QStringList{u"KICK #c bob :Requested"_s});
+    QCOMPARE(output.lines().value(u"#c"_s).size(), 1500);
     QCOMPARE(session.probe.users(), (QStringList{u"@bob"_s, u"me"_s}));
 }
 

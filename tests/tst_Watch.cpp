@@ -31,8 +31,8 @@ QString status(const QString &nick, const QString &fifth)
 // A session of "me" and a private conversation with bob.
 bool begin(WindowSession &session)
 {
-    return session.registerAs() && session.say(u":bob!u@h PRIVMSG me :hi"_s)
-           && session.takeSent() == QStringList{u"WATCH +bob"_s};
+    return session.registerAs() && session.receive(u":bob!u@h PRIVMSG me :hi"_s)
+           && session.readSent() == QStringList{u"WATCH +bob"_s};
 }
 
 } // namespace
@@ -80,9 +80,9 @@ void TestWatch::watchesAgainWhoseTabWasClosed()
     WindowSession session;
     QVERIFY(begin(session));
     session.probe.closeTab(1);
-    QCOMPARE(session.takeSent(), QStringList{u"WATCH -bob"_s});
+    QCOMPARE(session.readSent(), QStringList{u"WATCH -bob"_s});
     session.probe.typeLine(u"/msg bob hello"_s);
-    QCOMPARE(session.takeSent(), (QStringList{u"PRIVMSG bob :hello"_s, u"WATCH +bob"_s}));
+    QCOMPARE(session.readSent(), (QStringList{u"PRIVMSG bob :hello"_s, u"WATCH +bob"_s}));
     QCOMPARE(session.probe.watchedNicks(), Bob);
 }
 
@@ -90,14 +90,14 @@ void TestWatch::watchesForTheFirstOfTwoSpellings()
 {
     WindowSession session;
     QVERIFY(begin(session));
-    QVERIFY(session.say(u":BOB!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(u":BOB!u@h PRIVMSG me :hi"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s, u"BOB"_s}));
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     // Whichever of the two goes first ends the watch.
     session.probe.closeTab(2);
-    QCOMPARE(session.takeSent(), QStringList{u"WATCH -BOB"_s});
+    QCOMPARE(session.readSent(), QStringList{u"WATCH -BOB"_s});
     session.probe.closeTab(1);
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
 }
 
 void TestWatch::watchesNobodyAgainAfterAReconnect()
@@ -105,27 +105,27 @@ void TestWatch::watchesNobodyAgainAfterAReconnect()
     WindowSession session;
     QVERIFY(begin(session));
     session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
     QVERIFY(session.probe.watchedNicks().isEmpty());
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :here still"_s));
-    QCOMPARE(session.takeSent(), QStringList());
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :here still"_s));
+    QCOMPARE(session.readSent(), QStringList());
     QVERIFY(session.probe.watchedNicks().isEmpty());
 
     session.probe.closeTab(1);
-    QCOMPARE(session.takeSent(), QStringList());
-    QVERIFY(session.say(u":bob!u@h PRIVMSG me :and again"_s));
-    QCOMPARE(session.takeSent(), QStringList{u"WATCH +bob"_s});
+    QCOMPARE(session.readSent(), QStringList());
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG me :and again"_s));
+    QCOMPARE(session.readSent(), QStringList{u"WATCH +bob"_s});
 }
 
 void TestWatch::watchesTheOldNickAfterAChange()
 {
     WindowSession session;
     QVERIFY(begin(session));
-    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"rob"_s}));
     session.probe.closeTab(1);
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     QCOMPARE(session.probe.watchedNicks(), Bob);
 }
 
@@ -135,9 +135,9 @@ void TestWatch::remembersWhomItCouldNotAskFor()
     session.probe.openTabs({u"bob"_s});
     QCOMPARE(session.probe.watchedNicks(), Bob);
     QVERIFY(session.registerAs());
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     session.probe.closeTab(1);
-    QCOMPARE(session.takeSent(), QStringList{u"WATCH -bob"_s});
+    QCOMPARE(session.readSent(), QStringList{u"WATCH -bob"_s});
 }
 
 void TestWatch::tellsOfAStatus_data()
@@ -175,13 +175,13 @@ void TestWatch::tellsOfAStatus()
 
     WindowSession session;
     QVERIFY(begin(session));
-    QVERIFY(session.say(line));
+    QVERIFY(session.receive(line));
     QStringList lines{u"bob|hi"_s};
     if (!shown.isEmpty())
         lines.append(shown);
     QCOMPARE(session.probe.lines(u"bob"_s), lines);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s}));
-    QCOMPARE(session.takeSent(), QStringList());
+    QCOMPARE(session.readSent(), QStringList());
     QCOMPARE(session.probe.watchedNicks(), Bob);
 }
 
@@ -189,8 +189,8 @@ void TestWatch::tellsItInGreyUnderTheTabsName()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u":Bob!u@h PRIVMSG me :hi"_s));
-    QVERIFY(session.say(status(u"bOB"_s, u"1"_s)));
+    QVERIFY(session.receive(u":Bob!u@h PRIVMSG me :hi"_s));
+    QVERIFY(session.receive(status(u"bOB"_s, u"1"_s)));
     QCOMPARE(session.probe.lastLine(u"Bob"_s), u"Bob|is back online"_s);
     const QTextTable *table = session.probe.tabs().value(u"Bob"_s).table;
     QTextCursor text = table->cellAt(table->rows() - 1, 2).firstCursorPosition();
@@ -207,8 +207,8 @@ void TestWatch::tellsNothingWithoutAConversation()
     const QStringList server = session.probe.lines(u"Server"_s);
     const QStringList channel = session.probe.lines(u"#a"_s);
     for (const QString &nick : {u"bob"_s, u"#a"_s, u"Server"_s, u"List"_s, u"me"_s, QString()}) {
-        QVERIFY(session.say(status(nick, u"1"_s)));
-        QVERIFY(session.say(status(nick, u"0"_s)));
+        QVERIFY(session.receive(status(nick, u"1"_s)));
+        QVERIFY(session.receive(status(nick, u"0"_s)));
     }
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"List"_s}));
     QCOMPARE(session.probe.lines(u"Server"_s), server);
@@ -219,11 +219,11 @@ void TestWatch::followsTheConversationToANewNick()
 {
     WindowSession session;
     QVERIFY(begin(session));
-    QVERIFY(session.say(u":bob!u@h NICK rob"_s));
+    QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
     const QStringList before = session.probe.lines(u"rob"_s);
-    QVERIFY(session.say(status(u"bob"_s, u"0"_s)));
+    QVERIFY(session.receive(status(u"bob"_s, u"0"_s)));
     QCOMPARE(session.probe.lines(u"rob"_s), before);
-    QVERIFY(session.say(status(u"rob"_s, u"1"_s)));
+    QVERIFY(session.receive(status(u"rob"_s, u"1"_s)));
     QCOMPARE(session.probe.lastLine(u"rob"_s), u"rob|is back online"_s);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"rob"_s}));
 }
@@ -246,16 +246,16 @@ void TestWatch::survivesOddStatuses()
 
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.say(u':' + nick + u"!u@h PRIVMSG me :hi"_s));
-    QCOMPARE(session.takeSent(), QStringList{QString(u"WATCH +"_s + nick)});
-    QVERIFY(session.say(status(nick, u"1"_s)));
-    QVERIFY(session.say(status(nick, u"9"_s.repeated(1000))));
+    QVERIFY(session.receive(u':' + nick + u"!u@h PRIVMSG me :hi"_s));
+    QCOMPARE(session.readSent(), QStringList{QString(u"WATCH +"_s + nick)});
+    QVERIFY(session.receive(status(nick, u"1"_s)));
+    QVERIFY(session.receive(status(nick, u"9"_s.repeated(1000))));
     const QStringList lines = session.probe.lines(nick);
     QCOMPARE(lines.size(), 3);
     QVERIFY(lines.at(1).endsWith(u"|is back online"_s));
     QVERIFY(lines.at(2).endsWith(u"|quit (WATCH)"_s));
     session.probe.closeTab(1);
-    QCOMPARE(session.takeSent(), QStringList{QString(u"WATCH -"_s + nick)});
+    QCOMPARE(session.readSent(), QStringList{QString(u"WATCH -"_s + nick)});
 }
 
 // This server puts a time where a "1" is looked for, so that everybody has always quit.
@@ -265,8 +265,8 @@ void TestWatch::readsARecordedWatch()
     QCOMPARE(recorded.size(), 8);
     WindowSession session;
     QVERIFY(session.registerAs(u"alice"_s));
-    QVERIFY(session.say(u":bob!u@h PRIVMSG alice :hi"_s));
-    QVERIFY(session.sayAll(recorded));
+    QVERIFY(session.receive(u":bob!u@h PRIVMSG alice :hi"_s));
+    QVERIFY(session.receiveAll(recorded));
     QCOMPARE(session.probe.lines(u"bob"_s),
              (QStringList{u"bob|hi"_s, HasQuit, HasQuit, HasQuit, HasQuit, HasQuit}));
     // The others are none of its numerics.
@@ -278,28 +278,28 @@ void TestWatch::watchesOnInspIrcd()
 {
     InspIrcd server;
     QVERIFY(server.start());
-    const LoggingProxy wire(server.port(), LoggingProxy::Joins::AsTheyAre);
+    const LoggingProxy wire(server.port(), LoggingProxy::Joins::Unchanged);
     auto bob = std::make_unique<PlainClient>();
-    QVERIFY(bob->enter(server.port(), u"bob"_s));
+    QVERIFY(bob->registerAt(server.port(), u"bob"_s));
     WindowSession session;
-    QVERIFY(session.enter(wire.port(), u"alice"_s));
+    QVERIFY(session.registerAt(wire.port(), u"alice"_s));
 
     bob->send(u"PRIVMSG alice :hi"_s);
     QVERIFY(wire.waitForProgram(u"WATCH +bob"_s));
     QVERIFY(wire.waitForServer(u" 604 alice bob "_s));
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s), (QStringList{u"bob|hi"_s, HasQuit}),
-                              Patience);
+                              WaitTimeout);
 
     bob->send(u"QUIT :bye"_s);
     QVERIFY(wire.waitForServer(u" 601 alice bob "_s));
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
-                              (QStringList{u"bob|hi"_s, HasQuit, HasQuit}), Patience);
+                              (QStringList{u"bob|hi"_s, HasQuit, HasQuit}), WaitTimeout);
 
     bob = std::make_unique<PlainClient>();
-    QVERIFY(bob->enter(server.port(), u"bob"_s));
+    QVERIFY(bob->registerAt(server.port(), u"bob"_s));
     QVERIFY(wire.waitForServer(u" 600 alice bob "_s));
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
-                              (QStringList{u"bob|hi"_s, HasQuit, HasQuit, HasQuit}), Patience);
+                              (QStringList{u"bob|hi"_s, HasQuit, HasQuit, HasQuit}), WaitTimeout);
 
     session.probe.closeTab(1);
     QVERIFY(wire.waitForProgram(u"WATCH -bob"_s));
@@ -308,7 +308,7 @@ void TestWatch::watchesOnInspIrcd()
     QVERIFY(wire.waitForProgram(u"WATCH +bob"_s, 2));
     QVERIFY(bob->waitFor(u" PRIVMSG bob :once more"_s));
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
-                              (QStringList{u"alice|once more"_s, HasQuit}), Patience);
+                              (QStringList{u"alice|once more"_s, HasQuit}), WaitTimeout);
     QCOMPARE(wire.lines().filter(u">> WATCH "_s),
              (QStringList{u">> WATCH +bob"_s, u">> WATCH -bob"_s, u">> WATCH +bob"_s}));
 }
@@ -317,13 +317,13 @@ void TestWatch::believesInspIrcdOfAnAbsentNick()
 {
     InspIrcd server;
     QVERIFY(server.start());
-    const LoggingProxy wire(server.port(), LoggingProxy::Joins::AsTheyAre);
+    const LoggingProxy wire(server.port(), LoggingProxy::Joins::Unchanged);
     WindowSession session;
-    QVERIFY(session.enter(wire.port(), u"alice"_s));
+    QVERIFY(session.registerAt(wire.port(), u"alice"_s));
     session.probe.typeLine(u"/msg bob anybody there?"_s);
     QVERIFY(wire.waitForServer(u" 605 alice bob * * 0 :"_s));
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
-                              (QStringList{u"alice|anybody there?"_s, HasQuit}), Patience);
+                              (QStringList{u"alice|anybody there?"_s, HasQuit}), WaitTimeout);
 }
 
 // Somebody who was there all along comes back with every join.
@@ -333,17 +333,17 @@ void TestWatch::mixesJoinsWithWatching()
     QVERIFY(server.start());
     const LoggingProxy wire(server.port(), LoggingProxy::Joins::Rewritten);
     PlainClient bob;
-    QVERIFY(bob.enter(server.port(), u"bob"_s));
+    QVERIFY(bob.registerAt(server.port(), u"bob"_s));
     WindowSession session;
-    QVERIFY(session.enter(wire.port(), u"alice"_s, u"#room"_s));
-    QTRY_COMPARE_WITH_TIMEOUT(session.probe.users(), QStringList{u"@alice"_s}, Patience);
+    QVERIFY(session.registerAt(wire.port(), u"alice"_s, u"#room"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(session.probe.users(), QStringList{u"@alice"_s}, WaitTimeout);
     session.probe.typeLine(u"/msg bob hello"_s);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
-                              (QStringList{u"alice|hello"_s, HasQuit}), Patience);
+                              (QStringList{u"alice|hello"_s, HasQuit}), WaitTimeout);
 
     bob.send(u"JOIN #room"_s);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"bob"_s),
-                              (QStringList{u"alice|hello"_s, HasQuit, IsBack}), Patience);
+                              (QStringList{u"alice|hello"_s, HasQuit, IsBack}), WaitTimeout);
 
     // The old nick goes off line; the conversation has the new one by then.
     bob.send(u"NICK rob"_s);
@@ -351,7 +351,7 @@ void TestWatch::mixesJoinsWithWatching()
     QTRY_COMPARE_WITH_TIMEOUT(
             session.probe.lines(u"rob"_s),
             (QStringList{u"alice|hello"_s, HasQuit, IsBack, u"bob|is now known as rob"_s}),
-            Patience);
+            WaitTimeout);
     QCOMPARE(session.probe.watchedNicks(), Bob);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#room"_s, u"rob"_s}));
     session.probe.closeTab(2);
@@ -364,15 +364,15 @@ void TestWatch::livesWithAServerThatWatchesNobody()
 {
     Ngircd server;
     QVERIFY(server.start());
-    const LoggingProxy wire(server.port(), LoggingProxy::Joins::AsTheyAre);
+    const LoggingProxy wire(server.port(), LoggingProxy::Joins::Unchanged);
     PlainClient bob;
-    QVERIFY(bob.enter(server.port(), u"bob"_s));
+    QVERIFY(bob.registerAt(server.port(), u"bob"_s));
     WindowSession session;
-    QVERIFY(session.enter(wire.port(), u"alice"_s));
+    QVERIFY(session.registerAt(wire.port(), u"alice"_s));
     session.probe.typeLine(u"/msg bob hello"_s);
     QVERIFY(wire.waitForServer(u" 421 alice WATCH :"_s));
     QTRY_VERIFY_WITH_TIMEOUT(session.probe.lastLine(u"Server"_s).contains(u" 421 alice WATCH :"_s),
-                             Patience);
+                             WaitTimeout);
     QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"alice|hello"_s});
     QVERIFY(bob.waitFor(u" PRIVMSG bob :hello"_s));
 }

@@ -158,7 +158,7 @@ void TestWhois::gathersARecord()
     QFETCH(const QStringList, lines);
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.sayAll(lines));
+    QVERIFY(session.receiveAll(lines));
     QCOMPARE(session.probe.whoisResults().keys(), QStringList{u"bob"_s});
     QTEST(told(session.probe.whoisResults().value(u"bob"_s)), "record");
     QCOMPARE(printed(session), QStringList());
@@ -168,10 +168,10 @@ void TestWhois::keepsRecordsByTheSpellingOfTheNick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.sayAll({User, numeric(u"313"_s, u"Bob :is an IRC operator"_s)}));
+    QVERIFY(session.receiveAll({User, numeric(u"313"_s, u"Bob :is an IRC operator"_s)}));
     QCOMPARE(session.probe.whoisResults().keys(), (QStringList{u"Bob"_s, u"bob"_s}));
 
-    QVERIFY(session.say(numeric(u"318"_s, u"Bob :End"_s)));
+    QVERIFY(session.receive(numeric(u"318"_s, u"Bob :End"_s)));
     QCOMPARE(printed(session),
              (QStringList{u"*** WHOIS Bob: @ ()"_s, u"*** Bob is an IRC operator"_s,
                           u"*** Bob is using  ()"_s}));
@@ -182,7 +182,7 @@ void TestWhois::startsAnewWithTheUsersNumeric()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.sayAll({ServerHeard, Operator, Idle, Channels, Away, User, End}));
+    QVERIFY(session.receiveAll({ServerHeard, Operator, Idle, Channels, Away, User, End}));
     QCOMPARE(printed(session), (QStringList{u"*** WHOIS bob: ident@host.test (Bob Real)"_s,
                                             u"*** bob is using  ()"_s}));
 }
@@ -191,12 +191,12 @@ void TestWhois::keepsItsRecordsWhenTheSessionEnds()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.sayAll({User, Operator}));
+    QVERIFY(session.receiveAll({User, Operator}));
     session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
     QVERIFY(session.registerAs());
     QVERIFY(session.probe.whoisResults().value(u"bob"_s).isOperator);
-    QVERIFY(session.say(numeric(u"311"_s, u"bob other host * :Other"_s)));
+    QVERIFY(session.receive(numeric(u"311"_s, u"bob other host * :Other"_s)));
     QVERIFY(!session.probe.whoisResults().value(u"bob"_s).isOperator);
     QCOMPARE(session.probe.whoisResults().value(u"bob"_s).username, u"other"_s);
 }
@@ -246,7 +246,7 @@ void TestWhois::printsARecord()
     QFETCH(const QStringList, lines);
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.sayAll(lines + QStringList{End}));
+    QVERIFY(session.receiveAll(lines + QStringList{End}));
     QTEST(printed(session), "shown");
     QVERIFY(session.probe.whoisResults().isEmpty());
 }
@@ -257,7 +257,7 @@ void TestWhois::printsWithoutSenderAndInTheDefaultColour()
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     session.probe.typeLine(u"/whois bob"_s);
-    QVERIFY(session.say(End));
+    QVERIFY(session.receive(End));
     QCOMPARE(session.probe.lines(u"#a"_s).last(2),
              (QStringList{u"|*** WHOIS bob: @ ()"_s, u"|*** bob is using  ()"_s}));
     const QTextTable *table = session.probe.tabs().value(u"#a"_s).table;
@@ -284,12 +284,12 @@ void TestWhois::answersWhereItWasAsked()
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     QVERIFY(session.join(u"#b"_s, u"me bob"_s));
     session.probe.showTab(u"#a"_s);
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     session.probe.typeLine(u"/whois bob"_s);
-    QCOMPARE(session.takeSent(), QStringList{u"WHOIS bob"_s});
+    QCOMPARE(session.readSent(), QStringList{u"WHOIS bob"_s});
 
     session.probe.showTab(u"#b"_s);
-    QVERIFY(session.sayAll({User, Idle, Channels, End}));
+    QVERIFY(session.receiveAll({User, Idle, Channels, End}));
     QCOMPARE(printed(session, u"#a"_s),
              (QStringList{u"*** WHOIS bob: ident@host.test (Bob Real)"_s, u"*** bob is using  ()"_s,
                           u"*** bob idle 12s, signed on seconds idle, signon time"_s,
@@ -305,7 +305,7 @@ void TestWhois::answersTwiceInTheSameTab()
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     session.probe.typeLine(u"/whois bob"_s);
     session.probe.showTab(u"Server"_s);
-    QVERIFY(session.sayAll({User, End, numeric(u"318"_s, u"carol :End"_s)}));
+    QVERIFY(session.receiveAll({User, End, numeric(u"318"_s, u"carol :End"_s)}));
     QCOMPARE(printed(session, u"#a"_s),
              (QStringList{u"*** WHOIS bob: ident@host.test (Bob Real)"_s, u"*** bob is using  ()"_s,
                           u"*** WHOIS carol: @ ()"_s, u"*** carol is using  ()"_s}));
@@ -318,7 +318,7 @@ void TestWhois::answersOnTheServerTabUnasked()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
-    QVERIFY(session.sayAll({User, End}));
+    QVERIFY(session.receiveAll({User, End}));
     QCOMPARE(printed(session).size(), 2);
     QCOMPARE(printed(session, u"#a"_s), QStringList());
 }
@@ -331,7 +331,7 @@ void TestWhois::bringsBackTheTabThatAsked()
     session.probe.typeLine(u"/whois bob"_s);
     session.probe.closeTab(1);
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
-    QVERIFY(session.sayAll({User, End}));
+    QVERIFY(session.receiveAll({User, End}));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
     QCOMPARE(printed(session, u"#a"_s).size(), 2);
 }
@@ -342,12 +342,12 @@ void TestWhois::keepsAnAwayMessageUntilTheNextReply()
     WindowSession session;
     QVERIFY(session.registerAs());
     const QStringList before = session.probe.lines(u"Server"_s);
-    QVERIFY(session.say(Away));
+    QVERIFY(session.receive(Away));
     QCOMPARE(session.probe.lines(u"Server"_s), before);
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
     QCOMPARE(session.probe.whoisResults().value(u"bob"_s).awayMessage, u"Gone fishing"_s);
 
-    QVERIFY(session.sayAll({User, End}));
+    QVERIFY(session.receiveAll({User, End}));
     QCOMPARE(printed(session), (QStringList{u"*** WHOIS bob: ident@host.test (Bob Real)"_s,
                                             u"*** bob is using  ()"_s}));
 }
@@ -402,7 +402,7 @@ void TestWhois::survivesOddNumerics()
     QFETCH(const QStringList, lines);
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.sayAll(lines));
+    QVERIFY(session.receiveAll(lines));
     QTEST(printed(session), "shown");
 }
 
@@ -428,11 +428,11 @@ void TestWhois::showsWhateverItIsToldAsText()
     WindowSession session;
     QVERIFY(session.registerAs());
     const QString thrice = nick + u' ' + nick + u' ' + nick;
-    QVERIFY(session.sayAll({numeric(u"311"_s, QString(thrice + u" * :"_s + text)),
-                            numeric(u"319"_s, QString(nick + u" :"_s + text)),
-                            numeric(u"301"_s, QString(nick + u" :"_s + text)),
-                            numeric(u"317"_s, QString(nick + u" 1 1 :"_s + text)),
-                            numeric(u"318"_s, nick)}));
+    QVERIFY(session.receiveAll({numeric(u"311"_s, QString(thrice + u" * :"_s + text)),
+                                numeric(u"319"_s, QString(nick + u" :"_s + text)),
+                                numeric(u"301"_s, QString(nick + u" :"_s + text)),
+                                numeric(u"317"_s, QString(nick + u" 1 1 :"_s + text)),
+                                numeric(u"318"_s, nick)}));
     QCOMPARE(printed(session), (QStringList{u"*** WHOIS "_s + nick + u": "_s + nick + u'@' + nick
                                                     + u" ("_s + text + u')',
                                             u"*** "_s + nick + u" is using  ()"_s,
@@ -470,7 +470,7 @@ void TestWhois::readsARecordedReply()
     QVERIFY(!lines.isEmpty());
     WindowSession session;
     QVERIFY(session.registerAs(u"alice"_s));
-    QVERIFY(session.sayAll(lines));
+    QVERIFY(session.receiveAll(lines));
     QTEST(printed(session), "shown");
     // What is not understood is shown raw.
     const QStringList raw = session.probe.lines(u"Server"_s).filter(u":irc.velmora.test"_s);
@@ -482,16 +482,16 @@ void TestWhois::asksNgircd()
     Ngircd server;
     QVERIFY(server.start());
     PlainClient bob;
-    QVERIFY(bob.enter(server.port(), u"bob"_s));
+    QVERIFY(bob.registerAt(server.port(), u"bob"_s));
     bob.send(u"JOIN #room"_s);
     bob.send(u"AWAY :Gone fishing"_s);
     QVERIFY(bob.waitFor(u" 306 bob "_s));
 
     WindowSession session;
-    QVERIFY(session.enter(server.port(), u"alice"_s));
+    QVERIFY(session.registerAt(server.port(), u"alice"_s));
     session.probe.openTabs({u"#here"_s});
     session.probe.typeLine(u"/whois bob"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(printed(session, u"#here"_s).size(), 5, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(printed(session, u"#here"_s).size(), 5, WaitTimeout);
     QStringList lines = printed(session, u"#here"_s);
     QVERIFY(QRegularExpression(u"^\\*\\*\\* bob idle \\d+s, signed on seconds idle, signon time$"_s)
                     .match(lines.takeAt(2))
@@ -501,7 +501,7 @@ void TestWhois::asksNgircd()
                                  u"*** bob is away: Gone fishing"_s}));
 
     session.probe.typeLine(u"/whois nosuch"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(printed(session, u"#here"_s).size(), 7, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(printed(session, u"#here"_s).size(), 7, WaitTimeout);
     QCOMPARE(printed(session, u"#here"_s).last(2),
              (QStringList{u"*** WHOIS nosuch: @ ()"_s, u"*** nosuch is using  ()"_s}));
     QVERIFY(session.probe.lastLine(u"Server"_s).contains(u" 401 alice nosuch :"_s));
@@ -512,15 +512,15 @@ void TestWhois::asksInspIrcd()
     InspIrcd server;
     QVERIFY(server.start());
     PlainClient bob;
-    QVERIFY(bob.enter(server.port(), u"bob"_s));
+    QVERIFY(bob.registerAt(server.port(), u"bob"_s));
     bob.send(u"OPER boss sesame"_s);
     QVERIFY(bob.waitFor(u" 381 bob "_s));
 
     WindowSession session;
-    QVERIFY(session.enter(server.port(), u"alice"_s));
+    QVERIFY(session.registerAt(server.port(), u"alice"_s));
     session.probe.openTabs({u"#here"_s});
     session.probe.typeLine(u"/whois bob"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(printed(session, u"#here"_s).size(), 4, Patience);
+    QTRY_COMPARE_WITH_TIMEOUT(printed(session, u"#here"_s).size(), 4, WaitTimeout);
     QCOMPARE(printed(session, u"#here"_s).first(3),
              (QStringList{u"*** WHOIS bob: bob@127.0.0.1 (A plain client)"_s,
                           u"*** bob is an IRC operator"_s, u"*** bob is using  ()"_s}));

@@ -23,8 +23,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int TimeForAll = 4 * Patience; // In ms; it takes half a minute where nothing else runs.
-constexpr auto SignalCheck = 200ms;      // How soon a signal is noticed.
+constexpr int TimeForAll =
+        4 * WaitTimeout;            // In ms; it takes half a minute where nothing else runs.
+constexpr auto SignalCheck = 200ms; // How soon a signal is noticed.
 
 // The colours in which the program writes two of the nicks.
 constexpr QRgb MaraColour = qRgb(0x2e, 0x7d, 0x32);
@@ -103,12 +104,12 @@ QString Tour::connect()
         return u"the server found no free port"_s;
     store.addServer(guest(server));
     // Nothing is to look as if the mouse was on it.
-    screen.point(OutOfTheWay);
+    screen.moveMouse(OutOfTheWay);
     if (!program.start())
         return u"the program doesn't open its connect dialog"_s;
     keepWindow(u"connect-dialog"_s);
-    maraBefore = screen.countPoints(MaraColour, ColourDistance);
-    hugoBefore = screen.countPoints(HugoColour, ColourDistance);
+    maraBefore = screen.countPixels(MaraColour, ColourDistance);
+    hugoBefore = screen.countPixels(HugoColour, ColourDistance);
     tell(u"Pressing Connect"_s);
     if (!program.pressConnect())
         return u"the connect dialog doesn't close"_s;
@@ -130,8 +131,8 @@ QString Tour::watchConversation()
 QString Tour::speak()
 {
     tell(u"Saying something"_s);
-    const int before = screen.countPoints(MaraColour, ColourDistance);
-    if (!program.say(Remark)
+    const int before = screen.countPixels(MaraColour, ColourDistance);
+    if (!program.typeLine(Remark)
         || !waitFor([this] { return server.hasHeard(u"PRIVMSG #velmora :"_s + Remark); }))
         return u"what is typed doesn't reach the server"_s;
     if (!waitFor([this] { return server.answerCount() > 0; }))
@@ -148,10 +149,10 @@ QString Tour::lookAround()
 {
     tell(u"Looking at the channel list and the preferences"_s);
     const auto showsList = [this] {
-        return screen.findPoints(program.channelNames(), TextColour, ColourDistance).height()
+        return screen.findPixels(program.channelNames(), TextColour, ColourDistance).height()
                > ListHeight;
     };
-    if (!program.say(u"/list"_s) || !waitFor(showsList))
+    if (!program.typeLine(u"/list"_s) || !waitFor(showsList))
         return u"the channel list isn't seen on the screen"_s;
     keepWindow(u"channel-list"_s);
     if (!program.openPreferences())
@@ -174,14 +175,14 @@ QString Tour::leave()
 
 void Tour::keepScreen(const QString &name) const
 {
-    keep(name, screen.picture());
+    keep(name, screen.screenshot());
 }
 
 void Tour::keepWindow(const QString &name) const
 {
     const QRect window = screen.activeWindow();
-    screen.point(OutOfTheWay);
-    keep(name, screen.picture().copy(window.marginsAdded(Frame)));
+    screen.moveMouse(OutOfTheWay);
+    keep(name, screen.screenshot().copy(window.marginsAdded(Frame)));
 }
 
 void Tour::keep(const QString &name, const QImage &picture) const
@@ -211,12 +212,12 @@ bool Tour::waitFor(const std::function<bool()> &condition) const
 
 bool Tour::shows(QRgb colour, int before) const
 {
-    return screen.countPoints(colour, ColourDistance) >= before + NickPoints;
+    return screen.countPixels(colour, ColourDistance) >= before + NickPoints;
 }
 
 bool Tour::seesBlink() const
 {
-    return !screen.findPoints(program.tabBar(), BlinkColour, ColourDistance).isEmpty();
+    return !screen.findPixels(program.tabBar(), BlinkColour, ColourDistance).isEmpty();
 }
 
 } // namespace

@@ -22,7 +22,7 @@ Child::~Child()
 bool Child::launch(const QString &program, const QStringList &arguments)
 {
     start(program, arguments);
-    return waitForStarted(Patience);
+    return waitForStarted(WaitTimeout);
 }
 
 QProcessEnvironment Child::privateEnvironment(const QString &home)
@@ -49,8 +49,8 @@ void Child::stop()
     if (state() == NotRunning)
         return;
     terminate();
-    if (!waitForFinished(Patience)) {
+    if (!waitForFinished(WaitTimeout)) {
         kill();
-        waitForFinished(Patience);
+        waitForFinished(WaitTimeout);
     }
 }

@@ -4,16 +4,16 @@
 
 using namespace Qt::StringLiterals;
 
-QStringList preloading(const QString &library)
+QStringList preloadCommand(const QString &library)
 {
     return {u"env"_s, u"LD_PRELOAD="_s + library,
             u"ASAN_OPTIONS=%1:verify_asan_link_order=0:detect_leaks=0"_s.arg(
                     qEnvironmentVariable("ASAN_OPTIONS"))};
 }
 
-QStringList underAFastClock()
+QStringList fastClockCommand()
 {
-    return preloading(u"/usr/$LIB/faketime/libfaketimeMT.so.1"_s)
+    return preloadCommand(u"/usr/$LIB/faketime/libfaketimeMT.so.1"_s)
            + QStringList{u"FAKETIME=+0 x%1"_s.arg(ClockSpeed), u"NO_FAKE_STAT=1"_s};
 }
 

@@ -49,7 +49,7 @@ bool waitForService(const QDBusConnection &connection, const QString &service)
     const auto isThere = [&] {
         return connection.interface()->isServiceRegistered(service).value();
     };
-    return connection.isConnected() && QTest::qWaitFor(isThere, Patience);
+    return connection.isConnected() && QTest::qWaitFor(isThere, WaitTimeout);
 }
 
 AccessibleNode readNode(const QDBusArgument &argument)
@@ -116,7 +116,10 @@ QString AccessibilityBus::addressFromLauncher() const
         if (waitForService(session, LauncherService)) {
             const QDBusMessage request = QDBusMessage::createMethodCall(
                     LauncherService, u"/org/a11y/bus"_s, LauncherService, u"GetAddress"_s);
-            address = session.call(request, QDBus::Block, Patience).arguments().value(0).toString();
+            address = session.call(request, QDBus::Block, WaitTimeout)
+                              .arguments()
+                              .value(0)
+                              .toString();
         }
     }
     QDBusConnection::disconnectFromBus(name);
@@ -163,7 +166,7 @@ QVariantList AccessibilityBus::call(const AccessibleNode &node, const QString &i
             QDBusMessage::createMethodCall(node.service, node.path, interface, method);
     message.setArguments(arguments);
     const QDBusMessage reply =
-            QDBusConnection(connectionName).call(message, QDBus::Block, Patience);
+            QDBusConnection(connectionName).call(message, QDBus::Block, WaitTimeout);
     return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments() : QVariantList();
 }
 
@@ -188,7 +191,7 @@ std::optional<AccessibleNode> AccessibilityBus::waitForProgram(const QString &na
         }
         return found.has_value();
     };
-    static_cast<void>(QTest::qWaitFor(isThere, Patience));
+    static_cast<void>(QTest::qWaitFor(isThere, WaitTimeout));
     return found;
 }
 

@@ -74,7 +74,7 @@ void FakeDesktop::clickNotification(uint number) const
 
 bool FakeDesktop::waitForIcon() const
 {
-    return QTest::qWaitFor([this] { return !iconOwner.isEmpty(); }, Patience);
+    return QTest::qWaitFor([this] { return !iconOwner.isEmpty(); }, WaitTimeout);
 }
 
 QVariant FakeDesktop::iconProperty(const QString &name) const
@@ -154,5 +154,5 @@ QDBusMessage FakeDesktop::call(const QString &path, const QString &interface, co
 {
     QDBusMessage request = QDBusMessage::createMethodCall(iconOwner, path, interface, method);
     request.setArguments(arguments);
-    return QDBusConnection(connectionName).call(request, QDBus::Block, Patience);
+    return QDBusConnection(connectionName).call(request, QDBus::Block, WaitTimeout);
 }

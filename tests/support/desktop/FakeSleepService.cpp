@@ -59,24 +59,24 @@ FakeSleepService::~FakeSleepService()
         ::close(lock);
 }
 
-QStringList FakeSleepService::askings() const
+QStringList FakeSleepService::requestTexts() const
 {
     return asked;
 }
 
-int FakeSleepService::held() const
+int FakeSleepService::heldGrants() const
 {
     if (kind == Kind::Portal)
         return static_cast<int>(requests.size());
     return static_cast<int>(std::count_if(locks.begin(), locks.end(), isOpenAtTheOtherEnd));
 }
 
-int FakeSleepService::released() const
+int FakeSleepService::releasedGrants() const
 {
-    return kind == Kind::Portal ? closed : static_cast<int>(locks.size()) - held();
+    return kind == Kind::Portal ? closed : static_cast<int>(locks.size()) - heldGrants();
 }
 
-void FakeSleepService::answer()
+void FakeSleepService::grantPending()
 {
     for (const QDBusMessage &message : std::exchange(waiting, {}))
         grant(message, QDBusConnection(connectionName));

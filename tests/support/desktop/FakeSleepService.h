@@ -21,24 +21,24 @@ public:
     enum class Manner {
         Grants,
         Refuses,
-        Hesitates, ///< Says nothing until `answer`.
+        Delays, ///< Says nothing until `answer`.
     };
 
     FakeSleepService(const QString &busAddress, Kind kind, Manner manner = Manner::Grants);
     ~FakeSleepService() override;
 
     /// The arguments of each asking, with " | " between them.
-    [[nodiscard]] QStringList askings() const;
+    [[nodiscard]] QStringList requestTexts() const;
 
     /// How many grants are held by somebody.
-    [[nodiscard]] int held() const;
+    [[nodiscard]] int heldGrants() const;
 
     /// How many grants were given back in so many words. The portal also takes back what a program
     /// held that is gone from the bus.
-    [[nodiscard]] int released() const;
+    [[nodiscard]] int releasedGrants() const;
 
     /// Grants what was asked while it hesitated.
-    void answer();
+    void grantPending();
 
     [[nodiscard]] QString introspect(const QString &path) const override;
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;

@@ -27,7 +27,7 @@ PrivateBus::~PrivateBus()
 {
     kill();
     // No bus at all, rather than the machine's own.
-    point(u"unix:path=/nonexistent"_s);
+    useAddress(u"unix:path=/nonexistent"_s);
 }
 
 bool PrivateBus::start()
@@ -42,9 +42,9 @@ bool PrivateBus::start()
     daemon.start(u"dbus-daemon"_s, {u"--nofork"_s, u"--nopidfile"_s, u"--print-address"_s,
                                     QString(u"--config-file="_s + fileName)});
     // It prints its address when it listens.
-    if (!daemon.waitForReadyRead(Patience))
+    if (!daemon.waitForReadyRead(WaitTimeout))
         return false;
-    point(address());
+    useAddress(address());
     return true;
 }
 
@@ -53,7 +53,7 @@ void PrivateBus::kill()
     if (daemon.state() == QProcess::NotRunning)
         return;
     daemon.kill();
-    daemon.waitForFinished(Patience);
+    daemon.waitForFinished(WaitTimeout);
 }
 
 QString PrivateBus::address() const
@@ -61,7 +61,7 @@ QString PrivateBus::address() const
     return u"unix:path="_s + folder.filePath(u"bus"_s);
 }
 
-void PrivateBus::point(const QString &address)
+void PrivateBus::useAddress(const QString &address)
 {
     qputenv("DBUS_SESSION_BUS_ADDRESS", address.toUtf8());
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", address.toUtf8());

@@ -22,7 +22,7 @@ public:
     [[nodiscard]] QString address() const;
 
     /// Makes `address` both of the buses, whoever listens there.
-    static void point(const QString &address);
+    static void useAddress(const QString &address);
 
 private:
     QTemporaryDir folder;

@@ -27,20 +27,20 @@ QString RandomLines::text()
                                    u"  blanks   inside"_s,
                                    u"\u0001ACTION waves\u0001"_s,
                                    QString(300, u'x')};
-    return dice.pick(texts);
+    return random.pick(texts);
 }
 
 QString RandomLines::someone(const QString &ownNick)
 {
-    return dice.chance(15) ? ownNick : nick();
+    return random.chance(15) ? ownNick : nick();
 }
 
 QString RandomLines::names(const QString &ownNick)
 {
     static const QStringList prefixes{QString(), QString(), u"@"_s, u"+"_s, u"%"_s, u"~"_s, u"&"_s};
-    QStringList entries{dice.pick(prefixes) + ownNick};
-    for (int more = dice.below(8); more > 0; --more)
-        entries.append(dice.pick(prefixes) + nick());
+    QStringList entries{random.pick(prefixes) + ownNick};
+    for (int more = random.below(8); more > 0; --more)
+        entries.append(random.pick(prefixes) + nick());
     return entries.join(u' ');
 }
 
@@ -48,7 +48,7 @@ QString RandomLines::ofUsers(const QString &ownNick)
 {
     const QString who = someone(ownNick);
     const QString from = u":%1!user@host "_s.arg(who);
-    switch (dice.below(12)) {
+    switch (random.below(12)) {
     case 0:
     case 1:
         return from + u"PRIVMSG "_s + channel() + u" :"_s + text();
@@ -68,10 +68,10 @@ QString RandomLines::ofUsers(const QString &ownNick)
     case 9:
     case 10:
         return from + u"NICK :"_s
-               + (who == ownNick ? dice.pick(QStringList{u"me"_s, u"mine"_s}) : nick());
+               + (who == ownNick ? random.pick(QStringList{u"me"_s, u"mine"_s}) : nick());
     default:
-        return from + dice.pick(QStringList{u"MODE"_s, u"TOPIC"_s, u"NOTICE"_s, u"INVITE"_s}) + u' '
-               + channel() + u" :"_s + text();
+        return from + random.pick(QStringList{u"MODE"_s, u"TOPIC"_s, u"NOTICE"_s, u"INVITE"_s})
+               + u' ' + channel() + u" :"_s + text();
     }
 }
 
@@ -80,7 +80,7 @@ QString RandomLines::numeric(const QString &ownNick)
     const auto reply = [&](const QString &number, const QString &rest) -> QString {
         return u":irc.test %1 %2 "_s.arg(number, ownNick) + rest;
     };
-    switch (dice.below(9)) {
+    switch (random.below(9)) {
     case 0:
     case 1:
         return reply(u"353"_s, u"= "_s + channel() + u" :"_s + names(ownNick));
@@ -90,29 +90,29 @@ QString RandomLines::numeric(const QString &ownNick)
     case 4:
         return reply(u"332"_s, channel() + u" :"_s + text());
     case 5:
-        return reply(u"604"_s, nick() + u" user host "_s + dice.pick(QStringList{u"1"_s, u"2"_s})
+        return reply(u"604"_s, nick() + u" user host "_s + random.pick(QStringList{u"1"_s, u"2"_s})
                                        + u" :is online"_s);
     case 6:
         return reply(u"433"_s, nick() + u" :Nickname is already in use"_s);
     case 7:
-        return dice.chance(30) ? reply(u"001"_s, u":Welcome"_s)
-                               : reply(u"372"_s, u":- "_s + text());
+        return random.chance(30) ? reply(u"001"_s, u":Welcome"_s)
+                                 : reply(u"372"_s, u":- "_s + text());
     default:
-        return dice.pick(QStringList{u"PING :token"_s, u"PING"_s, u"PONG :x"_s, u"ERROR :x"_s,
-                                     u":irc.test NOTICE * :hello"_s, u"366"_s, u":irc.test"_s});
+        return random.pick(QStringList{u"PING :token"_s, u"PING"_s, u"PONG :x"_s, u"ERROR :x"_s,
+                                       u":irc.test NOTICE * :hello"_s, u"366"_s, u":irc.test"_s});
     }
 }
 
 QString RandomLines::listing(const QString &ownNick)
 {
     const QString from = u":irc.test %1 "_s + ownNick + u' ';
-    switch (dice.below(4)) {
+    switch (random.below(4)) {
     case 0:
         return from.arg(u"321"_s) + u"Channel :Users Name"_s;
     case 1:
         return from.arg(u"323"_s) + u":End of /LIST"_s;
     default:
-        return from.arg(u"322"_s) + channel() + u' ' + QString::number(dice.below(100)) + u" :"_s
+        return from.arg(u"322"_s) + channel() + u' ' + QString::number(random.below(100)) + u" :"_s
                + text();
     }
 }
@@ -127,12 +127,12 @@ QString RandomLines::whois(const QString &ownNick)
                                    u"301 %1 %2 :gone"_s,
                                    u"318 %1 %2 :End of /WHOIS list."_s,
                                    u"318 %1"_s};
-    return u":irc.test "_s + dice.pick(rests).replace(u"%1"_s, ownNick).replace(u"%2"_s, nick());
+    return u":irc.test "_s + random.pick(rests).replace(u"%1"_s, ownNick).replace(u"%2"_s, nick());
 }
 
 QString RandomLines::line(const QString &ownNick)
 {
-    const int kind = dice.below(100);
+    const int kind = random.below(100);
     if (kind < 60)
         return ofUsers(ownNick);
     if (kind < 85)
@@ -143,8 +143,8 @@ QString RandomLines::line(const QString &ownNick)
 QByteArray RandomLines::garbage()
 {
     QByteArray bytes;
-    for (int size = dice.below(80); size > 0; --size)
-        bytes.append(static_cast<char>(dice.below(256)));
+    for (int size = random.below(80); size > 0; --size)
+        bytes.append(static_cast<char>(random.below(256)));
     return bytes + "\r\n";
 }
 
@@ -158,8 +158,8 @@ QString RandomLines::nextRecorded(const QString &ownNick)
 QByteArray RandomLines::bytes(const QString &ownNick)
 {
     QByteArray bytes;
-    for (int more = dice.below(5); more >= 0; --more) {
-        const int kind = dice.below(100);
+    for (int more = random.below(5); more >= 0; --more) {
+        const int kind = random.below(100);
         if (kind < 4)
             bytes += garbage();
         else

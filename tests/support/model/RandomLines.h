@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Dice.h"
+#include "RandomSource.h"
 
 #include <QByteArray>
 #include <QString>
@@ -8,13 +8,13 @@
 
 /// Lines of a server by chance, of which most have a meaning, mixed into a recording.
 ///
-/// Nicks and channels come from small pools, so that they meet. The dice must outlive it.
+/// Nicks and channels come from small pools, so that they meet. The random must outlive it.
 class RandomLines final
 {
 public:
     /// `recording` is what a server said to alice, from the start; it begins anew at its end.
-    RandomLines(Dice &thrown, const QStringList &recording)
-        : dice(thrown)
+    RandomLines(RandomSource &source, const QStringList &recording)
+        : random(source)
         , recorded(recording)
     {
     }
@@ -26,8 +26,8 @@ public:
     /// Up to five lines of all kinds, each with its end.
     [[nodiscard]] QByteArray bytes(const QString &ownNick);
 
-    [[nodiscard]] QString nick() { return dice.pick(nicks()); }
-    [[nodiscard]] QString channel() { return dice.pick(channels()); }
+    [[nodiscard]] QString nick() { return random.pick(nicks()); }
+    [[nodiscard]] QString channel() { return random.pick(channels()); }
     [[nodiscard]] QString text();
 
 private:
@@ -43,7 +43,7 @@ private:
     /// The next line of the recording, as if it had been said to `ownNick`.
     [[nodiscard]] QString nextRecorded(const QString &ownNick);
 
-    Dice &dice;
+    RandomSource &random;
     const QStringList recorded;
     qsizetype place = 0;
 };

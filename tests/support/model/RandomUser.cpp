@@ -25,11 +25,11 @@
 
 using namespace Qt::StringLiterals;
 
-RandomUser::RandomUser(WindowSession &used, Dice &thrown, const QStringList &recording)
+RandomUser::RandomUser(WindowSession &used, RandomSource &source, const QStringList &recording)
     : session(used)
     , probe(used.probe)
-    , dice(thrown)
-    , lines(thrown, recording)
+    , random(source)
+    , lines(source, recording)
 {
     answers.answerAllOthers([this](QWidget *shown) { answer(shown); });
 }
@@ -74,13 +74,13 @@ QString RandomUser::step()
     static const int sum = std::accumulate(
             actions().cbegin(), actions().cend(), 0,
             [](int before, const Action &action) { return before + action.weight; });
-    int throwOf = dice.below(sum);
+    int number = random.below(sum);
     auto action = actions().cbegin();
-    while (throwOf >= action->weight)
-        throwOf -= (action++)->weight;
+    while (number >= action->weight)
+        number -= (action++)->weight;
 
     latest = Answer();
-    if (!isConnected() && dice.chance(40)) {
+    if (!isConnected() && random.chance(40)) {
         steps.append(u"connects"_s);
         connectAnew();
     } else {
@@ -90,7 +90,7 @@ QString RandomUser::step()
     return check();
 }
 
-QString RandomUser::trail() const
+QString RandomUser::recentSteps() const
 {
     return steps.mid(qMax(qsizetype(0), steps.size() - 15)).join(u"; "_s);
 }
@@ -106,19 +106,19 @@ QString RandomUser::check()
         failure = u"lines are not heard any more"_s;
     // What was posted for later is a part of the step.
     QCoreApplication::processEvents();
-    const QStringList sent = session.takeSent();
-    const QStringList expected = model.takeExpected();
+    const QStringList sent = session.readSent();
+    const QStringList expected = model.readExpected();
     done.linesSent += static_cast<int>(sent.size());
     done.linksLost = model.disconnects;
     if (failure.isEmpty() && isConnected() && sent != expected) {
         failure = u"sent (%1) instead of (%2)"_s.arg(sent.join(u'|'), expected.join(u'|'));
     }
     if (failure.isEmpty())
-        failure = SessionInvariants::difference(probe, model);
+        failure = SessionInvariants::findDifference(probe, model);
     // A conversation that was renamed onto another has left that one's page without a record; the
     // model knows of it, and the window's own books are whole all the same.
     if (failure.isEmpty())
-        failure = SessionInvariants::broken(probe);
+        failure = SessionInvariants::findViolation(probe);
     if (failure.isEmpty())
         failure = answers.problems().join(u"; "_s);
     return failure;
@@ -126,7 +126,7 @@ QString RandomUser::check()
 
 int RandomUser::someTab()
 {
-    return dice.below(probe.tabWidget().count());
+    return random.below(probe.tabWidget().count());
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -137,7 +137,7 @@ void RandomUser::hearLines()
     QByteArray bytes = lines.bytes(probe.connection().currentNick());
     steps.last() += u' ' + QString::fromUtf8(bytes.toPercentEncoding(" :!#@")).left(200);
     while (!bytes.isEmpty()) {
-        const int size = dice.chance(50) ? static_cast<int>(bytes.size()) : 1 + dice.below(40);
+        const int size = random.chance(50) ? static_cast<int>(bytes.size()) : 1 + random.below(40);
         session.server.sendBytes(bytes.left(size));
         bytes.remove(0, size);
         QCoreApplication::processEvents();
@@ -146,16 +146,16 @@ void RandomUser::hearLines()
 
 void RandomUser::connectAnew()
 {
-    if (!session.acceptDialog(u"me"_s, dice.chance(50) ? u"#one, #two"_s : QString())) {
+    if (!session.acceptDialog(u"me"_s, random.chance(50) ? u"#one, #two"_s : QString())) {
         failure = u"no link comes up"_s;
         return;
     }
     model.connectByDialog();
     // What is left of the link before stands in front of the first line.
     session.server.sendBytes("\r\n");
-    if (dice.chance(90))
+    if (random.chance(90))
         session.server.send(u":irc.test 001 me :Welcome"_s);
-    if (dice.chance(70) && !session.join(lines.channel(), u"@me ann +bob"_s))
+    if (random.chance(70) && !session.join(lines.channel(), u"@me ann +bob"_s))
         failure = u"no channel can be joined"_s;
 }
 
@@ -164,9 +164,9 @@ void RandomUser::losesLink()
     if (!isConnected())
         return;
     const int before = model.disconnects;
-    if (dice.chance(50)) {
+    if (random.chance(50)) {
         session.server.sendBytes("\xd0");
-        session.server.cut();
+        session.server.abort();
     } else {
         session.server.sendBytes(lines.garbage().chopped(2));
         session.server.close();
@@ -209,7 +209,7 @@ void RandomUser::clickCloseButton()
 
 void RandomUser::closeFromOutside()
 {
-    const int index = dice.below(probe.tabWidget().count() + 2) - 1;
+    const int index = random.below(probe.tabWidget().count() + 2) - 1;
     session.window.requestCloseTab(index);
     model.closeTab(index);
 }
@@ -247,7 +247,7 @@ void RandomUser::openUserMenu()
     QListWidget &list = probe.userList();
     if (list.isHidden() || list.count() == 0)
         return;
-    const QListWidgetItem *item = list.item(dice.below(list.count()));
+    const QListWidgetItem *item = list.item(random.below(list.count()));
     list.scrollToItem(item);
     const QPoint place = list.visualItemRect(item).center();
     item = list.itemAt(place);
@@ -286,7 +286,7 @@ void RandomUser::doubleClickUser()
     QListWidget &list = probe.userList();
     if (list.isHidden() || list.count() == 0)
         return;
-    QListWidgetItem *item = list.item(dice.below(list.count()));
+    QListWidgetItem *item = list.item(random.below(list.count()));
     const QString nick = NickList::stripPrefix(item->text());
     emit list.itemDoubleClicked(item);
     model.openPrivateChat(nick);
@@ -306,7 +306,7 @@ void RandomUser::requestList()
 void RandomUser::filterList()
 {
     static const QStringList texts{QString(), u"o"_s, u"one"_s, u"КОФЕ"_s, u"nothing"_s, u"http"_s};
-    const QString text = dice.pick(texts);
+    const QString text = random.pick(texts);
     if (text == probe.listSearchEdit().text())
         return;
     probe.listSearchEdit().setText(text);
@@ -318,7 +318,7 @@ void RandomUser::doubleClickListRow()
     QTreeWidget *tree = probe.listTree();
     if (tree == nullptr || tree->topLevelItemCount() == 0)
         return;
-    QTreeWidgetItem *item = tree->topLevelItem(dice.below(tree->topLevelItemCount()));
+    QTreeWidgetItem *item = tree->topLevelItem(random.below(tree->topLevelItemCount()));
     const QString channel = item->text(0);
     emit tree->itemDoubleClicked(item, 0);
     model.doubleClickListRow(channel);
@@ -329,7 +329,7 @@ void RandomUser::openListMenu()
     QTreeWidget *tree = probe.listTree();
     if (tree == nullptr || tree->topLevelItemCount() == 0)
         return;
-    QTreeWidgetItem *item = tree->topLevelItem(dice.below(tree->topLevelItemCount()));
+    QTreeWidgetItem *item = tree->topLevelItem(random.below(tree->topLevelItemCount()));
     tree->scrollToItem(item);
     const QPoint place = tree->visualItemRect(item).center();
     item = tree->itemAt(place);
@@ -357,7 +357,7 @@ QString RandomUser::randomInput()
                              u"/j "_s + channel.mid(1) + u" key"_s,
                              u"/part"_s,
                              u"/p because"_s,
-                             u"/nick "_s + dice.pick(QStringList{u"me"_s, u"mine"_s, u"other"_s}),
+                             u"/nick "_s + random.pick(QStringList{u"me"_s, u"mine"_s, u"other"_s}),
                              u"/msg "_s + nick + u' ' + lines.text(),
                              u"/m  "_s + channel + u"  "_s + lines.text(),
                              u"/RAW PRIVMSG "_s + channel + u" :x"_s,
@@ -374,7 +374,7 @@ QString RandomUser::randomInput()
                              u"//join #one"_s,
                              u"/msg "_s + nick,
                              u"   "_s};
-    return dice.pick(inputs);
+    return random.pick(inputs);
 }
 
 void RandomUser::typeLine()
@@ -393,21 +393,21 @@ void RandomUser::typeWithCompletion()
     QLineEdit &line = probe.inputLine();
     if (!line.isVisible())
         return;
-    if (dice.chance(50))
+    if (random.chance(50))
         line.clear();
-    QTest::keyClicks(&line, dice.pick(QStringList{u"a"_s, u"b"_s, u"m"_s, u"hi e"_s, u"@"_s}));
+    QTest::keyClicks(&line, random.pick(QStringList{u"a"_s, u"b"_s, u"m"_s, u"hi e"_s, u"@"_s}));
     QAbstractItemView *popup = probe.nickCompleter().popup();
     if (popup->isVisible()) {
-        if (dice.chance(30))
+        if (random.chance(30))
             interrupt();
-        if (popup->isVisible() && dice.chance(60)) {
+        if (popup->isVisible() && random.chance(60)) {
             QTest::keyClick(popup, Qt::Key_Down);
             if (popup->currentIndex().isValid())
                 QTest::keyClick(popup, Qt::Key_Return);
         }
         popup->hide();
     }
-    if (dice.chance(30))
+    if (random.chance(30))
         probe.completeNick();
     model.enterText(line.text());
 }
@@ -420,11 +420,11 @@ void RandomUser::insertEmoji()
     auto *picker = session.window.findChild<EmojiPicker *>();
     if (picker == nullptr)
         return;
-    if (dice.chance(30))
+    if (random.chance(30))
         interrupt();
     const QList<QPushButton *> emojis = picker->findChildren<QPushButton *>();
-    if (dice.chance(80))
-        dice.pick(emojis)->click();
+    if (random.chance(80))
+        random.pick(emojis)->click();
     else
         picker->close();
     model.enterText(probe.inputLine().text());
@@ -435,7 +435,7 @@ void RandomUser::insertEmoji()
 
 void RandomUser::resize()
 {
-    session.window.resize(300 + dice.below(1200), 200 + dice.below(700));
+    session.window.resize(300 + random.below(1200), 200 + random.below(700));
 }
 
 void RandomUser::dragSplitter()
@@ -445,6 +445,6 @@ void RandomUser::dragSplitter()
         return;
     const QPoint middle = handle->rect().center();
     QTest::mousePress(handle, Qt::LeftButton, {}, middle);
-    QTest::mouseMove(handle, middle + QPoint(dice.below(200) - 100, 0));
+    QTest::mouseMove(handle, middle + QPoint(random.below(200) - 100, 0));
     QTest::mouseRelease(handle, Qt::LeftButton, {}, middle);
 }

@@ -14,14 +14,14 @@ class QMenu;
 /// with it; all of it is told to a model of the window, and compared.
 ///
 /// The user answers every dialog and menu, sometimes only after lines have come in or the link has
-/// gone meanwhile. The session and the dice must outlive the user; nothing else may be done to the
-/// session from then on.
+/// gone meanwhile. The session and the random must outlive the user; nothing else may be done to
+/// the session from then on.
 class RandomUser final
 {
     Q_DISABLE_COPY_MOVE(RandomUser)
 
 public:
-    struct Tally
+    struct Counts
     {
         int linesSent = 0;
         int answers = 0; ///< To dialogs and menus.
@@ -29,15 +29,15 @@ public:
     };
 
     /// Mixes the lines of `recording` into the server's.
-    RandomUser(WindowSession &used, Dice &thrown, const QStringList &recording);
+    RandomUser(WindowSession &used, RandomSource &source, const QStringList &recording);
 
     /// Does one thing and waits until all is quiet. Returns what is not as it should be then, or an
     /// empty text.
     [[nodiscard]] QString step();
     /// What the latest steps were.
-    [[nodiscard]] QString trail() const;
+    [[nodiscard]] QString recentSteps() const;
     /// How much has happened.
-    [[nodiscard]] Tally tally() const { return done; }
+    [[nodiscard]] Counts counts() const { return done; }
 
 private:
     struct Action
@@ -113,12 +113,12 @@ private:
 
     WindowSession &session;
     const MainWindowProbe &probe;
-    Dice &dice;
+    RandomSource &random;
     RandomLines lines;
     SessionModel model{session.probe.connection()};
     ModalAnswers answers;
     Answer latest;
     QStringList steps;
-    Tally done;
+    Counts done;
     QString failure;
 };

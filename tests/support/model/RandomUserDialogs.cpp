@@ -87,7 +87,7 @@ void RandomUser::editTopic()
 
 void RandomUser::readInfo()
 {
-    session.choose(dice.chance(50) ? u"About Velmora"_s : u"Help"_s);
+    session.choose(random.chance(50) ? u"About Velmora"_s : u"Help"_s);
 }
 
 void RandomUser::useConnectDialog()
@@ -98,8 +98,8 @@ void RandomUser::useConnectDialog()
         return;
     }
     auto *rows = dialog->findChild<QListWidget *>();
-    const int row = dice.below(qMax(1, rows->count()));
-    switch (dice.below(6)) {
+    const int row = random.below(qMax(1, rows->count()));
+    switch (random.below(6)) {
     case 0:
         rows->setCurrentRow(row);
         break;
@@ -114,7 +114,7 @@ void RandomUser::useConnectDialog()
         break;
     default:
         dialog->findChild<QPushButton *>(
-                      dice.pick(QStringList{u"addButton"_s, u"editButton"_s, u"deleteButton"_s}))
+                      random.pick(QStringList{u"addButton"_s, u"editButton"_s, u"deleteButton"_s}))
                 ->click();
     }
 }
@@ -127,7 +127,7 @@ void RandomUser::usePreferences()
         return;
     }
     const auto *box = dialog->findChild<QDialogButtonBox *>();
-    switch (dice.below(4)) {
+    switch (random.below(4)) {
     case 0:
         box->button(QDialogButtonBox::Ok)->click();
         model.applyPreferences();
@@ -140,7 +140,7 @@ void RandomUser::usePreferences()
         box->button(QDialogButtonBox::Cancel)->click();
         break;
     default:
-        dice.pick(dialog->findChild<QTabWidget *>()->findChildren<QPushButton *>())->click();
+        random.pick(dialog->findChild<QTabWidget *>()->findChildren<QPushButton *>())->click();
     }
 }
 
@@ -151,7 +151,7 @@ void RandomUser::interrupt()
 {
     if (!isConnected())
         return;
-    if (dice.chance(10)) {
+    if (random.chance(10)) {
         losesLink();
         return;
     }
@@ -164,7 +164,7 @@ void RandomUser::answer(QWidget *shown)
 {
     ++done.answers;
     const QPointer<QWidget> guard = shown;
-    if (dice.chance(30))
+    if (random.chance(30))
         interrupt();
     QWidget *left = guard.data();
     if (left == nullptr || !left->isVisible())
@@ -179,11 +179,11 @@ void RandomUser::answerMenu(QMenu *menu)
 {
     QList<QAction *> entries = menu->actions();
     entries.removeIf([](const QAction *entry) { return entry->isSeparator(); });
-    if (entries.isEmpty() || dice.chance(20)) {
+    if (entries.isEmpty() || random.chance(20)) {
         menu->close();
         return;
     }
-    QAction *entry = dice.pick(entries);
+    QAction *entry = random.pick(entries);
     steps.last() += u" > "_s + entry->text();
     latest.entry = entry->text();
     menu->setActiveAction(entry);
@@ -193,23 +193,23 @@ void RandomUser::answerMenu(QMenu *menu)
 void RandomUser::answerDialog(QDialog *dialog)
 {
     if (const auto *box = qobject_cast<QMessageBox *>(dialog)) {
-        dice.pick(box->buttons())->click();
+        random.pick(box->buttons())->click();
         return;
     }
-    const bool accepts = dice.chance(70);
+    const bool accepts = random.chance(70);
     QString text;
     if (const auto *editor = qobject_cast<EditTopicDialog *>(dialog)) {
         editor->findChild<QTextEdit *>()->setPlainText(lines.text());
-        if (dice.chance(30))
-            editor->findChild<QToolBar *>()->actions().at(dice.below(5))->trigger();
+        if (random.chance(30))
+            editor->findChild<QToolBar *>()->actions().at(random.below(5))->trigger();
         text = editor->newTopic();
     } else if (qobject_cast<ServerEditDialog *>(dialog) != nullptr) {
         // Never the server in use, whose record the next link is made with.
         const QList<QLineEdit *> fields = dialog->findChildren<QLineEdit *>();
-        fields.first()->setText(u"irc%1.example.org"_s.arg(dice.below(5)));
+        fields.first()->setText(u"irc%1.example.org"_s.arg(random.below(5)));
     } else if (auto *edit = dialog->findChild<QLineEdit *>();
                edit != nullptr && isPrompt(*dialog)) {
-        text = dice.pick(QStringList{QString(), u"mine"_s, lines.channel(), u"some text"_s});
+        text = random.pick(QStringList{QString(), u"mine"_s, lines.channel(), u"some text"_s});
         edit->setText(text);
     }
     latest.cameUp = true;

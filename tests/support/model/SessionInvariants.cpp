@@ -126,7 +126,7 @@ void comparePeople(Comparison &result, const MainWindowProbe &probe, const Sessi
 
 } // namespace
 
-QString SessionInvariants::broken(const MainWindowProbe &probe)
+QString SessionInvariants::findViolation(const MainWindowProbe &probe)
 {
     Comparison result;
     const MyTabWidget &tabs = probe.tabWidget();
@@ -151,7 +151,7 @@ QString SessionInvariants::broken(const MainWindowProbe &probe)
     return result.found;
 }
 
-QString SessionInvariants::difference(const MainWindowProbe &probe, const SessionModel &model)
+QString SessionInvariants::findDifference(const MainWindowProbe &probe, const SessionModel &model)
 {
     Comparison result;
     QStringList texts;

@@ -10,10 +10,10 @@ namespace SessionInvariants {
 
 /// The first thing in which the window and its own books do not fit together, whatever happened
 /// before; empty if there is none.
-[[nodiscard]] QString broken(const MainWindowProbe &probe);
+[[nodiscard]] QString findViolation(const MainWindowProbe &probe);
 
 /// The first thing in which the window is not what the rules make of all that happened to it; empty
 /// if there is none.
-[[nodiscard]] QString difference(const MainWindowProbe &probe, const SessionModel &model);
+[[nodiscard]] QString findDifference(const MainWindowProbe &probe, const SessionModel &model);
 
 } // namespace SessionInvariants

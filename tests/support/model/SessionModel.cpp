@@ -42,7 +42,7 @@ SessionModel::SessionModel(const IRCConnection &heard)
     hearWhois();
 }
 
-QStringList SessionModel::takeExpected()
+QStringList SessionModel::readExpected()
 {
     return std::exchange(expected, {});
 }

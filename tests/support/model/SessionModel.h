@@ -84,7 +84,7 @@ public:
     void doubleClickListRow(const QString &channel);
 
     /// What the client has to have sent since the last call, or since the link came up.
-    [[nodiscard]] QStringList takeExpected();
+    [[nodiscard]] QStringList readExpected();
     [[nodiscard]] bool isOwnNick(const QString &nick) const;
 
     // What the window has to show and to hold

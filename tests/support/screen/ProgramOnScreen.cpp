@@ -87,12 +87,12 @@ QPoint ProgramOnScreen::inputLine() const
     return window.bottomLeft() + InputFromBottomLeft;
 }
 
-bool ProgramOnScreen::say(const QString &text)
+bool ProgramOnScreen::typeLine(const QString &text)
 {
     return screen.click(inputLine()) && screen.type(text) && screen.press(u"Return"_s);
 }
 
-int ProgramOnScreen::shownLines() const
+int ProgramOnScreen::visibleLines() const
 {
     QRect stamps = window.marginsRemoved(ViewMargins);
     stamps.setWidth(StampWidth);
@@ -101,7 +101,7 @@ int ProgramOnScreen::shownLines() const
 
 bool ProgramOnScreen::waitForLines(int count) const
 {
-    return screen.waitFor([&] { return shownLines() == count; });
+    return screen.waitFor([&] { return visibleLines() == count; });
 }
 
 QRect ProgramOnScreen::tabBar() const
@@ -111,12 +111,12 @@ QRect ProgramOnScreen::tabBar() const
 
 QRect ProgramOnScreen::currentTab() const
 {
-    return screen.findPoints(tabBar(), CurrentTabColour, CurrentTabDistance);
+    return screen.findPixels(tabBar(), CurrentTabColour, CurrentTabDistance);
 }
 
 QRect ProgramOnScreen::tabs() const
 {
-    return currentTab() | screen.findPoints(tabBar(), TabFrameColour, TabFrameDistance);
+    return currentTab() | screen.findPixels(tabBar(), TabFrameColour, TabFrameDistance);
 }
 
 QRect ProgramOnScreen::channelNames() const

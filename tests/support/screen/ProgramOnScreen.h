@@ -39,10 +39,10 @@ public:
     /// A point of the input line.
     [[nodiscard]] QPoint inputLine() const;
     /// Clicks into the input line, types the text and presses Return.
-    [[nodiscard]] bool say(const QString &text);
+    [[nodiscard]] bool typeLine(const QString &text);
 
     /// How many lines the open tab shows, by their time stamps.
-    [[nodiscard]] int shownLines() const;
+    [[nodiscard]] int visibleLines() const;
     /// Waits until the open tab shows so many lines.
     [[nodiscard]] bool waitForLines(int count) const;
 

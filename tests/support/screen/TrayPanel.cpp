@@ -32,8 +32,8 @@ bool TrayPanel::start()
 
 QPoint TrayPanel::icon() const
 {
-    const QRect corner(screen.picture().width() - Width, 0, Width, Height);
-    const QRect found = screen.findPoints(corner, IconColour, IconDistance);
+    const QRect corner(screen.screenshot().width() - Width, 0, Width, Height);
+    const QRect found = screen.findPixels(corner, IconColour, IconDistance);
     return found.width() > IconSize && found.height() > IconSize ? found.center() : QPoint();
 }
 

@@ -126,24 +126,24 @@ QProcessEnvironment VirtualScreen::environment() const
     return result;
 }
 
-QImage VirtualScreen::picture() const
+QImage VirtualScreen::screenshot() const
 {
     QFile file(folder.filePath(u"Xvfb_screen0"_s));
     return file.open(QIODevice::ReadOnly) ? readDump(file.readAll()) : QImage();
 }
 
-int VirtualScreen::countPoints(QRgb colour, int distance) const
+int VirtualScreen::countPixels(QRgb colour, int distance) const
 {
-    const QImage now = picture();
+    const QImage now = screenshot();
     int count = 0;
     for (int y = 0; y < now.height(); ++y)
         count += countInRow(now, y, 0, now.width(), colour, distance);
     return count;
 }
 
-QRect VirtualScreen::findPoints(const QRect &area, QRgb colour, int distance) const
+QRect VirtualScreen::findPixels(const QRect &area, QRgb colour, int distance) const
 {
-    const QImage now = picture();
+    const QImage now = screenshot();
     const QRect seen = area & now.rect();
     QRect found;
     for (int y = seen.top(); y <= seen.bottom(); ++y) {
@@ -157,7 +157,7 @@ QRect VirtualScreen::findPoints(const QRect &area, QRgb colour, int distance) co
 
 int VirtualScreen::countTextRows(const QRect &area, QRgb colour, int distance) const
 {
-    const QImage now = picture();
+    const QImage now = screenshot();
     const QRect seen = area & now.rect();
     int rows = 0;
     int blank = RowGap;
@@ -170,9 +170,9 @@ int VirtualScreen::countTextRows(const QRect &area, QRgb colour, int distance) c
     return rows;
 }
 
-int VirtualScreen::countChanges(const QImage &before) const
+int VirtualScreen::countChangedPixels(const QImage &before) const
 {
-    const QImage now = picture();
+    const QImage now = screenshot();
     if (now.size() != before.size())
         return now.width() * now.height();
     int count = 0;
@@ -194,10 +194,10 @@ bool VirtualScreen::waitFor(const std::function<bool()> &condition) const
         nextLook.setRemainingTime(LookInterval);
         return holds;
     };
-    return QTest::qWaitFor(isSeen, Patience);
+    return QTest::qWaitFor(isSeen, WaitTimeout);
 }
 
-QRect VirtualScreen::whenStill(const std::function<QRect()> &look) const
+QRect VirtualScreen::waitUntilStable(const std::function<QRect()> &look) const
 {
     QRect found;
     const auto isStill = [&] {
@@ -207,10 +207,10 @@ QRect VirtualScreen::whenStill(const std::function<QRect()> &look) const
     return waitFor(isStill) ? found : QRect();
 }
 
-void VirtualScreen::keep(const QString &name) const
+void VirtualScreen::saveScreenshot(const QString &name) const
 {
     const QString file = QDir::current().absoluteFilePath(name + u".png");
-    if (picture().save(file))
+    if (screenshot().save(file))
         qInfo("Screenshot: %s", qPrintable(file));
 }
 
@@ -248,16 +248,17 @@ bool VirtualScreen::press(const QString &key) const
 
 bool VirtualScreen::click(QPoint place, int button) const
 {
-    return point(place) && run({u"click"_s, QString::number(button)});
+    return moveMouse(place) && run({u"click"_s, QString::number(button)});
 }
 
 bool VirtualScreen::doubleClick(QPoint place) const
 {
     // With a pause between them, the two clicks of a busy machine are too far apart.
-    return point(place) && run({u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"0"_s, u"1"_s});
+    return moveMouse(place)
+           && run({u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"0"_s, u"1"_s});
 }
 
-bool VirtualScreen::point(QPoint place) const
+bool VirtualScreen::moveMouse(QPoint place) const
 {
     return run({u"mousemove"_s, QString::number(place.x()), QString::number(place.y())});
 }
@@ -277,7 +278,7 @@ bool VirtualScreen::run(const QStringList &arguments, QString *output) const
 {
     Child tool;
     tool.setProcessEnvironment(environment());
-    if (!tool.launch(u"xdotool"_s, arguments) || !tool.waitForFinished(Patience))
+    if (!tool.launch(u"xdotool"_s, arguments) || !tool.waitForFinished(WaitTimeout))
         return false;
     if (output != nullptr)
         *output = QString::fromLocal8Bit(tool.readAllStandardOutput());

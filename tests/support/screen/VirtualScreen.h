@@ -29,19 +29,19 @@ public:
     [[nodiscard]] QProcessEnvironment environment() const;
 
     /// What the screen shows now.
-    [[nodiscard]] QImage picture() const;
+    [[nodiscard]] QImage screenshot() const;
     /// How many points of the screen are no farther than `distance` from the colour, in each of
     /// red, green and blue.
-    [[nodiscard]] int countPoints(QRgb colour, int distance = 0) const;
+    [[nodiscard]] int countPixels(QRgb colour, int distance = 0) const;
 
     /// The smallest rectangle with all those points of the area; empty if there are none.
-    [[nodiscard]] QRect findPoints(const QRect &area, QRgb colour, int distance) const;
+    [[nodiscard]] QRect findPixels(const QRect &area, QRgb colour, int distance) const;
 
     /// How many rows of text an area shows that has nothing but text of this colour on a plain
     /// ground: what lies at least three lines of the screen apart is a row of its own.
     [[nodiscard]] int countTextRows(const QRect &area, QRgb colour, int distance) const;
     /// How many points differ between the picture and what the screen shows now.
-    [[nodiscard]] int countChanges(const QImage &before) const;
+    [[nodiscard]] int countChangedPixels(const QImage &before) const;
 
     /// Waits until `condition` holds, which is for whatever changes outside of this process: each
     /// look starts a program or reads the whole picture, so there are few of them. False if it did
@@ -51,10 +51,10 @@ public:
     /// What `look` finds when it has found the same twice in a row, and so nothing is being painted
     /// there any more; waits also until it finds anything at all. Empty if that does not come
     /// about.
-    [[nodiscard]] QRect whenStill(const std::function<QRect()> &look) const;
+    [[nodiscard]] QRect waitUntilStable(const std::function<QRect()> &look) const;
 
     /// Keeps a picture of the screen under this name in the current folder, and says where.
-    void keep(const QString &name) const;
+    void saveScreenshot(const QString &name) const;
 
     /// The title of the window that has the keyboard.
     [[nodiscard]] QString activeTitle() const;
@@ -69,7 +69,7 @@ public:
     bool click(QPoint point, int button = 1) const;
     bool doubleClick(QPoint point) const;
     /// Moves the mouse without a click.
-    bool point(QPoint place) const;
+    bool moveMouse(QPoint place) const;
     /// Asks for the window with this title to lie before the others and to have the keyboard. False
     /// if there is none yet.
     [[nodiscard]] bool activate(const QString &title) const;

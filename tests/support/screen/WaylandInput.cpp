@@ -231,7 +231,7 @@ bool WaylandInput::readEvents()
 {
     pollfd wait{connection, POLLIN, 0};
     std::array<char, 65536> buffer{};
-    if (::poll(&wait, 1, Patience) != 1)
+    if (::poll(&wait, 1, WaitTimeout) != 1)
         return false;
     const ssize_t size = ::recv(connection, buffer.data(), buffer.size(), 0);
     if (size <= 0)

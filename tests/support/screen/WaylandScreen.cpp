@@ -121,7 +121,7 @@ bool WaylandScreen::startSway()
         control = findSocket(session.path(), u"sway-ipc*"_s);
         return !display.isEmpty() && !control.isEmpty();
     };
-    if (sway.launch(command.first(), command.mid(1)) && QTest::qWaitFor(isReady, Patience))
+    if (sway.launch(command.first(), command.mid(1)) && QTest::qWaitFor(isReady, WaitTimeout))
         return true;
     reason = u"sway does not start: %1"_s.arg(QString::fromLocal8Bit(sway.readAllStandardError()));
     return false;
@@ -160,7 +160,7 @@ QRect WaylandScreen::waitForFocus(const QString &title) const
         nextLook.setRemainingTime(LookInterval);
         return !content.isEmpty() && content == before;
     };
-    return QTest::qWaitFor(hasFocus, Patience) ? content : QRect();
+    return QTest::qWaitFor(hasFocus, WaitTimeout) ? content : QRect();
 }
 
 bool WaylandScreen::copy(const QString &text, bool primary) const
@@ -180,7 +180,7 @@ QString WaylandScreen::pasted(bool primary) const
     return run(u"wl-paste"_s, arguments);
 }
 
-void WaylandScreen::keep(const QString &name) const
+void WaylandScreen::saveScreenshot(const QString &name) const
 {
     const QString file = QDir::current().absoluteFilePath(name + u".png");
     run(u"grim"_s, {file});
@@ -191,7 +191,7 @@ QString WaylandScreen::run(const QString &program, const QStringList &arguments)
 {
     Child tool;
     tool.setProcessEnvironment(environment());
-    if (!tool.launch(program, arguments) || !tool.waitForFinished(Patience))
+    if (!tool.launch(program, arguments) || !tool.waitForFinished(WaitTimeout))
         return {};
     return QString::fromUtf8(tool.readAllStandardOutput());
 }

@@ -47,7 +47,7 @@ public:
     [[nodiscard]] QString pasted(bool primary) const;
 
     /// Saves a screenshot with this name in the current folder and prints its path.
-    void keep(const QString &name) const;
+    void saveScreenshot(const QString &name) const;
 
     WaylandInput input;
 

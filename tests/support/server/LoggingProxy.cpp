@@ -31,7 +31,7 @@ quint16 LoggingProxy::port() const
     return towardsProgram.port();
 }
 
-void LoggingProxy::leadTo(quint16 port)
+void LoggingProxy::redirectTo(quint16 port)
 {
     serverPort = port;
 }
@@ -53,7 +53,7 @@ qsizetype LoggingProxy::countFromProgram(const QString &line) const
 
 bool LoggingProxy::waitForProgram(const QString &line, int times) const
 {
-    return QTest::qWaitFor([&] { return countFromProgram(line) >= times; }, Patience);
+    return QTest::qWaitFor([&] { return countFromProgram(line) >= times; }, WaitTimeout);
 }
 
 bool LoggingProxy::waitForServer(const QString &text) const
@@ -66,7 +66,7 @@ bool LoggingProxy::waitForServer(const QString &text) const
                 }
                 return false;
             },
-            Patience);
+            WaitTimeout);
 }
 
 bool LoggingProxy::waitForEnd(int connections) const

@@ -17,7 +17,7 @@ class LoggingProxy final : public QObject
     Q_DISABLE_COPY_MOVE(LoggingProxy)
 
 public:
-    enum class Joins { AsTheyAre, Rewritten };
+    enum class Joins { Unchanged, Rewritten };
 
     LoggingProxy(quint16 port, Joins treatment, QObject *parent = nullptr);
 
@@ -25,7 +25,7 @@ public:
     [[nodiscard]] quint16 port() const;
 
     /// Further connections go to this port instead.
-    void leadTo(quint16 port);
+    void redirectTo(quint16 port);
 
     /// The byte stream that the program sent in its latest connection.
     [[nodiscard]] QByteArray bytesFromProgram() const;

@@ -12,7 +12,7 @@ PlainClient::PlainClient()
     QObject::connect(&socket, &QTcpSocket::readyRead, &socket, [this] { read(); });
 }
 
-bool PlainClient::enter(quint16 port, const QString &nick)
+bool PlainClient::registerAt(quint16 port, const QString &nick)
 {
     socket.connectToHost(QHostAddress::LocalHost, port);
     send(u"NICK %1"_s.arg(nick));
@@ -32,7 +32,7 @@ QStringList PlainClient::lines() const
 
 bool PlainClient::waitFor(const QString &text) const
 {
-    return QTest::qWaitFor([&] { return !heard.filter(text).isEmpty(); }, Patience);
+    return QTest::qWaitFor([&] { return !heard.filter(text).isEmpty(); }, WaitTimeout);
 }
 
 void PlainClient::read()

@@ -13,7 +13,7 @@ public:
     PlainClient();
 
     /// Connects and registers; false if the server doesn't welcome the nick.
-    [[nodiscard]] bool enter(quint16 port, const QString &nick);
+    [[nodiscard]] bool registerAt(quint16 port, const QString &nick);
 
     void send(const QString &line);
 

@@ -72,7 +72,7 @@ int ScriptedServer::clientCount() const
     return static_cast<int>(clients.size());
 }
 
-bool ScriptedServer::isThere(int client) const
+bool ScriptedServer::isConnected(int client) const
 {
     return socketOf(client) != nullptr;
 }
@@ -108,7 +108,7 @@ void ScriptedServer::close(int client)
         socket->disconnectFromHost();
 }
 
-void ScriptedServer::cut(int client)
+void ScriptedServer::abort(int client)
 {
     if (QTcpSocket *socket = socketOf(client))
         socket->abort();
@@ -126,7 +126,7 @@ bool ScriptedServer::waitForLine(const QString &line, int client, int times) con
 
 bool ScriptedServer::waitForEnd(int client) const
 {
-    return waitUntil([this, client] { return !isThere(client); });
+    return waitUntil([this, client] { return !isConnected(client); });
 }
 
 void ScriptedServer::admit(QTcpSocket *socket)

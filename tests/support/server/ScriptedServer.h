@@ -50,7 +50,7 @@ public:
 
     /// How many clients have ever come.
     [[nodiscard]] int clientCount() const;
-    [[nodiscard]] bool isThere(int client = Latest) const;
+    [[nodiscard]] bool isConnected(int client = Latest) const;
 
     /// Everything that the client has sent, byte by byte.
     [[nodiscard]] QByteArray received(int client = Latest) const;
@@ -64,7 +64,7 @@ public:
     /// Closes the link when all is sent.
     void close(int client = Latest);
     /// Drops the link at once, so that the client sees a reset.
-    void cut(int client = Latest);
+    void abort(int client = Latest);
 
     /// Waits until `count` clients have come in all.
     [[nodiscard]] bool waitForClient(int count = 1) const;

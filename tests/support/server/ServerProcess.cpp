@@ -28,7 +28,7 @@ QByteArray nameOfServerOn(quint16 port)
 {
     QTcpSocket probe;
     probe.connectToHost(QHostAddress::LocalHost, port);
-    if (!probe.waitForConnected(Patience))
+    if (!probe.waitForConnected(WaitTimeout))
         return {};
     // Whoever has not registered is refused it, in the server's name.
     probe.write("LIST\r\n");
@@ -70,7 +70,7 @@ void ServerProcess::kill()
     if (process.state() == QProcess::NotRunning)
         return;
     process.kill();
-    process.waitForFinished(Patience);
+    process.waitForFinished(WaitTimeout);
 }
 
 QString ServerProcess::name() const
@@ -111,13 +111,13 @@ bool ServerProcess::startOn(quint16 candidate)
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
     process.start(program, recipe.arguments + QStringList{fileName});
-    if (!process.waitForStarted(Patience))
+    if (!process.waitForStarted(WaitTimeout))
         return false;
     QByteArray name;
     const auto somebodyAnswers = [&] {
         name = nameOfServerOn(usedPort);
         return !name.isEmpty() || process.state() != QProcess::Running;
     };
-    return QTest::qWaitFor(somebodyAnswers, Patience) && process.state() == QProcess::Running
+    return QTest::qWaitFor(somebodyAnswers, WaitTimeout) && process.state() == QProcess::Running
            && name == ownName.toUtf8();
 }

@@ -96,7 +96,7 @@ QStringList SessionLog::raw() const
 
 bool SessionLog::waitFor(const QString &entry, int times) const
 {
-    return QTest::qWaitFor([&] { return calls.count(entry) >= times; }, Patience);
+    return QTest::qWaitFor([&] { return calls.count(entry) >= times; }, WaitTimeout);
 }
 
 void SessionLog::clear()

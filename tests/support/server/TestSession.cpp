@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-void TestSession::dial(const QString &nick)
+void TestSession::startConnecting(const QString &nick)
 {
     connection.connectToServer(u"localhost"_s, server.port(), nick, u"Real Name"_s, isSecure);
 }
@@ -15,7 +15,7 @@ void TestSession::dial(const QString &nick)
 bool TestSession::open(const QString &nick)
 {
     const int clients = server.clientCount();
-    dial(nick);
+    startConnecting(nick);
     // As the program's event loop does before the new socket connects; qWaitFor() may do it later.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     const bool isUp = server.waitForClient(clients + 1)
@@ -38,5 +38,5 @@ bool TestSession::settle()
 {
     const QString mark = u"MARK %1"_s.arg(++marks);
     server.send(mark);
-    return QTest::qWaitFor([&] { return log.raw().contains(mark); }, Patience);
+    return QTest::qWaitFor([&] { return log.raw().contains(mark); }, WaitTimeout);
 }

@@ -15,7 +15,7 @@ struct TestSession final
     }
 
     /// Begins to connect to the server as `nick`, "Real Name".
-    void dial(const QString &nick = QStringLiteral("me"));
+    void startConnecting(const QString &nick = QStringLiteral("me"));
 
     /// Dials, waits until both sides know of each other, and forgets what was told meanwhile.
     /// The server has got the two lines of the registration by then.

@@ -21,7 +21,7 @@ bool makeCertificate(const QString &keyFile, const QString &certificateFile, con
                               u"-keyout"_s, keyFile, u"-out"_s, certificateFile, u"-subj"_s,
                               u"/CN="_s + name}
                           + more);
-    return openssl.waitForFinished(Patience) && openssl.exitStatus() == QProcess::NormalExit
+    return openssl.waitForFinished(WaitTimeout) && openssl.exitStatus() == QProcess::NormalExit
            && openssl.exitCode() == 0;
 }
 

@@ -117,7 +117,7 @@ QStringList MainWindowProbe::users() const
     return texts;
 }
 
-QPoint MainWindowProbe::placeOfUser(const QString &entry) const
+QPoint MainWindowProbe::positionOfUser(const QString &entry) const
 {
     const auto *item = window.userList->findItems(entry, Qt::MatchExactly).value(0);
     return window.userList->visualItemRect(item).center();

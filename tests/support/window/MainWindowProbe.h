@@ -123,7 +123,7 @@ public:
     /// The texts of the visible user list from top to bottom.
     [[nodiscard]] QStringList users() const;
     /// Where the entry with this text stands in the visible user list, at its middle.
-    [[nodiscard]] QPoint placeOfUser(const QString &entry) const;
+    [[nodiscard]] QPoint positionOfUser(const QString &entry) const;
     /// What the completion popup can offer, in its order.
     [[nodiscard]] QStringList completions() const;
     /// The user list's share of the splitter's width, in per cent.

@@ -49,10 +49,10 @@ Wanted *childWithText(const QObject *parent, const QString &text)
 
 // Entries of the window's menus that open a loop.
 template <const QString &Entry>
-void openByEntry(LoopScene &scene)
+void openByEntry(NestedLoopFixture &fixture)
 {
-    scene.awaitDialog();
-    scene.session.choose(Entry);
+    fixture.awaitDialog();
+    fixture.session.choose(Entry);
 }
 const auto About = u"About Velmora"_s;
 const auto Away = u"Marked Away..."_s;
@@ -63,106 +63,106 @@ const auto Nick = u"Change Nick..."_s;
 // ---------------------------------------------------------------------------------------------
 // Menus over the main window
 
-void openTabMenu(LoopScene &scene)
+void openTabMenu(NestedLoopFixture &fixture)
 {
-    scene.awaitMenu();
-    HighlightTabBar &bar = scene.session.probe.tabBar();
+    fixture.awaitMenu();
+    HighlightTabBar &bar = fixture.session.probe.tabBar();
     rightClick(bar, bar.tabRect(1).center());
 }
 
-void openMenuOfUser(LoopScene &scene, const QString &entry)
+void openMenuOfUser(NestedLoopFixture &fixture, const QString &entry)
 {
-    const MainWindowProbe &probe = scene.session.probe;
-    rightClick(*probe.userList().viewport(), probe.placeOfUser(entry));
+    const MainWindowProbe &probe = fixture.session.probe;
+    rightClick(*probe.userList().viewport(), probe.positionOfUser(entry));
 }
 
-void openUserMenu(LoopScene &scene)
+void openUserMenu(NestedLoopFixture &fixture)
 {
-    scene.awaitMenu();
-    openMenuOfUser(scene, u"alice"_s);
+    fixture.awaitMenu();
+    openMenuOfUser(fixture, u"alice"_s);
 }
 
 template <const QString &Entry>
-void openByOwnMenu(LoopScene &scene)
+void openByOwnMenu(NestedLoopFixture &fixture)
 {
-    scene.answers.queueForMenu(ModalAnswers::choosing(Entry));
-    scene.awaitDialog();
-    openMenuOfUser(scene, u"@me"_s);
+    fixture.answers.queueForMenu(ModalAnswers::choosing(Entry));
+    fixture.awaitDialog();
+    openMenuOfUser(fixture, u"@me"_s);
 }
 
-void openListMenu(LoopScene &scene)
+void openListMenu(NestedLoopFixture &fixture)
 {
-    scene.awaitMenu();
-    scene.session.probe.showTab(u"List"_s);
-    QTreeWidget *tree = scene.session.probe.listTree();
+    fixture.awaitMenu();
+    fixture.session.probe.showTab(u"List"_s);
+    QTreeWidget *tree = fixture.session.probe.listTree();
     rightClick(*tree->viewport(), tree->visualItemRect(tree->topLevelItem(0)).center());
 }
 
 // ---------------------------------------------------------------------------------------------
 // The topic
 
-void editTopic(LoopScene &scene)
+void editTopic(NestedLoopFixture &fixture)
 {
-    scene.session.probe.tabs().value(u"#a"_s).editTopicBtn->click();
+    fixture.session.probe.tabs().value(u"#a"_s).editTopicBtn->click();
 }
 
-void openEditor(LoopScene &scene)
+void openEditor(NestedLoopFixture &fixture)
 {
-    scene.awaitDialog();
-    editTopic(scene);
+    fixture.awaitDialog();
+    editTopic(fixture);
 }
 
 template <const QString &Entry>
-void openByEditor(LoopScene &scene)
+void openByEditor(NestedLoopFixture &fixture)
 {
-    scene.answers.queueForDialog([&scene](QDialog *editor) {
-        scene.awaitDialog();
+    fixture.answers.queueForDialog([&fixture](QDialog *editor) {
+        fixture.awaitDialog();
         childWithText<QAction>(editor, Entry)->trigger();
         editor->accept();
     });
-    editTopic(scene);
+    editTopic(fixture);
 }
 const auto TextColor = u"Text Color"_s;
 const auto BackgroundColor = u"Background Color"_s;
 
-void openRefusal(LoopScene &scene)
+void openRefusal(NestedLoopFixture &fixture)
 {
-    scene.awaitDialog();
-    scene.session.probe.channelUsers().insert(u"#a"_s, {u"alice"_s, u"me"_s});
-    editTopic(scene);
+    fixture.awaitDialog();
+    fixture.session.probe.channelUsers().insert(u"#a"_s, {u"alice"_s, u"me"_s});
+    editTopic(fixture);
 }
 
-void openRefusalToJoin(LoopScene &scene)
+void openRefusalToJoin(NestedLoopFixture &fixture)
 {
-    scene.awaitDialog();
-    scene.session.choose(u"&Disconnect"_s);
-    scene.session.choose(Join);
+    fixture.awaitDialog();
+    fixture.session.choose(u"&Disconnect"_s);
+    fixture.session.choose(Join);
 }
 
 // ---------------------------------------------------------------------------------------------
 // The connect dialog
 
-ConnectDialog *openConnectDialog(LoopScene &scene)
+ConnectDialog *openConnectDialog(NestedLoopFixture &fixture)
 {
-    scene.session.choose(u"&Connect..."_s);
-    return scene.session.window.findChild<ConnectDialog *>();
+    fixture.session.choose(u"&Connect..."_s);
+    return fixture.session.window.findChild<ConnectDialog *>();
 }
 
-QListWidget *serverList(const LoopScene &scene)
+QListWidget *serverList(const NestedLoopFixture &fixture)
 {
-    return scene.session.window.findChild<ConnectDialog *>()->findChild<QListWidget *>();
+    return fixture.session.window.findChild<ConnectDialog *>()->findChild<QListWidget *>();
 }
 
-bool hasServer(const LoopScene &scene, const QString &address)
+bool hasServer(const NestedLoopFixture &fixture, const QString &address)
 {
-    return !serverList(scene)->findItems(address, Qt::MatchExactly).isEmpty();
+    return !serverList(fixture)->findItems(address, Qt::MatchExactly).isEmpty();
 }
 
 template <const QString &Button>
-void openByButton(LoopScene &scene)
+void openByButton(NestedLoopFixture &fixture)
 {
-    const ConnectDialog *dialog = openConnectDialog(scene);
-    scene.awaitDialog();
+    const ConnectDialog *dialog = openConnectDialog(fixture);
+    fixture.awaitDialog();
     dialog->findChild<QPushButton *>(Button)->click();
 }
 const auto Add = u"addButton"_s;
@@ -170,11 +170,11 @@ const auto Edit = u"editButton"_s;
 const auto Delete = u"deleteButton"_s;
 
 template <const QString &Button>
-void openWithoutSelection(LoopScene &scene)
+void openWithoutSelection(NestedLoopFixture &fixture)
 {
-    const ConnectDialog *dialog = openConnectDialog(scene);
-    serverList(scene)->setCurrentItem(nullptr);
-    scene.awaitDialog();
+    const ConnectDialog *dialog = openConnectDialog(fixture);
+    serverList(fixture)->setCurrentItem(nullptr);
+    fixture.awaitDialog();
     dialog->findChild<QPushButton *>(Button)->click();
 }
 
@@ -185,44 +185,44 @@ void saveForm(QWidget *form, const QString &host)
 }
 
 template <const QString &Button, const QString &Host>
-void openAfterForm(LoopScene &scene)
+void openAfterForm(NestedLoopFixture &fixture)
 {
-    const ConnectDialog *dialog = openConnectDialog(scene);
-    scene.answers.queueForDialog([](QDialog *form) { saveForm(form, Host); });
-    scene.awaitDialog();
+    const ConnectDialog *dialog = openConnectDialog(fixture);
+    fixture.answers.queueForDialog([](QDialog *form) { saveForm(form, Host); });
+    fixture.awaitDialog();
     dialog->findChild<QPushButton *>(Button)->click();
 }
 const auto OddHost = u"::1"_s;
 const auto ListedHost = u"irc.oftc.net"_s;
 
-void openConnectError(LoopScene &scene)
+void openConnectError(NestedLoopFixture &fixture)
 {
-    const ConnectDialog *dialog = openConnectDialog(scene);
+    const ConnectDialog *dialog = openConnectDialog(fixture);
     dialog->findChild<QLineEdit *>()->clear();
-    scene.awaitDialog();
+    fixture.awaitDialog();
     dialog->findChild<QPushButton *>(u"connectButton"_s)->click();
 }
 
-void openMenuOfServer(LoopScene &scene)
+void openMenuOfServer(NestedLoopFixture &fixture)
 {
-    openConnectDialog(scene);
-    QListWidget *list = serverList(scene);
+    openConnectDialog(fixture);
+    QListWidget *list = serverList(fixture);
     list->scrollToItem(list->currentItem());
     rightClick(*list->viewport(), list->visualItemRect(list->currentItem()).center());
 }
 
-void openServerMenu(LoopScene &scene)
+void openServerMenu(NestedLoopFixture &fixture)
 {
-    scene.awaitMenu();
-    openMenuOfServer(scene);
+    fixture.awaitMenu();
+    openMenuOfServer(fixture);
 }
 
 template <const QString &Entry>
-void openByServerMenu(LoopScene &scene)
+void openByServerMenu(NestedLoopFixture &fixture)
 {
-    scene.answers.queueForMenu(ModalAnswers::choosing(Entry));
-    scene.awaitDialog();
-    openMenuOfServer(scene);
+    fixture.answers.queueForMenu(ModalAnswers::choosing(Entry));
+    fixture.awaitDialog();
+    openMenuOfServer(fixture);
 }
 const auto EditEntry = u"Edit"_s;
 const auto DeleteEntry = u"Delete"_s;
@@ -230,18 +230,18 @@ const auto DeleteEntry = u"Delete"_s;
 // ---------------------------------------------------------------------------------------------
 // The preferences
 
-const PreferencesDialog *preferences(const LoopScene &scene)
+const PreferencesDialog *preferences(const NestedLoopFixture &fixture)
 {
-    return scene.session.window.findChild<PreferencesDialog *>();
+    return fixture.session.window.findChild<PreferencesDialog *>();
 }
 
 template <const QString &Button>
-void openByPreferences(LoopScene &scene)
+void openByPreferences(NestedLoopFixture &fixture)
 {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    scene.session.choose(u"&Preferences..."_s);
-    scene.awaitDialog();
-    childWithText<QPushButton>(preferences(scene), Button)->click();
+    fixture.session.choose(u"&Preferences..."_s);
+    fixture.awaitDialog();
+    childWithText<QPushButton>(preferences(fixture), Button)->click();
 }
 const auto Font = u"Monaco 12"_s;
 const auto Image = u"Choose Image..."_s;
@@ -316,43 +316,43 @@ QString aFolder()
 // ---------------------------------------------------------------------------------------------
 // What comes of them
 
-bool isNothing(const LoopScene &)
+bool isNothing(const NestedLoopFixture &)
 {
     return true;
 }
 
 template <const QString &Channel>
-bool isAutojoined(const LoopScene &scene)
+bool isAutojoined(const NestedLoopFixture &fixture)
 {
-    return scene.session.probe.autojoinChannels() == QStringList{Channel};
+    return fixture.session.probe.autojoinChannels() == QStringList{Channel};
 }
 const auto OwnChannel = u"#a"_s;
 const auto ListedChannel = u"#b"_s;
 
-bool isChatOpen(const LoopScene &scene)
+bool isChatOpen(const NestedLoopFixture &fixture)
 {
-    return scene.session.probe.currentTabName() == "alice"_L1;
+    return fixture.session.probe.currentTabName() == "alice"_L1;
 }
 
-bool isAway(const LoopScene &scene)
+bool isAway(const NestedLoopFixture &fixture)
 {
-    return scene.session.probe.awayMessage() == "text"_L1;
+    return fixture.session.probe.awayMessage() == "text"_L1;
 }
 
-bool isNickPending(const LoopScene &scene)
+bool isNickPending(const NestedLoopFixture &fixture)
 {
-    return scene.session.probe.pendingNick() == "text"_L1;
+    return fixture.session.probe.pendingNick() == "text"_L1;
 }
 
-bool isJoining(const LoopScene &scene)
+bool isJoining(const NestedLoopFixture &fixture)
 {
-    return scene.session.server.waitForLine(u"JOIN #text"_s);
+    return fixture.session.server.waitForLine(u"JOIN #text"_s);
 }
 
 template <const QString &Topic>
-bool isTopic(const LoopScene &scene)
+bool isTopic(const NestedLoopFixture &fixture)
 {
-    return scene.session.probe.channelTopics().value(u"#a"_s) == Topic;
+    return fixture.session.probe.channelTopics().value(u"#a"_s) == Topic;
 }
 const auto Written = u"text"_s;
 const auto RedLetters = u"\u0003"
@@ -360,83 +360,83 @@ const auto RedLetters = u"\u0003"
 const auto RedGround = u"\u0003"
                        "0,4\u0003topic"_s;
 
-bool isNoTopicSent(const LoopScene &scene)
+bool isNoTopicSent(const NestedLoopFixture &fixture)
 {
-    return scene.session.server.lines().filter(u"TOPIC"_s).isEmpty();
+    return fixture.session.server.lines().filter(u"TOPIC"_s).isEmpty();
 }
 
-bool isServerAdded(const LoopScene &scene)
+bool isServerAdded(const NestedLoopFixture &fixture)
 {
-    return hasServer(scene, NewServer + u":6667"_s);
+    return hasServer(fixture, NewServer + u":6667"_s);
 }
 
-bool isServerEdited(const LoopScene &scene)
+bool isServerEdited(const NestedLoopFixture &fixture)
 {
-    return hasServer(scene, u"%1:%2"_s.arg(NewServer).arg(scene.session.server.port()));
+    return hasServer(fixture, u"%1:%2"_s.arg(NewServer).arg(fixture.session.server.port()));
 }
 
-bool isServerDeleted(const LoopScene &scene)
+bool isServerDeleted(const NestedLoopFixture &fixture)
 {
-    return !hasServer(scene, u"127.0.0.1:%1"_s.arg(scene.session.server.port()));
+    return !hasServer(fixture, u"127.0.0.1:%1"_s.arg(fixture.session.server.port()));
 }
 
-bool isServerFavorite(const LoopScene &)
+bool isServerFavorite(const NestedLoopFixture &)
 {
     return StoredServers::favoriteIds().size() == 1;
 }
 
-bool isListedServerSelected(const LoopScene &scene)
+bool isListedServerSelected(const NestedLoopFixture &fixture)
 {
-    return serverList(scene)->currentItem()->text() == ListedHost + u":6667"_s;
+    return serverList(fixture)->currentItem()->text() == ListedHost + u":6667"_s;
 }
 
-bool isFontTaken(const LoopScene &scene)
+bool isFontTaken(const NestedLoopFixture &fixture)
 {
-    return scene.session.probe.chatFont().family() == "DejaVu Serif"_L1;
+    return fixture.session.probe.chatFont().family() == "DejaVu Serif"_L1;
 }
 
-bool previewShows(const LoopScene &scene, const QString &text)
+bool previewShows(const NestedLoopFixture &fixture, const QString &text)
 {
-    const QList<QLabel *> labels = preferences(scene)->findChildren<QLabel *>();
+    const QList<QLabel *> labels = preferences(fixture)->findChildren<QLabel *>();
     return std::any_of(labels.cbegin(), labels.cend(),
                        [&text](const QLabel *label) { return label->styleSheet().contains(text); });
 }
 
-bool isImageShown(const LoopScene &scene)
+bool isImageShown(const NestedLoopFixture &fixture)
 {
-    return previewShows(scene, PreferencesForm::anImage());
+    return previewShows(fixture, PreferencesForm::imagePath());
 }
 
-bool isColorShown(const LoopScene &scene)
+bool isColorShown(const NestedLoopFixture &fixture)
 {
-    return previewShows(scene, u"#ff0000"_s);
+    return previewShows(fixture, u"#ff0000"_s);
 }
 
-bool isPathTaken(const LoopScene &scene)
+bool isPathTaken(const NestedLoopFixture &fixture)
 {
-    return childWithText<QLineEdit>(preferences(scene), aFolder()) != nullptr;
+    return childWithText<QLineEdit>(preferences(fixture), aFolder()) != nullptr;
 }
 
 } // namespace
 
-bool LoopScene::enter()
+bool NestedLoopFixture::joinChannels()
 {
-    const bool entered =
-            session.registerAs(u"me"_s) && session.join(u"#a"_s, u"@me alice"_s)
-            && session.sayAll({u":irc.test 332 me #a :topic"_s, u":irc.test 321 me :Channels"_s});
+    const bool entered = session.registerAs(u"me"_s) && session.join(u"#a"_s, u"@me alice"_s)
+                         && session.receiveAll({u":irc.test 332 me #a :topic"_s,
+                                                u":irc.test 321 me :Channels"_s});
     session.choose(u"Channel &List"_s);
     const bool listed =
-            session.sayAll({u":irc.test 322 me #b 9 :Topic"_s, u":irc.test 323 me :End"_s});
+            session.receiveAll({u":irc.test 322 me #b 9 :Topic"_s, u":irc.test 323 me :End"_s});
     session.probe.showTab(u"#a"_s);
     return entered && listed;
 }
 
-void LoopScene::awaitDialog()
+void NestedLoopFixture::awaitDialog()
 {
     answers.queueForDialog([this](QDialog *shown) { inside(shown); });
 }
 
-void LoopScene::awaitMenu()
+void NestedLoopFixture::awaitMenu()
 {
     answers.queueForMenu([this](QMenu *shown) { inside(shown); });
 }
@@ -477,7 +477,7 @@ const QList<NestedLoop> &NestedLoop::all()
             {"menu of a server", openServerMenu, chooseEntry<AddToFavorites>, isServerFavorite},
 
             {"chat font", openByPreferences<Font>, chooseFont, isFontTaken},
-            {"background image", openByPreferences<Image>, choosePath<PreferencesForm::anImage>,
+            {"background image", openByPreferences<Image>, choosePath<PreferencesForm::imagePath>,
              isImageShown},
             {"background color", openByPreferences<Color>, chooseRed, isColorShown},
             {"log path", openByPreferences<LogPath>, choosePath<aFolder>, isPathTaken},

@@ -10,15 +10,15 @@
 /// A window with a session, in which each of the program's nested loops can be opened.
 ///
 /// Make a `TemporaryStore` first.
-class LoopScene final
+class NestedLoopFixture final
 {
-    Q_DISABLE_COPY_MOVE(LoopScene)
+    Q_DISABLE_COPY_MOVE(NestedLoopFixture)
 
 public:
-    LoopScene() = default;
+    NestedLoopFixture() = default;
 
     /// Connects as "me", who is an operator in #a with alice, and lets the server tell of #b.
-    [[nodiscard]] bool enter();
+    [[nodiscard]] bool joinChannels();
 
     /// Queues what is to happen inside the loop, once the windows before it have their answers.
     void awaitDialog();
@@ -34,11 +34,11 @@ struct NestedLoop
 {
     const char *name = nullptr;
     /// Opens it in the way of a user; the call returns when the loop has ended.
-    void (*open)(LoopScene &scene) = nullptr;
+    void (*open)(NestedLoopFixture &fixture) = nullptr;
     /// Answers it as one who wants what it offers.
     void (*answer)(QWidget *shown) = nullptr;
     /// Whether that has come of it.
-    bool (*isDone)(const LoopScene &scene) = nullptr;
+    bool (*isDone)(const NestedLoopFixture &fixture) = nullptr;
 
     /// Each way to each of them, those through others included.
     [[nodiscard]] static const QList<NestedLoop> &all();

@@ -15,7 +15,7 @@
 
 using namespace Qt::StringLiterals;
 
-QString PreferencesForm::anImage()
+QString PreferencesForm::imagePath()
 {
     static const QTemporaryDir folder;
     const QString path = folder.filePath(u"a picture.png"_s);
@@ -44,7 +44,7 @@ QList<PreferenceCase> PreferencesForm::preferencesWithField()
             {u"emojiSize"_s, u"20"_s, u"48"_s},
             {u"logEnabled"_s, u"false"_s, u"true"_s},
             {u"logPath"_s, u""_s, u"/tmp/logs of mine"_s},
-            {u"chatBgImage"_s, u""_s, anImage()},
+            {u"chatBgImage"_s, u""_s, imagePath()},
             {u"chatBgColor"_s, u""_s, u"#123456"_s},
             {u"autoReconnect"_s, u"true"_s, u"false"_s},
             {u"reconnectDelay"_s, u"10"_s, u"300"_s},
@@ -62,11 +62,11 @@ QList<PreferenceCase> PreferencesForm::allPreferences()
 void PreferencesForm::addTestRows()
 {
     QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("byDefault");
+    QTest::addColumn<QString>("defaultValue");
     QTest::addColumn<QString>("other");
     const QList<PreferenceCase> preferences = preferencesWithField();
-    for (const auto &[key, byDefault, other] : preferences)
-        QTest::newRow(qUtf8Printable(key)) << key << byDefault << other;
+    for (const auto &[key, defaultValue, other] : preferences)
+        QTest::newRow(qUtf8Printable(key)) << key << defaultValue << other;
 }
 
 QMap<QString, QString> PreferencesForm::stored()

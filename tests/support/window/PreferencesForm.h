@@ -20,7 +20,7 @@ class WindowSession;
 struct PreferenceCase
 {
     QString key;
-    QString byDefault;
+    QString defaultValue;
     QString other; ///< A value that the dialog can hold and that is not the default.
 };
 
@@ -39,10 +39,10 @@ public:
     [[nodiscard]] static QList<PreferenceCase> allPreferences();
     /// Those that the dialog has a field for.
     [[nodiscard]] static QList<PreferenceCase> preferencesWithField();
-    /// Gives a test each of these as a row: "key", "byDefault" and "other".
+    /// Gives a test each of these as a row: "key", "defaultValue" and "other".
     static void addTestRows();
     /// Path of a red picture, with a blank in it.
-    [[nodiscard]] static QString anImage();
+    [[nodiscard]] static QString imagePath();
     /// What the store holds under each of its keys that are in no group.
     [[nodiscard]] static QMap<QString, QString> stored();
 

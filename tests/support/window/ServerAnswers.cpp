@@ -26,7 +26,8 @@ void cancel(ModalAnswers &answers)
             [](QDialog *form) { form->findChild<QPushButton *>(u"cancelButton"_s)->click(); });
 }
 
-void read(ModalAnswers &answers, QMessageBox::Icon icon, const QString &title, const QString &text)
+void confirm(ModalAnswers &answers, QMessageBox::Icon icon, const QString &title,
+             const QString &text)
 {
     answers.queueForBox([icon, title, text](QMessageBox *box) {
         QCOMPARE(box->icon(), icon);
@@ -37,7 +38,7 @@ void read(ModalAnswers &answers, QMessageBox::Icon icon, const QString &title, c
     });
 }
 
-void press(ModalAnswers &answers, QMessageBox::StandardButton button)
+void pressButton(ModalAnswers &answers, QMessageBox::StandardButton button)
 {
     answers.queueForBox([button](QMessageBox *box) { box->button(button)->click(); });
 }

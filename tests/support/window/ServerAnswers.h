@@ -16,10 +16,11 @@ void save(ModalAnswers &answers, const QMap<QString, QString> &texts);
 void cancel(ModalAnswers &answers);
 
 /// Expects a box with these looks and an OK button, and presses that.
-void read(ModalAnswers &answers, QMessageBox::Icon icon, const QString &title, const QString &text);
+void confirm(ModalAnswers &answers, QMessageBox::Icon icon, const QString &title,
+             const QString &text);
 
 /// Presses a button of a box.
-void press(ModalAnswers &answers, QMessageBox::StandardButton button);
+void pressButton(ModalAnswers &answers, QMessageBox::StandardButton button);
 
 /// Chooses the entry with this text of a menu by keyboard.
 void choose(ModalAnswers &answers, const QString &entry);

@@ -48,7 +48,7 @@ ViewPair::ViewPair(QSize size, int columns)
     : stock(&window)
     , own(&window)
 {
-    both([](QTextBrowser &view) { view.setFocusPolicy(Qt::NoFocus); });
+    applyToBoth([](QTextBrowser &view) { view.setFocusPolicy(Qt::NoFocus); });
     resize(size);
     stockTable = ChatTable::create(stock, columns);
     ownTable = ChatTable::create(own, columns);
@@ -61,7 +61,7 @@ void ViewPair::append(const QList<ChatRow> &rows)
     ChatTable::appendRows(*ownTable, rows);
 }
 
-void ViewPair::both(const std::function<void(QTextBrowser &)> &work)
+void ViewPair::applyToBoth(const std::function<void(QTextBrowser &)> &work)
 {
     work(stock);
     work(own);
@@ -76,12 +76,12 @@ void ViewPair::resize(QSize size)
 
 bool ViewPair::measure() const
 {
-    return QTest::qWaitFor([this] { return !layout().hasEstimates(); }, Patience);
+    return QTest::qWaitFor([this] { return !layout().hasEstimates(); }, WaitTimeout);
 }
 
 void ViewPair::scrollTo(int value)
 {
-    both([value](QTextBrowser &view) {
+    applyToBoth([value](QTextBrowser &view) {
         view.verticalScrollBar()->setValue(value);
         view.horizontalScrollBar()->setValue(0);
     });

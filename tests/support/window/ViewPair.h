@@ -23,7 +23,7 @@ public:
     void append(const QList<ChatRow> &rows);
 
     /// Does the same to both.
-    void both(const std::function<void(QTextBrowser &)> &work);
+    void applyToBoth(const std::function<void(QTextBrowser &)> &work);
 
     void resize(QSize size);
 

@@ -103,13 +103,13 @@ bool WindowSession::acceptDialog(const QString &nick, const QString &channels)
 
 bool WindowSession::registerAs(const QString &nick, const QString &channels)
 {
-    if (!acceptDialog(nick, channels) || !say(u":irc.test 001 %1 :Welcome"_s.arg(nick)))
+    if (!acceptDialog(nick, channels) || !receive(u":irc.test 001 %1 :Welcome"_s.arg(nick)))
         return false;
-    static_cast<void>(takeSent());
+    discardSent();
     return probe.connection().isRegistered();
 }
 
-bool WindowSession::enter(quint16 port, const QString &nick, const QString &channels)
+bool WindowSession::registerAt(quint16 port, const QString &nick, const QString &channels)
 {
     bool clicked = false;
     // InspIRCd admits nobody without a real name.
@@ -118,12 +118,12 @@ bool WindowSession::enter(quint16 port, const QString &nick, const QString &chan
     return waitUntil([&] { return clicked && probe.connection().isRegistered(); });
 }
 
-bool WindowSession::say(const QString &line)
+bool WindowSession::receive(const QString &line)
 {
-    return sayAll({line});
+    return receiveAll({line});
 }
 
-bool WindowSession::sayAll(const QStringList &lines)
+bool WindowSession::receiveAll(const QStringList &lines)
 {
     for (const QString &line : lines)
         server.send(line);
@@ -142,9 +142,9 @@ bool WindowSession::settle()
 bool WindowSession::join(const QString &channel, const QString &names)
 {
     const QString nick = probe.connection().currentNick();
-    return sayAll({u":%1!user@host JOIN %2"_s.arg(nick, channel),
-                   u":irc.test 353 %1 = %2 :%3"_s.arg(nick, channel, names),
-                   u":irc.test 366 %1 %2 :End of /NAMES list."_s.arg(nick, channel)});
+    return receiveAll({u":%1!user@host JOIN %2"_s.arg(nick, channel),
+                       u":irc.test 353 %1 = %2 :%3"_s.arg(nick, channel, names),
+                       u":irc.test 366 %1 %2 :End of /NAMES list."_s.arg(nick, channel)});
 }
 
 bool WindowSession::settleRatio()
@@ -154,7 +154,7 @@ bool WindowSession::settleRatio()
     return waitUntil([this] { return probe.shareOfUserList() == Share; });
 }
 
-QStringList WindowSession::takeSent()
+QStringList WindowSession::readSent()
 {
     if (probe.connection().isConnected()) {
         const QString mark = u"MARK %1"_s.arg(++marks);

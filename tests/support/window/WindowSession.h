@@ -29,17 +29,17 @@ public:
     [[nodiscard]] bool clickConnect(const QString &nick, const QString &channels = QString());
 
     /// The same as `registerAs` with another server that listens on this port of the loopback.
-    [[nodiscard]] bool enter(quint16 port, const QString &nick,
-                             const QString &channels = QString());
+    [[nodiscard]] bool registerAt(quint16 port, const QString &nick,
+                                  const QString &channels = QString());
 
     /// Triggers the menu entry with this text.
     void choose(const QString &entry);
 
     /// Sends `line` from the server and waits until the window has taken it in, and all that was
     /// sent before it.
-    [[nodiscard]] bool say(const QString &line);
+    [[nodiscard]] bool receive(const QString &line);
     /// Says each of `lines`, in one go.
-    [[nodiscard]] bool sayAll(const QStringList &lines);
+    [[nodiscard]] bool receiveAll(const QStringList &lines);
     /// Waits until the window has taken in all that the server has sent, line ends provided.
     [[nodiscard]] bool settle();
 
@@ -53,7 +53,9 @@ public:
 
     /// What the client has sent since the last call or the last connect, line by line: all of it
     /// while it is connected, and what has arrived by now if it isn't.
-    [[nodiscard]] QStringList takeSent();
+    [[nodiscard]] QStringList readSent();
+    /// Forgets what the client has sent until now.
+    void discardSent() { static_cast<void>(readSent()); }
 
     /// Lets the window go as the end of the program does; the server stays. Neither the window nor
     /// its probe is to be touched afterwards.

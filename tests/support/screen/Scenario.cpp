@@ -1,4 +1,4 @@
-#include "Walk.h"
+#include "Scenario.h"
 
 #include <QRegularExpression>
 
@@ -10,16 +10,16 @@ constexpr int BarPoints = 5000; // A status bar has more points than this.
 
 } // namespace
 
-Walk::Walk(const VirtualScreen &shownOn, std::unique_ptr<ServerProcess> realServer)
+Scenario::Scenario(const VirtualScreen &shownOn, std::unique_ptr<ServerProcess> realServer)
     : screen(shownOn)
     , server(std::move(realServer))
     , program(screen, store)
 {
 }
 
-bool Walk::prepare(LoggingProxy::Joins joins, const QString &nick, const QStringList &channels)
+bool Scenario::prepare(LoggingProxy::Joins joins, const QString &nick, const QStringList &channels)
 {
-    if (!server->start() || !bob.enter(server->port(), u"bob"_s))
+    if (!server->start() || !bob.registerAt(server->port(), u"bob"_s))
         return false;
     for (const QString &channel : channels) {
         bob.send(u"JOIN "_s + channel);
@@ -35,7 +35,7 @@ bool Walk::prepare(LoggingProxy::Joins joins, const QString &nick, const QString
     return proxy->port() != 0;
 }
 
-bool Walk::enter(const QStringList &channels)
+bool Scenario::start(const QStringList &channels)
 {
     if (!prepare(LoggingProxy::Joins::Rewritten, u"wanda"_s, channels) || !program.start()
         || !program.pressConnect())
@@ -49,24 +49,24 @@ bool Walk::enter(const QStringList &channels)
     return waitForStatus(Green) && program.waitForLines(1);
 }
 
-bool Walk::waitForStatus(QRgb colour) const
+bool Scenario::waitForStatus(QRgb colour) const
 {
-    return screen.waitFor([&] { return screen.countPoints(colour) > BarPoints; });
+    return screen.waitFor([&] { return screen.countPixels(colour) > BarPoints; });
 }
 
-QStringList Walk::sentByProgram() const
+QStringList Scenario::sentByProgram() const
 {
     return proxy->lines().filter(QRegularExpression(u"^>> "_s));
 }
 
-void Walk::report(const QString &name) const
+void Scenario::report(const QString &name) const
 {
-    screen.keep(name);
+    screen.saveScreenshot(name);
     if (proxy)
         qInfo("On the wire:\n%s", qPrintable(proxy->lines().join(u'\n')));
 }
 
-bool Walk::end()
+bool Scenario::end()
 {
     return !program.isRunning() || (program.close() && program.exitStatus() == 0);
 }

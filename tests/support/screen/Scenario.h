@@ -16,16 +16,16 @@
 /// it, "bob", the program's settings and the program in a real window. To be made anew for each.
 ///
 /// The program goes by "wanda", unless told otherwise.
-struct Walk final
+struct Scenario final
 {
-    Q_DISABLE_COPY_MOVE(Walk)
+    Q_DISABLE_COPY_MOVE(Scenario)
 
     // The status bar, connected and not.
     static constexpr QRgb Green = qRgb(0xd4, 0xed, 0xda);
     static constexpr QRgb Red = qRgb(0xf8, 0xd7, 0xda);
 
-    /// The screen must outlive the walk.
-    Walk(const VirtualScreen &shownOn, std::unique_ptr<ServerProcess> realServer);
+    /// The screen must outlive the scenario.
+    Scenario(const VirtualScreen &shownOn, std::unique_ptr<ServerProcess> realServer);
 
     /// Starts the server, lets bob join the channels, in which he is the operator, and puts the
     /// proxy before the program's dialog.
@@ -33,7 +33,7 @@ struct Walk final
                                const QStringList &channels);
     /// The same, and starts the program and lets it connect and join the channels. It shows the
     /// first of them then.
-    [[nodiscard]] bool enter(const QStringList &channels = {QStringLiteral("#room")});
+    [[nodiscard]] bool start(const QStringList &channels = {QStringLiteral("#room")});
 
     /// Waits until the status bar has this colour.
     [[nodiscard]] bool waitForStatus(QRgb colour) const;

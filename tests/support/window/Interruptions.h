@@ -3,7 +3,7 @@
 class WindowSession;
 
 /// What can come to pass while something waits for the user. Each is true once it has.
-namespace Happenings {
+namespace Interruptions {
 
 /// The server ends the link.
 [[nodiscard]] bool dropLink(WindowSession &session);
@@ -17,4 +17,4 @@ namespace Happenings {
 /// The user is kicked from #a, and closes what is left of it.
 [[nodiscard]] bool loseChannel(WindowSession &session);
 
-} // namespace Happenings
+} // namespace Interruptions

@@ -1,4 +1,4 @@
-#include "Happenings.h"
+#include "Interruptions.h"
 
 #include "IRCConnection.h"
 #include "MyTabWidget.h"
@@ -9,12 +9,12 @@
 
 using namespace Qt::StringLiterals;
 
-namespace Happenings {
+namespace Interruptions {
 
 bool dropLink(WindowSession &session)
 {
     session.server.close();
-    return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); }, Patience);
+    return QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); }, WaitTimeout);
 }
 
 bool flood(WindowSession &session)
@@ -25,7 +25,7 @@ bool flood(WindowSession &session)
         lines << u":%1!u@h JOIN #a"_s.arg(nick) << u":%1!u@h PRIVMSG #a :hello me"_s.arg(nick)
               << u":%1!u@h PRIVMSG me :hello"_s.arg(u"p%1"_s.arg(number % 5));
     }
-    return session.sayAll(lines);
+    return session.receiveAll(lines);
 }
 
 bool closeTabs(WindowSession &session)
@@ -37,7 +37,7 @@ bool closeTabs(WindowSession &session)
 
 bool loseChannel(WindowSession &session)
 {
-    return session.say(u":op!u@h KICK #a me :out"_s) && closeTabs(session);
+    return session.receive(u":op!u@h KICK #a me :out"_s) && closeTabs(session);
 }
 
-} // namespace Happenings
+} // namespace Interruptions

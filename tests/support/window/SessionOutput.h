@@ -7,14 +7,14 @@
 
 /// What a session does from the object's making on: the lines that it writes and those that go out.
 /// The session must outlive it.
-class SessionSteps final
+class SessionOutput final
 {
-    Q_DISABLE_COPY_MOVE(SessionSteps)
+    Q_DISABLE_COPY_MOVE(SessionOutput)
 
 public:
     using Lines = QMap<QString, QStringList>;
 
-    explicit SessionSteps(WindowSession &watched);
+    explicit SessionOutput(WindowSession &watched);
 
     /// The new lines of each tab that has any, by tab. Tabs that came later are not among them.
     [[nodiscard]] Lines lines() const;

@@ -1,4 +1,4 @@
-#include "LiveSocket.h"
+#include "DuplicatedSocket.h"
 
 #include <QDir>
 
@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool leadsTo(quint16 port, int descriptor)
+bool isConnectedTo(quint16 port, int descriptor)
 {
     sockaddr_in peer{};
     socklen_t size = sizeof peer;
@@ -21,7 +21,7 @@ bool leadsTo(quint16 port, int descriptor)
 
 } // namespace
 
-LiveSocket::LiveSocket(qint64 processId, quint16 peerPort)
+DuplicatedSocket::DuplicatedSocket(qint64 processId, quint16 peerPort)
 {
     // Called by number, since older C libraries have no functions for the two.
     const auto process = static_cast<int>(syscall(SYS_pidfd_open, processId, 0));
@@ -33,7 +33,7 @@ LiveSocket::LiveSocket(qint64 processId, quint16 peerPort)
                     .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
     for (const QString &number : numbers) {
         const auto copy = static_cast<int>(syscall(SYS_pidfd_getfd, process, number.toInt(), 0));
-        if (copy >= 0 && leadsTo(peerPort, copy)) {
+        if (copy >= 0 && isConnectedTo(peerPort, copy)) {
             descriptor = copy;
             break;
         }
@@ -43,18 +43,18 @@ LiveSocket::LiveSocket(qint64 processId, quint16 peerPort)
     ::close(process);
 }
 
-LiveSocket::~LiveSocket()
+DuplicatedSocket::~DuplicatedSocket()
 {
-    if (isHeld())
+    if (isValid())
         ::close(descriptor);
 }
 
-bool LiveSocket::isHeld() const
+bool DuplicatedSocket::isValid() const
 {
     return descriptor >= 0;
 }
 
-int LiveSocket::option(int level, int name) const
+int DuplicatedSocket::option(int level, int name) const
 {
     int value = -1;
     socklen_t size = sizeof value;

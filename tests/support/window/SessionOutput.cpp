@@ -1,14 +1,14 @@
-#include "SessionSteps.h"
+#include "SessionOutput.h"
 
-SessionSteps::SessionSteps(WindowSession &watched)
+SessionOutput::SessionOutput(WindowSession &watched)
     : session(watched)
 {
-    static_cast<void>(session.takeSent());
+    session.discardSent();
     for (auto tab = session.probe.tabs().cbegin(); tab != session.probe.tabs().cend(); ++tab)
         counts.insert(tab.key(), session.probe.lines(tab.key()).size());
 }
 
-SessionSteps::Lines SessionSteps::lines() const
+SessionOutput::Lines SessionOutput::lines() const
 {
     Lines found;
     for (auto count = counts.cbegin(); count != counts.cend(); ++count) {
@@ -19,7 +19,7 @@ SessionSteps::Lines SessionSteps::lines() const
     return found;
 }
 
-QStringList SessionSteps::sent() const
+QStringList SessionOutput::sent() const
 {
-    return session.takeSent();
+    return session.readSent();
 }

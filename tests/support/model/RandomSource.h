@@ -5,10 +5,10 @@
 #include <random>
 
 /// Chance that repeats itself: the same seed gives the same throws on every system.
-class Dice final
+class RandomSource final
 {
 public:
-    explicit Dice(quint32 seed)
+    explicit RandomSource(quint32 seed)
         : generator(seed)
     {
     }
