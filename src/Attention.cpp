@@ -1,5 +1,6 @@
 #include "Attention.h"
 
+#include "ChannelNames.h"
 #include "TabNames.h"
 
 #include <QRegularExpression>
@@ -29,13 +30,14 @@ QString shortened(const QString &text)
 
 bool isDeserved(const QString &tabName, const QString &text, const QString &ownNick)
 {
-    return TabNames::isChannel(tabName) ? mentions(text, ownNick) : TabNames::isPrivate(tabName);
+    return ChannelNames::isChannel(tabName) ? mentions(text, ownNick)
+                                            : TabNames::isPrivate(tabName);
 }
 
 Notice noticeOf(const QString &tabName, const QString &text, const QString &sender)
 {
     const QString message = shortened(text);
-    if (TabNames::isChannel(tabName))
+    if (ChannelNames::isChannel(tabName))
         return {tabName, u"%1: %2"_s.arg(sender, message)};
     return {sender, message};
 }

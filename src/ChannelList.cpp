@@ -77,7 +77,7 @@ std::vector<SortedRow> readRows(QTreeWidget &tree)
 
 // Puts the items into the order of `rows`. Removing the rows first makes the view forget the
 // current row, the selection, the hidden rows and the scroll position, so they are restored.
-void arrange(QTreeWidget &tree, const std::vector<SortedRow> &rows)
+void reorderRows(QTreeWidget &tree, const std::vector<SortedRow> &rows)
 {
     QTreeWidgetItem *current = tree.currentItem();
     const QList<QTreeWidgetItem *> selected = tree.selectedItems();
@@ -107,7 +107,7 @@ void sortByNumber(QTreeWidget &tree, Qt::SortOrder order)
     if (std::ranges::is_sorted(rows, isBefore))
         return;
     std::ranges::stable_sort(rows, isBefore);
-    ChannelSearch::of(tree).keepDuring([&tree, &rows] { arrange(tree, rows); });
+    ChannelSearch::forTree(tree).keepIndexDuring([&tree, &rows] { reorderRows(tree, rows); });
 }
 
 // Sorts by users and enables sorting. QTreeWidget would also sort the rows by itself when they are
@@ -155,7 +155,7 @@ void ChannelList::addRow(QTreeWidget &tree, const QString &channel, const QStrin
     item->setData(Row::UsersColumn, Qt::UserRole, userCount.toInt());
     item->setHidden(false);
     tree.addTopLevelItem(item);
-    ChannelSearch::of(tree).add(*item);
+    ChannelSearch::forTree(tree).add(*item);
 }
 
 QString ChannelList::channelOf(const QTreeWidgetItem &row)

@@ -32,7 +32,7 @@ std::string folded(const QString &text)
 
 } // namespace
 
-ChannelSearch &ChannelSearch::of(QTreeWidget &tree)
+ChannelSearch &ChannelSearch::forTree(QTreeWidget &tree)
 {
     auto *search = tree.findChild<ChannelSearch *>(QString(), Qt::FindDirectChildrenOnly);
     return search ? *search : *new ChannelSearch(tree);
@@ -44,44 +44,44 @@ ChannelSearch::ChannelSearch(QTreeWidget &searched)
 {
     const QAbstractItemModel *model = tree.model();
     // Rows that come are not asked for here: a tree that is to be sorted would do so first.
-    connect(model, &QAbstractItemModel::rowsRemoved, this, &ChannelSearch::forget);
-    connect(model, &QAbstractItemModel::dataChanged, this, &ChannelSearch::forget);
-    connect(model, &QAbstractItemModel::modelReset, this, &ChannelSearch::forget);
+    connect(model, &QAbstractItemModel::rowsRemoved, this, &ChannelSearch::clear);
+    connect(model, &QAbstractItemModel::dataChanged, this, &ChannelSearch::clear);
+    connect(model, &QAbstractItemModel::modelReset, this, &ChannelSearch::clear);
 }
 
 void ChannelSearch::add(const QTreeWidgetItem &row)
 {
-    numbers.insert(&row, ends.size());
+    numbers.insert(&row, textEnds.size());
     texts += folded(row.text(NumericTreeWidgetItem::ChannelColumn)) + EndOfText;
     texts += folded(row.text(NumericTreeWidgetItem::TopicColumn)) + EndOfText;
-    ends.push_back(texts.size());
+    textEnds.push_back(texts.size());
 }
 
-void ChannelSearch::keepDuring(const std::function<void()> &reorder)
+void ChannelSearch::keepIndexDuring(const std::function<void()> &reorder)
 {
-    const QScopedValueRollback keeping(isKeeping, true);
+    const QScopedValueRollback guard(isReordering, true);
     reorder();
 }
 
-void ChannelSearch::forget()
+void ChannelSearch::clear()
 {
-    if (isKeeping)
+    if (isReordering)
         return;
     numbers.clear();
-    places = {};
+    rowCache = {};
     texts = {};
-    ends = {};
+    textEnds = {};
 }
 
 std::vector<bool> ChannelSearch::find(const QString &text) const
 {
-    std::vector<bool> found(ends.size());
+    std::vector<bool> found(textEnds.size());
     const std::string wanted = folded(text);
-    auto end = ends.cbegin();
-    for (std::size_t place = texts.find(wanted); place != std::string::npos;
-         place = texts.find(wanted, *end)) {
-        end = std::upper_bound(end, ends.cend(), place);
-        found[static_cast<std::size_t>(end - ends.cbegin())] = true;
+    auto end = textEnds.cbegin();
+    for (std::size_t position = texts.find(wanted); position != std::string::npos;
+         position = texts.find(wanted, *end)) {
+        end = std::upper_bound(end, textEnds.cend(), position);
+        found[static_cast<std::size_t>(end - textEnds.cbegin())] = true;
     }
     return found;
 }
@@ -89,25 +89,25 @@ std::vector<bool> ChannelSearch::find(const QString &text) const
 std::size_t ChannelSearch::numberOf(int row)
 {
     // A row that stands where it stood at the last search is not looked up again.
-    Place &place = places[static_cast<std::size_t>(row)];
+    CachedRow &cached = rowCache[static_cast<std::size_t>(row)];
     const QTreeWidgetItem *item = tree.topLevelItem(row);
-    if (place.item != item)
-        place = {item, numbers.value(item)};
-    return place.number;
+    if (cached.item != item)
+        cached = {item, numbers.value(item)};
+    return cached.number;
 }
 
 void ChannelSearch::showMatches(const QString &text)
 {
     const int count = tree.topLevelItemCount();
     if (numbers.size() != count) {
-        forget();
+        clear();
         for (int row = 0; row < count; ++row)
             add(*tree.topLevelItem(row));
     }
     std::vector<bool> hidden(static_cast<std::size_t>(count));
     if (!text.isEmpty()) {
         const std::vector<bool> found = find(text);
-        places.resize(hidden.size());
+        rowCache.resize(hidden.size());
         for (int row = 0; row < count; ++row)
             hidden[static_cast<std::size_t>(row)] = !found[numberOf(row)];
     }

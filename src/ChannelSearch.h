@@ -23,14 +23,14 @@ class ChannelSearch final : public QObject
 
 public:
     /// The search of `tree`, which owns it. It is made by the first call.
-    [[nodiscard]] static ChannelSearch &of(QTreeWidget &tree);
+    [[nodiscard]] static ChannelSearch &forTree(QTreeWidget &tree);
 
     /// Takes a row in right away that is being added to the tree. One that nobody hands over costs
     /// the next search the time to go through the whole tree.
     void add(const QTreeWidgetItem &row);
 
     /// Calls `reorder`, which removes rows and adds the same ones again, and keeps their texts.
-    void keepDuring(const std::function<void()> &reorder);
+    void keepIndexDuring(const std::function<void()> &reorder);
 
     /// Shows the rows whose channel or topic contains `text` without regard to case, and hides the
     /// others. An empty text shows all rows.
@@ -39,20 +39,20 @@ public:
 private:
     explicit ChannelSearch(QTreeWidget &searched);
 
-    void forget();
+    void clear();
     [[nodiscard]] std::vector<bool> find(const QString &text) const;
     [[nodiscard]] std::size_t numberOf(int row);
 
-    struct Place
+    struct CachedRow
     {
         const QTreeWidgetItem *item = nullptr;
         std::size_t number = 0;
     };
 
     QTreeWidget &tree;
-    bool isKeeping = false;                              // True while rows are only reordered.
+    bool isReordering = false;                           // True while rows are only reordered.
     QHash<const QTreeWidgetItem *, std::size_t> numbers; // Rows in the order of their arrival.
-    std::vector<Place> places;     // What each row of the tree was found to be.
-    std::string texts;             // In UTF-8 and with case folded, each with a mark behind it.
-    std::vector<std::size_t> ends; // Where in them the texts of each row end, by its number.
+    std::vector<CachedRow> rowCache;   // What each row of the tree was found to be.
+    std::string texts;                 // In UTF-8 and with case folded, each with a mark behind it.
+    std::vector<std::size_t> textEnds; // Where in them the texts of each row end, by its number.
 };

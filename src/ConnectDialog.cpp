@@ -1,5 +1,6 @@
 #include "ConnectDialog.h"
 
+#include "ChannelNames.h"
 #include "ConnectDialogBoxes.h"
 #include "ConnectDialogForm.h"
 #include "ConnectDialogStyle.h"
@@ -82,7 +83,7 @@ QString ConnectDialog::realName() const
 
 QStringList ConnectDialog::favoriteChannels() const
 {
-    return activeConfig.autojoin.isEmpty() ? ServerStore::parseChannels(channelsEdit->text())
+    return activeConfig.autojoin.isEmpty() ? ChannelNames::parseChannels(channelsEdit->text())
                                            : activeConfig.autojoin;
 }
 
@@ -318,7 +319,7 @@ void ConnectDialog::storeFieldsOfSelectedServer()
     ServerConfig config = serverConfigs.value(selectedServerId);
     config.nickname = nicknameEdit->text().trimmed();
     config.realName = realNameEdit->text().trimmed();
-    config.autojoin = ServerStore::parseChannels(channelsEdit->text());
+    config.autojoin = ChannelNames::parseChannels(channelsEdit->text());
     config.useSsl = sslCheck->isChecked();
     saveServerConfig(selectedServerId, config);
     serverConfigs.insert(selectedServerId, config);
@@ -332,7 +333,7 @@ void ConnectDialog::completeActiveConfig()
     if (activeConfig.realName.isEmpty())
         activeConfig.realName = realNameEdit->text().trimmed();
     if (activeConfig.autojoin.isEmpty())
-        activeConfig.autojoin = ServerStore::parseChannels(channelsEdit->text());
+        activeConfig.autojoin = ChannelNames::parseChannels(channelsEdit->text());
     if (activeConfig.encoding.isEmpty())
         activeConfig.encoding = defaults.encoding;
     if (activeConfig.authMethod.isEmpty())

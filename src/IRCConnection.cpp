@@ -27,9 +27,9 @@ namespace {
 
 constexpr int KeepAliveInterval = 10000; // All in ms.
 constexpr qint64 SilenceBeforePing = 60000;
-constexpr qint64 PatienceForPong = 45000;
+constexpr qint64 PongTimeout = 45000;
 
-constexpr qsizetype LongestAlternative = 30;
+constexpr qsizetype MaxAlternativeLength = 30;
 
 #if defined(Q_OS_WIN)
 // Windows has had these since 2017, but the headers of MinGW have no names for them.
@@ -67,7 +67,7 @@ IRCConnection::IRCConnection(QObject *parent)
     connect(keepAliveTimer, &QTimer::timeout, this, &IRCConnection::checkKeepAlive);
     // Before anybody else's: whoever learns of the user's new nick through nickChanged finds
     // currentNick up to date.
-    connect(this, &IRCConnection::nickChanged, this, &IRCConnection::followOwnNick);
+    connect(this, &IRCConnection::nickChanged, this, &IRCConnection::updateOwnNick);
 }
 
 IRCConnection::~IRCConnection()
@@ -275,7 +275,7 @@ void IRCConnection::onReadyRead()
     // A replaced socket may have called while the new one is closed, and Qt warns of such reads.
     if (socket->isOpen())
         buffer += QString::fromUtf8(socket->readAll());
-    if (cutLines() && readFinishedHandler)
+    if (processLines() && readFinishedHandler)
         readFinishedHandler();
     // A socket does not call for what arrives while a slot of its call runs an event loop.
     if (socket->isOpen() && socket->bytesAvailable() > 0)
@@ -284,7 +284,7 @@ void IRCConnection::onReadyRead()
 
 // True if at least one line end was found. A slot may run an event loop of its own and so lead back
 // here; the members tell the inner call where the outer one stands, and the other way round.
-bool IRCConnection::cutLines()
+bool IRCConnection::processLines()
 {
     const QScopedValueRollback guard(reading, true);
     bool found = false;
@@ -315,7 +315,7 @@ void IRCConnection::onError(QAbstractSocket::SocketError /*error*/)
     emit errorOccurred(socket->errorString());
 }
 
-void IRCConnection::followOwnNick(const QString &oldNick, const QString &newNick)
+void IRCConnection::updateOwnNick(const QString &oldNick, const QString &newNick)
 {
     if (oldNick != nick)
         return;
@@ -327,7 +327,7 @@ void IRCConnection::checkKeepAlive()
 {
     if (!isConnected())
         return;
-    if (awaitingPong && pingSentAt.elapsed() > PatienceForPong) {
+    if (awaitingPong && pingSentAt.elapsed() > PongTimeout) {
         emit errorOccurred(u"Ping timeout: no response to PING for 45s"_s);
         closeSocket();
         return;
@@ -366,7 +366,7 @@ void IRCConnection::generateNickAlternatives(const QString &wanted, const QStrin
         QString suffix = i < 10 ? u"_"_s : u"__"_s;
         if (i > 0)
             suffix += QString::number(i);
-        const QString candidate = wanted.left(LongestAlternative - suffix.size()) + suffix;
+        const QString candidate = wanted.left(MaxAlternativeLength - suffix.size()) + suffix;
         if (!nickAlternatives.contains(candidate))
             nickAlternatives.append(candidate);
     }
@@ -400,7 +400,7 @@ void IRCConnection::closeSocket()
 void IRCConnection::disableSleep()
 {
     if (sleepAssertion == 0)
-        sleepAssertion = SleepInhibitor::take(u"Maintaining IRC connection"_s);
+        sleepAssertion = SleepInhibitor::acquire(u"Maintaining IRC connection"_s);
 }
 
 void IRCConnection::enableSleep()

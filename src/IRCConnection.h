@@ -206,11 +206,11 @@ private slots:
     void checkKeepAlive();
 
 private:
-    void followOwnNick(const QString &oldNick, const QString &newNick);
+    void updateOwnNick(const QString &oldNick, const QString &newNick);
     void generateNickAlternatives(const QString &nick, const QString &altNickname);
     void configureSocketKeepAlive();
     void closeSocket();
-    bool cutLines();
+    bool processLines();
 
     // The names read from the machine's point of view.
     void disableSleep();

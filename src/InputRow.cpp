@@ -20,7 +20,7 @@ constexpr int ListSearchPage = 1;
 /// Replaces line breaks by spaces, however they get into the line.
 ///
 /// `QLineEdit` shows a pasted line break as a space, but keeps it in its text.
-class OneLine final : public QValidator
+class LineBreakRemover final : public QValidator
 {
 public:
     using QValidator::QValidator;
@@ -37,7 +37,7 @@ public:
 QLineEdit *createLine()
 {
     auto *line = new QLineEdit;
-    line->setValidator(new OneLine(line));
+    line->setValidator(new LineBreakRemover(line));
     line->setPlaceholderText(QLineEdit::tr("Type a message..."));
     line->setAccessibleName(QLineEdit::tr("Message"));
     line->setMinimumHeight(30);
@@ -95,7 +95,7 @@ InputRow InputRow::create()
     return row;
 }
 
-void InputRow::showFor(const QString &tabName, QStackedWidget &stack)
+void InputRow::showPageFor(const QString &tabName, QStackedWidget &stack)
 {
     stack.setCurrentIndex(tabName == TabNames::List ? ListSearchPage : InputPage);
 }

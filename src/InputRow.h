@@ -22,7 +22,7 @@ struct InputRow
     [[nodiscard]] static InputRow create();
 
     /// Shows in `stack`, which `create` has made, what belongs to the tab `tabName`.
-    static void showFor(const QString &tabName, QStackedWidget &stack);
+    static void showPageFor(const QString &tabName, QStackedWidget &stack);
 
     /// What an empty input line says in the tab `tabName`.
     [[nodiscard]] static QString placeholderFor(const QString &tabName);

@@ -2,11 +2,12 @@
 
 #include "Attention.h"
 #include "ChannelList.h"
-#include "ChannelPage.h"
+#include "ChannelNames.h"
 #include "ChannelSearch.h"
 #include "ChatBackground.h"
 #include "Commands.h"
 #include "ConnectDialog.h"
+#include "ConversationPage.h"
 #include "DialogParts.h"
 #include "EditTopicDialog.h"
 #include "EmojiPicker.h"
@@ -523,7 +524,7 @@ void MainWindow::onRegistered()
         }
     }
     for (const QString &channel : std::as_const(autojoinChannels)) {
-        if (!TabNames::isChannel(channel))
+        if (!ChannelNames::isChannel(channel))
             continue;
         connection->joinChannel(channel);
         appendToServerTab(u"*** Autojoining %1"_s.arg(channel));
@@ -586,7 +587,7 @@ void MainWindow::recordAutojoin()
 
 void MainWindow::setChannelAutojoin(const QString &channel, bool enable)
 {
-    const QString name = TabNames::asChannel(channel);
+    const QString name = ChannelNames::withPrefix(channel);
     if (!enable)
         autojoinChannels.removeAll(name);
     else if (!autojoinChannels.contains(name))
@@ -604,7 +605,7 @@ void MainWindow::setChannelAutojoin(const QString &channel, bool enable)
 
 QWidget *MainWindow::createChannelTab(const QString &, bool isChannel)
 {
-    return ChannelPage::create(isChannel);
+    return ConversationPage::create(isChannel);
 }
 
 MainWindow::TabInfo MainWindow::createTabInfo(const QString &name, bool isChannel)
@@ -621,13 +622,13 @@ void MainWindow::insertTab(const QString &name, const TabInfo &info)
     tabs.insert(name, info);
     const int index = PlainTabs::add(*tabWidget, info.page, name);
     tabWidget->setTabToolTip(index, name);
-    ChannelPage::setName(*info.page, name);
-    TabStrip::putBehind(*tabBar, *info.page);
+    ConversationPage::setName(*info.page, name);
+    TabStrip::setTabOrderAfter(*tabBar, *info.page);
 }
 
 void MainWindow::openTab(const QString &name)
 {
-    const bool isChannel = TabNames::isChannel(name);
+    const bool isChannel = ChannelNames::isChannel(name);
     TabInfo info = createTabInfo(name, isChannel);
     if (isChannel) {
         info.topicBar = info.page->findChild<QWidget *>(u"topicBar"_s);
@@ -681,10 +682,10 @@ void MainWindow::onTabChanged(int index)
         PlainTabs::setMarked(*tabWidget, index, false);
     }
 
-    const bool isChannel = TabNames::isChannel(name);
+    const bool isChannel = ChannelNames::isChannel(name);
     updateUserListVisibility(isChannel);
     emojiButton->setVisible(isChannel || TabNames::isPrivate(name));
-    InputRow::showFor(name, *mainStack);
+    InputRow::showPageFor(name, *mainStack);
     inputLine->setPlaceholderText(InputRow::placeholderFor(name));
     userList->clear();
     if (isChannel) {
@@ -717,7 +718,7 @@ void MainWindow::closeTab(int index)
         connection->sendWatch(name, false);
         watchedNicks.remove(name.toLower());
     }
-    if (TabNames::isChannel(name) && connection->isConnected()) {
+    if (ChannelNames::isChannel(name) && connection->isConnected()) {
         connection->partChannel(name);
         appendToServerTab(u"*** You left %1"_s.arg(name));
     }
@@ -946,7 +947,7 @@ void MainWindow::clearUserList(const QString &channel)
 std::optional<QString> MainWindow::takeUser(const QString &channel, const QString &nick)
 {
     const auto users = channelUsers.find(channel);
-    return users == channelUsers.end() ? std::nullopt : NickList::take(*users, nick);
+    return users == channelUsers.end() ? std::nullopt : NickList::remove(*users, nick);
 }
 
 void MainWindow::dropUser(const QString &channel, const QString &nick)
@@ -987,7 +988,7 @@ void MainWindow::onJoin(const QString &nick, const QString &channel)
         QStringList &users = channelUsers[channel];
         // Compared with the whole entry: a known "@alice" is no match for a joining "alice".
         if (!users.contains(nick, Qt::CaseInsensitive)) {
-            NickList::insertPlain(users, nick);
+            NickList::insertSorted(users, nick);
             addUserToList(channel, nick);
             if (channel == currentTabName)
                 updateNickCompletionModel();
@@ -1064,7 +1065,7 @@ void MainWindow::renameUser(const QString &channel, const QString &oldNick, cons
 void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick)
 {
     const auto isOfPeer = [&oldNick](const QString &key, const TabInfo &info) {
-        return !TabNames::isChannel(key) && !info.peerNick.isEmpty()
+        return !ChannelNames::isChannel(key) && !info.peerNick.isEmpty()
                && equalsIgnoringCase(info.peerNick, oldNick);
     };
     auto tab = tabs.cbegin();
@@ -1081,7 +1082,7 @@ void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick
     tabs.insert(newNick, info);
     if (index >= 0)
         PlainTabs::rename(*tabWidget, index, newNick);
-    ChannelPage::setName(*info.page, newNick);
+    ConversationPage::setName(*info.page, newNick);
     if (isOnShow)
         currentTabName = newNick;
     appendMessageToTab(newNick, u"is now known as %1"_s.arg(newNick), oldNick, true);
@@ -1115,7 +1116,7 @@ void MainWindow::onTopic(const QString &channel, const QString &topic)
 void MainWindow::updateOwnUserAppearance()
 {
     if (userListShown)
-        UserListRows::showAway(*userList, connection->currentNick(), isAway);
+        UserListRows::setAway(*userList, connection->currentNick(), isAway);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -1168,7 +1169,7 @@ void MainWindow::fillUserMenu(QMenu &menu, const QString &nick)
     menu.addAction(tr("Open Private Chat"), this, [this, nick] { openPrivateChat(nick); });
     menu.addAction(tr("Whois"), this, [this, nick] { askWhois(nick); });
     menu.addSeparator();
-    if (!TabNames::isChannel(currentTabName)) {
+    if (!ChannelNames::isChannel(currentTabName)) {
         menu.addAction(tr("Copy Nickname"), this,
                        [nick] { QGuiApplication::clipboard()->setText(nick); });
         return;
@@ -1281,7 +1282,7 @@ void MainWindow::refreshPendingCompletion()
         return;
     for (QString &entry : pendingCompletion->entries)
         entry = stripModePrefix(entry);
-    NickCompletion::offer(*nickCompleter, NickCompletion::candidates(*pendingCompletion));
+    NickCompletion::setCandidates(*nickCompleter, NickCompletion::candidates(*pendingCompletion));
     pendingCompletion.reset();
 }
 
@@ -1295,13 +1296,13 @@ void MainWindow::completeNick()
     const QString text = inputLine->text();
     if (!nickCompleter || text.isEmpty() || text.startsWith(u'/'))
         return;
-    const QString word = NickCompletion::wordAt(text, inputLine->cursorPosition());
+    const QString word = NickCompletion::wordBeforeCursor(text, inputLine->cursorPosition());
     if (word.isEmpty())
         return;
     // The entries keep their ranks here: an operator's is completed after the "@" only.
     const QStringList candidates = NickCompletion::candidates(completionSource());
-    NickCompletion::offer(*nickCompleter, candidates);
-    if (const auto rest = NickCompletion::restOf(word, candidates))
+    NickCompletion::setCandidates(*nickCompleter, candidates);
+    if (const auto rest = NickCompletion::completionSuffix(word, candidates))
         inputLine->insert(*rest);
 }
 
@@ -1340,7 +1341,7 @@ void MainWindow::onJoinChannel()
             QInputDialog::getText(this, tr("Join Channel"), tr("Channel name (e.g. #linux):"),
                                   QLineEdit::Normal, QString(), &isAccepted);
     if (isAccepted && !channel.isEmpty())
-        connection->joinChannel(TabNames::asChannel(channel));
+        connection->joinChannel(ChannelNames::withPrefix(channel));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -1413,7 +1414,7 @@ void MainWindow::onListInfo(const QString &serverName, int totalChannels, int to
 void MainWindow::filterChannelList(const QString &text)
 {
     if (listTree)
-        ChannelSearch::of(*listTree).showMatches(text);
+        ChannelSearch::forTree(*listTree).showMatches(text);
 }
 
 void MainWindow::showChannelListContextMenu(const QPoint &pos)
@@ -1528,7 +1529,7 @@ void MainWindow::runCommand(const Commands::Command &command)
 
 void MainWindow::commandJoin(const Commands::Command &command)
 {
-    connection->joinChannel(TabNames::asChannel(command.words.at(1)));
+    connection->joinChannel(ChannelNames::withPrefix(command.words.at(1)));
 }
 
 void MainWindow::commandPart(const Commands::Command &)
@@ -1594,7 +1595,7 @@ void MainWindow::commandWhois(const Commands::Command &command)
 
 void MainWindow::commandAutojoin(const Commands::Command &command)
 {
-    const QString channel = TabNames::asChannel(command.words.at(1));
+    const QString channel = ChannelNames::withPrefix(command.words.at(1));
     setChannelAutojoin(channel, !autojoinChannels.contains(channel));
 }
 

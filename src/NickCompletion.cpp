@@ -1,5 +1,6 @@
 #include "NickCompletion.h"
 
+#include "ChannelNames.h"
 #include "PopupArea.h"
 #include "TabNames.h"
 
@@ -76,7 +77,7 @@ QCompleter *create(QObject *parent)
 QStringList candidates(const Source &source)
 {
     QStringList candidates;
-    if (TabNames::isChannel(source.tabName))
+    if (ChannelNames::isChannel(source.tabName))
         candidates = source.entries;
     else if (source.tabName != TabNames::Server)
         candidates.append(source.tabName);
@@ -85,7 +86,7 @@ QStringList candidates(const Source &source)
     return candidates;
 }
 
-void offer(QCompleter &completer, const QStringList &candidates)
+void setCandidates(QCompleter &completer, const QStringList &candidates)
 {
     auto *model = qobject_cast<QStringListModel *>(completer.model());
     if (!model) {
@@ -112,7 +113,7 @@ bool hasChosenNick(QCompleter &completer, const QLineEdit &line)
     return popup->currentIndex().isValid() || readsNick;
 }
 
-QString wordAt(const QString &text, int cursor)
+QString wordBeforeCursor(const QString &text, int cursor)
 {
     // With the cursor at the start this looks from the end of the text, and the length that
     // follows is negative: the word is then the last one.
@@ -120,7 +121,7 @@ QString wordAt(const QString &text, int cursor)
     return text.mid(start, cursor - start);
 }
 
-std::optional<QString> restOf(const QString &word, const QStringList &candidates)
+std::optional<QString> completionSuffix(const QString &word, const QStringList &candidates)
 {
     for (const QString &candidate : candidates) {
         if (candidate.startsWith(word, Qt::CaseInsensitive))

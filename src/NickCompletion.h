@@ -29,7 +29,7 @@ QCompleter *create(QObject *parent);
 
 /// Lets `completer` offer `candidates`, in a string list model of its own. A nick that is
 /// highlighted in the popup stays highlighted as long as it is among them.
-void offer(QCompleter &completer, const QStringList &candidates);
+void setCandidates(QCompleter &completer, const QStringList &candidates);
 
 /// True while the popup of `completer` is open and `line` reads a nick highlighted there, even if
 /// the nick has left the list since.
@@ -37,10 +37,11 @@ void offer(QCompleter &completer, const QStringList &candidates);
 
 /// What of the word at `cursor` stands before it: the word to complete. Words end at blanks. With
 /// the cursor at the start it is the last word of a text that has a blank.
-[[nodiscard]] QString wordAt(const QString &text, int cursor);
+[[nodiscard]] QString wordBeforeCursor(const QString &text, int cursor);
 
 /// What the first candidate that begins with `word` has behind it, if there is such a candidate;
 /// an empty text if `word` is all of it. The word's case does not count.
-[[nodiscard]] std::optional<QString> restOf(const QString &word, const QStringList &candidates);
+[[nodiscard]] std::optional<QString> completionSuffix(const QString &word,
+                                                      const QStringList &candidates);
 
 } // namespace NickCompletion

@@ -53,7 +53,7 @@ qsizetype indexOfNick(const QStringList &entries, const QString &nick)
     return found == entries.cend() ? -1 : found - entries.cbegin();
 }
 
-std::optional<QString> take(QStringList &entries, const QString &nick)
+std::optional<QString> remove(QStringList &entries, const QString &nick)
 {
     const qsizetype index = indexOfNick(entries, nick);
     if (index < 0)
@@ -86,16 +86,16 @@ void sortByRank(QStringList &entries)
     });
 }
 
-void sortPlain(QStringList &entries)
+void sortByText(QStringList &entries)
 {
     std::sort(entries.begin(), entries.end(), isBefore);
 }
 
-void insertPlain(QStringList &entries, const QString &entry)
+void insertSorted(QStringList &entries, const QString &entry)
 {
     if (!std::is_sorted(entries.cbegin(), entries.cend(), isBefore)) {
         entries.append(entry);
-        sortPlain(entries);
+        sortByText(entries);
         return;
     }
     // As after any join but the first, of which a net that comes together again brings many.

@@ -28,7 +28,7 @@ namespace NickList {
 [[nodiscard]] qsizetype indexOfNick(const QStringList &entries, const QString &nick);
 
 /// Takes the first entry whose nick equals `nick` exactly out of `entries` and returns it.
-std::optional<QString> take(QStringList &entries, const QString &nick);
+std::optional<QString> remove(QStringList &entries, const QString &nick);
 
 struct Renamed
 {
@@ -47,10 +47,10 @@ void sortByRank(QStringList &entries);
 ///
 /// It knows no rank: "%", "&", "+" and "@" come before letters and "~" after them. The list of a
 /// channel takes this order whenever somebody joins, until the next name list.
-void sortPlain(QStringList &entries);
+void sortByText(QStringList &entries);
 
-/// Adds `entry` and brings all of `entries` into the order of `sortPlain`; in linear time if they
+/// Adds `entry` and brings all of `entries` into the order of `sortByText`; in linear time if they
 /// are in that order already.
-void insertPlain(QStringList &entries, const QString &entry);
+void insertSorted(QStringList &entries, const QString &entry);
 
 } // namespace NickList

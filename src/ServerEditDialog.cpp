@@ -1,5 +1,6 @@
 #include "ServerEditDialog.h"
 
+#include "ChannelNames.h"
 #include "ComboBoxKeys.h"
 #include "ConnectDialogStyle.h"
 #include "DialogParts.h"
@@ -170,7 +171,7 @@ ServerConfig ServerEditDialog::getConfig() const
     config.authMethod = authCombo->currentText();
     config.encoding = encodingCombo->currentText();
     config.password = passwordEdit->text(); // Blanks at its ends may be part of it.
-    config.autojoin = ServerStore::parseChannels(autojoinEdit->text());
+    config.autojoin = ChannelNames::parseChannels(autojoinEdit->text());
     return config;
 }
 

@@ -1,9 +1,7 @@
 #include "ServerStore.h"
 
 #include "ServerCatalogue.h"
-#include "TabNames.h"
 
-#include <QRegularExpression>
 #include <QSettings>
 
 using namespace Qt::StringLiterals;
@@ -79,15 +77,6 @@ bool isDefaultServer(const QString &id)
         return ids;
     }();
     return defaultIds.contains(id);
-}
-
-QStringList parseChannels(const QString &text)
-{
-    static const QRegularExpression separators(u"[,\\s]+"_s);
-    QStringList channels = text.trimmed().split(separators, Qt::SkipEmptyParts);
-    for (QString &channel : channels)
-        channel = TabNames::asChannel(channel);
-    return channels;
 }
 
 ServerConfig loadConfig(const QString &id, const ServerConfig &defaults)

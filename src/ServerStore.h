@@ -67,12 +67,6 @@ enum class OddIdAddress {
 /// True if the server `id` is one of ServerCatalogue.
 [[nodiscard]] bool isDefaultServer(const QString &id);
 
-/// The channels of a list that a user typed, parted by commas and white space in any mix.
-///
-/// Each gets a leading "#" unless it has one; "&local" too becomes "#&local", since "#" is the only
-/// channel sign that the client knows.
-[[nodiscard]] QStringList parseChannels(const QString &text);
-
 /// The stored record of the server `id`. What the store does not hold is taken from `defaults`.
 [[nodiscard]] ServerConfig loadConfig(const QString &id, const ServerConfig &defaults = {});
 

@@ -205,7 +205,7 @@ QHash<quint32, QPointer<Inhibition>> &inhibitions()
 
 namespace SleepInhibitor {
 
-quint32 take(const QString &reason)
+quint32 acquire(const QString &reason)
 {
     // The application as parent: what is still held goes before the buses do.
     auto *inhibition = new Inhibition(reason, QCoreApplication::instance());

@@ -4,7 +4,7 @@
 
 namespace SleepInhibitor {
 
-quint32 take(const QString &reason)
+quint32 acquire(const QString &reason)
 {
     IOPMAssertionID assertion = 0;
     CFStringRef name = reason.toCFString();

@@ -2,7 +2,7 @@
 
 namespace SleepInhibitor {
 
-quint32 take(const QString & /*reason*/)
+quint32 acquire(const QString & /*reason*/)
 {
     return 0;
 }

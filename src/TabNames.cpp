@@ -1,20 +1,12 @@
 #include "TabNames.h"
 
-namespace TabNames {
+#include "ChannelNames.h"
 
-bool isChannel(const QString &name)
-{
-    return name.startsWith(u'#');
-}
+namespace TabNames {
 
 bool isPrivate(const QString &name)
 {
-    return !isChannel(name) && name != Server && name != List;
-}
-
-QString asChannel(const QString &word)
-{
-    return isChannel(word) ? word : QString(u'#' + word);
+    return !ChannelNames::isChannel(name) && name != Server && name != List;
 }
 
 } // namespace TabNames

@@ -4,8 +4,8 @@
 #include "HighlightTabBar.h"
 #include "MyTabWidget.h"
 #include "PlainToolTips.h"
-#include "TabMenuKey.h"
 
+#include <QContextMenuEvent>
 #include <QPushButton>
 #include <QShortcut>
 
@@ -38,6 +38,33 @@ QPushButton *createCloseButton(const QObject &receiver, const std::function<void
     return button;
 }
 
+/// Lets the menu key open the context menu of the current tab.
+///
+/// Qt requests the menu at the input method's cursor rectangle, or else at the widget's centre,
+/// where another tab or none may be.
+class TabMenuKeyFilter final : public QObject
+{
+    Q_DISABLE_COPY_MOVE(TabMenuKeyFilter)
+
+public:
+    /// `bar` becomes the parent. It must have the custom context menu policy.
+    explicit TabMenuKeyFilter(QTabBar &bar)
+        : QObject(&bar)
+    {
+        bar.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() != QEvent::ContextMenu
+            || static_cast<QContextMenuEvent *>(event)->reason() != QContextMenuEvent::Keyboard)
+            return QObject::eventFilter(watched, event);
+        auto *bar = static_cast<QTabBar *>(watched);
+        emit bar->customContextMenuRequested(bar->tabRect(bar->currentIndex()).center());
+        return true;
+    }
+};
+
 } // namespace
 
 namespace TabStrip {
@@ -48,7 +75,7 @@ HighlightTabBar *create(MyTabWidget &tabs)
     tabs.setPublicTabBar(bar);
     bar->setExpanding(true);
     new PlainToolTips(*bar);
-    new TabMenuKey(*bar);
+    new TabMenuKeyFilter(*bar);
     new FocusMark(*bar);
     tabs.setTabsClosable(false); // Tabs have close buttons of their own, on the left.
     bar->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -93,7 +120,7 @@ void addSwitchShortcuts(QTabWidget &tabs, QWidget &window)
     add({Qt::CTRL | Qt::SHIFT | Qt::Key_Tab, Qt::CTRL | Qt::Key_PageUp}, -1);
 }
 
-void putBehind(QTabBar &bar, const QWidget &page)
+void setTabOrderAfter(QTabBar &bar, const QWidget &page)
 {
     QWidget *last = &bar;
     const QList<QWidget *> widgets = page.findChildren<QWidget *>();

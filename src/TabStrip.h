@@ -28,6 +28,6 @@ void updateCloseButtons(QTabBar &bar, const QObject &receiver,
 void addSwitchShortcuts(QTabWidget &tabs, QWidget &window);
 
 /// Lets the keyboard go from `bar` through what is in `page`, and on to what came after the bar.
-void putBehind(QTabBar &bar, const QWidget &page);
+void setTabOrderAfter(QTabBar &bar, const QWidget &page);
 
 } // namespace TabStrip

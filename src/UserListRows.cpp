@@ -26,7 +26,7 @@ void removeFirst(QListWidget &list, const QString &entry)
     }
 }
 
-void showAway(QListWidget &list, const QString &nick, bool isAway)
+void setAway(QListWidget &list, const QString &nick, bool isAway)
 {
     for (int row = 0; row < list.count(); ++row) {
         QListWidgetItem *item = list.item(row);

@@ -15,6 +15,6 @@ namespace UserListRows {
 void removeFirst(QListWidget &list, const QString &entry);
 
 /// Shows in the first row of `nick`, whose case does not count, whether that user is away.
-void showAway(QListWidget &list, const QString &nick, bool isAway);
+void setAway(QListWidget &list, const QString &nick, bool isAway);
 
 } // namespace UserListRows

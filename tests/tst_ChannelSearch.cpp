@@ -40,7 +40,7 @@ void TestChannelSearch::addRow(const QString &name, const QString &topic)
 {
     auto *item = new QTreeWidgetItem({name, u"7"_s, topic});
     tree->addTopLevelItem(item);
-    ChannelSearch::of(*tree).add(*item);
+    ChannelSearch::forTree(*tree).add(*item);
 }
 
 // The names of the rows that can be seen, from top to bottom.
@@ -56,9 +56,9 @@ QStringList TestChannelSearch::shown() const
 
 void TestChannelSearch::belongsToItsTree()
 {
-    ChannelSearch &search = ChannelSearch::of(*tree);
+    ChannelSearch &search = ChannelSearch::forTree(*tree);
     QCOMPARE(search.parent(), tree.get());
-    QCOMPARE(&ChannelSearch::of(*tree), &search);
+    QCOMPARE(&ChannelSearch::forTree(*tree), &search);
 }
 
 void TestChannelSearch::looksIntoNamesAndTopics_data()
@@ -85,7 +85,7 @@ void TestChannelSearch::looksIntoNamesAndTopics()
     addRow(u"#linux"_s, u"The Kernel"_s);
     addRow(u"#Linux-help"_s, u"Helpers"_s);
     addRow(u"#dev"_s, u"KERNEL hackers"_s);
-    ChannelSearch::of(*tree).showMatches(text);
+    ChannelSearch::forTree(*tree).showMatches(text);
     QTEST(shown(), "names");
 }
 
@@ -95,7 +95,7 @@ void TestChannelSearch::foldsCaseAsStringsDo()
     QTreeWidgetItem *item = tree->topLevelItem(0);
     const auto check = [&](const QString &name, const QString &text) {
         item->setText(0, name);
-        ChannelSearch::of(*tree).showMatches(text);
+        ChannelSearch::forTree(*tree).showMatches(text);
         return item->isHidden() != name.contains(text, Qt::CaseInsensitive);
     };
     for (char32_t letter = 1; letter < 0x1F000; ++letter) {
@@ -116,9 +116,9 @@ void TestChannelSearch::showsAllForAnEmptyText()
 {
     addRow(u"#a"_s, {});
     addRow(u"#b"_s, {});
-    ChannelSearch::of(*tree).showMatches(u"b"_s);
+    ChannelSearch::forTree(*tree).showMatches(u"b"_s);
     QCOMPARE(shown(), QStringList{u"#b"_s});
-    ChannelSearch::of(*tree).showMatches(QString());
+    ChannelSearch::forTree(*tree).showMatches(QString());
     QCOMPARE(shown(), (QStringList{u"#a"_s, u"#b"_s}));
 }
 
@@ -126,7 +126,7 @@ void TestChannelSearch::followsChangesOfRows()
 {
     addRow(u"#a"_s, u"one"_s);
     addRow(u"#b"_s, u"two"_s);
-    ChannelSearch &search = ChannelSearch::of(*tree);
+    ChannelSearch &search = ChannelSearch::forTree(*tree);
     tree->topLevelItem(0)->setText(2, u"two"_s);
     search.showMatches(u"two"_s);
     QCOMPARE(shown(), (QStringList{u"#a"_s, u"#b"_s}));
@@ -155,11 +155,11 @@ void TestChannelSearch::followsTheSorting()
         addRow(name, name == "#b"_L1 ? QString() : u"seen"_s);
     tree->setSortingEnabled(true);
     tree->sortItems(0, Qt::AscendingOrder);
-    ChannelSearch::of(*tree).showMatches(u"seen"_s);
+    ChannelSearch::forTree(*tree).showMatches(u"seen"_s);
     QCOMPARE(shown(), (QStringList{u"#a"_s, u"#c"_s}));
     tree->sortItems(0, Qt::DescendingOrder);
     QCOMPARE(shown(), (QStringList{u"#c"_s, u"#a"_s}));
-    ChannelSearch::of(*tree).showMatches(u"#b"_s);
+    ChannelSearch::forTree(*tree).showMatches(u"#b"_s);
     QCOMPARE(shown(), QStringList{u"#b"_s});
 }
 
@@ -167,10 +167,10 @@ void TestChannelSearch::correctsWhatOthersHid()
 {
     addRow(u"#a"_s, {});
     addRow(u"#b"_s, {});
-    ChannelSearch::of(*tree).showMatches(u"a"_s);
+    ChannelSearch::forTree(*tree).showMatches(u"a"_s);
     tree->topLevelItem(0)->setHidden(true);
     tree->topLevelItem(1)->setHidden(false);
-    ChannelSearch::of(*tree).showMatches(u"a"_s);
+    ChannelSearch::forTree(*tree).showMatches(u"a"_s);
     QCOMPARE(shown(), QStringList{u"#a"_s});
 }
 

@@ -1,4 +1,4 @@
-#include "ChannelPage.h"
+#include "ConversationPage.h"
 #include "EditTopicDialog.h"
 #include "InfoDialogs.h"
 #include "ModalAnswers.h"
@@ -63,7 +63,7 @@ void TestHighDpi::initTestCase()
 
 void TestHighDpi::drawsThePencilSharply()
 {
-    const std::unique_ptr<QWidget> page(ChannelPage::create(true));
+    const std::unique_ptr<QWidget> page(ConversationPage::create(true));
     const auto *button = page->findChild<QPushButton *>(u"editTopicBtn"_s);
     QVERIFY(button);
     QCOMPARE(pointsOf(button->icon()), QSize(2 * IconSize, 2 * IconSize));

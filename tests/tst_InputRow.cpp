@@ -93,7 +93,7 @@ void TestInputRow::showsWhatBelongsToATab()
     const std::unique_ptr<QStackedWidget> stack(InputRow::create().stack);
     for (const int before : {0, 1}) {
         stack->setCurrentIndex(before);
-        InputRow::showFor(tab, *stack);
+        InputRow::showPageFor(tab, *stack);
         QTEST(stack->currentIndex(), "page");
     }
     QTEST(InputRow::placeholderFor(tab), "placeholder");

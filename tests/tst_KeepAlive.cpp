@@ -28,7 +28,7 @@ constexpr QLatin1StringView Sped = "--under-a-fast-clock"_L1;
 
 // In ms by the fast clock.
 constexpr qint64 SilenceBeforePing = 60000;
-constexpr qint64 PatienceForPong = 45000;
+constexpr qint64 PongTimeout = 45000;
 constexpr int TalkInterval = 20000;
 
 // More checks than twice as many as there are up to a PING, and then up to another.
@@ -150,7 +150,7 @@ void Watch::beginCheck()
 void Watch::endCheck()
 {
     const qint64 mostSilence = lastBegin.elapsed();
-    const qint64 limit = isAnswerDue ? PatienceForPong : SilenceBeforePing;
+    const qint64 limit = isAnswerDue ? PongTimeout : SilenceBeforePing;
     const bool hasAsked = !hasGivenUp && unsent() > unsentBefore;
     const QString act = hasGivenUp ? u"leaves"_s : hasAsked ? u"asks"_s : u"waits"_s;
     write(u"check %1 %2 %3 %4"_s.arg(limit).arg(leastSilence).arg(mostSilence).arg(act));
@@ -239,7 +239,7 @@ void note(Timeline &timeline, const QString &entry)
     const qint64 limit = check.captured(1).toLongLong();
     const bool isDue = check.captured(3).toLongLong() > limit; // Or may be.
     const bool isOverdue = check.captured(2).toLongLong() > limit;
-    const QString dueAct = limit == PatienceForPong ? u"leaves"_s : u"asks"_s;
+    const QString dueAct = limit == PongTimeout ? u"leaves"_s : u"asks"_s;
     if (act == u"waits"_s ? isOverdue : !isDue || act != dueAct)
         timeline.faults.append(entry);
 }

@@ -63,15 +63,15 @@ void TestNickCompletion::offersInOneModel()
     QCOMPARE(completer->completionMode(), QCompleter::PopupCompletion);
     // A model of another kind is none to offer in.
     completer->setModel(new QStandardItemModel(completer));
-    NickCompletion::offer(*completer, {u"a"_s});
+    NickCompletion::setCandidates(*completer, {u"a"_s});
     const auto *model = qobject_cast<QStringListModel *>(completer->model());
     QVERIFY(model != nullptr);
     QCOMPARE(model->parent(), completer);
     QCOMPARE(model->stringList(), QStringList{u"a"_s});
     const QSignalSpy changed(model, &QAbstractItemModel::modelReset);
-    NickCompletion::offer(*completer, {u"a"_s});
+    NickCompletion::setCandidates(*completer, {u"a"_s});
     QCOMPARE(changed.size(), 0);
-    NickCompletion::offer(*completer, {u"b"_s, u"c"_s});
+    NickCompletion::setCandidates(*completer, {u"b"_s, u"c"_s});
     QCOMPARE(changed.size(), 1);
     QCOMPARE(completer->model(), model);
     QCOMPARE(model->stringList(), (QStringList{u"b"_s, u"c"_s}));
@@ -101,7 +101,7 @@ void TestNickCompletion::findsTheWord()
     QFETCH(QString, text);
     const qsizetype cursor = text.indexOf(u'|');
     text.remove(cursor, 1);
-    QTEST(NickCompletion::wordAt(text, static_cast<int>(cursor)), "word");
+    QTEST(NickCompletion::wordBeforeCursor(text, static_cast<int>(cursor)), "word");
 }
 
 void TestNickCompletion::findsTheRest_data()
@@ -125,7 +125,8 @@ void TestNickCompletion::findsTheRest_data()
 void TestNickCompletion::findsTheRest()
 {
     QFETCH(const QString, word);
-    QTEST(NickCompletion::restOf(word, {u"@alice"_s, u"carol"_s, u"dan"_s, u"daniel"_s}), "rest");
+    QTEST(NickCompletion::completionSuffix(word, {u"@alice"_s, u"carol"_s, u"dan"_s, u"daniel"_s}),
+          "rest");
 }
 
 QTEST_MAIN(TestNickCompletion)

@@ -78,7 +78,7 @@ void TestNickList::takesTheFirstEntry()
 {
     QFETCH(const QString, nick);
     QStringList entries{u"@alice"_s, u"bob"_s, u"+bob"_s};
-    QTEST(NickList::take(entries, nick), "taken");
+    QTEST(NickList::remove(entries, nick), "taken");
     QTEST(entries, "left");
 }
 
@@ -129,7 +129,7 @@ void TestNickList::sortsPlainByWholeEntry()
 {
     QStringList entries{u"~owner"_s, u"bob"_s,  u"@op"_s,  u"+voice"_s,
                         u"%half"_s,  u"&adm"_s, u"Alice"_s};
-    NickList::sortPlain(entries);
+    NickList::sortByText(entries);
     QCOMPARE(entries, (QStringList{u"%half"_s, u"&adm"_s, u"+voice"_s, u"@op"_s, u"Alice"_s,
                                    u"bob"_s, u"~owner"_s}));
 }
@@ -156,8 +156,8 @@ void TestNickList::insertsWhereThePlainSortPuts()
     QFETCH(const QString, entry);
     QStringList sorted = entries;
     sorted.append(entry);
-    NickList::sortPlain(sorted);
-    NickList::insertPlain(entries, entry);
+    NickList::sortByText(sorted);
+    NickList::insertSorted(entries, entry);
     QCOMPARE(entries, sorted);
 }
 

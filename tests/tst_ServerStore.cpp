@@ -23,8 +23,6 @@ private slots:
     void turnsIdsIntoAddresses();
     void takesTheFavoriteMarkOff_data();
     void takesTheFavoriteMarkOff();
-    void parsesChannels_data();
-    void parsesChannels();
     void defaultsOfARecord();
     void keepsTheOrderOfARecordsFields();
     void movesARecord();
@@ -132,29 +130,6 @@ void TestServerStore::takesTheFavoriteMarkOff()
 {
     QFETCH(const QString, text);
     QTEST(ServerStore::cleanAddress(text), "address");
-}
-
-void TestServerStore::parsesChannels_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QStringList>("channels");
-
-    QTest::newRow("empty") << QString() << QStringList{};
-    QTest::newRow("blanks") << u"  \t "_s << QStringList{};
-    QTest::newRow("separators alone") << u" , ,, "_s << QStringList{};
-    QTest::newRow("one") << u"#linux"_s << QStringList{u"#linux"_s};
-    QTest::newRow("without sign") << u"linux"_s << QStringList{u"#linux"_s};
-    QTest::newRow("any mix") << u" #a,b ,, c\t#d\n e,"_s
-                             << QStringList{u"#a"_s, u"#b"_s, u"#c"_s, u"#d"_s, u"#e"_s};
-    QTest::newRow("twice") << u"a #a"_s << QStringList{u"#a"_s, u"#a"_s};
-    QTest::newRow("two signs") << u"##c++"_s << QStringList{u"##c++"_s};
-    QTest::newRow("other sign") << u"&local"_s << QStringList{u"#&local"_s};
-}
-
-void TestServerStore::parsesChannels()
-{
-    QFETCH(const QString, text);
-    QTEST(ServerStore::parseChannels(text), "channels");
 }
 
 void TestServerStore::defaultsOfARecord()

@@ -405,7 +405,7 @@ void TestSleepInhibitor::holdsNothingWithoutABus()
     for (const QString &address : {u"unix:path=/nonexistent"_s, u"autolaunch:"_s, u"nonsense"_s,
                                    u"unix:path=/dev/null;nonsense:x=y"_s}) {
         PrivateBus::useAddress(address);
-        QCOMPARE(SleepInhibitor::take(u"reason"_s), 0U);
+        QCOMPARE(SleepInhibitor::acquire(u"reason"_s), 0U);
         QVERIFY(session->open());
         QVERIFY(isInOrder());
         session->connection.disconnectFromServer();
@@ -436,7 +436,7 @@ void TestSleepInhibitor::isNotHeldUpByABusThatDoesNotAnswer()
 void TestSleepInhibitor::ignoresAStrangeNumber()
 {
     const auto portal = offer(Kind::Portal);
-    const quint32 assertion = SleepInhibitor::take(u"reason"_s);
+    const quint32 assertion = SleepInhibitor::acquire(u"reason"_s);
     QVERIFY(assertion != 0);
     QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
     SleepInhibitor::release(0);

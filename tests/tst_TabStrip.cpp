@@ -144,7 +144,7 @@ void TestTabStrip::leadsTheKeyboardThroughThePage()
         pageLayout->addWidget(button);
     buttons.at(1)->setFocusPolicy(Qt::ClickFocus);
     tabs->addTab(page, u"a"_s);
-    TabStrip::putBehind(*bar, *page);
+    TabStrip::setTabOrderAfter(*bar, *page);
 
     // Qt has widgets of its own in the chain, that of the tabs among them.
     QList<const QWidget *> way;

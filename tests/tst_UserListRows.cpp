@@ -90,7 +90,7 @@ void TestUserListRows::showsWhoIsAway()
     QListWidget list;
     list.addItems({u"@a"_s, u"b"_s, u"+c"_s, u"c"_s});
     for (const bool isAway : {true, false}) {
-        UserListRows::showAway(list, nick, isAway);
+        UserListRows::setAway(list, nick, isAway);
         for (int index = 0; index < list.count(); ++index) {
             QCOMPARE(list.item(index)->font().italic(), isAway && index == row);
             const QBrush brush = list.item(index)->foreground();

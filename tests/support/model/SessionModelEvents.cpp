@@ -155,7 +155,7 @@ void SessionModel::onJoin(const QString &nick, const QString &channel)
     }
     QStringList &users = channelUsers[channel];
     if (!users.contains(nick, Qt::CaseInsensitive)) {
-        NickList::insertPlain(users, nick);
+        NickList::insertSorted(users, nick);
         if (channel == current)
             shownUsers.append(nick);
     }

@@ -1,4 +1,4 @@
-#include "ChannelPage.h"
+#include "ConversationPage.h"
 #include "ModalAnswers.h"
 #include "TemporaryStore.h"
 #include "WindowSession.h"
@@ -16,7 +16,7 @@
 
 using namespace Qt::StringLiterals;
 
-class TestChannelPage final : public QObject
+class TestConversationPage final : public QObject
 {
     Q_OBJECT
 
@@ -35,14 +35,14 @@ private:
     TemporaryStore store;
 };
 
-void TestChannelPage::init()
+void TestConversationPage::init()
 {
     store.clear();
 }
 
-void TestChannelPage::buildsAPageWithoutABar()
+void TestConversationPage::buildsAPageWithoutABar()
 {
-    const std::unique_ptr<QWidget> page(ChannelPage::create(false));
+    const std::unique_ptr<QWidget> page(ConversationPage::create(false));
     QCOMPARE(page->parentWidget(), nullptr);
     const auto *layout = qobject_cast<QVBoxLayout *>(page->layout());
     QVERIFY(layout != nullptr);
@@ -54,9 +54,9 @@ void TestChannelPage::buildsAPageWithoutABar()
     QCOMPARE(page->findChild<QWidget *>(u"topicBar"_s), nullptr);
 }
 
-void TestChannelPage::buildsAPageWithATopicBar()
+void TestConversationPage::buildsAPageWithATopicBar()
 {
-    const std::unique_ptr<QWidget> page(ChannelPage::create(true));
+    const std::unique_ptr<QWidget> page(ConversationPage::create(true));
     QCOMPARE(page->parentWidget(), nullptr);
     const auto *layout = qobject_cast<QVBoxLayout *>(page->layout());
     QVERIFY(layout != nullptr);
@@ -81,9 +81,9 @@ void TestChannelPage::buildsAPageWithATopicBar()
     QCOMPARE(barLayout->stretch(1), 0);
 }
 
-void TestChannelPage::buildsTheTopicLabel()
+void TestConversationPage::buildsTheTopicLabel()
 {
-    const std::unique_ptr<QWidget> page(ChannelPage::create(true));
+    const std::unique_ptr<QWidget> page(ConversationPage::create(true));
     const auto *label = page->findChild<QLabel *>(u"topicLabel"_s);
     QVERIFY(label != nullptr);
     QCOMPARE(label->text(), QString());
@@ -95,9 +95,9 @@ void TestChannelPage::buildsTheTopicLabel()
     QCOMPARE(label->sizePolicy().verticalPolicy(), QSizePolicy::Preferred);
 }
 
-void TestChannelPage::buildsTheEditButton()
+void TestConversationPage::buildsTheEditButton()
 {
-    const std::unique_ptr<QWidget> page(ChannelPage::create(true));
+    const std::unique_ptr<QWidget> page(ConversationPage::create(true));
     const auto *button = page->findChild<QPushButton *>(u"editTopicBtn"_s);
     QVERIFY(button != nullptr);
     QCOMPARE(button->minimumSize(), QSize(24, 24));
@@ -109,9 +109,9 @@ void TestChannelPage::buildsTheEditButton()
     QCOMPARE(button->iconSize(), QSize(24, 24));
 }
 
-void TestChannelPage::drawsAPencil()
+void TestConversationPage::drawsAPencil()
 {
-    const std::unique_ptr<QWidget> page(ChannelPage::create(true));
+    const std::unique_ptr<QWidget> page(ConversationPage::create(true));
     const auto *button = page->findChild<QPushButton *>(u"editTopicBtn"_s);
     QCOMPARE(button->icon().availableSizes(), QList<QSize>{QSize(24, 24)});
     const QImage image = button->icon().pixmap(24, 24).toImage();
@@ -127,9 +127,9 @@ void TestChannelPage::drawsAPencil()
     QCOMPARE(qAlpha(image.pixel(0, 0)), 0);
 }
 
-void TestChannelPage::buildsTheConversationView()
+void TestConversationPage::buildsTheConversationView()
 {
-    const std::unique_ptr<QWidget> page(ChannelPage::create(false));
+    const std::unique_ptr<QWidget> page(ConversationPage::create(false));
     const auto *view = page->findChild<QTextBrowser *>();
     QVERIFY(view != nullptr);
     QCOMPARE(view->palette().color(QPalette::Base), QColor(Qt::white));
@@ -140,7 +140,7 @@ void TestChannelPage::buildsTheConversationView()
     QCOMPARE(view->contextMenuPolicy(), Qt::CustomContextMenu);
 }
 
-void TestChannelPage::showsNoMenuOnAConversation()
+void TestConversationPage::showsNoMenuOnAConversation()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s});
@@ -158,5 +158,5 @@ void TestChannelPage::showsNoMenuOnAConversation()
     QCOMPARE(answers.problems(), QStringList());
 }
 
-QTEST_MAIN(TestChannelPage)
-#include "tst_ChannelPage.moc"
+QTEST_MAIN(TestConversationPage)
+#include "tst_ConversationPage.moc"

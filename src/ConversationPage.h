@@ -4,7 +4,7 @@ class QString;
 class QWidget;
 
 /// The page that a conversation's tab shows.
-namespace ChannelPage {
+namespace ConversationPage {
 
 /// Makes a page with its conversation view, a `QTextBrowser`, and over it, for a channel, the
 /// topic's bar with its children "topicBar", "topicLabel" and "editTopicBtn".
@@ -16,4 +16,4 @@ QWidget *create(bool isChannel);
 /// the channel list, is left alone.
 void setName(const QWidget &page, const QString &name);
 
-} // namespace ChannelPage
+} // namespace ConversationPage

@@ -1,4 +1,4 @@
-#include "ChannelPage.h"
+#include "ConversationPage.h"
 
 #include "ChatView.h"
 #include "FocusMark.h"
@@ -93,7 +93,7 @@ QTextBrowser *createChatView()
 
 } // namespace
 
-namespace ChannelPage {
+namespace ConversationPage {
 
 QWidget *create(bool isChannel)
 {
@@ -113,4 +113,4 @@ void setName(const QWidget &page, const QString &name)
         view->setAccessibleName(QTextBrowser::tr("Conversation %1").arg(name));
 }
 
-} // namespace ChannelPage
+} // namespace ConversationPage
