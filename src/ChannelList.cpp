@@ -29,7 +29,7 @@ QLabel *createInfoLabel()
 {
     auto *label = new QLabel(QLabel::tr("Server: loading..."));
     label->setTextFormat(Qt::PlainText);
-    // The server gives the text, which is not to make the window as wide as itself.
+    // A long text from the server must not widen the window.
     label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     label->setStyleSheet(u"font-weight: bold; padding: 4px;"_s);
     return label;
@@ -75,8 +75,8 @@ std::vector<SortedRow> readRows(QTreeWidget &tree)
     return rows;
 }
 
-// Puts the items into the order of `rows`. Removing the rows first makes the view forget the
-// current row, the selection, the hidden rows and the scroll position, so they are restored.
+// Puts the items into the order of `rows`. Restores the current row, the selection, the hidden rows
+// and the scroll position, which the view loses with the removed rows.
 void reorderRows(QTreeWidget &tree, const std::vector<SortedRow> &rows)
 {
     QTreeWidgetItem *current = tree.currentItem();
@@ -96,8 +96,8 @@ void reorderRows(QTreeWidget &tree, const std::vector<SortedRow> &rows)
     tree.verticalScrollBar()->setValue(scrolled);
 }
 
-// Gives the order of QTreeWidget::sortItems(), which is slow in a long list: it reads both numbers
-// from the items for each comparison, and these are scattered over the memory.
+// Sorts like QTreeWidget::sortItems(), which is slow in a long list because each comparison reads
+// two items from different places in memory.
 void sortByNumber(QTreeWidget &tree, Qt::SortOrder order)
 {
     std::vector<SortedRow> rows = readRows(tree);
@@ -110,8 +110,8 @@ void sortByNumber(QTreeWidget &tree, Qt::SortOrder order)
     ChannelSearch::forTree(tree).keepIndexDuring([&tree, &rows] { reorderRows(tree, rows); });
 }
 
-// Sorts by users and enables sorting. QTreeWidget would also sort the rows by itself when they are
-// added and when sorting is enabled; the header shows no column meanwhile, which prevents both.
+// Sorts by users and enables sorting. Sort column -1 meanwhile prevents that QTreeWidget sorts too,
+// when rows are added and when sorting is enabled.
 void sortByUsersIn(QTreeWidget &tree, Qt::SortOrder order)
 {
     QHeaderView *header = tree.header();
@@ -140,7 +140,7 @@ ChannelList::Page ChannelList::createPage(const QString &theme)
 
 QString ChannelList::summary(const QString &serverName, int totalChannels, int totalUsers)
 {
-    // All at once: the name, which may hold such a mark, is not looked through for the next.
+    // One arg() call, so that "%1" in the server's name is not replaced.
     return QLabel::tr("%1: %2 channels, %3 users")
             .arg(serverName, QString::number(totalChannels), QString::number(totalUsers));
 }

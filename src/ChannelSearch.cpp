@@ -9,11 +9,11 @@
 
 namespace {
 
-// A byte that UTF-8 never has, so that nothing is found across two texts.
+// A byte that never occurs in UTF-8, so that no match spans two texts.
 constexpr char EndOfText = '\xFF';
 
-// Letter by letter, as QString compares without regard to case: folding a text as a whole would
-// make two letters of some.
+// Folds each code point separately, as QString's case-insensitive comparison does.
+// QString::toCaseFolded() may map one letter to two.
 std::string folded(const QString &text)
 {
     QString result;
@@ -43,7 +43,7 @@ ChannelSearch::ChannelSearch(QTreeWidget &searched)
     , tree(searched)
 {
     const QAbstractItemModel *model = tree.model();
-    // Rows that come are not asked for here: a tree that is to be sorted would do so first.
+    // rowsInserted is not connected: reading a row makes the tree do a pending sort first.
     connect(model, &QAbstractItemModel::rowsRemoved, this, &ChannelSearch::clear);
     connect(model, &QAbstractItemModel::dataChanged, this, &ChannelSearch::clear);
     connect(model, &QAbstractItemModel::modelReset, this, &ChannelSearch::clear);
@@ -88,7 +88,7 @@ std::vector<bool> ChannelSearch::find(const QString &text) const
 
 std::size_t ChannelSearch::numberOf(int row)
 {
-    // A row that stands where it stood at the last search is not looked up again.
+    // Avoids the hash lookup for a row with the same item as at the last search.
     CachedRow &cached = rowCache[static_cast<std::size_t>(row)];
     const QTreeWidgetItem *item = tree.topLevelItem(row);
     if (cached.item != item)
@@ -111,7 +111,7 @@ void ChannelSearch::showMatches(const QString &text)
         for (int row = 0; row < count; ++row)
             hidden[static_cast<std::size_t>(row)] = !found[numberOf(row)];
     }
-    // By the row: an item would have to look for its own row first.
+    // By row, because QTreeWidgetItem::setHidden() searches for the item's row.
     for (int row = 0; row < count; ++row) {
         const bool isHidden = hidden[static_cast<std::size_t>(row)];
         if (tree.isRowHidden(row, QModelIndex()) != isHidden)

@@ -11,28 +11,28 @@
 class QTreeWidget;
 class QTreeWidgetItem;
 
-/// The search through a channel list, which is to keep up with typing in a list of any length.
+/// Searches a channel list, fast enough for typing in a list of any length.
 ///
-/// Going through the texts of a tree row by row is slow, since each lies somewhere else. So a copy
-/// of them is kept in one piece; it costs as many bytes as the texts have in UTF-8, and some dozens
-/// a row. It follows the tree by itself when rows change, move or go.
+/// Reading the texts of a tree row by row is slow, since they are scattered in memory. This class
+/// therefore keeps a copy of them in one string, in UTF-8, plus some dozens of bytes a row. It
+/// follows changes of the tree by itself.
 class ChannelSearch final : public QObject
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(ChannelSearch)
 
 public:
-    /// The search of `tree`, which owns it. It is made by the first call.
+    /// Returns the search of `tree`, which owns it. The first call creates it.
     [[nodiscard]] static ChannelSearch &forTree(QTreeWidget &tree);
 
-    /// Takes a row in right away that is being added to the tree. One that nobody hands over costs
-    /// the next search the time to go through the whole tree.
+    /// Adds the texts of `row`, which has just been added to the tree. If this is not called for
+    /// every added row, the next search reads the whole tree.
     void add(const QTreeWidgetItem &row);
 
-    /// Calls `reorder`, which removes rows and adds the same ones again, and keeps their texts.
+    /// Calls `reorder`, which removes rows and adds the same rows again, without clearing the copy.
     void keepIndexDuring(const std::function<void()> &reorder);
 
-    /// Shows the rows whose channel or topic contains `text` without regard to case, and hides the
+    /// Shows the rows whose channel or topic contains `text`, case-insensitively, and hides the
     /// others. An empty text shows all rows.
     void showMatches(const QString &text);
 
@@ -50,9 +50,9 @@ private:
     };
 
     QTreeWidget &tree;
-    bool isReordering = false;                           // True while rows are only reordered.
-    QHash<const QTreeWidgetItem *, std::size_t> numbers; // Rows in the order of their arrival.
-    std::vector<CachedRow> rowCache;   // What each row of the tree was found to be.
-    std::string texts;                 // In UTF-8 and with case folded, each with a mark behind it.
-    std::vector<std::size_t> textEnds; // Where in them the texts of each row end, by its number.
+    bool isReordering = false;                           // During keepIndexDuring().
+    QHash<const QTreeWidgetItem *, std::size_t> numbers; // Rows in the order of add().
+    std::vector<CachedRow> rowCache;   // Item and number of each row at the last search.
+    std::string texts;                 // UTF-8, case-folded, each followed by EndOfText.
+    std::vector<std::size_t> textEnds; // End in `texts` of each row, by its number.
 };

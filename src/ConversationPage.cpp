@@ -40,7 +40,7 @@ QLabel *createTopicLabel()
     label->setOpenExternalLinks(true);
     label->setAccessibleDescription(QLabel::tr("Topic"));
     label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    // Left to itself it is as wide as its longest word, and so would be the whole window.
+    // Otherwise the window could not become narrower than the topic's longest word.
     label->setMinimumWidth(1);
     return label;
 }
@@ -85,7 +85,7 @@ QTextBrowser *createChatView()
     view->setReadOnly(true);
     new FocusMark(*view);
     view->setOpenExternalLinks(true);
-    // A right click on a conversation shows no menu at all, not even the standard one.
+    // Intended: a right click shows no menu, not even the standard one.
     view->setContextMenuPolicy(Qt::CustomContextMenu);
     QObject::connect(view, &QWidget::customContextMenuRequested, view, [] {});
     return view;

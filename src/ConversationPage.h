@@ -3,17 +3,17 @@
 class QString;
 class QWidget;
 
-/// The page that a conversation's tab shows.
+/// Tab pages of conversations.
 namespace ConversationPage {
 
-/// Makes a page with its conversation view, a `QTextBrowser`, and over it, for a channel, the
-/// topic's bar with its children "topicBar", "topicLabel" and "editTopicBtn".
+/// Creates a page with a conversation view, a `QTextBrowser`. A channel's page also has the widget
+/// "topicBar" above it, with the children "topicLabel" and "editTopicBtn".
 ///
-/// The page has no parent: the caller owns it until it is put into a tab widget.
+/// The page has no parent: the caller owns it until it is added to a tab widget.
 QWidget *create(bool isChannel);
 
-/// Sets the name that screen readers say for the conversation of `page`; a page without one, as of
-/// the channel list, is left alone.
+/// Sets the accessible name of the conversation view in `page`. Does nothing if `page` has none,
+/// such as the page of the channel list.
 void setName(const QWidget &page, const QString &name);
 
 } // namespace ConversationPage

@@ -69,7 +69,7 @@ void HighlightTabBar::stopBlinking(int index)
     if (info == highlights.end() || info->timer == nullptr)
         return;
     info->timer->stop();
-    // Later, since the call may come from the timer's own signal.
+    // This may be called from a slot of the timer.
     info->timer->deleteLater();
     info->timer = nullptr;
 }
@@ -91,13 +91,13 @@ void HighlightTabBar::paintEvent(QPaintEvent *event)
             continue;
         QStyleOptionTab option;
         initStyleOption(&option, index);
-        // No button is on the right, only space for a name's ampersands.
+        // The width of a right button is reserved for escaped ampersands; do not indent the text.
         option.rightButtonSize = QSize();
         const HighlightInfo info = highlights.value(index);
         if (info.highlighted) {
             drawHighlightedTab(painter, option, info.blinkOn);
         } else {
-            // A style underlines what follows a single one, and does not show it.
+            // Escapes "&", which styles draw as a mnemonic.
             option.text.replace(u'&', "&&"_L1);
             drawTab(painter, option);
         }
@@ -114,11 +114,11 @@ void HighlightTabBar::drawHighlightedTab(QStylePainter &painter, QStyleOptionTab
 {
     const QColor blinkColor = ThemeManager::isDark(currentTheme) ? QColor(0xFF, 0xD7, 0x00)
                                                                  : QColor(0xFF, 0xB8, 0x00);
-    // A default colour draws as black: between two blinks the text is plain in every theme.
+    // Intended: the default-constructed colour is black in every theme.
     option.palette.setColor(QPalette::WindowText, blinkOn ? blinkColor : QColor());
 
-    // A style sheet gives a tab's text its own colour and weight, so the style draws the tab alone
-    // and the text is drawn here.
+    // A style sheet overrides the text's colour and weight, so the style draws the tab without its
+    // text.
     const QString text = option.text;
     option.text.clear();
     drawTab(painter, option);

@@ -8,11 +8,10 @@ class QStyleOptionTab;
 class QStylePainter;
 class QTimer;
 
-/// A tab bar that marks tabs which want attention.
+/// A tab bar that highlights tabs.
 ///
-/// The text of a marked tab is bold and changes its colour twice a second until the mark is taken
-/// off. A mark belongs to an index and not to a tab: when tabs come, go or move, it stays at its
-/// index and shows on whatever tab lies there, or on none.
+/// The text of a highlighted tab is bold and its colour blinks. Intended: a highlight belongs to an
+/// index and not to a tab. It stays at its index when tabs are added, removed or moved.
 class HighlightTabBar final : public QTabBar
 {
     Q_OBJECT
@@ -22,33 +21,34 @@ public:
     struct HighlightInfo
     {
         bool highlighted = false;
-        /// The text is in the blink colour at present.
+        /// True while the text has the blink colour.
         bool blinkOn = false;
-        /// The tab's own blink timer, a child of the bar; null while the tab does not blink.
+        /// Blink timer, a child of the bar; null while the tab does not blink.
         QTimer *timer = nullptr;
     };
 
     explicit HighlightTabBar(QWidget *parent);
 
-    /// Takes the blink colour that goes with `theme`, one for "dark" and one for every other name.
-    /// Tabs that blink go on in their rhythm.
+    /// Sets the blink colour of `theme`: one for "dark" and one for any other name. Does not
+    /// restart the blink timers.
     void setTheme(const QString &theme);
 
-    /// Marks the tab at `index` and lets it blink, first in the blink colour. Does nothing if the
-    /// tab is marked already or there is none.
+    /// Highlights the tab at `index`, starting in the blink colour. Does nothing if it is already
+    /// highlighted or `index` is out of range.
     void highlightTab(int index);
 
-    /// Takes the mark off the tab at `index`. Does nothing if there is no such tab or no mark.
+    /// Removes the highlight of the tab at `index`. Does nothing if it has none or `index` is out
+    /// of range.
     void unhighlightTab(int index);
 
-    /// True if `index` is marked, whether or not a tab lies there.
+    /// Returns true if `index` is highlighted, also if it is out of range.
     [[nodiscard]] bool isHighlighted(int index) const;
 
-    /// Gives `index` a blink timer of its own, in place of the one that it may have. To mark a tab,
-    /// call `highlightTab`: nothing blinks without a mark.
+    /// Starts the blink timer of `index`, or restarts it. Has no visible effect without a
+    /// highlight; call `highlightTab` instead.
     void startBlinking(int index);
 
-    /// Ends the blink timer of `index`, if there is one, and leaves the mark.
+    /// Stops the blink timer of `index`, if any. Keeps the highlight.
     void stopBlinking(int index);
 
 protected:

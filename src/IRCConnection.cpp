@@ -25,14 +25,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int KeepAliveInterval = 10000; // All in ms.
+constexpr int KeepAliveInterval = 10000; // Milliseconds, as are the next two.
 constexpr qint64 SilenceBeforePing = 60000;
 constexpr qint64 PongTimeout = 45000;
 
 constexpr qsizetype MaxAlternativeLength = 30;
 
 #if defined(Q_OS_WIN)
-// Windows has had these since 2017, but the headers of MinGW have no names for them.
+// Windows has these since 2017, but the MinGW headers do not define them.
 constexpr int IdleTimeOption = 3;
 constexpr int IntervalOption = 17;
 constexpr int ProbesOption = 16;
@@ -40,7 +40,7 @@ constexpr int ProbesOption = 16;
 #if defined(TCP_KEEPIDLE)
 constexpr int IdleTimeOption = TCP_KEEPIDLE;
 #else
-constexpr int IdleTimeOption = TCP_KEEPALIVE; // macOS's name for it.
+constexpr int IdleTimeOption = TCP_KEEPALIVE; // On macOS.
 #endif
 constexpr int IntervalOption = TCP_KEEPINTVL;
 constexpr int ProbesOption = TCP_KEEPCNT;
@@ -53,8 +53,8 @@ void setOption(qintptr descriptor, int level, int option, int value)
 #else
     const auto handle = static_cast<int>(descriptor);
 #endif
-    // Windows takes a pointer to char where others take one to void. A system that refuses an
-    // option goes without it.
+    // The cast is for Windows, which declares the parameter as const char *. Errors are ignored:
+    // the options are optional.
     setsockopt(handle, level, option, reinterpret_cast<const char *>(&value), sizeof value);
 }
 
@@ -65,14 +65,13 @@ IRCConnection::IRCConnection(QObject *parent)
     , keepAliveTimer(new QTimer(this))
 {
     connect(keepAliveTimer, &QTimer::timeout, this, &IRCConnection::checkKeepAlive);
-    // Before anybody else's: whoever learns of the user's new nick through nickChanged finds
-    // currentNick up to date.
+    // Connected first, so that currentNick() is up to date in all other slots of nickChanged.
     connect(this, &IRCConnection::nickChanged, this, &IRCConnection::updateOwnNick);
 }
 
 IRCConnection::~IRCConnection()
 {
-    // The owner may be half gone by now, so what the closing socket still has to tell stays here.
+    // The receivers may already be partly destroyed.
     blockSignals(true);
     readFinishedHandler = nullptr;
     disconnectFromServer();
@@ -91,7 +90,7 @@ void IRCConnection::connectToServer(const QString &newHost, quint16 newPort, con
     generateNickAlternatives(newNick, config.altNickname);
     nick = nickAlternatives.first();
 
-    // Its connections stay: the end of the session that it carried is told like any other.
+    // Left connected, so that its `disconnected` still arrives.
     if (socket != nullptr)
         socket->deleteLater();
 
@@ -191,15 +190,15 @@ void IRCConnection::changeNick(const QString &newNick)
     sendRaw(u"NICK "_s + newNick);
 }
 
-void IRCConnection::sendWhois(const QString &whose)
+void IRCConnection::sendWhois(const QString &target)
 {
-    sendRaw(u"WHOIS "_s + whose);
+    sendRaw(u"WHOIS "_s + target);
 }
 
-void IRCConnection::sendWatch(const QString &whom, bool add)
+void IRCConnection::sendWatch(const QString &target, bool add)
 {
     if (isConnected())
-        sendRaw(u"WATCH %1%2"_s.arg(add ? u"+"_s : u"-"_s, whom));
+        sendRaw(u"WATCH %1%2"_s.arg(add ? u"+"_s : u"-"_s, target));
 }
 
 void IRCConnection::resetListCounters()
@@ -212,7 +211,7 @@ void IRCConnection::resetListCounters()
 void IRCConnection::addListChannel(int userCount)
 {
     ++totalListChannels;
-    // What a server claims may be more than fits.
+    // Clamped to avoid overflow: the server may send any number.
     const qint64 sum = qint64(totalListUsers) + userCount;
     totalListUsers = static_cast<int>(qBound(qint64(std::numeric_limits<int>::min()), sum,
                                              qint64(std::numeric_limits<int>::max())));
@@ -272,18 +271,19 @@ void IRCConnection::onReadyRead()
 {
     lastActivity.start();
     awaitingPong = false;
-    // A replaced socket may have called while the new one is closed, and Qt warns of such reads.
+    // readyRead of a replaced socket may arrive while the new one is closed. Qt warns about reading
+    // a closed device.
     if (socket->isOpen())
         buffer += QString::fromUtf8(socket->readAll());
     if (processLines() && readFinishedHandler)
         readFinishedHandler();
-    // A socket does not call for what arrives while a slot of its call runs an event loop.
+    // readyRead is not emitted recursively; read what arrived in a nested event loop.
     if (socket->isOpen() && socket->bytesAvailable() > 0)
         QMetaObject::invokeMethod(this, &IRCConnection::onReadyRead, Qt::QueuedConnection);
 }
 
-// True if at least one line end was found. A slot may run an event loop of its own and so lead back
-// here; the members tell the inner call where the outer one stands, and the other way round.
+// Returns true if it found a line end. A slot may run a nested event loop that calls this again, so
+// the state of the search is in members.
 bool IRCConnection::processLines()
 {
     const QScopedValueRollback guard(reading, true);
@@ -294,7 +294,7 @@ bool IRCConnection::processLines()
             break;
         found = true;
         const QString line = buffer.first(lineEnd);
-        // Moves the start of the text, not the text.
+        // Cheap: QString only moves its start.
         buffer.remove(0, lineEnd + 2);
         searchStart = 0;
         if (line.isEmpty())
@@ -302,10 +302,10 @@ bool IRCConnection::processLines()
         emit rawMessageReceived(line);
         IRCParser::parseLine(line, this);
     }
-    // Otherwise a buffer keeps the memory of the longest line that it has ever held.
+    // Frees the memory of long lines.
     if (found)
         buffer.squeeze();
-    // A CR at the very end may be the first half of a line end.
+    // A trailing CR may be the first half of a line end.
     searchStart = qMax(buffer.size() - 1, qsizetype(0));
     return found;
 }
@@ -348,8 +348,8 @@ void IRCConnection::tryNextNick()
     }
     const QString oldNick = nick;
     const QString entry = nickAlternatives.at(nickIndex);
-    // New before anybody hears of it, so this is no change of the user's own nick: the server has
-    // agreed to nothing yet.
+    // Set before nickChanged, so that updateOwnNick() does not emit ownNickChanged: the server has
+    // not confirmed the nick.
     nick = entry;
     sendRaw(u"NICK "_s + entry);
     emit nickChanged(oldNick, entry);
@@ -379,15 +379,14 @@ void IRCConnection::configureSocketKeepAlive()
     const qintptr descriptor = socket->socketDescriptor();
     if (descriptor < 0)
         return;
-    // Times in seconds: the first probe after a minute of silence, dead after five in vain.
+    // Seconds until the first probe, seconds between probes, and number of probes.
     setOption(descriptor, SOL_SOCKET, SO_KEEPALIVE, 1);
     setOption(descriptor, IPPROTO_TCP, IdleTimeOption, 60);
     setOption(descriptor, IPPROTO_TCP, IntervalOption, 10);
     setOption(descriptor, IPPROTO_TCP, ProbesOption, 5);
 }
 
-// Qt puts the closing off until a TLS handshake is over, but does not go on with it by then, and a
-// server may never end it anyway.
+// Works around QSslSocket::disconnectFromHost(), which never finishes during the handshake.
 void IRCConnection::closeSocket()
 {
     const auto *secure = qobject_cast<QSslSocket *>(socket);

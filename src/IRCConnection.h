@@ -15,18 +15,17 @@ class QTimer;
 
 /// The session with one IRC server: socket, registration, framing and keep-alive.
 ///
-/// One object serves for a program's whole life; `connectToServer` replaces its socket. It is made
-/// for the GUI thread, and everything that it tells leaves it as a signal. The signals that stem
-/// from a received line are emitted while that line is handled, so a slot may send, disconnect or
-/// connect again from within.
+/// One object lives as long as the program; `connectToServer` replaces its socket. For the GUI
+/// thread only. Signals for a received line are emitted while that line is handled, so a slot may
+/// send, disconnect or connect again.
 ///
-/// Failures never throw and are never retried: each one is an `errorOccurred` with text for the
-/// user. Text is UTF-8 in both directions.
+/// Failures never throw and are never retried: `errorOccurred` reports each with text for the user.
+/// Text is UTF-8 in both directions.
 ///
-/// A line ends at CR LF only, and nothing limits its length. A read returns all that has arrived
-/// and is decoded by itself, so a character that it splits becomes replacement characters. After 60
-/// seconds without traffic the server is asked for a sign of life, and left after another 45
-/// without an answer; both are looked for every 10 seconds.
+/// Only CR LF ends a line, and its length is unlimited. Each read is decoded separately, so a
+/// character split between two reads becomes replacement characters. After 60 seconds without
+/// traffic the server gets a PING; after 45 more seconds without data the connection is closed.
+/// Both are checked every 10 seconds.
 class IRCConnection final : public QObject
 {
     Q_OBJECT
@@ -36,166 +35,167 @@ class IRCConnection final : public QObject
 public:
     explicit IRCConnection(QObject *parent = nullptr);
 
-    /// Says QUIT to a server that is still there. No signal leaves the object from here on.
+    /// Sends QUIT if connected. Emits no signals.
     ~IRCConnection() override;
 
-    /// Starts a session; its outcome comes as `connected` or `errorOccurred`.
+    /// Starts a session; `connected` or `errorOccurred` reports the result.
     ///
-    /// The record given to `setServerConfig` must be in place before, since the second nick to try
-    /// comes from it. A session that is running is dropped without a QUIT, and its `disconnected`
-    /// still arrives. A line that the last session left unfinished goes on with the first text of
-    /// this one. With `useSsl`, a certificate that the system does not trust ends the attempt.
+    /// Call `setServerConfig` first: the second nick to try is in that record. A current session
+    /// ends without a QUIT, and its `disconnected` is still emitted. Intended: an incomplete line
+    /// of the last session is continued by the first text of this one. With `useSsl`, the attempt
+    /// fails if the system does not trust the certificate.
     void connectToServer(const QString &host, quint16 port, const QString &nick,
                          const QString &realName, bool useSsl);
 
-    /// Says QUIT and closes the link. An attempt that is still connecting is left to go on; a TLS
-    /// handshake is broken off, and QUIT is not said then.
+    /// Sends QUIT and closes the connection. During the TLS handshake, aborts it; QUIT is not sent
+    /// then. Intended: does not stop an attempt that is still connecting.
     void disconnectFromServer();
 
     [[nodiscard]] bool isConnected() const;
 
-    /// True from the server's welcome until the next `connectToServer`, so also after a disconnect.
+    /// Returns true from the server's welcome until the next `connectToServer`, so also after a
+    /// disconnect.
     [[nodiscard]] bool isRegistered() const;
-    /// For the parser, which sees the welcome.
+    /// For the parser, on the welcome.
     void setRegistered(bool isDone);
 
-    /// The nick that the session believes it has, or asked for last after a refusal, whenever that
-    /// came: until the server's NICK line it may know the user by another one.
+    /// Returns the nick in use. After a refusal, this is the alternative last requested, even if
+    /// the server has not confirmed it.
     [[nodiscard]] QString currentNick() const;
 
-    /// The host given to the last `connectToServer`.
+    /// Returns the host of the last `connectToServer`.
     [[nodiscard]] QString getHost() const;
 
-    /// The active server's record, parked here for the window. It is a copy.
+    /// Returns a copy of the active server's record. Of it, the connection reads only
+    /// `altNickname`.
     [[nodiscard]] ServerConfig serverConfig() const;
     void setServerConfig(const ServerConfig &newConfig);
 
-    /// Sends `line` as it stands, with CR LF behind it. Its length is not looked at, and a CR or LF
-    /// inside is not taken out. Without a connection the text is lost and `errorOccurred` says so.
+    /// Sends `line` verbatim, followed by CR LF. Neither limits its length nor removes CR or LF
+    /// from it. Emits `errorOccurred` and drops the line if not connected.
     ///
-    /// `joinChannel`, `partChannel`, `sendPrivmsg`, `changeNick`, `sendWhois` and `sendWatch` send
-    /// one line each by this function, with arguments that are looked at no more than that.
+    /// The functions from `joinChannel` to `sendWatch` send one line each with this function and do
+    /// not check their arguments either.
     void sendRaw(const QString &line);
-    /// Asks to join `channel`. An empty one is sent like any other, as "JOIN ".
+    /// Joins `channel`. An empty one sends "JOIN ".
     void joinChannel(const QString &channel);
-    /// Leaves `channel` with the reason "Leaving".
+    /// Leaves `channel` with the message "Leaving".
     void partChannel(const QString &channel);
     /// Sends `text` to a channel or a nick.
     void sendPrivmsg(const QString &target, const QString &text);
 
-    /// Asks for another nick; `currentNick` follows when the server agrees.
+    /// Requests another nick; `currentNick` changes when the server confirms it.
     void changeNick(const QString &nick);
 
-    /// Asks who `nick` is; the answer comes as the signals `whoisUserReceived` to
-    /// `whoisAwayReceived`, as far as the server knows it.
+    /// Sends WHOIS for `nick`; the replies are emitted as `whoisUserReceived` to
+    /// `whoisAwayReceived`.
     void sendWhois(const QString &nick);
 
-    /// Adds `nick` to the server's WATCH list or takes it off. Does nothing without a connection.
+    /// Adds `nick` to the server's WATCH list or removes it. Does nothing if not connected.
     void sendWatch(const QString &nick, bool add);
 
-    /// Starts the totals of a channel listing at 0, with no server's name. Like `addListChannel`
-    /// and `setListServerName` it is for the parser, which sees the listing.
+    /// Resets the totals and the server name of the channel list. Like `addListChannel` and
+    /// `setListServerName`, for the parser.
     void resetListCounters();
-    /// Counts one channel. A server may tell any count of users, negative ones included; their sum
-    /// stops at the ends of `int`.
+    /// Adds one channel to the totals. `userCount` may be any number that a server sends, also
+    /// negative; the sum is clamped to `int`.
     void addListChannel(int userCount);
     void setListServerName(const QString &name);
-    /// The server that began the last listing; empty if it didn't say its name.
+    /// Returns the server that sent the last channel list; empty if its first line had no prefix.
     [[nodiscard]] QString getListServerName() const;
-    /// Channels since the last `resetListCounters`.
+    /// Returns the number of channels since the last `resetListCounters`.
     [[nodiscard]] int getTotalListChannels() const;
-    /// Users of these channels, each counted once per channel.
+    /// Returns the sum of these channels' user counts.
     [[nodiscard]] int getTotalListUsers() const;
 
-    /// Asks for the next nick of the list, since the server refused the one asked for last. At the
-    /// list's end it reports an error and leaves the connection as it is.
+    /// Requests the next alternative nick after the server refused the last one. Emits
+    /// `errorOccurred` if none is left; the connection stays open.
     void tryNextNick();
 
-    /// True while lines of one read are being cut and handled: more may follow at once.
+    /// Returns true while the lines of one read are handled, so more may follow at once.
     [[nodiscard]] bool isReading() const;
 
-    /// Sets a function that is called at the end of each read that completed at least one line,
-    /// after the last of them was handled; `isReading` is false by then.
+    /// Sets a function that is called after the lines of each read that completed at least one, for
+    /// work that is cheaper once per read than once per line. An empty function removes it.
     ///
-    /// It is there for work that is cheaper for many lines together than for each one. In a read
-    /// that is nested in another one, through an event loop that a slot runs, `isReading` stays
-    /// true for the outer read. An empty function sets none.
+    /// `isReading` is false during the call, unless the read is nested in another one by an event
+    /// loop that a slot runs.
     void setReadFinishedHandler(std::function<void()> handler);
 
 signals:
-    // The numerics are those of RFC 2812. What a line lacks is empty in its signal, unless stated
-    // otherwise; a nick is the part of the line's prefix before its first "!".
+    // Numerics are those of RFC 2812. Arguments that a line lacks are empty unless stated
+    // otherwise. A nick is the line's prefix up to its first "!".
 
-    /// The link is up and the registration lines are queued.
+    /// Emitted when the socket has connected and the registration lines are queued.
     void connected();
-    /// The server has welcomed the user (numeric 001).
+    /// Emitted when the server has welcomed the user (numeric 001).
     void registered();
-    /// The socket has gone to the unconnected state.
+    /// Emitted when the socket has entered the unconnected state.
     void disconnected();
-    /// Any failure, as text for the user.
+    /// Emitted on any failure, with text for the user.
     void errorOccurred(const QString &error);
-    /// One received line, before anything else is made of it.
+    /// Emitted for each received line, before it is parsed.
     void rawMessageReceived(const QString &message);
-    /// Text for the server's tab.
+    /// Emitted with text for the server's tab.
     void serverMessage(const QString &message);
-    /// A message. To a channel, `target` is that channel; for a private one it equals `from`.
+    /// Emitted on PRIVMSG. `target` is the channel; for a private message it equals `from`.
     void privmsgReceived(const QString &from, const QString &target, const QString &text);
-    /// Somebody joined, the user included.
+    /// Emitted when another user or the user joined (JOIN).
     void joinReceived(const QString &nick, const QString &channel);
-    /// Somebody left `channel` (PART), the user included. `reason` is empty if none was given.
+    /// Emitted when another user or the user left `channel` (PART).
     void partReceived(const QString &nick, const QString &channel, const QString &reason);
-    /// A nick in sight changed, the user's included, or a refused one gave way to the next.
+    /// Emitted when the nick of another user or of the user changed (NICK), and when a refused nick
+    /// is replaced by the next alternative.
     void nickChanged(const QString &oldNick, const QString &newNick);
-    /// One line of a name list (numeric 353); the names keep their mode prefixes.
+    /// Emitted for one line of a name list (numeric 353); names keep their mode prefixes.
     void namesList(const QString &channel, const QList<QString> &names);
-    /// The end of the name list of `channel` (numeric 366).
+    /// Emitted at the end of the name list of `channel` (numeric 366).
     void namesListFinished(const QString &channel);
-    /// The topic of `channel`, as the answer to a JOIN or to the question for it (numeric 332). It
-    /// is raw, with its formatting codes. A topic that somebody sets comes as no signal.
+    /// Emitted with the topic of `channel`, formatting codes included, after JOIN or a TOPIC query
+    /// (numeric 332). Intended: not emitted when a user sets a topic.
     void topicReceived(const QString &channel, const QString &topic);
-    /// Somebody left the network (QUIT). `reason` is empty if none was given.
+    /// Emitted when another user left the network (QUIT).
     void quitReceived(const QString &nick, const QString &reason);
-    /// `kickerNick` removed `kickedNick`, who may be the user, from `channel` (KICK). `reason` is
-    /// empty if none was given.
+    /// Emitted when `kickerNick` removed `kickedNick`, who may be the user, from `channel` (KICK).
     void kickReceived(const QString &channel, const QString &kickedNick, const QString &kickerNick,
                       const QString &reason);
-    /// The channel listing begins (numeric 321, which not every server sends).
+    /// Emitted at the start of the channel list (numeric 321, which not every server sends).
     void listStartReceived();
-    /// One row of the channel listing (numeric 322). `userCount` is the server's text, and `topic`
-    /// is raw, with its formatting codes.
+    /// Emitted for one row of the channel list (numeric 322). `userCount` is the server's text;
+    /// `topic` includes formatting codes.
     void listChannelReceived(const QString &channel, const QString &userCount,
                              const QString &topic);
-    /// The channel listing is complete (numeric 323).
+    /// Emitted at the end of the channel list (numeric 323).
     void listEndReceived();
-    /// Totals of the channel listing, just before `listEndReceived`. `serverName` is empty if the
-    /// listing's start didn't carry it.
+    /// Emitted with the totals of the channel list, just before `listEndReceived`. `serverName` is
+    /// empty if the first line had no prefix.
     void listInfoReceived(const QString &serverName, int totalChannels, int totalUsers);
-    /// Who `nick` is: user name, host and real name (numeric 311).
+    /// Emitted with the user name, host and real name of `nick` (numeric 311).
     void whoisUserReceived(const QString &nick, const QString &user, const QString &host,
                            const QString &real);
-    /// The server that `nick` uses, and what it says of itself (numeric 312). Only a line with one
-    /// parameter more than RFC 2812 has brings this signal; the ordinary one is dropped.
+    /// Emitted with the server that `nick` uses and its description (numeric 312). Intended: not
+    /// emitted for the usual line, only for one with a parameter more than RFC 2812 has.
     void whoisServerReceived(const QString &nick, const QString &server, const QString &serverInfo);
-    /// `nick` is an operator of the network (numeric 313).
+    /// Emitted if `nick` is an IRC operator (numeric 313).
     void whoisOperatorReceived(const QString &nick);
-    /// How long `nick` has been silent (numeric 317), from a server that tells the time of the
-    /// sign-on too, as RFC 2812 does not ask for. `idle` is in seconds, and 0 if the server's text
-    /// is no number; `signon` is the server's descriptive text, not that time.
+    /// Emitted with the idle time of `nick` (numeric 317) if the line also has a sign-on time,
+    /// which RFC 2812 does not require. `idle` is in seconds, 0 if the server's text is no number.
+    /// Intended: `signon` is the server's descriptive text, not that time.
     void whoisIdleReceived(const QString &nick, int idle, const QString &signon);
-    /// The channels that `nick` is in (numeric 319), split by blanks and with their mode prefixes.
-    /// A user of many channels brings several lines.
+    /// Emitted with channels of `nick` (numeric 319), separated by spaces and with their mode
+    /// prefixes; several times for a user in many channels.
     void whoisChannelsReceived(const QString &nick, const QString &channels);
-    /// The end of the answer about `nick` (numeric 318). `targetTab` is the nick, or "Server" for a
-    /// line too short to carry one.
+    /// Emitted at the end of the WHOIS reply (numeric 318). `targetTab` is `nick`, or "Server" if
+    /// the line is too short to have one.
     void whoisEndReceived(const QString &targetTab, const QString &nick);
-    /// Somebody is away (numeric 301): part of a WHOIS, or the answer to a message to them.
+    /// Emitted when `nick` is away (numeric 301), in a WHOIS reply or after a message to that user.
     void whoisAwayReceived(const QString &nick, const QString &msg);
-    /// A watched nick came, went, or is there or not (numerics 600, 601, 602, 604, 605 and 606,
-    /// which servers with WATCH send and no RFC describes). `online` is true if the fifth
-    /// parameter, where many servers send a time, is "1".
+    /// Emitted for a watched nick (numerics 600, 601, 602, 604, 605 and 606, which are in no RFC).
+    /// Intended: `online` is true only if the fifth parameter, where many servers send a time, is
+    /// "1".
     void watchStatus(const QString &nick, bool online);
-    /// The user's own nick changed. It comes before the `nickChanged` that caused it is seen by
-    /// anybody else, and not for a nick that is only tried after a refusal.
+    /// Emitted when the user's own nick changed, before other receivers of the same `nickChanged`.
+    /// Not emitted for an alternative nick requested after a refusal.
     void ownNickChanged(const QString &newNick);
 
 private slots:
@@ -212,8 +212,7 @@ private:
     void closeSocket();
     bool processLines();
 
-    // The names read from the machine's point of view.
-    void disableSleep();
+    void disableSleep(); // Keeps the machine awake.
     void enableSleep();
 
     QTcpSocket *socket = nullptr;
@@ -225,9 +224,9 @@ private:
     QString nick;
     QString realName;
     bool useSsl = false;
-    QString buffer; // Decoded text that is no whole line yet.
+    QString buffer; // Decoded text of an incomplete line.
     bool registrationDone = false;
-    bool spareFlag = false; // Cleared by each new session; nothing sets it or looks at it.
+    bool spareFlag = false; // Cleared by each new session; never set or read.
     bool awaitingPong = false;
     int totalListChannels = 0;
     int totalListUsers = 0;
@@ -237,8 +236,8 @@ private:
     quint32 sleepAssertion = 0; // 0 for none.
     ServerConfig config;
 
-    // Where in `buffer` the search for the next line end continues, so that one line in many reads
-    // costs no more than its length.
+    // Index in `buffer` at which the search for a line end continues, so that the cost of a line in
+    // many reads stays linear.
     qsizetype searchStart = 0;
     bool reading = false;
     std::function<void()> readFinishedHandler;

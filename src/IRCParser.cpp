@@ -66,7 +66,7 @@ void handlePrivmsg(const Message &message, IRCConnection *connection)
 {
     if (message.params.isEmpty() || message.trailing.isEmpty())
         return;
-    // Only "#" makes a channel: any other target is a private message, kept under its sender.
+    // The target of a private message is the user, so its sender names the tab.
     const QString &target =
             ChannelNames::isChannel(message.params.at(0)) ? message.params.at(0) : message.nick;
     emit connection->privmsgReceived(message.nick, target, message.trailing);
@@ -74,7 +74,7 @@ void handlePrivmsg(const Message &message, IRCConnection *connection)
 
 void handleJoin(const Message &message, IRCConnection *connection)
 {
-    // A channel in the trailing parameter is not looked for, so it counts as an empty one.
+    // Intended: a channel in the trailing parameter is ignored, which gives an empty name.
     const QString channel = withoutColon(message.params.value(0));
     emit connection->joinReceived(message.nick, channel);
     if (message.nick == connection->currentNick())

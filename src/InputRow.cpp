@@ -17,7 +17,7 @@ namespace {
 constexpr int InputPage = 0;
 constexpr int ListSearchPage = 1;
 
-/// Replaces line breaks by spaces, however they get into the line.
+/// Replaces line breaks by spaces in any input of a line edit.
 ///
 /// `QLineEdit` shows a pasted line break as a space, but keeps it in its text.
 class LineBreakRemover final : public QValidator

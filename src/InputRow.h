@@ -6,24 +6,24 @@ class QLineEdit;
 class QPushButton;
 class QStackedWidget;
 
-/// The row below the conversations: the line that the user types in and the button for emoji or,
-/// while the channel list is on show, the box that searches it.
+/// The widgets below the conversations: the input line and the emoji button or, while the List tab
+/// is current, the search box.
 ///
-/// A record of the widgets, which it does not own: they belong to `stack`.
+/// `stack` owns the other widgets.
 struct InputRow
 {
     QStackedWidget *stack = nullptr;
     QLineEdit *line = nullptr;
-    QPushButton *emojiButton = nullptr; ///< Hidden until somebody shows it.
+    QPushButton *emojiButton = nullptr; ///< Hidden at first.
     QLineEdit *listSearch = nullptr;
 
-    /// Makes the row with the input line on show. `stack` has no parent: the caller owns it until a
-    /// layout takes it.
+    /// Creates the widgets, with the input line visible. `stack` has no parent: the caller owns it
+    /// until it is added to a layout.
     [[nodiscard]] static InputRow create();
 
-    /// Shows in `stack`, which `create` has made, what belongs to the tab `tabName`.
+    /// Shows the page of `stack` for the tab `tabName`.
     static void showPageFor(const QString &tabName, QStackedWidget &stack);
 
-    /// What an empty input line says in the tab `tabName`.
+    /// Returns the input line's placeholder text in the tab `tabName`.
     [[nodiscard]] static QString placeholderFor(const QString &tabName);
 };

@@ -2,7 +2,7 @@
 
 #include <QTabWidget>
 
-/// A tab widget that takes a tab bar from outside.
+/// A tab widget with a replaceable tab bar.
 class MyTabWidget final : public QTabWidget
 {
     Q_OBJECT
@@ -14,7 +14,7 @@ public:
     {
     }
 
-    /// Puts `bar` in the place of the widget's own bar, for which QTabWidget has no public door.
-    /// The widget takes ownership. To be called before the first tab is added.
+    /// Replaces the tab bar by `bar` and takes ownership of it; QTabWidget::setTabBar() is
+    /// protected. Call it before the first tab is added.
     void setPublicTabBar(QTabBar *bar) { setTabBar(bar); }
 };

@@ -13,7 +13,8 @@
 
 namespace {
 
-// The line reads the nick already; without the signals its cursor stays where it is.
+// Highlights the row of `nick`. Signals are blocked because the line already contains the nick, and
+// setting it again would move the cursor.
 void highlight(QCompleter &completer, const QString &nick)
 {
     const QAbstractItemModel *rows = completer.completionModel();
@@ -24,7 +25,7 @@ void highlight(QCompleter &completer, const QString &nick)
         completer.popup()->setCurrentIndex(found.constFirst());
 }
 
-/// Shows the popup of a completer above its line instead of below.
+/// Shows a completer's popup above its line edit instead of below.
 class PopupAboveLine final : public QObject
 {
     Q_DISABLE_COPY_MOVE(PopupAboveLine)
@@ -43,7 +44,7 @@ public:
         auto *popup = static_cast<QWidget *>(watched);
         if (event->type() == QEvent::Show) {
             const QPoint top = owner.widget()->mapToGlobal(QPoint());
-            // A window that is too low leaves the place to Qt.
+            // Leaves the placement to Qt if there is too little space above the line.
             if (top.y() >= popup->height())
                 popup->move(top.x(), top.y() - popup->height());
         } else if (event->type() == QEvent::Resize && popup->isVisible()) {
@@ -67,8 +68,8 @@ QCompleter *create(QObject *parent)
     auto *completer = new QCompleter(parent);
     completer->setCaseSensitivity(Qt::CaseInsensitive);
     completer->setCompletionMode(QCompleter::PopupCompletion);
-    // Qt would choose a side by the line's position on the screen. Without one it is always below,
-    // and a compositor that has no space there moves the popup over the line.
+    // Works around QCompleter without global positions (Wayland): it always places the popup below
+    // the line, and a compositor without space there moves it over the line.
     if (!PopupArea::hasGlobalPositions())
         new PopupAboveLine(*completer);
     return completer;
@@ -108,15 +109,16 @@ bool hasChosenNick(QCompleter &completer, const QLineEdit &line)
     const QAbstractItemView *popup = completer.popup();
     if (!popup->isVisible())
         return false;
-    // A highlighted nick replaces the line's text but not the prefix, and typing ends that.
+    // Highlighting a nick changes the line's text but not the completion prefix; typing changes
+    // both.
     const bool readsNick = !line.isModified() && line.text() != completer.completionPrefix();
     return popup->currentIndex().isValid() || readsNick;
 }
 
 QString wordBeforeCursor(const QString &text, int cursor)
 {
-    // With the cursor at the start this looks from the end of the text, and the length that
-    // follows is negative: the word is then the last one.
+    // Intended: at cursor 0, lastIndexOf() searches from the end of the text and mid() gets a
+    // negative length, which gives the last word.
     const qsizetype start = text.lastIndexOf(u' ', cursor - 1) + 1;
     return text.mid(start, cursor - start);
 }

@@ -9,38 +9,37 @@ class QCompleter;
 class QLineEdit;
 class QObject;
 
-/// What can be completed in the input line, and the word at its cursor.
+/// Nick completion in the input line.
 namespace NickCompletion {
 
-/// What there is to complete in a tab.
+/// The nicks that a tab offers for completion.
 struct Source
 {
     QString tabName;
-    QStringList entries; ///< The channel's, with or without ranks; not looked at elsewhere.
+    QStringList entries; ///< Of `NickList`; used only for a channel.
     QString ownNick;
 };
 
-/// Makes a completer with a popup and no candidates, which `parent` owns.
+/// Creates a completer with a popup and no candidates, owned by `parent`.
 QCompleter *create(QObject *parent);
 
-/// A channel's entries as they stand, the partner in a conversation, and the user, in this order;
-/// none of them twice.
+/// Returns a channel's entries, prefixes included, or a private conversation's partner, followed by
+/// the user's own nick. Without duplicates.
 [[nodiscard]] QStringList candidates(const Source &source);
 
-/// Lets `completer` offer `candidates`, in a string list model of its own. A nick that is
-/// highlighted in the popup stays highlighted as long as it is among them.
+/// Sets the candidates of `completer`. Keeps the highlighted row of the popup if its nick is among
+/// them.
 void setCandidates(QCompleter &completer, const QStringList &candidates);
 
-/// True while the popup of `completer` is open and `line` reads a nick highlighted there, even if
-/// the nick has left the list since.
+/// Returns true while the popup of `completer` is open and `line` contains the nick highlighted in
+/// it, also if that nick has been removed from the candidates since.
 [[nodiscard]] bool hasChosenNick(QCompleter &completer, const QLineEdit &line);
 
-/// What of the word at `cursor` stands before it: the word to complete. Words end at blanks. With
-/// the cursor at the start it is the last word of a text that has a blank.
+/// Returns the part before `cursor` of the word at `cursor`. Spaces separate words. Intended: with
+/// the cursor at the start, returns the last word of a text with spaces.
 [[nodiscard]] QString wordBeforeCursor(const QString &text, int cursor);
 
-/// What the first candidate that begins with `word` has behind it, if there is such a candidate;
-/// an empty text if `word` is all of it. The word's case does not count.
+/// Returns what follows `word` in the first candidate that starts with it, case-insensitively.
 [[nodiscard]] std::optional<QString> completionSuffix(const QString &word,
                                                       const QStringList &candidates);
 

@@ -13,7 +13,7 @@ bool isBefore(const QString &left, const QString &right)
     return QString::compare(left, right, Qt::CaseInsensitive) < 0;
 }
 
-// Without a copy, since whoever sorts or looks for a nick asks this of thousands of entries.
+// Does not copy: searching and sorting call this for thousands of entries.
 QStringView nickOf(QStringView entry)
 {
     const bool hasPrefix = !entry.isEmpty() && NickList::isPrefix(entry.front());
@@ -98,7 +98,8 @@ void insertSorted(QStringList &entries, const QString &entry)
         sortByText(entries);
         return;
     }
-    // As after any join but the first, of which a net that comes together again brings many.
+    // Usual case: only the first JOIN after a name list finds the entries unsorted. The end of a
+    // net split brings many JOINs.
     entries.insert(std::upper_bound(entries.cbegin(), entries.cend(), entry, isBefore), entry);
 }
 

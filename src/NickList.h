@@ -7,27 +7,26 @@
 
 /// Entries of a channel's user list.
 ///
-/// An entry is one token of a name list as the server sent it: at most one recognised prefix
-/// character that tells the user's rank, and the nick.
+/// An entry is one name of a RPL_NAMREPLY as the server sent it: a nick, with or without one of the
+/// prefixes "~&@%+", which denotes the user's rank.
 namespace NickList {
 
-/// True if `character` is one of the prefixes "~&@%+".
+/// Returns true if `character` is one of the prefixes "~&@%+".
 [[nodiscard]] bool isPrefix(QChar character);
 
-/// `entry` without its first character if that is a prefix; otherwise `entry` unchanged.
-/// Only one prefix is ever taken off: "+@nick" gives "@nick".
+/// Returns `entry` without its prefix. Removes only one: "+@nick" becomes "@nick".
 [[nodiscard]] QString stripPrefix(const QString &entry);
 
-/// Rank of an entry, 1 for "~" to 5 for "+", and 6 for an empty or unprefixed one.
+/// Returns the rank of `entry`, from 1 for "~" to 5 for "+", and 6 if it has no prefix.
 [[nodiscard]] int prefixRank(const QString &entry);
 
-/// True for an entry with one of the prefixes "~&@%".
+/// Returns true if `entry` has one of the prefixes "~&@%".
 [[nodiscard]] bool isOperator(const QString &entry);
 
-/// Index of the first entry whose nick equals `nick` exactly, or -1.
+/// Returns the index of the first entry with the nick `nick`, or -1. Case-sensitive.
 [[nodiscard]] qsizetype indexOfNick(const QStringList &entries, const QString &nick);
 
-/// Takes the first entry whose nick equals `nick` exactly out of `entries` and returns it.
+/// Removes the first entry with the nick `nick` from `entries` and returns it. Case-sensitive.
 std::optional<QString> remove(QStringList &entries, const QString &nick);
 
 struct Renamed
@@ -36,21 +35,20 @@ struct Renamed
     QString newEntry;
 };
 
-/// Gives the user `oldNick` another nick, and keeps their place and their rank. The user is looked
-/// for by the whole entry first, and only then behind a prefix.
+/// Renames the user `oldNick` in place and keeps the prefix. Prefers an entry that equals `oldNick`
+/// to one with a prefix.
 std::optional<Renamed> rename(QStringList &entries, const QString &oldNick, const QString &newNick);
 
-/// Orders by rank and, within one rank, by nick without regard to case. Not stable.
+/// Sorts by rank, then by nick, case-insensitively. Not stable.
 void sortByRank(QStringList &entries);
 
-/// Orders by the whole entry, prefix included, without regard to case. Not stable.
+/// Sorts by the whole entry, prefix included, case-insensitively. Not stable.
 ///
-/// It knows no rank: "%", "&", "+" and "@" come before letters and "~" after them. The list of a
-/// channel takes this order whenever somebody joins, until the next name list.
+/// Intended: ranks do not count, so "%", "&", "+" and "@" sort before letters and "~" after them. A
+/// channel's list has this order from a JOIN until the next name list.
 void sortByText(QStringList &entries);
 
-/// Adds `entry` and brings all of `entries` into the order of `sortByText`; in linear time if they
-/// are in that order already.
+/// Adds `entry` and sorts like `sortByText`, in linear time if `entries` are already sorted.
 void insertSorted(QStringList &entries, const QString &entry);
 
 } // namespace NickList

@@ -2,10 +2,10 @@
 
 #include <QTreeWidgetItem>
 
-/// A row of the channel list, which orders the users by number.
+/// A row of the channel list, which sorts by the number of users.
 ///
-/// That number is the integer that the item's column of users holds under `Qt::UserRole`, whatever
-/// the column's text is.
+/// That number is the integer data of `UsersColumn` for `Qt::UserRole`; the column's text is not
+/// used.
 class NumericTreeWidgetItem final : public QTreeWidgetItem
 {
 public:
@@ -14,8 +14,7 @@ public:
 
     using QTreeWidgetItem::QTreeWidgetItem;
 
-    /// Compares in the sort column of the item's tree, or in column 0 if the item is in no tree:
-    /// by number in the column of users if both items have one there, and otherwise by text without
-    /// regard to case.
+    /// Compares the sort column of the item's tree, or column 0 without a tree: `UsersColumn` by
+    /// number if both items have one, and otherwise by text, case-insensitively.
     bool operator<(const QTreeWidgetItem &other) const override;
 };

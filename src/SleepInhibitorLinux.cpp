@@ -17,8 +17,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Addresses of the two buses, as D-Bus has them. A bus that would have to be
-// started first is none: nobody on it could keep the machine awake.
+// Returns the address of the session bus, as D-Bus looks it up. "autolaunch:" is ignored: a bus
+// that D-Bus would have to start has no service that keeps the machine awake.
 QString sessionAddress()
 {
     QString given = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
@@ -34,7 +34,7 @@ QString systemAddress()
                                 u"unix:path=/var/run/dbus/system_bus_socket"_s);
 }
 
-/// One link to a bus, from `open` until the object goes.
+/// A connection to a bus, closed by the destructor.
 class Bus final
 {
     Q_DISABLE_COPY_MOVE(Bus)
@@ -43,7 +43,7 @@ public:
     Bus() = default;
     ~Bus() { close(); }
 
-    /// False if nobody listens there.
+    /// Returns false if the connection fails.
     [[nodiscard]] bool open(const QString &address);
     void close();
 
@@ -53,8 +53,8 @@ private:
     QString name;
 };
 
-// QtDBus's own way onto a bus waits until the bus has said hello, however long that takes. A link
-// that knows nothing of buses does not, and the greeting is a call like any other.
+// Works around QDBusConnection::connectToBus(), which blocks until the bus replies to Hello. A peer
+// connection does not block, and Hello is sent asynchronously.
 bool Bus::open(const QString &address)
 {
     close();
@@ -82,7 +82,7 @@ QDBusPendingCall Bus::call(const QDBusMessage &message) const
     return QDBusConnection(name).asyncCall(message);
 }
 
-/// One taking, from the asking until the service has been told that it is over.
+/// One inhibition, from the request until the service has released it.
 class Inhibition final : public QObject
 {
     Q_DISABLE_COPY_MOVE(Inhibition)
@@ -90,26 +90,26 @@ class Inhibition final : public QObject
 public:
     Inhibition(QString why, QObject *parent);
 
-    /// False if there is nobody to ask.
+    /// Returns false if there is no bus.
     [[nodiscard]] bool begin();
 
-    /// Gives back what is held, or what the service is about to give, and deletes the object.
+    /// Releases the inhibition, also one that the service has yet to grant, and deletes the object.
     void end();
 
 private:
-    [[nodiscard]] bool askPortal();
-    [[nodiscard]] bool askLogind();
-    void ask(const QDBusMessage &question,
-             const std::function<void(const QDBusMessage &)> &onReply);
+    [[nodiscard]] bool requestFromPortal();
+    [[nodiscard]] bool requestFromLogind();
+    void send(const QDBusMessage &message,
+              const std::function<void(const QDBusMessage &)> &onReply);
     void onPortalReply(const QDBusMessage &reply);
     void onLogindReply(const QDBusMessage &reply);
 
     QString reason;
     Bus bus;
-    bool isAsking = false;
-    bool isOver = false;
-    QString request;              // The portal's, empty for none.
-    QDBusUnixFileDescriptor lock; // logind's, which is held for as long as this is open.
+    bool isPending = false;
+    bool isReleased = false;
+    QString requestPath;          // Of the portal's request, empty for none.
+    QDBusUnixFileDescriptor lock; // Keeps logind's inhibitor lock while open.
 };
 
 Inhibition::Inhibition(QString why, QObject *parent)
@@ -120,57 +120,57 @@ Inhibition::Inhibition(QString why, QObject *parent)
 
 bool Inhibition::begin()
 {
-    return askPortal() || askLogind();
+    return requestFromPortal() || requestFromLogind();
 }
 
 void Inhibition::end()
 {
-    isOver = true;
-    if (isAsking)
+    isReleased = true;
+    if (isPending)
         return;
-    if (request.isEmpty()) {
+    if (requestPath.isEmpty()) {
         deleteLater();
         return;
     }
-    ask(QDBusMessage::createMethodCall(u"org.freedesktop.portal.Desktop"_s,
-                                       std::exchange(request, QString()),
-                                       u"org.freedesktop.portal.Request"_s, u"Close"_s),
-        [this](const QDBusMessage &) { deleteLater(); });
+    send(QDBusMessage::createMethodCall(u"org.freedesktop.portal.Desktop"_s,
+                                        std::exchange(requestPath, QString()),
+                                        u"org.freedesktop.portal.Request"_s, u"Close"_s),
+         [this](const QDBusMessage &) { deleteLater(); });
 }
 
-bool Inhibition::askPortal()
+bool Inhibition::requestFromPortal()
 {
     if (!bus.open(sessionAddress()))
         return false;
     constexpr uint Suspend = 4;
-    QDBusMessage question = QDBusMessage::createMethodCall(
+    QDBusMessage message = QDBusMessage::createMethodCall(
             u"org.freedesktop.portal.Desktop"_s, u"/org/freedesktop/portal/desktop"_s,
             u"org.freedesktop.portal.Inhibit"_s, u"Inhibit"_s);
-    question.setArguments({QString(), Suspend, QVariantMap{{u"reason"_s, reason}}});
-    ask(question, [this](const QDBusMessage &reply) { onPortalReply(reply); });
+    message.setArguments({QString(), Suspend, QVariantMap{{u"reason"_s, reason}}});
+    send(message, [this](const QDBusMessage &reply) { onPortalReply(reply); });
     return true;
 }
 
-bool Inhibition::askLogind()
+bool Inhibition::requestFromLogind()
 {
     if (!bus.open(systemAddress()))
         return false;
-    QDBusMessage question = QDBusMessage::createMethodCall(
+    QDBusMessage message = QDBusMessage::createMethodCall(
             u"org.freedesktop.login1"_s, u"/org/freedesktop/login1"_s,
             u"org.freedesktop.login1.Manager"_s, u"Inhibit"_s);
-    question.setArguments({u"idle"_s, u"Velmora"_s, reason, u"block"_s});
-    ask(question, [this](const QDBusMessage &reply) { onLogindReply(reply); });
+    message.setArguments({u"idle"_s, u"Velmora"_s, reason, u"block"_s});
+    send(message, [this](const QDBusMessage &reply) { onLogindReply(reply); });
     return true;
 }
 
-void Inhibition::ask(const QDBusMessage &question,
-                     const std::function<void(const QDBusMessage &)> &onReply)
+void Inhibition::send(const QDBusMessage &message,
+                      const std::function<void(const QDBusMessage &)> &onReply)
 {
-    isAsking = true;
-    auto *watcher = new QDBusPendingCallWatcher(bus.call(question), this);
+    isPending = true;
+    auto *watcher = new QDBusPendingCallWatcher(bus.call(message), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, onReply] {
         watcher->deleteLater();
-        isAsking = false;
+        isPending = false;
         onReply(watcher->reply());
     });
 }
@@ -179,10 +179,10 @@ void Inhibition::onPortalReply(const QDBusMessage &reply)
 {
     const QDBusPendingReply<QDBusObjectPath> handle(reply);
     if (handle.isValid())
-        request = handle.value().path();
-    else if (!isOver && askLogind())
+        requestPath = handle.value().path();
+    else if (!isReleased && requestFromLogind())
         return;
-    if (isOver)
+    if (isReleased)
         end();
 }
 
@@ -191,7 +191,7 @@ void Inhibition::onLogindReply(const QDBusMessage &reply)
     const QDBusPendingReply<QDBusUnixFileDescriptor> descriptor(reply);
     if (descriptor.isValid())
         lock = descriptor.value();
-    if (isOver)
+    if (isReleased)
         end();
 }
 
@@ -207,7 +207,7 @@ namespace SleepInhibitor {
 
 quint32 acquire(const QString &reason)
 {
-    // The application as parent: what is still held goes before the buses do.
+    // The application as parent deletes the object before QtDBus closes its connections.
     auto *inhibition = new Inhibition(reason, QCoreApplication::instance());
     if (!inhibition->begin()) {
         delete inhibition;

@@ -4,7 +4,7 @@
 
 namespace SleepInhibitor {
 
-// The state belongs to the calling thread and is not counted; one session holds it at a time.
+// The state is per thread and has no reference count; only one session uses it at a time.
 quint32 acquire(const QString & /*reason*/)
 {
     return SetThreadExecutionState(ES_CONTINUOUS | ES_SYSTEM_REQUIRED) != 0 ? 1 : 0;

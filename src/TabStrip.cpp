@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Property of a close button: index of the tab that it closes, as of the last update.
+// Property of a close button: its tab's index at the last update.
 constexpr char CloseIndex[] = "closeIndex";
 
 QString closeButtonSheet(bool isCurrent)
@@ -30,7 +30,7 @@ QPushButton *createCloseButton(const QObject &receiver, const std::function<void
     button->setFixedSize(20, 20);
     button->setFlat(true);
     button->setAccessibleName(QPushButton::tr("Close tab"));
-    // As those of Qt: a key closes the current tab, and none has to walk past each button.
+    // Not in the tab order, like Qt's own close buttons; Ctrl+W closes the tab.
     button->setFocusPolicy(Qt::NoFocus);
     button->setCursor(Qt::ArrowCursor);
     QObject::connect(button, &QPushButton::clicked, &receiver,
@@ -77,10 +77,10 @@ HighlightTabBar *create(MyTabWidget &tabs)
     new PlainToolTips(*bar);
     new TabMenuKeyFilter(*bar);
     new FocusMark(*bar);
-    tabs.setTabsClosable(false); // Tabs have close buttons of their own, on the left.
+    tabs.setTabsClosable(false); // updateCloseButtons() adds buttons on the left.
     bar->setContextMenuPolicy(Qt::CustomContextMenu);
-    // Qt reads the theme's "max-width: none" as no width at all and would cut every longer name
-    // off; and the bold text of a blinking tab, which no theme sizes, is to fit like the others.
+    // Works around Qt, which reads the theme's "max-width: none" as 0 and truncates long names. The
+    // font size makes the bold text of a highlighted tab fit.
     bar->setStyleSheet(u"QTabBar { font-size: 12px; } QTabBar::tab { max-width: 16777215px; }"_s);
     return bar;
 }

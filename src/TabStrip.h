@@ -9,25 +9,24 @@ class QTabBar;
 class QTabWidget;
 class QWidget;
 
-/// The bar that the conversations' tabs stand in: what it looks like, the close buttons in it, and
-/// the way of the keyboard from it to the pages.
+/// The tab bar of the main window: its appearance, close buttons, shortcuts and tab order.
 namespace TabStrip {
 
-/// Makes the bar of `tabs`, which owns it. To be called before the first tab is added.
+/// Creates the tab bar of `tabs`, which owns it. Call it before the first tab is added.
 HighlightTabBar *create(MyTabWidget &tabs);
 
-/// Gives each tab of `bar` its close button, or puts it right: the current tab's is white.
+/// Adds the missing close buttons of `bar` and updates the others: the current tab's is white.
 ///
-/// A button calls `close` with the index at which its tab stood when this was last called, also
-/// once tabs before it have gone, and for as long as `receiver` lives.
+/// A click calls `close` with the tab's index, as long as `receiver` exists. Intended: this is the
+/// index at the last call of this function, even if tabs before it have been removed since.
 void updateCloseButtons(QTabBar &bar, const QObject &receiver,
                         const std::function<void(int)> &close);
 
-/// Lets Ctrl+Tab, Ctrl+PageDown and, backwards, Ctrl+Shift+Tab and Ctrl+PageUp switch the tabs of
-/// `tabs` from everywhere in `window`, around the ends.
+/// Lets Ctrl+Tab and Ctrl+PageDown switch to the next tab of `tabs`, and Ctrl+Shift+Tab and
+/// Ctrl+PageUp to the previous one, anywhere in `window`. The first tab follows the last.
 void addSwitchShortcuts(QTabWidget &tabs, QWidget &window);
 
-/// Lets the keyboard go from `bar` through what is in `page`, and on to what came after the bar.
+/// Inserts the widgets of `page` into the tab order after `bar`.
 void setTabOrderAfter(QTabBar &bar, const QWidget &page);
 
 } // namespace TabStrip

@@ -10,14 +10,14 @@ namespace UserListRows {
 
 QString nickOf(const QListWidgetItem &row)
 {
-    // A black circle and a blank in front would be a presence mark; nothing writes one yet.
+    // A leading black circle and space would be a presence mark; nothing sets one.
     const QString text = row.text();
     return NickList::stripPrefix(text.startsWith(u"\u25CF "_s) ? text.sliced(2) : text);
 }
 
 void removeFirst(QListWidget &list, const QString &entry)
 {
-    // Without QListWidget::findItems(), which is slow in a long list.
+    // QListWidget::findItems() is slow in a long list.
     for (int row = 0; row < list.count(); ++row) {
         if (list.item(row)->text() == entry) {
             delete list.item(row);
@@ -35,7 +35,7 @@ void setAway(QListWidget &list, const QString &nick, bool isAway)
         QFont font = item->font();
         font.setItalic(isAway);
         item->setFont(font);
-        // Back from away the item keeps a solid brush of the default colour, not the palette's.
+        // Intended: a user who is back gets a solid brush with a default-constructed colour.
         item->setForeground(QBrush(isAway ? QColor(0xAA, 0xAA, 0xAA) : QColor(), Qt::SolidPattern));
         return;
     }

@@ -5,16 +5,16 @@
 class QListWidget;
 class QListWidgetItem;
 
-/// The rows of the visible user list, one entry of `NickList` each.
+/// Rows of the user list widget, each with one entry of `NickList`.
 namespace UserListRows {
 
-/// The nick that `row` shows.
+/// Returns the nick in `row`.
 [[nodiscard]] QString nickOf(const QListWidgetItem &row);
 
-/// Deletes the first row that shows `entry`, if there is one.
+/// Deletes the first row with the text `entry`, if any.
 void removeFirst(QListWidget &list, const QString &entry);
 
-/// Shows in the first row of `nick`, whose case does not count, whether that user is away.
+/// Shows in the first row of `nick`, case-insensitively, whether that user is away.
 void setAway(QListWidget &list, const QString &nick, bool isAway);
 
 } // namespace UserListRows
