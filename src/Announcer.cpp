@@ -8,15 +8,14 @@ namespace {
 #if QT_VERSION < QT_VERSION_CHECK(6, 8, 0)
 constexpr qsizetype KeptNotifications = 100;
 
-/// A text that was announced.
 class Notification final : public QAccessibleInterface
 {
     Q_DISABLE_COPY_MOVE(Notification)
 
 public:
-    Notification(QWidget &widget, const QString &announced)
-        : shownIn(widget)
-        , name(announced)
+    Notification(QWidget &textWidget, const QString &announcedText)
+        : widget(textWidget)
+        , name(announcedText)
     {
     }
 
@@ -25,7 +24,7 @@ public:
     [[nodiscard]] QWindow *window() const override { return parent()->window(); }
     [[nodiscard]] QAccessibleInterface *parent() const override
     {
-        return QAccessible::queryAccessibleInterface(&shownIn);
+        return QAccessible::queryAccessibleInterface(&widget);
     }
     [[nodiscard]] QAccessibleInterface *child(int) const override { return nullptr; }
     [[nodiscard]] QAccessibleInterface *childAt(int, int) const override { return nullptr; }
@@ -41,15 +40,15 @@ public:
     [[nodiscard]] QAccessible::State state() const override { return {}; }
 
 private:
-    QWidget &shownIn;
+    QWidget &widget;
     const QString name;
 };
 #endif
 
 } // namespace
 
-Announcer::Announcer(QWidget &widget)
-    : shownIn(widget)
+Announcer::Announcer(QWidget &textWidget)
+    : widget(textWidget)
 {
 }
 
@@ -62,9 +61,9 @@ Announcer::~Announcer()
 void Announcer::announce(const QString &text)
 {
 #if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
-    QAccessibleAnnouncementEvent event(&shownIn, text);
+    QAccessibleAnnouncementEvent event(&widget, text);
 #else
-    auto *notification = new Notification(shownIn, text);
+    auto *notification = new Notification(widget, text);
     notifications.append(QAccessible::registerAccessibleInterface(notification));
     if (notifications.size() > KeptNotifications)
         QAccessible::deleteAccessibleInterface(notifications.takeFirst());

@@ -6,23 +6,23 @@
 class QString;
 class QWidget;
 
-/// Makes screen readers say texts that appear while the focus is in another widget.
+/// Lets screen readers announce texts that appear while another widget has the focus.
 ///
-/// Qt has an event for that since 6.8. Before that, each text becomes an accessible object with the
-/// role of a notification, which stays long enough for a screen reader to ask for its name.
+/// Since Qt 6.8 there is an event for that. For older versions, each text becomes an accessible
+/// object with the role `Notification`, which is kept until a screen reader has read its name.
 class Announcer final
 {
     Q_DISABLE_COPY_MOVE(Announcer)
 
 public:
-    /// `widget`, in which the texts appear, must outlive the announcer.
-    explicit Announcer(QWidget &widget);
+    /// `textWidget` shows the texts and must outlive this object.
+    explicit Announcer(QWidget &textWidget);
     ~Announcer();
 
     void announce(const QString &text);
 
 private:
-    QWidget &shownIn;
-    // Of the notifications, the oldest first; empty where Qt has the event.
+    QWidget &widget;
+    // The oldest first. Empty since Qt 6.8.
     QList<QAccessible::Id> notifications;
 };

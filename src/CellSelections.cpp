@@ -19,16 +19,16 @@ QRect selectedCells(const QTextCursor &cursor)
 
 } // namespace
 
-CellSelections::CellSelections(const QList<QAbstractTextDocumentLayout::Selection> &shown,
+CellSelections::CellSelections(const QList<QAbstractTextDocumentLayout::Selection> &selections,
                                const QTextTable *table)
 {
-    for (const QAbstractTextDocumentLayout::Selection &selection : shown) {
+    for (const QAbstractTextDocumentLayout::Selection &selection : selections) {
         const QTextCursor &cursor = selection.cursor;
         Entry entry{.start = cursor.selectionStart(),
                     .end = cursor.selectionEnd(),
                     .cells = cursor.currentTable() == table ? selectedCells(cursor) : QRect(),
                     .format = selection.format};
-        // It would paint from the text to the end of the cell.
+        // It would also paint the rest of the line after the text.
         entry.format.clearProperty(QTextFormat::FullWidthSelection);
         entries << entry;
     }
@@ -40,10 +40,10 @@ QList<QTextLayout::FormatRange> CellSelections::ranges(const QTextBlock &block, 
     for (const Entry &entry : entries) {
         const bool isWhole = entry.cells.contains(cell);
         const int start = isWhole ? 0 : entry.start - block.position();
-        // An empty cell is seen to be selected as well.
+        // An empty cell is painted as selected, too.
         const int end = isWhole ? std::max(block.length() - 1, 1) : entry.end - block.position();
-        const bool isTouched = start < block.length() && end > 0 && end > start;
-        if (isWhole || (entry.cells.isNull() && isTouched))
+        const bool isOverlapping = start < block.length() && end > 0 && end > start;
+        if (isWhole || (entry.cells.isNull() && isOverlapping))
             result << QTextLayout::FormatRange{start, end - start, entry.format};
     }
     return result;

@@ -8,28 +8,27 @@
 
 class QTextTable;
 
-/// What the selections of one painting cover of each cell.
+/// The parts of each cell that are selected during one paint.
 class CellSelections final
 {
 public:
-    CellSelections(const QList<QAbstractTextDocumentLayout::Selection> &shown,
+    CellSelections(const QList<QAbstractTextDocumentLayout::Selection> &selections,
                    const QTextTable *table);
 
-    /// The selected parts of the text of a cell, given as the point of column and row.
+    /// Returns the selected parts of `block`, the text of `cell` (column and row).
     [[nodiscard]] QList<QTextLayout::FormatRange> ranges(const QTextBlock &block,
                                                          QPoint cell) const;
 
-    /// The selected parts of a block outside of the table.
+    /// Returns the selected parts of a block outside the table.
     [[nodiscard]] QList<QTextLayout::FormatRange> ranges(const QTextBlock &block) const;
 
 private:
     struct Entry
     {
-        // By positions in the document.
+        // Document positions.
         int start = 0;
         int end = 0;
-        // Columns and rows, if whole cells are selected, as by a selection from one cell to
-        // another.
+        // Columns and rows of a selection that spans several cells; else null.
         QRect cells;
         QTextCharFormat format;
     };

@@ -13,9 +13,9 @@
 
 namespace {
 
-// More rows of one read than this are reported in one event, except for the last ones: nobody
-// listens to thousands of rows, and each event costs as much as several rows.
-constexpr int SingleRows = 50;
+// At most this many rows of one read get an event each; the rows before them share one event. An
+// event costs as much as several rows, and no user listens to thousands.
+constexpr int MaximumSingleEvents = 50;
 
 int nextBoundary(const ChatText &text, int offset, QTextBoundaryFinder::BoundaryType type)
 {
@@ -65,7 +65,7 @@ int previousWord(const ChatText &text, int offset)
     return previousBoundary(text, offset, QTextBoundaryFinder::Word);
 }
 
-int inLine(const ChatText &text, int offset, int step)
+int moveByLines(const ChatText &text, int offset, int step)
 {
     const int from = text.lineAt(offset);
     const ChatText::Range line = text.lineRange(std::clamp(from + step, 0, text.lineCount()));
@@ -75,12 +75,12 @@ int inLine(const ChatText &text, int offset, int step)
 
 int nextLine(const ChatText &text, int offset)
 {
-    return inLine(text, offset, 1);
+    return moveByLines(text, offset, 1);
 }
 
 int previousLine(const ChatText &text, int offset)
 {
-    return inLine(text, offset, -1);
+    return moveByLines(text, offset, -1);
 }
 
 int startOfLine(const ChatText &text, int offset)
@@ -135,11 +135,11 @@ ChatAccessibility::ChatAccessibility(ChatView &chatView)
 {
     ChatViewAccessible::install();
     QAccessible::installActivationObserver(this);
-    // QTextEdit's text control reports each change with the text of the whole conversation, since
-    // its cursor selects the whole table.
-    const QObjectList &parts = view.children();
-    for (const QObject *part : parts)
-        disconnect(view.document(), &QTextDocument::contentsChange, part, nullptr);
+    // QTextEdit's text control sends an event with the whole conversation at each change, since its
+    // cursor selects the whole table. The control is one of the children.
+    const QObjectList &children = view.children();
+    for (const QObject *child : children)
+        disconnect(view.document(), &QTextDocument::contentsChange, child, nullptr);
     const auto *layout = qobject_cast<ChatLayout *>(view.document()->documentLayout());
     connect(layout, &ChatLayout::rowsAdded, this, &ChatAccessibility::reportRows);
     connect(&view, &QTextEdit::selectionChanged, this, &ChatAccessibility::reportFocus);
@@ -163,7 +163,7 @@ bool ChatAccessibility::isReading() const
 
 void ChatAccessibility::reportRows(int first, int count)
 {
-    // The text of a hidden view is read when the view is shown.
+    // Screen readers read the whole text of a hidden view when it is shown.
     ChatViewAccessible *accessible =
             isActive && view.isVisible() ? ChatViewAccessible::of(view) : nullptr;
     if (!accessible)
@@ -173,10 +173,10 @@ void ChatAccessibility::reportRows(int first, int count)
         QAccessibleTextInsertEvent event(&view, range.start, text.text(range));
         QAccessible::updateAccessibility(&event);
     };
-    // The first row is no line.
+    // The empty first row is not a line.
     const int firstLine = std::max(first - 1, 0);
     const int endLine = first + count - 1;
-    const int firstSingle = std::max(firstLine, endLine - SingleRows);
+    const int firstSingle = std::max(firstLine, endLine - MaximumSingleEvents);
     if (firstSingle > firstLine)
         report({.start = text.lineRange(firstLine).start,
                 .end = text.lineRange(firstSingle).start});

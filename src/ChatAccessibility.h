@@ -8,24 +8,24 @@
 class ChatView;
 class QKeyEvent;
 
-/// Serves screen readers in a `ChatView`: reports new rows and the focused link, and lets the
-/// keyboard move the caret.
+/// Screen reader support of a `ChatView`: notifies about new rows and the focused link, and lets
+/// the keyboard move the caret.
 ///
-/// Without an active screen reader nothing is reported, and keys are the view's.
+/// Does nothing while no screen reader is active.
 class ChatAccessibility final : public QObject, private QAccessible::ActivationObserver
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(ChatAccessibility)
 
 public:
-    /// Becomes a child of `chatView`, which has its `ChatLayout` already.
+    /// `chatView` becomes the parent. It must have its `ChatLayout` already.
     explicit ChatAccessibility(ChatView &chatView);
     ~ChatAccessibility() override;
 
-    /// True while a user of a screen reader has the caret at a row of the focused view.
+    /// Returns true while a screen reader is active and the focused view's caret is in a row.
     [[nodiscard]] bool isReading() const;
 
-    /// Reports the focus of the link that is selected, or of the view if none is any more.
+    /// Notifies about the focus of the selected link, or of the view when no link is selected.
     void reportFocus();
 
 protected:
@@ -39,6 +39,6 @@ private:
     ChatView &view;
     Announcer announcer;
     bool isActive = QAccessible::isActive();
-    // Index of the link that was last reported as focused; -1 if the view itself was.
+    // Index of the link last reported as focused; -1 for the view itself.
     int reportedLink = -1;
 };

@@ -13,7 +13,7 @@
 
 namespace {
 
-// Number of rows whose laid out text is kept, enough for several screens.
+// Number of rows whose shaped text is cached, enough for several screens.
 constexpr int CachedRows = 300;
 
 // From this many rows on, the end of an edit block costs more than everything else for a new line.
@@ -104,7 +104,7 @@ QRectF ChatLayout::blockBoundingRect(const QTextBlock &block) const
     return rect;
 }
 
-// Returns the layout that `block` itself owns, which Qt's cursors use, with lines.
+// Returns the layout that `block` owns and that Qt's cursors use. Lays it out if it has no lines.
 const QTextLayout &ChatLayout::ownLayout(const QTextBlock &block, int width) const
 {
     QTextLayout &layout = *block.layout();
@@ -131,7 +131,7 @@ void ChatLayout::beginRows()
 
 void ChatLayout::endRows()
 {
-    // Otherwise documentChanged() was called for them.
+    // Without an open edit block, documentChanged() has already added the rows.
     if (!editBlock.isOpen())
         return;
     addRows(rowsInDocument() - rowCount());
@@ -145,7 +145,7 @@ int ChatLayout::rowsInDocument() const
 
 void ChatLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
-    // At the end of the deferred edit block; endRows() has added its rows.
+    // The deferred edit block has ended. endRows() has already added its rows.
     if (editBlock.covers(from))
         return;
     if (!table)

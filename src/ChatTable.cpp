@@ -22,8 +22,9 @@ namespace {
 
 constexpr int TimeWidth = 85;
 constexpr int NickWidth = 120;
-// Qt moves all new cells of a table for each further one, and counts all cells before it adds some.
-constexpr qsizetype RowsAtOnce = 5000;
+// Appending n rows at once takes quadratic time, since Qt moves all new cells for each further one.
+// Each call also takes time for the rows already there, since Qt counts all cells first.
+constexpr qsizetype BatchSize = 5000;
 constexpr QRgb Grey = qRgb(136, 136, 136);
 constexpr QRgb PaleGrey = qRgb(170, 170, 170);
 
@@ -35,8 +36,8 @@ constexpr std::array<QRgb, 16> NickColors{
         qRgb(0x29, 0x79, 0xff), qRgb(0xd5, 0x00, 0xf9), qRgb(0x78, 0x90, 0x9c),
         qRgb(0xbc, 0xaa, 0xa4)};
 
-// The characters at which a cursor starts a new block. A server can send all of them but the pair
-// of carriage return and line feed.
+// Returns true for characters at which QTextCursor::insertText() starts a new block. A server can
+// send all of them except CR LF.
 bool startsBlock(QChar character)
 {
     switch (character.unicode()) {
@@ -51,9 +52,9 @@ bool startsBlock(QChar character)
     }
 }
 
-// What stands for such a character within a block: a break that looks the same for those that end
-// a line, the replacement character for the two that mark frames inside of documents.
-QChar withinBlock(QChar character)
+// Returns a character that does not start a block: a line separator, which looks the same, for line
+// breaks, and U+FFFD for the two noncharacters that mark frames in a QTextDocument.
+QChar inOneBlock(QChar character)
 {
     if (!startsBlock(character))
         return character;
@@ -61,21 +62,20 @@ QChar withinBlock(QChar character)
     return isFrameMark ? QChar::ReplacementCharacter : QChar::LineSeparator;
 }
 
-// The pair of carriage return and line feed is one break.
-QString withUnitedBreaks(QString text)
+QString withCrLfAsLf(QString text)
 {
     return text.replace(u"\r\n"_s, u"\n"_s);
 }
 
-QString withinBlock(const QString &text)
+QString inOneBlock(const QString &text)
 {
-    QString result = withUnitedBreaks(text);
+    QString result = withCrLfAsLf(text);
     for (QChar &character : result)
-        character = withinBlock(character);
+        character = inOneBlock(character);
     return result;
 }
 
-// Formats are kept, since a new one must be hashed to find it in a document.
+// Formats are cached, since a document must hash a new one to find it.
 const QTextCharFormat &greyFormat()
 {
     static const QTextCharFormat grey = [] {
@@ -86,7 +86,7 @@ const QTextCharFormat &greyFormat()
     return grey;
 }
 
-// The rule between nicks and text is the nick cell's right border.
+// The line between nicks and texts is the nick cell's right border.
 QTextTableCellFormat nickCellFormat()
 {
     QTextTableCellFormat format;
@@ -109,10 +109,10 @@ QTextCharFormat makeNickFormat(std::optional<QRgb> color)
 
 QTextCharFormat nickFormat(const QString &displayNick, bool ownAway)
 {
-    static const QTextCharFormat nobody = makeNickFormat({});
+    static const QTextCharFormat withoutNick = makeNickFormat({});
     static QHash<QRgb, QTextCharFormat> byColor;
     if (displayNick.isEmpty())
-        return nobody;
+        return withoutNick;
     const QRgb color = ownAway ? PaleGrey : ChatTable::nickColor(displayNick).rgb();
     if (!byColor.contains(color))
         byColor.insert(color, makeNickFormat(color));
@@ -138,17 +138,17 @@ void alignRight(QTextCursor &cursor)
     cursor.setBlockFormat(right);
 }
 
-// Some of the replaced characters end a link and others belong to its target, so links are found in
-// the text as it came.
+// Links are found before block-starting characters are replaced: some of these end a link, and
+// others belong to its target.
 void insertAsOneBlock(QTextCursor &cursor, const QString &text, const QTextCharFormat &base)
 {
-    const QString raw = withUnitedBreaks(text);
+    const QString raw = withCrLfAsLf(text);
     QTextDocument scratch;
     QTextCursor writer(&scratch);
     IrcText::insertWithLinks(writer, raw, base);
     for (QTextBlock block = scratch.begin(); block.isValid(); block = block.next()) {
         if (block.position() > 0)
-            cursor.insertText(withinBlock(raw.at(block.position() - 1)), base);
+            cursor.insertText(inOneBlock(raw.at(block.position() - 1)), base);
         for (auto run = block.begin(); !run.atEnd(); ++run)
             cursor.insertText(run.fragment().text(), run.fragment().charFormat());
     }
@@ -157,7 +157,7 @@ void insertAsOneBlock(QTextCursor &cursor, const QString &text, const QTextCharF
 void fillTime(QTextCursor &cursor, const ChatRow &row)
 {
     alignLeft(cursor);
-    cursor.insertText(withinBlock(row.time), greyFormat());
+    cursor.insertText(inOneBlock(row.time), greyFormat());
 }
 
 void fillNick(QTextCursor &cursor, const ChatRow &row)
@@ -166,7 +166,7 @@ void fillNick(QTextCursor &cursor, const ChatRow &row)
     cursor.setBlockCharFormat(cellFormat);
     alignRight(cursor);
     const QString displayNick = ChatTable::elidedNick(row.nick);
-    cursor.insertText(withinBlock(displayNick) + QString(ChatTable::SpacesAfterNick, u' '),
+    cursor.insertText(inOneBlock(displayNick) + QString(ChatTable::SpacesAfterNick, u' '),
                       nickFormat(displayNick, row.ownAway));
 }
 
@@ -180,12 +180,12 @@ void fillText(QTextCursor &cursor, const ChatRow &row)
         insertAsOneBlock(cursor, row.text, base);
 }
 
-// `first` is the position of the row's first cell. Filled from the end, the cells not yet filled
-// keep their positions.
+// Fills the cells of a row whose first cell is at the position `first`. The last cell is filled
+// first, so that the positions of the others stay valid.
 void fillRow(QTextCursor &cursor, const ChatRow &row, int first, int columns)
 {
-    // A conversation that had its first line while it was called "Server" has no third column:
-    // nick and text then share the second.
+    // A conversation whose tab was called "Server" at its first line has no third column. Nick and
+    // text then share the second.
     const int textColumn = std::min(row.hasNickCell ? 2 : 1, columns - 1);
     cursor.setPosition(first + textColumn);
     fillText(cursor, row);
@@ -197,11 +197,11 @@ void fillRow(QTextCursor &cursor, const ChatRow &row, int first, int columns)
     fillTime(cursor, row);
 }
 
-void appendTogether(QTextTable &table, QTextCursor &cursor, const QList<ChatRow> &rows)
+void appendBatch(QTextTable &table, QTextCursor &cursor, const QList<ChatRow> &rows)
 {
     table.appendRows(static_cast<int>(rows.size()));
-    // An empty cell takes one position, so the new cells are the table's last positions. Asking the
-    // table for its cells instead would make it count all of them.
+    // An empty cell has one position, so the new cells are the last positions of the table.
+    // QTextTable::cellAt() would count all cells.
     const int columns = table.format().columns();
     int first = table.lastPosition() + 1;
     for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
@@ -210,7 +210,7 @@ void appendTogether(QTextTable &table, QTextCursor &cursor, const QList<ChatRow>
     }
 }
 
-// Part of a conversation: cells, and of a single cell the positions in the document.
+// The selected cells and, within a single cell, the selected document positions.
 struct Selection
 {
     int firstRow = 0;
@@ -239,7 +239,7 @@ Selection selectionOf(const QTextCursor &cursor, const QTextTable &table)
     return selection;
 }
 
-// The selected text of a cell, without the spaces that separate it from the cell beside it.
+// Returns the selected text of a cell, without the spaces that separate it from the next cell.
 QString selectedText(const QTextBlock &cell, int column, const QTextTable &table,
                      const Selection &selection)
 {
@@ -287,9 +287,8 @@ void ChatTable::appendRows(QTextTable &table, const QList<ChatRow> &rows)
         layout->beginRows();
     QTextCursor cursor(table.document());
     cursor.beginEditBlock();
-    for (qsizetype first = 0; first < rows.size(); first += RowsAtOnce)
-        appendTogether(table, cursor,
-                       rows.sliced(first, std::min(RowsAtOnce, rows.size() - first)));
+    for (qsizetype first = 0; first < rows.size(); first += BatchSize)
+        appendBatch(table, cursor, rows.sliced(first, std::min(BatchSize, rows.size() - first)));
     cursor.endEditBlock();
     if (layout)
         layout->endRows();

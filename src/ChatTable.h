@@ -8,56 +8,57 @@ class QTextCursor;
 class QTextEdit;
 class QTextTable;
 
-/// One line of a conversation, ready to be shown.
+/// One line of a conversation.
 struct ChatRow
 {
     /// The formatted time.
     QString time;
-    /// The sender in full, or empty for a line of the system.
+    /// The sender, not elided; empty for system lines.
     QString nick;
-    /// The text as it is shown, with the leading blank that most rows have.
+    /// The text with the leading space that most rows have.
     QString text;
-    /// Grey text, for what happens around the conversation.
+    /// The text is grey, as in status lines.
     bool dimmed = false;
-    /// The sender is the user, who is away: the nick is shown pale and italic.
+    /// The sender is the user, who is away: the nick is pale grey and italic.
     bool ownAway = false;
-    /// The row shows its nick, in a cell with a rule at its right. Without one the text is in the
-    /// second column, whatever columns the table has.
+    /// The nick is shown in a cell with a right border. Otherwise the text is in the second column,
+    /// even if the table has three.
     bool hasNickCell = true;
 };
 
-/// The table that holds a conversation: one row per line, growing at its end only.
+/// The table that holds a conversation, one row per line. Rows are only added at its end.
 ///
-/// The columns are time, nick and text, or time and text where no nicks are shown. Each cell has
-/// exactly one block, so that the table's rows are the conversation's lines; characters of a cell
-/// that would start a new block are replaced by ones that don't.
+/// The columns are time, nick and text, or time and text. Each cell has exactly one block:
+/// characters that would start a new block are replaced.
 namespace ChatTable {
 
-/// They separate a nick from the rule on its right.
+/// Number of spaces between a nick and the border at its right.
 inline constexpr int SpacesAfterNick = 2;
 
-/// Inserts an empty conversation at the end of `view`'s document and leaves the view read-only.
+/// Inserts a table with 2 or 3 `columns` at the end of `view`'s document. The view is read-only
+/// afterwards.
 ///
-/// `columns` is 2 or 3. The table has one row that stays empty: it makes the small gap above the
-/// first line. The table belongs to the document; null is returned if there is none.
+/// Intended: the table has one row that stays empty, as a small gap above the first line. The
+/// document owns the table. Returns null if it could not be inserted.
 [[nodiscard]] QTextTable *create(QTextEdit &view, int columns);
 
-/// Appends `rows` below the last one, in their order and as one change of the document.
+/// Appends `rows` in their order, as one edit block.
 ///
-/// Each change costs time that grows with the table, so lines that come together are appended
-/// together. The document is the same as after as many single calls.
+/// An edit block takes time that grows with the table, so lines that arrive together should be
+/// appended together. The document is the same as after one call per row.
 void appendRows(QTextTable &table, const QList<ChatRow> &rows);
 
-/// Returns what `cursor` selects as plain text, one line per row: "time nick text" with a space
-/// between them, without the cells that are not selected or empty.
+/// Returns the selection of `cursor` as plain text, one line per row: "time nick text", without
+/// cells that are empty or not selected.
 ///
-/// A selection within one cell gives its text alone. There are no empty lines at either end.
+/// A selection within one cell returns only the selected text. Empty lines at both ends are
+/// removed.
 [[nodiscard]] QString selectedText(const QTextCursor &cursor);
 
-/// `nick` as it is shown: the first 15 code units and an ellipsis if it has more than 16.
+/// Returns `nick` as displayed: if it has more than 16 code units, the first 15 and an ellipsis.
 [[nodiscard]] QString elidedNick(const QString &nick);
 
-/// Colour of a nick as it is shown. Nicks that elide alike share a colour.
+/// Returns the colour of an elided nick. Nicks with the same elided form share a colour.
 [[nodiscard]] QColor nickColor(const QString &displayNick);
 
 } // namespace ChatTable

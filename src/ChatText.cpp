@@ -15,12 +15,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What is read of one cell. The separator replaces as many positions that follow the text in the
-// document: the two spaces after a nick, and the separator of cells after a time or a text.
+// The text of one cell. The separator stands for as many document positions after the cell's text:
+// the two spaces after a nick, or the block separator after a time or a text.
 struct Piece
 {
     QTextBlock block;
-    // Within the block.
+    // Offset in the block.
     int first = 0;
     int length = 0;
     QLatin1StringView separator;
@@ -43,7 +43,7 @@ Pieces piecesOf(const ChatLayout &layout, int line)
     if (textLength(block) > 0)
         pieces.append({block, 0, textLength(block), " "_L1});
     block = block.next();
-    // A nick cell is known by its rule: rows without one can be in a table of three columns.
+    // Only nick cells have a border. A table with three columns can also have rows without a nick.
     const bool hasNick = layout.columnCount() == 3 && CellText::rightBorder(block).width > 0;
     if (hasNick) {
         const int nickLength = textLength(block) - ChatTable::SpacesAfterNick;
@@ -60,7 +60,7 @@ Pieces piecesOf(const ChatLayout &layout, int line)
 QString textOf(const Piece &piece)
 {
     QString text = piece.block.text().sliced(piece.first, piece.length);
-    // A row is one line. Screen readers take an object replacement character for a child.
+    // A row must be one line, and screen readers take U+FFFC for a child object.
     text.replace(QChar::LineSeparator, u' ');
     text.replace(QChar::ObjectReplacementCharacter, QChar::ReplacementCharacter);
     return text + piece.separator;
@@ -87,8 +87,8 @@ void collectLinks(const Piece &piece, int offset, std::vector<ChatText::Range> &
 
 } // namespace
 
-ChatText::ChatText(const ChatLayout &shown)
-    : layout(shown)
+ChatText::ChatText(const ChatLayout &chatLayout)
+    : layout(chatLayout)
 {
 }
 

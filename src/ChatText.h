@@ -6,11 +6,11 @@
 
 class ChatLayout;
 
-/// The conversation of a `ChatLayout` as screen readers get it: one line per row, "[time] nick:
-/// text".
+/// The conversation of a `ChatLayout` as text for screen readers: one line per row, "[time] nick:
+/// text", which ends with a line feed.
 ///
-/// The empty first row of the table is left out. Each line ends with a line feed. Each offset is
-/// another position of the document, so that a caret can be at every offset.
+/// The empty first row of the table is left out. Each offset in the text has a document position of
+/// its own, so that a caret can be at every offset.
 class ChatText final
 {
 public:
@@ -21,31 +21,32 @@ public:
         int end = 0;
     };
 
-    /// `shown` must outlive this object unless it is not used any more.
-    explicit ChatText(const ChatLayout &shown);
+    /// `chatLayout` must outlive the last call of a function.
+    explicit ChatText(const ChatLayout &chatLayout);
 
-    /// Number of UTF-16 code units.
+    /// Returns the number of UTF-16 code units.
     [[nodiscard]] int length() const;
 
     [[nodiscard]] int lineCount() const;
 
-    /// Line that contains `offset`; `lineCount()` for the end of the text.
+    /// Returns the line that contains `offset`; `lineCount()` for the end of the text.
     [[nodiscard]] int lineAt(int offset) const;
 
-    /// Range of `line` with its line feed; empty at the end of the text for `lineCount()`.
+    /// Returns the range of `line` with its line feed; for `lineCount()` the empty range at the
+    /// end.
     [[nodiscard]] Range lineRange(int line) const;
 
-    /// The text of `range`, as far as there is text.
+    /// Returns the text of `range`, which may exceed the text.
     [[nodiscard]] QString text(Range range) const;
 
-    /// Position in the document of the character at `offset`.
+    /// Returns the document position of the character at `offset`.
     [[nodiscard]] int positionAt(int offset) const;
 
-    /// Offset of the character at a position of the document. For a position that is not read, such
-    /// as a separator of cells, it is the offset of what follows.
+    /// Returns the offset of the character at a document position. If the text does not contain
+    /// that, as for an empty cell, returns the offset of the next character.
     [[nodiscard]] int offsetAt(int position) const;
 
-    /// Ranges of all links, in their order.
+    /// Returns the ranges of all links, in their order.
     [[nodiscard]] const std::vector<Range> &links() const;
 
 private:
@@ -53,7 +54,7 @@ private:
     void readRows() const;
 
     const ChatLayout &layout;
-    // Offset after each line.
+    // Offset of each line's end.
     mutable std::vector<int> lineEnds;
     mutable std::vector<Range> linkRanges;
 };

@@ -263,7 +263,7 @@ void ChatView::hideEvent(QHideEvent *event)
 
 void ChatView::startMeasuring(Edge edge)
 {
-    // Set even without rows: the first ones may be added soon.
+    // Necessary even without rows, since the first ones may follow.
     layout->setVisibleHeight(viewport()->height());
     measureVisibleRows(edge);
     measureWhenIdle();
@@ -354,7 +354,7 @@ void ChatView::scrollContentsBy(int dx, int dy)
     if (isAdjusting)
         return;
     // Rows that become visible may have another height than estimated. The edge at which they
-    // appear must show what was asked for.
+    // appear keeps the requested position.
     if (isVisible() && measureVisibleRows(dy < 0 ? Edge::Bottom : Edge::Top))
         viewport()->update();
     else

@@ -103,7 +103,7 @@ QTextBoundaryFinder::BoundaryType finderType(QAccessible::TextBoundaryType bound
     }
 }
 
-void put(ChatText::Range range, int *start, int *end)
+void setOffsets(ChatText::Range range, int *start, int *end)
 {
     *start = range.start;
     *end = range.end;
@@ -236,7 +236,7 @@ int ChatViewAccessible::characterCount() const
     return conversation.length();
 }
 
-// Empty at the end of the text, and before its start.
+// Returns the character, word, line etc. at `offset`; an empty range outside the text.
 ChatText::Range ChatViewAccessible::unitAt(int offset, QAccessible::TextBoundaryType boundary) const
 {
     const int length = conversation.length();
@@ -263,7 +263,7 @@ QString ChatViewAccessible::textAtOffset(int offset, QAccessible::TextBoundaryTy
                                          int *startOffset, int *endOffset) const
 {
     const ChatText::Range unit = unitAt(offset, boundary);
-    put(unit, startOffset, endOffset);
+    setOffsets(unit, startOffset, endOffset);
     return conversation.text(unit);
 }
 
@@ -281,7 +281,7 @@ QString ChatViewAccessible::textAfterOffset(int offset, QAccessible::TextBoundar
 
 QString ChatViewAccessible::attributes(int offset, int *startOffset, int *endOffset) const
 {
-    put(unitAt(offset, QAccessible::LineBoundary), startOffset, endOffset);
+    setOffsets(unitAt(offset, QAccessible::LineBoundary), startOffset, endOffset);
     return {};
 }
 
@@ -301,13 +301,13 @@ void ChatViewAccessible::setCursorPosition(int position)
 void ChatViewAccessible::selection(int selectionIndex, int *startOffset, int *endOffset) const
 {
     if (selectionIndex != 0 || selectionCount() == 0) {
-        put({}, startOffset, endOffset);
+        setOffsets({}, startOffset, endOffset);
         return;
     }
     const QTextCursor cursor = view().textCursor();
-    put({.start = conversation.offsetAt(cursor.selectionStart()),
-         .end = conversation.offsetAt(cursor.selectionEnd())},
-        startOffset, endOffset);
+    setOffsets({.start = conversation.offsetAt(cursor.selectionStart()),
+                .end = conversation.offsetAt(cursor.selectionEnd())},
+               startOffset, endOffset);
 }
 
 int ChatViewAccessible::selectionCount() const
@@ -357,7 +357,7 @@ QRect ChatViewAccessible::characterRect(int offset) const
         return {};
     const int position = conversation.positionAt(offset);
     const QTextBlock block = layout().document()->findBlock(position);
-    // Lays the block out as well.
+    // Also lays out block.layout().
     const QPointF origin = layout().blockBoundingRect(block).topLeft();
     const int inBlock = position - block.position();
     const QTextLine line = block.layout()->lineForTextPosition(inBlock);
@@ -365,7 +365,7 @@ QRect ChatViewAccessible::characterRect(int offset) const
         return {};
     const qreal left = line.cursorToX(inBlock);
     const qreal right = line.cursorToX(inBlock, QTextLine::Trailing);
-    // Separators have no width, and in text from right to left the trailing edge is the left one.
+    // Separators have no width. In right-to-left text the trailing edge is the left one.
     const QRectF rect(std::min(left, right), line.y(), std::max(std::abs(right - left), 1.0),
                       line.height());
     return rect.translated(origin + documentOrigin()).toRect();
@@ -377,7 +377,7 @@ QRect ChatViewAccessible::rangeRect(ChatText::Range range) const
         return {};
     const QRect first = characterRect(range.start);
     const QRect last = characterRect(range.end - 1);
-    // A wrapped range may reach further to either side in between.
+    // The lines between may be wider than the first and the last.
     return first.top() == last.top() ? first | last
                                      : QRect(QPoint(rect().left(), first.top()),
                                              QPoint(rect().right(), last.bottom()));

@@ -8,12 +8,11 @@
 class ChatLayout;
 class ChatView;
 
-/// The accessible interface of a `ChatView`: a document with one line per row (`ChatText`), whose
-/// children are the links.
+/// The accessible interface of a `ChatView`: a document with the text of `ChatText`, whose children
+/// are the links. Offsets are those of `ChatText`.
 ///
-/// Qt's own interface for a `QTextBrowser` has the role of a label, gives the text without line
-/// breaks and reads the geometry from `QTextBlock::layout()`, which `ChatLayout` does not use.
-/// Offsets of the text interface are those of `ChatText`.
+/// Qt's interface of a `QTextBrowser` has the role of a label, returns the text without line
+/// breaks, and reads the geometry from `QTextBlock::layout()`, which `ChatLayout` does not keep.
 class ChatViewAccessible final : public QAccessibleWidget, public QAccessibleTextInterface
 {
     Q_DISABLE_COPY_MOVE(ChatViewAccessible)
@@ -22,21 +21,21 @@ public:
     explicit ChatViewAccessible(ChatView &view);
     ~ChatViewAccessible() override;
 
-    /// Makes Qt use this interface for each `ChatView`. Further calls have no effect.
+    /// Makes Qt use this interface for all `ChatView`s. Further calls have no effect.
     static void install();
 
-    /// The interface of `view`; null after another factory has replaced it.
+    /// Returns the interface of `view`; null if another factory has replaced this one.
     [[nodiscard]] static ChatViewAccessible *of(ChatView &view);
 
     [[nodiscard]] const ChatText &chatText() const { return conversation; }
 
-    /// Index of the link that is selected, as by Tab; -1 if none is.
+    /// Returns the index of the link that is selected, for example by Tab; -1 if none is.
     [[nodiscard]] int focusedLink() const;
 
-    /// Opens the link as Return does.
+    /// Opens the link, like Return does.
     void openLink(int index);
 
-    /// Rectangle on the screen; empty for an empty range.
+    /// Returns the rectangle on the screen; empty for an empty range.
     [[nodiscard]] QRect rangeRect(ChatText::Range range) const;
 
     void *interface_cast(QAccessible::InterfaceType type) override;
@@ -74,12 +73,12 @@ public:
 private:
     [[nodiscard]] ChatView &view() const;
     [[nodiscard]] ChatLayout &layout() const;
-    // From the document's coordinates to the screen's.
+    // Screen coordinates of the document's origin.
     [[nodiscard]] QPoint documentOrigin() const;
     [[nodiscard]] ChatText::Range unitAt(int offset, QAccessible::TextBoundaryType boundary) const;
     void select(ChatText::Range range);
 
     const ChatText conversation;
-    // By the index of the link; registered with Qt when they are asked for.
+    // By the link's index. A link is registered with Qt when it is first requested.
     mutable QHash<int, QAccessible::Id> links;
 };

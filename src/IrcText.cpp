@@ -27,18 +27,18 @@ struct Link
     QString display;
 };
 
-/// A kind of link: its pattern, and a sign that every match holds. Most lines hold no link, and to
-/// look for a sign costs a fraction of what a pattern costs.
+// A kind of link: its pattern, and a marker that every match contains. Most lines contain no link,
+// and a search for the marker is much cheaper than one for the pattern.
 struct LinkKind
 {
-    QString sign;
+    QString marker;
     QRegularExpression pattern;
 
-    /// All matches in `text`, each with itself as target.
+    // Returns all matches in `text`, each with the matched text as target.
     [[nodiscard]] QList<Link> linksIn(const QString &text) const;
 };
 
-/// Chat rows and topics keep a set of their own, compiled at the first use.
+// Compiled at the first use, once for rows and once for topics.
 struct LinkKinds
 {
     const LinkKind url{u"://"_s, QRegularExpression(uR"(https?://\S+)"_s)};
@@ -49,7 +49,7 @@ struct LinkKinds
 QList<Link> LinkKind::linksIn(const QString &text) const
 {
     QList<Link> links;
-    if (!text.contains(sign))
+    if (!text.contains(marker))
         return links;
     for (const QRegularExpressionMatch &match : pattern.globalMatch(text)) {
         const QString matched = match.captured();
@@ -65,7 +65,7 @@ void sortByStart(QList<Link> &links)
               [](const Link &left, const Link &right) { return left.start < right.start; });
 }
 
-/// True if `link` overlaps one of `urls`, which stand in their order and apart from each other.
+// Returns true if `link` overlaps one of `urls`, which are sorted and do not overlap each other.
 bool overlapsAny(const Link &link, const QList<Link> &urls)
 {
     const auto next = std::partition_point(
@@ -73,7 +73,7 @@ bool overlapsAny(const Link &link, const QList<Link> &urls)
     return next != urls.cend() && next->start < link.end;
 }
 
-/// The links of a chat row in their order: a mail address that overlaps a URL is none.
+// Returns the links of a row in their order, without mail addresses that overlap a URL.
 QList<Link> rowLinks(const QString &text)
 {
     static const LinkKinds kinds;
@@ -89,10 +89,10 @@ QList<Link> rowLinks(const QString &text)
     return links;
 }
 
-/// The pass over a topic that turns formatting codes into tags.
-///
-/// There is no stack of open tags: a code writes its tag where it stands, even if the tags then
-/// overlap, and the label's own reader makes the best of them.
+// The pass over a topic that converts formatting codes to tags.
+//
+// Intended: there is no stack of open tags. A code writes its tag where it is, even if the tags
+// then overlap; QLabel's HTML reader accepts that.
 class CodePass final
 {
 public:
@@ -102,15 +102,15 @@ public:
         html.reserve(2 * topic.size());
     }
 
-    /// The whole topic as HTML. To be called once.
+    // Returns the whole topic as HTML. Must be called only once.
     QString run();
 
 private:
-    void take(QChar character);
+    void convert(QChar character);
     void toggle(bool &open, QLatin1StringView openTag, QLatin1StringView closeTag);
-    void takeColorCode();
+    void parseColorCode();
     [[nodiscard]] bool atDigit() const;
-    int takeNumber();
+    int parseNumber();
     void closeColor();
     void applyColors(int newForeground, int newBackground);
 
@@ -127,7 +127,7 @@ private:
 QString CodePass::run()
 {
     while (position < topic.size())
-        take(topic.at(position++));
+        convert(topic.at(position++));
     closeColor();
     if (underline)
         html += "</u>"_L1;
@@ -138,7 +138,7 @@ QString CodePass::run()
     return html;
 }
 
-void CodePass::take(QChar character)
+void CodePass::convert(QChar character)
 {
     switch (character.unicode()) {
     case 0x02:
@@ -151,7 +151,7 @@ void CodePass::take(QChar character)
         toggle(underline, "<u>"_L1, "</u>"_L1);
         break;
     case 0x03:
-        takeColorCode();
+        parseColorCode();
         break;
     case u'<':
         html += "&lt;"_L1;
@@ -176,17 +176,17 @@ void CodePass::toggle(bool &open, QLatin1StringView openTag, QLatin1StringView c
     open = !open;
 }
 
-void CodePass::takeColorCode()
+void CodePass::parseColorCode()
 {
     int newForeground = -1;
     int newBackground = -1;
     if (atDigit()) {
-        newForeground = takeNumber();
-        // A comma behind a number belongs to the code even if no second number follows.
+        newForeground = parseNumber();
+        // Intended: a comma after a number belongs to the code even without a second number.
         if (position < topic.size() && topic.at(position) == u',') {
             ++position;
             if (atDigit())
-                newBackground = takeNumber();
+                newBackground = parseNumber();
         }
     }
     applyColors(newForeground, newBackground);
@@ -197,10 +197,10 @@ bool CodePass::atDigit() const
     return position < topic.size() && topic.at(position).isDigit();
 }
 
-int CodePass::takeNumber()
+int CodePass::parseNumber()
 {
-    // Numbers may have any length. Bounded at every digit, the endless ones cannot overflow and
-    // still end where the whole number, bounded once, would: at 15.
+    // Numbers may have any length. Clamping at each digit avoids `int` overflow, and the result is
+    // the same as for clamping the whole number.
     int number = 0;
     while (atDigit())
         number = qBound(0, number * 10 + topic.at(position++).digitValue(), 15);
@@ -219,7 +219,7 @@ void CodePass::closeColor()
 void CodePass::applyColors(int newForeground, int newBackground)
 {
     closeColor();
-    // Without a number the code only closes; and a second number never comes without a first.
+    // A code without numbers only closes the colour. There is no second number without a first.
     if (newForeground < 0)
         return;
 
@@ -232,7 +232,7 @@ void CodePass::applyColors(int newForeground, int newBackground)
     html += "\">"_L1;
 }
 
-/// True if `position` lies between "<" and ">", as far as the text from `from` on tells.
+// Returns true if `position` is between "<" and ">", judged by the text from `from` on.
 bool insideTag(QStringView html, qsizetype from, qsizetype position)
 {
     while (--position >= from) {
@@ -244,11 +244,11 @@ bool insideTag(QStringView html, qsizetype from, qsizetype position)
     return false;
 }
 
-/// Beyond this size of HTML no rest of a topic is repeated any more. A line of the length that
-/// servers keep to makes a fraction of it; a longer one could be made to fill the memory.
+// Above this size of HTML, the rest of a topic is not repeated any more. Otherwise a hostile server
+// could fill the memory with a long line. Lines of the usual length stay far below.
 constexpr qsizetype LargestHtmlWithRepeats = 1'000'000;
 
-/// The pass over a topic's HTML that makes anchors of links.
+// The pass over a topic's HTML that adds anchors.
 QString withAnchors(const QString &html)
 {
     static const LinkKinds kinds;
@@ -258,17 +258,17 @@ QString withAnchors(const QString &html)
     QString linked;
     qsizetype copied = 0;
     for (const Link &link : links) {
-        // Directly behind a tag a link stays plain text.
+        // Intended: a link directly after a tag stays plain text.
         if (insideTag(html, copied, link.start)
             || (link.start > 0 && html.at(link.start - 1) == u'>'))
             continue;
         if (link.start < copied && linked.size() >= LargestHtmlWithRepeats)
             continue;
-        // An address inside the URL just written starts before `copied`. The length is negative
-        // then, which means the rest of the text to mid(): the rest is written here and, since
-        // `copied` goes back, once more behind the address.
+        // Intended: an address inside the last URL starts before `copied`. The length is then
+        // negative, for which mid() returns the rest of the text. The rest is thus written here
+        // and, since `copied` moves back, again after the address.
         linked += QStringView(html).mid(copied, link.start - copied);
-        // The display text is escaped a second time: an ampersand of a URL shows as "&amp;".
+        // Intended: the text is escaped a second time, so "&" in a URL is shown as "&amp;".
         linked +=
                 "<a href=\""_L1 % link.target % "\">"_L1 % link.display.toHtmlEscaped() % "</a>"_L1;
         copied = link.end;
@@ -309,8 +309,8 @@ void insertWithLinks(QTextCursor &cursor, const QString &text, const QTextCharFo
     linkFormat.setForeground(QColor(0x00, 0x7A, 0xFF));
     linkFormat.setUnderlineStyle(QTextCharFormat::SingleUnderline);
 
-    // As one edit: after each edit the document looks through all of its pieces, which makes
-    // seconds of a line that is nothing but links.
+    // Qt scans all fragments when an edit block ends. Without one edit block for all insertions, a
+    // line full of links would take seconds.
     cursor.beginEditBlock();
     int position = 0;
     for (const Link &link : links) {

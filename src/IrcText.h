@@ -8,40 +8,40 @@
 class QTextCharFormat;
 class QTextCursor;
 
-/// IRC text on its way to the screen.
+/// Converts IRC text to rich text.
 ///
-/// There are two ways, and they treat the same text differently. A chat row knows links only: its
-/// control codes stay characters. A topic knows formatting codes and links, and becomes HTML.
+/// Intended: conversations and topics treat the same text differently. In a row of a conversation
+/// only links are formatted, and control codes stay characters. A topic becomes HTML with
+/// formatting codes and links.
 namespace IrcText {
 
-/// The sixteen IRC colours, by the number that a colour code carries.
+/// Returns the sixteen IRC colours, indexed by the number in a colour code.
 [[nodiscard]] const std::array<QColor, 16> &colors();
 
-/// The one with this number, which must be below sixteen.
+/// Returns the colour `number`, which must be below 16.
 const QColor &color(int number);
 
-/// Number of black or of white, whichever can be read on a ground of this colour.
+/// Returns the number of black or white, whichever is legible on this background colour.
 [[nodiscard]] int legibleOn(const QColor &color);
 
-/// Writes `text` at `cursor`, with web and mail addresses as anchors.
+/// Inserts `text` at `cursor`, with URLs and mail addresses as anchors.
 ///
-/// What lies outside a link carries `base`; a link carries `base` as an underlined anchor in a blue
-/// of its own, with "mailto:" in front of the target of a mail address. An address that overlaps
-/// a URL belongs to that URL. The cursor ends behind the text, of which no character is changed or
-/// left out.
+/// Text outside links has the format `base`. Links are also blue and underlined. The target of a
+/// mail address starts with "mailto:". A mail address that overlaps a URL is not a link. No
+/// character is changed or left out, and the cursor is after the text afterwards.
 void insertWithLinks(QTextCursor &cursor, const QString &text, const QTextCharFormat &base);
 
-/// `topic`, raw as the server sent it, as HTML for a label with rich text.
+/// Returns `topic`, as received from the server, as HTML for a rich-text label.
 ///
-/// Bold (U+0002), italic (U+001D), underline (U+001F) and colour (U+0003) become tags, each where
-/// its code stands, without regard to nesting; other control characters pass through. Then web and
-/// mail addresses become anchors whose target is the matched text itself, without "mailto:".
-/// Whatever is open at the end is closed; a colour number above 15 counts as 15.
+/// Bold (U+0002), italic (U+001D), underline (U+001F) and colour (U+0003) become tags where the
+/// codes are, even if the tags are not nested. Other control characters are kept. A colour number
+/// above 15 counts as 15. Tags that are open at the end are closed. Then URLs and mail addresses
+/// become anchors whose target is the matched text itself, without "mailto:".
 ///
-/// The anchors are laid over the finished HTML, and two things follow which readers of topics have
-/// come to know. A code right behind a URL stands as a tag in the URL's target and text. A mail
-/// address inside a URL becomes a second anchor, and the rest of the topic is repeated before it,
-/// until there are a million characters of HTML: from then on such an address stays text.
+/// Intended: anchors are found in the finished HTML, with two effects. The tag of a code directly
+/// after a URL is part of the URL's target and text. A mail address inside a URL becomes a second
+/// anchor, and the rest of the topic is written before and after it. Once the HTML has a million
+/// characters, such an address stays text.
 [[nodiscard]] QString toHtml(const QString &topic);
 
 } // namespace IrcText

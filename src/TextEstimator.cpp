@@ -13,7 +13,7 @@ namespace {
 constexpr qreal KerningFactor = 1.02;
 constexpr qreal Overhang = 2;
 
-// Each link with a new target adds a format. Beyond this many, the cache is emptied.
+// Each new link target adds a format. Beyond this many, the cache is cleared.
 constexpr int MaximumFormats = 2000;
 
 } // namespace

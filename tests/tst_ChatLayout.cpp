@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A cell's first position, by the row and the column.
+// Returns the first position of a cell.
 int cellPosition(const QTextBrowser &view, int row, int column)
 {
     return view.document()->findBlockByNumber(1 + 3 * row + column).position();
@@ -41,7 +41,7 @@ private slots:
     void looksLikeQtsLayout();
     void looksTheSameWithoutNicks_data();
     void looksTheSameWithoutNicks();
-    void looksTheSameWithEndlessWords();
+    void looksTheSameWithLongWords();
     void looksTheSameEmptyAndWithOneLine();
     void looksTheSameLineByLine();
     void looksTheSameAfterResizing();
@@ -51,25 +51,25 @@ private slots:
     void looksTheSameWithASelection_data();
     void looksTheSameWithASelection();
     void widensAColumnForOneCharacter();
-    void followsChangedRows();
-    void measuresAsQtsLayout();
+    void laysOutChangedRows();
+    void measuresLikeQtsLayout();
     void placesBlocksAndFrames();
-    void findsPositionsAsQtsLayout_data();
-    void findsPositionsAsQtsLayout();
-    void findsAnchorsAsQtsLayout();
+    void findsPositionsLikeQtsLayout_data();
+    void findsPositionsLikeQtsLayout();
+    void findsAnchorsLikeQtsLayout();
     void paintsWithoutAView();
     void wrapsNothingBeforeTheFirstShow();
-    void startsOverInANewTable();
-    void followsRemovedRows();
-    void keepsAChangeOpenInALongConversation();
-    void looksTheSameDuringAnOpenChange();
+    void laysOutANewTable();
+    void laysOutAfterRowsAreRemoved();
+    void keepsAnEditBlockOpenInALongConversation();
+    void looksTheSameDuringAnOpenEditBlock();
 };
 
 void TestChatLayout::looksLikeQtsLayout_data()
 {
     QTest::addColumn<int>("width");
     QTest::addColumn<qreal>("ratio");
-    // At the narrowest, one character may be wider than the text's column.
+    // At the smallest width, a single character can be wider than the text column.
     for (const int width : {150, 330, 500, 1000}) {
         for (const qreal ratio : {1.0, 1.5, 2.0})
             QTest::addRow("%d at %g", width, ratio) << width << ratio;
@@ -110,8 +110,8 @@ void TestChatLayout::looksTheSameWithoutNicks()
     QCOMPARE(pair.differenceAnywhere(), QString());
 }
 
-// Lines within such a word are broken in a way of our own, those around it are not.
-void TestChatLayout::looksTheSameWithEndlessWords()
+// Long words are broken into lines in another way than the text around them.
+void TestChatLayout::looksTheSameWithLongWords()
 {
     ViewPair pair(QSize(450, 700));
     const QString wide(3000, u'W');
@@ -138,7 +138,7 @@ void TestChatLayout::looksTheSameEmptyAndWithOneLine()
     QTextBrowser stock;
     ChatView own;
     QCOMPARE(own.document()->size().height(), stock.document()->size().height());
-    // Not a conversation: not laid out, but nothing bad comes of it.
+    // Text that is not a conversation is not laid out, but does no harm.
     own.setPlainText(u"one\ntwo"_s);
     own.show();
     QCOMPARE(own.toPlainText(), u"one\ntwo"_s);
@@ -219,7 +219,7 @@ void TestChatLayout::looksTheSameFromRightToLeft()
 
 void TestChatLayout::looksTheSameWithASelection_data()
 {
-    QTest::addColumn<QPoint>("from"); // Row and column; the row -1 stands for outside of the table.
+    QTest::addColumn<QPoint>("from"); // Row and column; row -1 is outside the table.
     QTest::addColumn<int>("fromOffset");
     QTest::addColumn<QPoint>("to");
     QTest::addColumn<int>("toOffset");
@@ -270,7 +270,7 @@ void TestChatLayout::widensAColumnForOneCharacter()
     QCOMPARE(pair.differenceAnywhere(), QString());
 }
 
-void TestChatLayout::followsChangedRows()
+void TestChatLayout::laysOutChangedRows()
 {
     ViewPair pair(QSize(450, 700));
     pair.append(ChatCorpus::plainRows(30));
@@ -293,7 +293,7 @@ void TestChatLayout::followsChangedRows()
     QCOMPARE(pair.differenceAnywhere(), QString());
 }
 
-void TestChatLayout::measuresAsQtsLayout()
+void TestChatLayout::measuresLikeQtsLayout()
 {
     ViewPair pair(QSize(450, 700));
     pair.append(ChatCorpus::rows());
@@ -318,7 +318,7 @@ void TestChatLayout::placesBlocksAndFrames()
     QVERIFY(pair.measure());
     const QAbstractTextDocumentLayout &stock = *pair.stock.document()->documentLayout();
     QTextBlock expected = pair.stock.document()->firstBlock().next();
-    // The block above the table claims everything, for the sake of the search for anchors.
+    // Intended: the block above the table returns the whole document.
     QTextBlock block = pair.own.document()->firstBlock();
     QCOMPARE(pair.layout().blockBoundingRect(block).topLeft(), QPointF(4, 4));
     for (block = block.next(); block.isValid(); block = block.next(), expected = expected.next()) {
@@ -337,14 +337,14 @@ void TestChatLayout::placesBlocksAndFrames()
     }
 }
 
-void TestChatLayout::findsPositionsAsQtsLayout_data()
+void TestChatLayout::findsPositionsLikeQtsLayout_data()
 {
     QTest::addColumn<Qt::HitTestAccuracy>("accuracy");
     QTest::newRow("exact") << Qt::ExactHit;
     QTest::newRow("fuzzy") << Qt::FuzzyHit;
 }
 
-void TestChatLayout::findsPositionsAsQtsLayout()
+void TestChatLayout::findsPositionsLikeQtsLayout()
 {
     QFETCH(const Qt::HitTestAccuracy, accuracy);
     ViewPair pair(QSize(450, 700));
@@ -370,7 +370,7 @@ void TestChatLayout::findsPositionsAsQtsLayout()
     }
 }
 
-void TestChatLayout::findsAnchorsAsQtsLayout()
+void TestChatLayout::findsAnchorsLikeQtsLayout()
 {
     ViewPair pair(QSize(450, 700));
     pair.append(ChatCorpus::rows().first(40));
@@ -407,7 +407,7 @@ void TestChatLayout::paintsWithoutAView()
     };
     QCOMPARE(paint(*own, QRectF(0, 0, 500, 3000)), paint(*stock, QRectF(0, 0, 500, 3000)));
     QCOMPARE(paint(*own, QRectF()), paint(*stock, QRectF()));
-    // What was found while painting is told afterwards.
+    // A size found during a paint is emitted afterwards.
     const QSignalSpy sizes(own->documentLayout(),
                            &QAbstractTextDocumentLayout::documentSizeChanged);
     QTRY_COMPARE_WITH_TIMEOUT(sizes.count(), 1, WaitTimeout);
@@ -423,7 +423,7 @@ void TestChatLayout::wrapsNothingBeforeTheFirstShow()
              qPrintable(QString::number(view.document()->size().height())));
 }
 
-void TestChatLayout::startsOverInANewTable()
+void TestChatLayout::laysOutANewTable()
 {
     ViewPair pair(QSize(450, 400));
     pair.append(ChatCorpus::rows());
@@ -435,13 +435,13 @@ void TestChatLayout::startsOverInANewTable()
                               ChatCorpus::rowsWithoutNicks().first(50));
     });
     QVERIFY(pair.measure());
-    // Qt's view has missed some of the last change of its height.
+    // Works around Qt's view, which missed a part of its last change of height.
     pair.resize(QSize(460, 400));
     QVERIFY(pair.measure());
     QCOMPARE(pair.differenceAnywhere(), QString());
 }
 
-void TestChatLayout::followsRemovedRows()
+void TestChatLayout::laysOutAfterRowsAreRemoved()
 {
     ViewPair pair(QSize(450, 400));
     pair.append(ChatCorpus::rows().first(50));
@@ -454,7 +454,7 @@ void TestChatLayout::followsRemovedRows()
     QCOMPARE(pair.differenceAnywhere(), QString());
 }
 
-void TestChatLayout::keepsAChangeOpenInALongConversation()
+void TestChatLayout::keepsAnEditBlockOpenInALongConversation()
 {
     ChatView view;
     view.show();
@@ -473,7 +473,7 @@ void TestChatLayout::keepsAChangeOpenInALongConversation()
         QCOMPARE(qreal(layout.rowTop(rows) + 4), view.document()->size().height());
     }
     QCOMPARE(changes.count(), 2);
-    // The end of the change brings nothing new.
+    // The end of the edit block changes nothing.
     const QSignalSpy updates(&layout, &QAbstractTextDocumentLayout::update);
     QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 3, WaitTimeout);
     QCOMPARE(updates.count(), 0);
@@ -482,7 +482,7 @@ void TestChatLayout::keepsAChangeOpenInALongConversation()
     QCOMPARE(layout.rowCount(), 1020);
 }
 
-void TestChatLayout::looksTheSameDuringAnOpenChange()
+void TestChatLayout::looksTheSameDuringAnOpenEditBlock()
 {
     ViewPair pair(QSize(450, 300));
     pair.append(ChatCorpus::plainRows(1000));
@@ -508,7 +508,7 @@ void TestChatLayout::looksTheSameDuringAnOpenChange()
     QVERIFY(pair.measure());
     QCOMPARE(pair.differenceAnywhere(), QString());
 
-    // A change of other rows counts when the open change ends.
+    // A change of other rows takes effect when the edit block ends.
     pair.append(ChatCorpus::rows().first(1));
     pair.applyToBoth([](QTextBrowser &view) {
         QTextCursor cursor(view.document());

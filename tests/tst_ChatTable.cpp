@@ -24,7 +24,7 @@ QTextBlock cellBlock(const QTextTable &table, int row, int column)
     return table.cellAt(row, column).firstCursorPosition().block();
 }
 
-// Format of a cell's first run of text.
+// Returns the format of a cell's first text run.
 QTextCharFormat textFormat(const QTextTable &table, int row, int column)
 {
     return cellBlock(table, row, column).begin().fragment().charFormat();
@@ -37,7 +37,7 @@ QMap<int, QVariant> propertiesOf(const QTextFormat &format)
     return properties;
 }
 
-// Everything that a document holds, in words: each block's formats and its runs with theirs.
+// Describes all blocks and text runs of a document with their formats.
 QString describe(const QTextDocument &document)
 {
     QString description;
@@ -71,33 +71,33 @@ class TestChatTable final : public QObject
     Q_OBJECT
 
 private slots:
-    void makesATableOfThreeColumns();
-    void makesATableOfTwoColumns();
+    void createsATableWithThreeColumns();
+    void createsATableWithTwoColumns();
     void leavesTheViewReadOnly();
     void keepsTheFirstRowEmpty();
     void fillsTheTimeCell();
     void fillsTheNickCell();
-    void drawsTheRuleBesideEveryNick();
-    void leavesANickCellWithoutColorIfNobodySpoke();
-    void showsTheAwayUserPaleAndItalic();
+    void setsTheRightBorderOfEachNickCell();
+    void setsNoNickColorInSystemLines();
+    void formatsTheNickOfTheAwayUser();
     void fillsTheTextCell();
     void dimsTheText();
-    void showsNoNickWithoutACellForIt();
-    void losesNothingWithoutAColumnForTheText();
+    void showsNoNickWithoutANickCell();
+    void writesNickAndTextInOneCellOfTwoColumns();
     void elidesLongNicks_data();
     void elidesLongNicks();
-    void colorsNicksByWhatIsShown_data();
-    void colorsNicksByWhatIsShown();
-    void colorsAnElidedNickByItsShownForm();
+    void computesNickColors_data();
+    void computesNickColors();
+    void colorsElidedNicksByTheirElidedForm();
     void keepsOneBlockPerCell_data();
     void keepsOneBlockPerCell();
-    void findsLinksInTheTextAsItCame_data();
-    void findsLinksInTheTextAsItCame();
+    void findsLinksBeforeReplacingCharacters_data();
+    void findsLinksBeforeReplacingCharacters();
     void leavesOtherCharactersAlone();
-    void appendsManyAsIfOneByOne();
+    void appendsManyRowsLikeOneByOne();
     void keepsTheOrderOfThousandsOfRows();
     void appendsNothing();
-    void writesWhatTheTablesOwnCellsWouldTake();
+    void writesTheSameAsCellByCell();
 
     void selectsCells_data();
     void selectsCells();
@@ -128,7 +128,7 @@ void TestChatTable::cleanup()
     view.setDocument(new QTextDocument(&view));
 }
 
-void TestChatTable::makesATableOfThreeColumns()
+void TestChatTable::createsATableWithThreeColumns()
 {
     QCOMPARE(table->rows(), 1);
     QCOMPARE(table->columns(), 3);
@@ -145,7 +145,7 @@ void TestChatTable::makesATableOfThreeColumns()
                                  QTextLength(QTextLength::VariableLength, 0)}));
 }
 
-void TestChatTable::makesATableOfTwoColumns()
+void TestChatTable::createsATableWithTwoColumns()
 {
     QTextBrowser other;
     const QTextTable *narrow = ChatTable::create(other, 2);
@@ -192,7 +192,7 @@ void TestChatTable::fillsTheNickCell()
     QVERIFY(!format.fontItalic());
 }
 
-void TestChatTable::drawsTheRuleBesideEveryNick()
+void TestChatTable::setsTheRightBorderOfEachNickCell()
 {
     ChatTable::appendRows(*table, SampleRows);
     for (int row = 1; row < table->rows(); ++row) {
@@ -208,7 +208,7 @@ void TestChatTable::drawsTheRuleBesideEveryNick()
     }
 }
 
-void TestChatTable::leavesANickCellWithoutColorIfNobodySpoke()
+void TestChatTable::setsNoNickColorInSystemLines()
 {
     ChatTable::appendRows(*table, {{.time = u"t"_s, .nick = {}, .text = u"x"_s, .ownAway = true}});
     QCOMPARE(cellText(*table, 1, 1), u"  "_s);
@@ -218,7 +218,7 @@ void TestChatTable::leavesANickCellWithoutColorIfNobodySpoke()
     QVERIFY(!format.fontItalic());
 }
 
-void TestChatTable::showsTheAwayUserPaleAndItalic()
+void TestChatTable::formatsTheNickOfTheAwayUser()
 {
     ChatTable::appendRows(*table,
                           {{.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s, .ownAway = true}});
@@ -246,7 +246,7 @@ void TestChatTable::dimsTheText()
     QCOMPARE(textFormat(*table, 1, 1).foreground().color(), QColor(0xad, 0x14, 0x57));
 }
 
-void TestChatTable::showsNoNickWithoutACellForIt()
+void TestChatTable::showsNoNickWithoutANickCell()
 {
     QTextBrowser other;
     QTextTable *narrow = ChatTable::create(other, 2);
@@ -266,7 +266,7 @@ void TestChatTable::showsNoNickWithoutACellForIt()
     QCOMPARE(cellText(*table, 2, 2), QString());
 }
 
-void TestChatTable::losesNothingWithoutAColumnForTheText()
+void TestChatTable::writesNickAndTextInOneCellOfTwoColumns()
 {
     QTextBrowser other;
     QTextTable *narrow = ChatTable::create(other, 2);
@@ -296,12 +296,12 @@ void TestChatTable::elidesLongNicks()
     QCOMPARE(cellText(*table, 1, 1), QString(shown + u"  "_s));
 }
 
-void TestChatTable::colorsNicksByWhatIsShown_data()
+void TestChatTable::computesNickColors_data()
 {
     QTest::addColumn<QString>("nick");
     QTest::addColumn<QColor>("color");
 
-    // A nick of one character is its own hash, so these sixteen walk through the palette.
+    // The hash of a one-character nick is that character, so these sixteen cover the palette.
     QTest::newRow("0") << u"0"_s << QColor(u"#9e9e9e"_s);
     QTest::newRow("1") << u"1"_s << QColor(u"#424242"_s);
     QTest::newRow("2") << u"2"_s << QColor(u"#1565c0"_s);
@@ -313,25 +313,25 @@ void TestChatTable::colorsNicksByWhatIsShown_data()
     QTest::newRow("8") << u"8"_s << QColor(u"#f9a825"_s);
     QTest::newRow("9") << u"9"_s << QColor(u"#558b2f"_s);
     QTest::newRow("z") << u"z"_s << QColor(u"#00897b"_s);
-    QTest::newRow("brace") << u"{"_s << QColor(u"#00b0ff"_s);
+    QTest::newRow("opening brace") << u"{"_s << QColor(u"#00b0ff"_s);
     QTest::newRow("bar") << u"|"_s << QColor(u"#2979ff"_s);
-    QTest::newRow("brace closed") << u"}"_s << QColor(u"#d500f9"_s);
+    QTest::newRow("closing brace") << u"}"_s << QColor(u"#d500f9"_s);
     QTest::newRow("tilde") << u"~"_s << QColor(u"#78909c"_s);
     QTest::newRow("underscore") << u"_"_s << QColor(u"#bcaaa4"_s);
     QTest::newRow("alice") << u"alice"_s << QColor(u"#9e9e9e"_s);
     QTest::newRow("bob") << u"bob"_s << QColor(u"#ad1457"_s);
     QTest::newRow("Bob") << u"Bob"_s << QColor(u"#ad1457"_s);
     QTest::newRow("carol") << u"carol"_s << QColor(u"#424242"_s);
-    QTest::newRow("nobody") << u""_s << QColor(102, 102, 102, 255);
+    QTest::newRow("empty") << u""_s << QColor(102, 102, 102, 255);
 }
 
-void TestChatTable::colorsNicksByWhatIsShown()
+void TestChatTable::computesNickColors()
 {
     QFETCH(const QString, nick);
     QTEST(ChatTable::nickColor(nick), "color");
 }
 
-void TestChatTable::colorsAnElidedNickByItsShownForm()
+void TestChatTable::colorsElidedNicksByTheirElidedForm()
 {
     ChatTable::appendRows(*table,
                           {{.time = u"t"_s, .nick = u"abcdefghijklmnopqr"_s, .text = u"x"_s}});
@@ -349,8 +349,8 @@ void TestChatTable::keepsOneBlockPerCell_data()
 
     QTest::newRow("carriage return") << u"a\rb"_s << u"a\u2028b"_s;
     QTest::newRow("line feed") << u"a\nb"_s << u"a\u2028b"_s;
-    QTest::newRow("both as a pair") << u"a\r\nb\n\rc"_s << u"a\u2028b\u2028\u2028c"_s;
-    QTest::newRow("paragraph") << u"a\u2029b"_s << u"a\u2028b"_s;
+    QTest::newRow("CR LF") << u"a\r\nb\n\rc"_s << u"a\u2028b\u2028\u2028c"_s;
+    QTest::newRow("paragraph separator") << u"a\u2029b"_s << u"a\u2028b"_s;
     QTest::newRow("beginning of frame") << u"a\xfdd0"
                                            u"b"_s
                                         << u"a\ufffdb"_s;
@@ -373,11 +373,11 @@ void TestChatTable::keepsOneBlockPerCell()
     QCOMPARE(cellBlock(*table, 1, 2).text(), shown);
 }
 
-void TestChatTable::findsLinksInTheTextAsItCame_data()
+void TestChatTable::findsLinksBeforeReplacingCharacters_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("shown");
-    QTest::addColumn<QStringList>("links"); // Each with its text and its target.
+    QTest::addColumn<QStringList>("links"); // Text and target of each.
 
     QTest::newRow("nothing replaced") << u"see https://a.b/c"_s << u"see https://a.b/c"_s
                                       << QStringList{u"https://a.b/c"_s, u"https://a.b/c"_s};
@@ -387,12 +387,12 @@ void TestChatTable::findsLinksInTheTextAsItCame_data()
     QTest::newRow("ended by a carriage return")
             << u"\rhttps://a.b\rx"_s << u"\u2028https://a.b\u2028x"_s
             << QStringList{u"https://a.b"_s, u"https://a.b"_s};
-    QTest::newRow("frame mark behind a link")
+    QTest::newRow("frame mark after a link")
             << u"https://a.b \xfdd0 x"_s << u"https://a.b \ufffd x"_s
             << QStringList{u"https://a.b"_s, u"https://a.b"_s};
 }
 
-void TestChatTable::findsLinksInTheTextAsItCame()
+void TestChatTable::findsLinksBeforeReplacingCharacters()
 {
     QFETCH(const QString, text);
     QFETCH(const QString, shown);
@@ -415,7 +415,7 @@ void TestChatTable::leavesOtherCharactersAlone()
     QCOMPARE(cellBlock(*table, 1, 2).text(), text);
 }
 
-void TestChatTable::appendsManyAsIfOneByOne()
+void TestChatTable::appendsManyRowsLikeOneByOne()
 {
     QTextBrowser other;
     QTextTable *single = ChatTable::create(other, 3);
@@ -446,7 +446,7 @@ void TestChatTable::appendsNothing()
     QCOMPARE(table->rows(), 1);
 }
 
-void TestChatTable::writesWhatTheTablesOwnCellsWouldTake()
+void TestChatTable::writesTheSameAsCellByCell()
 {
     QTextBrowser other;
     QTextTable *plain = ChatTable::create(other, 3);
@@ -486,7 +486,7 @@ void TestChatTable::selectsCells_data()
     QTest::addColumn<QPoint>("to");
     QTest::addColumn<QString>("expected");
 
-    // Columns and rows.
+    // Column and row.
     QTest::newRow("rows") << QPoint(0, 1) << QPoint(2, 4)
                           << u"[10:00] alice hello there\n"
                              "[10:01] a line of the system\n"
@@ -503,7 +503,7 @@ void TestChatTable::selectsCells_data()
     QTest::newRow("empty cells at both ends")
             << QPoint(0, 3) << QPoint(0, 5) << u"[10:02]\n[10:03]"_s;
     QTest::newRow("from the empty first row") << QPoint(0, 0) << QPoint(1, 1) << u"[10:00] alice"_s;
-    QTest::newRow("a row without time and text") << QPoint(0, 5) << QPoint(2, 5) << u"carol"_s;
+    QTest::newRow("row without time and text") << QPoint(0, 5) << QPoint(2, 5) << u"carol"_s;
 }
 
 void TestChatTable::selectsCells()
@@ -527,10 +527,10 @@ void TestChatTable::selectsWithinACell_data()
     QTest::newRow("text") << 2 << 0 << 8 << u"a  b c "_s;
     QTest::newRow("part of the text") << 2 << 2 << 4 << u"  "_s;
     QTest::newRow("part of the text, backwards") << 2 << 7 << 4 << u"b c"_s;
-    QTest::newRow("padding before it") << 2 << 0 << 1 << QString();
+    QTest::newRow("space before the text") << 2 << 0 << 1 << QString();
     QTest::newRow("nick") << 1 << 0 << 5 << u"bob"_s;
     QTest::newRow("part of the nick") << 1 << 1 << 3 << u"ob"_s;
-    QTest::newRow("padding after it") << 1 << 4 << 5 << QString();
+    QTest::newRow("spaces after the nick") << 1 << 4 << 5 << QString();
     QTest::newRow("time") << 0 << 0 << 7 << u"[10:00]"_s;
 }
 
@@ -548,7 +548,7 @@ void TestChatTable::selectsWithinACell()
     QTEST(ChatTable::selectedText(cursor), "expected");
 }
 
-// As the rows of a tab that was renamed to "Server".
+// Like a row of a tab that was renamed to "Server".
 void TestChatTable::selectsTextInTheNickColumn()
 {
     ChatTable::appendRows(*table, SampleRows);
@@ -570,7 +570,7 @@ void TestChatTable::selectsAll_data()
                                    "[10:02] bob joined #chan\n"
                                    "[10:03] me [Away: x] y\n"
                                    "carol"_s;
-    // Nothing is put before these texts, so a space there is the sender's.
+    // No space is added before these texts, so a leading space is the sender's.
     QTest::newRow("without nicks") << 2
                                    << u"[10:00]  hello there\n"
                                       "[10:01]  a line of the system\n"

@@ -48,7 +48,7 @@ private slots:
     void readsPartsAcrossLines();
     void hasNoLineBeforeTheFirstRow();
     void mapsEachOffsetToAPosition();
-    void mapsPositionsThatAreNotRead();
+    void mapsPositionsOutsideTheText();
     void findsLinks();
 };
 
@@ -71,10 +71,10 @@ void TestChatText::readsARowAsOneLine_data()
     QTest::newRow("server") << 2 << serverRow << u"[12:34]  indented\n"_s;
     QTest::newRow("server in three columns") << 3 << serverRow << u"[12:34]  indented\n"_s;
     QTest::newRow("empty text") << 3 << ChatRow{u"1"_s, u"al"_s, {}} << u"1 al: \n"_s;
-    QTest::newRow("nothing") << 3 << ChatRow{} << u"\n"_s;
+    QTest::newRow("empty row") << 3 << ChatRow{} << u"\n"_s;
     QTest::newRow("two lines") << 3 << ChatRow{u"1"_s, u"al"_s, u" one\ntwo"_s}
                                << u"1 al: one two\n"_s;
-    QTest::newRow("mark of a child")
+    QTest::newRow("object replacement character")
             << 3 << ChatRow{u"1"_s, u"al"_s, u" a\uFFFCb"_s} << u"1 al: a\uFFFDb\n"_s;
     QTest::newRow("long nick") << 3 << ChatRow{u"1"_s, u"averyveryverylongnick"_s, u" x"_s}
                                << u"1 averyveryverylo…: x\n"_s;
@@ -157,7 +157,7 @@ void TestChatText::mapsEachOffsetToAPosition()
     QCOMPARE(conversation.view.document()->characterAt(conversation.text.positionAt(letter)), u'y');
 }
 
-void TestChatText::mapsPositionsThatAreNotRead()
+void TestChatText::mapsPositionsOutsideTheText()
 {
     const Conversation conversation;
     ChatTable::appendRows(*conversation.table, {{{}, {}, u" a"_s}, {u"1"_s, u"al"_s, u" b"_s}});
@@ -167,7 +167,7 @@ void TestChatText::mapsPositionsThatAreNotRead()
                                           + inBlock);
     };
     QCOMPARE(conversation.allText(), u"a\n1 al: b\n"_s);
-    // The first row, and the time and the nick that are missing in the second.
+    // The empty first row, and the missing time and nick of the second row.
     QCOMPARE(offsetAtCell(0, 0), 0);
     QCOMPARE(offsetAtCell(2, 0), 0);
     QCOMPARE(offsetAtCell(3, 0), 0);

@@ -32,14 +32,14 @@ void scrollToEnd(QTextBrowser &view)
     view.ensureCursorVisible();
 }
 
-// Height within the viewport at which the last row ends.
+// Returns the y coordinate of the last row's bottom in the viewport.
 int endOfText(const ChatView &view)
 {
     const ChatLayout &layout = layoutOf(view);
     return layout.rowTop(layout.rowCount()) - view.verticalScrollBar()->value();
 }
 
-// What the screen shows of a window's child, after everything that was asked for has been painted.
+// Returns what the screen shows of a window's child after all pending paints.
 QImage onScreen(const QWidget &widget)
 {
     QCoreApplication::processEvents();
@@ -64,21 +64,21 @@ class TestChatView final : public QObject
     Q_OBJECT
 
 private slots:
-    void holdsTheEndWhileLinesArrive();
+    void staysAtTheEndWhileLinesArrive();
     void showsTheEndOfManyLinesAtOnce();
-    void measuresNothingUnseen();
-    void showsTheEndOfAHiddenTab();
+    void measuresNothingWhileHidden();
+    void showsTheEndWhenATabIsShownAgain();
     void looksLikeQtsViewAfterHiddenLines();
-    void showsAfterResizingAtOnceWhatStays();
-    void holdsTheEndThroughResizingAndOtherFonts();
-    void holdsThePlaceOfAReader();
-    void holdsThePlaceWhileRowsAreMeasured();
-    void scrollsIntoRowsNotYetMeasured();
-    void settlesWhereAWordIsWiderThanItsColumn();
-    void putsOnTheScreenWhatIsThere();
-    void paintsThroughStyleSheets_data();
-    void paintsThroughStyleSheets();
-    void goesWhileRowsAreUnmeasured();
+    void paintsTheFinalRowsAtOnceAfterResizing();
+    void staysAtTheEndWhenSizeOrFontChanges();
+    void keepsTheScrollPosition();
+    void keepsTheScrollPositionWhileMeasuring();
+    void scrollsToEstimatedRows();
+    void laysOutAWordWiderThanItsColumn();
+    void keepsTheScreenUpToDate();
+    void paintsStyleSheetBackgrounds_data();
+    void paintsStyleSheetBackgrounds();
+    void canBeDestroyedWithEstimatedRows();
 
 private:
     std::unique_ptr<ChatView> makeView(int rows, QSize size = QSize(500, 300));
@@ -97,7 +97,7 @@ std::unique_ptr<ChatView> TestChatView::makeView(int rows, QSize size)
     return view;
 }
 
-void TestChatView::holdsTheEndWhileLinesArrive()
+void TestChatView::staysAtTheEndWhileLinesArrive()
 {
     const auto view = makeView(0);
     for (int i = 0; i < 60; ++i) {
@@ -121,7 +121,7 @@ void TestChatView::showsTheEndOfManyLinesAtOnce()
     QCOMPARE(painted(*view->viewport()), before);
 }
 
-void TestChatView::measuresNothingUnseen()
+void TestChatView::measuresNothingWhileHidden()
 {
     QStackedWidget stack;
     stack.addWidget(new QWidget);
@@ -136,7 +136,7 @@ void TestChatView::measuresNothingUnseen()
     QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
 }
 
-void TestChatView::showsTheEndOfAHiddenTab()
+void TestChatView::showsTheEndWhenATabIsShownAgain()
 {
     QStackedWidget stack;
     stack.resize(333, 300);
@@ -172,7 +172,7 @@ void TestChatView::looksLikeQtsViewAfterHiddenLines()
     QCOMPARE(pair.differenceAnywhere(), QString());
 }
 
-void TestChatView::showsAfterResizingAtOnceWhatStays()
+void TestChatView::paintsTheFinalRowsAtOnceAfterResizing()
 {
     const auto view = makeView(2000);
     QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
@@ -186,7 +186,7 @@ void TestChatView::showsAfterResizingAtOnceWhatStays()
     }
 }
 
-void TestChatView::holdsTheEndThroughResizingAndOtherFonts()
+void TestChatView::staysAtTheEndWhenSizeOrFontChanges()
 {
     const auto view = makeView(500);
     const auto isAtEnd = [&view] {
@@ -206,7 +206,7 @@ void TestChatView::holdsTheEndThroughResizingAndOtherFonts()
     QVERIFY(isAtEnd());
 }
 
-void TestChatView::holdsThePlaceOfAReader()
+void TestChatView::keepsTheScrollPosition()
 {
     const auto view = makeView(500);
     QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
@@ -226,7 +226,7 @@ void TestChatView::holdsThePlaceOfAReader()
     QCOMPARE(rowOnTop(), 200);
 }
 
-void TestChatView::holdsThePlaceWhileRowsAreMeasured()
+void TestChatView::keepsTheScrollPositionWhileMeasuring()
 {
     const auto view = makeView(3000);
     const ChatLayout &layout = layoutOf(*view);
@@ -242,7 +242,7 @@ void TestChatView::holdsThePlaceWhileRowsAreMeasured()
     QCOMPARE(onScreen(*view->viewport()), before);
 }
 
-void TestChatView::scrollsIntoRowsNotYetMeasured()
+void TestChatView::scrollsToEstimatedRows()
 {
     const auto view = makeView(3000);
     const ChatLayout &layout = layoutOf(*view);
@@ -251,7 +251,8 @@ void TestChatView::scrollsIntoRowsNotYetMeasured()
         const int row = layout.rowAt(bar.value());
         const int top = layout.rowTop(row) - bar.value();
         bar.setValue(bar.value() - 200);
-        // What was on top has moved down by as much, or more if the rows above were higher.
+        // The row has moved down by 200 pixels, or more if rows above it were higher than
+        // estimated.
         if (bar.value() > 0)
             QVERIFY(layout.rowTop(row) - bar.value() >= top);
         QCOMPARE(onScreen(*view->viewport()), painted(*view->viewport()));
@@ -259,9 +260,9 @@ void TestChatView::scrollsIntoRowsNotYetMeasured()
     QCOMPARE(layout.rowAt(bar.value()), 0);
 }
 
-// The lines of such a row are estimated as too many, the height decides on the scroll bar, and the
-// bar takes its share of the width.
-void TestChatView::settlesWhereAWordIsWiderThanItsColumn()
+// The estimated height of such a row is too large. If that makes the scroll bar appear, the row
+// gets narrower. The layout must not alternate between the two states.
+void TestChatView::laysOutAWordWiderThanItsColumn()
 {
     QList<ChatRow> rows;
     for (const int length : {3, 6, 9})
@@ -275,7 +276,7 @@ void TestChatView::settlesWhereAWordIsWiderThanItsColumn()
     }
 }
 
-void TestChatView::putsOnTheScreenWhatIsThere()
+void TestChatView::keepsTheScreenUpToDate()
 {
     const auto view = makeView(0);
     const auto isPainted = [&view] { return onScreen(*view) == painted(*view); };
@@ -304,7 +305,7 @@ void TestChatView::putsOnTheScreenWhatIsThere()
     }
 }
 
-void TestChatView::paintsThroughStyleSheets_data()
+void TestChatView::paintsStyleSheetBackgrounds_data()
 {
     QTest::addColumn<QString>("sheet");
     QTest::newRow("colour") << u"QTextBrowser { border: 1px solid #cccccc; "
@@ -312,16 +313,15 @@ void TestChatView::paintsThroughStyleSheets_data()
     QTest::newRow("translucent colour") << u"QTextBrowser { background-color: #80ff0000; }"_s;
     QTest::newRow("round corners") << u"QTextBrowser { color: #eeeeee; background: #222222; "
                                       "border: none; border-radius: 8px; padding: 4px; }"_s;
-    QTest::newRow("picture")
-            << u"QTextBrowser { border: 1px solid #cccccc; background-color: white; "
-               "border-image: url(\"%1\") 0 0 0 0 stretch stretch; }"_s;
+    QTest::newRow("image") << u"QTextBrowser { border: 1px solid #cccccc; background-color: white; "
+                              "border-image: url(\"%1\") 0 0 0 0 stretch stretch; }"_s;
 }
 
-void TestChatView::paintsThroughStyleSheets()
+void TestChatView::paintsStyleSheetBackgrounds()
 {
     QFETCH(const QString, sheet);
     const QTemporaryDir folder;
-    const QString file = folder.filePath(u"picture.png"_s);
+    const QString file = folder.filePath(u"image.png"_s);
     QImage image(60, 40, QImage::Format_RGB32);
     for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x)
@@ -342,7 +342,7 @@ void TestChatView::paintsThroughStyleSheets()
     });
     QVERIFY(pair.measure());
     QCOMPARE(pair.differenceAnywhere(), QString());
-    // What scrolls must not take the background along.
+    // The background must not scroll.
     pair.scrollTo(100);
     pair.scrollTo(130);
     QCOMPARE(onScreen(*pair.own.viewport()), onScreen(*pair.stock.viewport()));
@@ -351,7 +351,7 @@ void TestChatView::paintsThroughStyleSheets()
     QCOMPARE(pair.differenceAnywhere(), QString());
 }
 
-void TestChatView::goesWhileRowsAreUnmeasured()
+void TestChatView::canBeDestroyedWithEstimatedRows()
 {
     auto view = makeView(5000);
     QCoreApplication::processEvents();
@@ -359,7 +359,7 @@ void TestChatView::goesWhileRowsAreUnmeasured()
     view.reset();
     QCoreApplication::processEvents();
 
-    // Painted once by itself, the layout has yet to tell its new size.
+    // After this paint, the layout's signal for the new size is still pending.
     QTextBrowser source;
     ChatTable::appendRows(*ChatTable::create(source, 3), ChatCorpus::rows());
     std::unique_ptr<QTextDocument> document(source.document()->clone());

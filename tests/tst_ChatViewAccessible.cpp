@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A shown conversation of three rows, in a window with another widget.
+/// A visible conversation of three rows, in a window with another widget.
 class Conversation final
 {
 public:
@@ -65,7 +65,7 @@ public:
     QTextTable *table = nullptr;
 };
 
-/// Lets the program take a screen reader for active.
+/// Makes Qt report an active screen reader.
 class ScreenReader final
 {
     Q_DISABLE_COPY_MOVE(ScreenReader)
@@ -75,7 +75,7 @@ public:
     ~ScreenReader() { QAccessible::setActive(false); }
 };
 
-/// Notes the links that are opened instead of opening them.
+/// Records links instead of opening them.
 class LinkHandler final : public QObject
 {
     Q_OBJECT
@@ -102,7 +102,7 @@ private slots:
     void readsUnitsOfText();
     void hasLinksAsChildren();
     void opensLinks();
-    void tellsTheFocusedLink();
+    void reportsTheFocusedLink();
     void selectsText();
     void placesCharactersInTheirRows();
     void findsCharactersAtPoints();
@@ -110,8 +110,8 @@ private slots:
     void movesTheCaret_data();
     void movesTheCaret();
     void selectsByKey();
-    void leavesTheKeysWithoutAScreenReader();
-    void keepsTheCaretOfAReader();
+    void ignoresCaretKeysWithoutAScreenReader();
+    void keepsTheCaretWhileReading();
 };
 
 void TestChatViewAccessible::isADocument()
@@ -214,7 +214,7 @@ void TestChatViewAccessible::opensLinks()
     QCOMPARE(handler.opened, QStringList{u"http://a.org/b"_s});
 }
 
-void TestChatViewAccessible::tellsTheFocusedLink()
+void TestChatViewAccessible::reportsTheFocusedLink()
 {
     Conversation conversation;
     QVERIFY(conversation.focus());
@@ -261,7 +261,7 @@ void TestChatViewAccessible::placesCharactersInTheirRows()
         for (int offset = range.start; offset < range.end; ++offset) {
             const QRect rect = accessible.characterRect(offset);
             QVERIFY(shown.contains(rect));
-            // Nicks are bold, and so may be higher.
+            // Nicks are bold, and may be taller.
             QVERIFY(rect.top() >= first.top() && rect.bottom() <= first.bottom() + 2);
             QVERIFY(rect.left() >= left);
             left = rect.left();
@@ -315,11 +315,11 @@ void TestChatViewAccessible::movesTheCaret_data()
     QTest::newRow("right into the next line") << 24 << plain(Qt::Key_Right) << 25;
     QTest::newRow("right at the end") << 78 << plain(Qt::Key_Right) << 78;
     QTest::newRow("left") << 4 << plain(Qt::Key_Left) << 3;
-    QTest::newRow("left into the line before") << 25 << plain(Qt::Key_Left) << 24;
+    QTest::newRow("left into the previous line") << 25 << plain(Qt::Key_Left) << 24;
     QTest::newRow("left at the start") << 0 << plain(Qt::Key_Left) << 0;
     QTest::newRow("next word") << 11 << ctrl(Qt::Key_Right) << 17;
     QTest::newRow("next word in the next line") << 17 << ctrl(Qt::Key_Right) << 25;
-    QTest::newRow("word before") << 20 << ctrl(Qt::Key_Left) << 17;
+    QTest::newRow("previous word") << 20 << ctrl(Qt::Key_Left) << 17;
     QTest::newRow("down") << 5 << plain(Qt::Key_Down) << 30;
     QTest::newRow("down into a shorter line") << 54 << plain(Qt::Key_Down) << 77;
     QTest::newRow("down from the last line") << 60 << plain(Qt::Key_Down) << 78;
@@ -355,7 +355,7 @@ void TestChatViewAccessible::selectsByKey()
     QCOMPARE(conversation.view->textCursor().selectedText(), u"first"_s);
 }
 
-void TestChatViewAccessible::leavesTheKeysWithoutAScreenReader()
+void TestChatViewAccessible::ignoresCaretKeysWithoutAScreenReader()
 {
     const Conversation conversation;
     for (const Qt::Key key : {Qt::Key_Up, Qt::Key_Left, Qt::Key_Home, Qt::Key_PageUp}) {
@@ -364,7 +364,7 @@ void TestChatViewAccessible::leavesTheKeysWithoutAScreenReader()
     }
 }
 
-void TestChatViewAccessible::keepsTheCaretOfAReader()
+void TestChatViewAccessible::keepsTheCaretWhileReading()
 {
     Conversation conversation;
     const ScreenReader reader;
@@ -376,7 +376,7 @@ void TestChatViewAccessible::keepsTheCaretOfAReader()
     conversation.append({{u"[4]"_s, u"al"_s, u" hi"_s}});
     QCOMPARE(conversation.caretLine(), line);
 
-    // At the end it follows the conversation.
+    // A caret at the end stays at the end.
     QTest::keyClick(conversation.view, Qt::Key_End, Qt::ControlModifier);
     conversation.append({{u"[5]"_s, u"al"_s, u" hi"_s}});
     QVERIFY(conversation.view->textCursor().atEnd());

@@ -39,7 +39,7 @@ void scrollToEnd(QTextBrowser &view)
     view.ensureCursorVisible();
 }
 
-// The first point of the viewport at which there is `anchor`.
+// Returns the first point of the viewport with the link `anchor`.
 QPoint pointOf(const QTextBrowser &view, const QString &anchor)
 {
     for (int y = 0; y < view.viewport()->height(); y += 4) {
@@ -58,8 +58,8 @@ void move(QTextBrowser &view, QPoint point, Qt::MouseButtons buttons = Qt::NoBut
     QCoreApplication::sendEvent(view.viewport(), &event);
 }
 
-/// A window with a conversation above a line. Two of the conversation's links are visible at its
-/// end, and one is not.
+/// A window with a conversation above a line edit. At the end of the conversation, two of its three
+/// links are visible.
 struct LinkedWindow
 {
     LinkedWindow()
@@ -81,8 +81,8 @@ struct LinkedWindow
         ChatTable::appendRows(*table, {{.time = u"t"_s, .nick = u"bob"_s, .text = text}});
     }
 
-    /// Shows the end of the conversation, which has the focus. False if the window does not get
-    /// active.
+    /// Shows the end of the conversation and focuses it. Returns false if the window does not
+    /// become active.
     [[nodiscard]] bool show()
     {
         window.resize(450, 350);
@@ -103,7 +103,7 @@ struct LinkedWindow
 
 } // namespace
 
-// What a user does with a conversation; how it is measured and painted is looked at elsewhere.
+// User interaction with a conversation. TestChatView covers measuring and painting.
 class TestChatViewUse final : public QObject
 {
     Q_OBJECT
@@ -119,9 +119,9 @@ private slots:
     void followsLinksByKeyboard();
     void startsAtTheLastVisibleLink_data();
     void startsAtTheLastVisibleLink();
-    void passesOverLinksThatAreNotVisible();
+    void skipsLinksThatAreNotVisible();
     void returnsToTheEndAfterTheLinks();
-    void staysWhereTheUserHasScrolled();
+    void keepsTheUsersScrollPosition();
     void hoversLinks();
     void findsText();
     void scrollsByKeys();
@@ -257,14 +257,14 @@ void TestChatViewUse::startsAtTheLastVisibleLink()
     QCOMPARE(window.scroll(), end);
     QVERIFY(window.view->hasFocus());
 
-    // A new line takes the focus off the link.
+    // A new line moves the focus away from the link.
     ChatTable::appendRows(*window.table, ChatCorpus::plainRows(1));
     scrollToEnd(*window.view);
     QTest::keyClick(window.view, key);
     QCOMPARE(window.view->textCursor().selectedText(), u"https://example.org/3"_s);
 }
 
-void TestChatViewUse::passesOverLinksThatAreNotVisible()
+void TestChatViewUse::skipsLinksThatAreNotVisible()
 {
     LinkedWindow window;
     ChatTable::appendRows(*window.table, ChatCorpus::plainRows(30));
@@ -292,20 +292,20 @@ void TestChatViewUse::returnsToTheEndAfterTheLinks()
     QCOMPARE(window.scroll(), end);
 }
 
-void TestChatViewUse::staysWhereTheUserHasScrolled()
+void TestChatViewUse::keepsTheUsersScrollPosition()
 {
     LinkedWindow window;
     QVERIFY(window.show());
     QTest::keyClick(window.view, Qt::Key_Tab);
     QTest::keyClick(window.view, Qt::Key_PageUp);
-    const int place = window.scroll();
+    const int position = window.scroll();
     window.line->setFocus();
-    QCOMPARE(window.scroll(), place);
-    // Nor did the view show the end when it was entered here.
+    QCOMPARE(window.scroll(), position);
+    // The view did not show the end when it got the focus again.
     window.view->setFocus();
     QTest::keyClick(window.view, Qt::Key_Tab);
     window.line->setFocus();
-    QCOMPARE(window.scroll(), place);
+    QCOMPARE(window.scroll(), position);
 }
 
 void TestChatViewUse::hoversLinks()
@@ -339,7 +339,7 @@ void TestChatViewUse::findsText()
         QCOMPARE(pair.own.verticalScrollBar()->value(), pair.stock.verticalScrollBar()->value());
         QCOMPARE(pair.difference(), QString());
     }
-    // Also where nothing has been measured yet.
+    // Also among estimated rows.
     const auto view = makeView(3000);
     QVERIFY(view->find(u"line 1234 "_s, QTextDocument::FindBackward));
     const QRect found = view->cursorRect();

@@ -32,7 +32,7 @@ private:
 void TestDeferredEditBlock::init()
 {
     document = std::make_unique<QTextDocument>(u"some text"_s);
-    // A document without a layout tells of no block.
+    // A document without a layout does not emit its signals.
     QVERIFY(document->documentLayout());
 }
 

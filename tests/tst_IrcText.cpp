@@ -17,29 +17,29 @@ private slots:
 
     void linksARow_data();
     void linksARow();
-    void linkWearsTheRowsFormat();
+    void linkKeepsTheRowsFormat();
     void rowWithoutLinkKeepsItsFormat();
     void writesAtTheCursor();
     void emptyRowWritesNothing();
     void hostileRowKeepsItsText_data();
     void hostileRowKeepsItsText();
 
-    void turnsCodesIntoTags_data();
-    void turnsCodesIntoTags();
+    void convertsCodesToTags_data();
+    void convertsCodesToTags();
     void coloursByNumber_data();
     void coloursByNumber();
-    void colourNumbersMayBeEndless();
+    void colourNumbersMayHaveManyDigits();
     void linksATopic_data();
     void linksATopic();
     void hostileTopicKeepsItsText_data();
     void hostileTopicKeepsItsText();
-    void repeatsNoTopicWithoutBound_data();
-    void repeatsNoTopicWithoutBound();
+    void limitsRepeatedText_data();
+    void limitsRepeatedText();
 };
 
 namespace {
 
-/// A text with its control characters: "{b}" bold, "{i}" italic, "{u}" underline, "{c}" colour.
+/// Replaces "{b}" (bold), "{i}" (italic), "{u}" (underline), "{c}" (colour) by control characters.
 QString coded(const QString &notation)
 {
     QString text = notation;
@@ -58,7 +58,7 @@ QList<QTextFragment> fragmentsOf(const QTextDocument &document)
     return fragments;
 }
 
-/// The document's text, each link as "[text](target)".
+/// Returns the document's text with each link as "[text](target)".
 QString written(const QTextDocument &document)
 {
     QString text;
@@ -168,9 +168,9 @@ void TestIrcText::linksARow_data()
             << coded(u"http://a.org{b} x"_s) << coded(u"[http://a.org{b}](http://a.org{b}) x"_s);
     QTest::newRow("code before a URL")
             << coded(u"{b}http://a.org"_s) << coded(u"{b}[http://a.org](http://a.org)"_s);
-    QTest::newRow("marks of HTML") << u"<b>&amp;</b> \"x\""_s << u"<b>&amp;</b> \"x\""_s;
-    QTest::newRow("beyond ASCII") << u"grüße http://ä.org/日本 😊"_s
-                                  << u"grüße [http://ä.org/日本](http://ä.org/日本) 😊"_s;
+    QTest::newRow("HTML characters") << u"<b>&amp;</b> \"x\""_s << u"<b>&amp;</b> \"x\""_s;
+    QTest::newRow("non-ASCII") << u"grüße http://ä.org/日本 😊"_s
+                               << u"grüße [http://ä.org/日本](http://ä.org/日本) 😊"_s;
 }
 
 void TestIrcText::linksARow()
@@ -179,7 +179,7 @@ void TestIrcText::linksARow()
     QTEST(inserted(text), "expected");
 }
 
-void TestIrcText::linkWearsTheRowsFormat()
+void TestIrcText::linkKeepsTheRowsFormat()
 {
     QTextCharFormat base;
     base.setForeground(QColor(136, 136, 136));
@@ -233,12 +233,12 @@ void TestIrcText::hostileRowKeepsItsText_data()
 {
     QTest::addColumn<QString>("text");
 
-    QTest::newRow("endless URL") << QString(u"http://a.org/"_s + u"b"_s.repeated(100000));
-    QTest::newRow("endless word") << u"a"_s.repeated(100000);
-    QTest::newRow("endless dots before an at sign") << QString(u"a."_s.repeated(50000) + u'@');
-    QTest::newRow("endless dots around an at sign")
+    QTest::newRow("long URL") << QString(u"http://a.org/"_s + u"b"_s.repeated(100000));
+    QTest::newRow("long word") << u"a"_s.repeated(100000);
+    QTest::newRow("many dots before an at sign") << QString(u"a."_s.repeated(50000) + u'@');
+    QTest::newRow("many dots around an at sign")
             << QString(u"a."_s.repeated(25000) + u'@' + u"b."_s.repeated(25000) + u'_');
-    QTest::newRow("endless last part") << QString(u"a@b."_s + u"c"_s.repeated(100000) + u'_');
+    QTest::newRow("long last part") << QString(u"a@b."_s + u"c"_s.repeated(100000) + u'_');
     QTest::newRow("at signs only") << u"@"_s.repeated(100000);
     QTest::newRow("broken addresses") << u"a@"_s.repeated(50000);
     QTest::newRow("many addresses") << u"a@b.co "_s.repeated(14000);
@@ -256,7 +256,7 @@ void TestIrcText::hostileRowKeepsItsText()
     QVERIFY(document.firstBlock().text() == text);
 }
 
-void TestIrcText::turnsCodesIntoTags_data()
+void TestIrcText::convertsCodesToTags_data()
 {
     QTest::addColumn<QString>("topic");
     QTest::addColumn<QString>("html");
@@ -267,8 +267,8 @@ void TestIrcText::turnsCodesIntoTags_data()
     QTest::newRow("italic") << u"a {i}b{i} c"_s << u"a <i>b</i> c"_s;
     QTest::newRow("underline") << u"a {u}b{u} c"_s << u"a <u>b</u> c"_s;
     QTest::newRow("nothing between") << u"{b}{b}"_s << u"<b></b>"_s;
-    QTest::newRow("bold anew") << u"{b}a{b}b{b}c{b}"_s << u"<b>a</b>b<b>c</b>"_s;
-    QTest::newRow("tags stand where the codes stood")
+    QTest::newRow("bold again") << u"{b}a{b}b{b}c{b}"_s << u"<b>a</b>b<b>c</b>"_s;
+    QTest::newRow("tags are where the codes are")
             << u"{b}{i}one{b}two{i}three"_s << u"<b><i>one</b>two</i>three"_s;
     QTest::newRow("bold left open") << u"{b}a b"_s << u"<b>a b</b>"_s;
     QTest::newRow("italic left open") << u"{i}a b"_s << u"<i>a b</i>"_s;
@@ -293,10 +293,10 @@ void TestIrcText::turnsCodesIntoTags_data()
                            u"f\tg"_s;
     QTest::newRow("other control characters stay") << others << others;
     QTest::newRow("reset closes nothing") << u"{b}a\x0F z"_s << u"<b>a\x0F z</b>"_s;
-    QTest::newRow("beyond ASCII") << u"grüße 日本 😊"_s << u"grüße 日本 😊"_s;
+    QTest::newRow("non-ASCII") << u"grüße 日本 😊"_s << u"grüße 日本 😊"_s;
 }
 
-void TestIrcText::turnsCodesIntoTags()
+void TestIrcText::convertsCodesToTags()
 {
     QFETCH(const QString, topic);
     QTEST(IrcText::toHtml(coded(topic)), "html");
@@ -345,11 +345,11 @@ void TestIrcText::coloursByNumber_data()
                        + span(u"color:#000080;"_s, u"c"_s));
     QTest::newRow("colour closes once") << u"{c}4b{c}{c}c"_s << QString(span(red, u"b"_s) + u"c"_s);
 
-    QTest::newRow("comma directly behind the code stays") << u"a{c},5b"_s << u"a,5b"_s;
-    QTest::newRow("comma directly behind the code, colour open")
+    QTest::newRow("comma directly after the code stays") << u"a{c},5b"_s << u"a,5b"_s;
+    QTest::newRow("comma directly after the code, colour open")
             << u"{c}4a{c},b"_s << QString(span(red, u"a"_s) + u",b"_s);
-    QTest::newRow("comma behind a number is gone") << u"{c}4,b"_s << span(red, u"b"_s);
-    QTest::newRow("comma behind a number at the end") << u"{c}4,"_s << span(red, u""_s);
+    QTest::newRow("comma after a number is removed") << u"{c}4,b"_s << span(red, u"b"_s);
+    QTest::newRow("comma after a number at the end") << u"{c}4,"_s << span(red, u""_s);
     QTest::newRow("second comma stays")
             << u"{c}4,2,3"_s << span(u"color:#ff0000;background-color:#000080;"_s, u",3"_s);
 
@@ -361,12 +361,12 @@ void TestIrcText::coloursByNumber_data()
             << u"{c}1,1b"_s << span(u"color:#ffffff;background-color:#000000;"_s, u"b"_s);
     QTest::newRow("white on white is black")
             << u"{c}0,0b"_s << span(u"color:#000000;background-color:#ffffff;"_s, u"b"_s);
-    // Its luminance is a hair below 128, and the fraction is cut off.
+    // Its luminance is slightly below 128, and the fraction is truncated.
     QTest::newRow("grey on grey is white")
             << u"{c}14,14b"_s << span(u"color:#ffffff;background-color:#808080;"_s, u"b"_s);
     QTest::newRow("lime on lime is black")
             << u"{c}9,9b"_s << span(u"color:#000000;background-color:#00ff00;"_s, u"b"_s);
-    QTest::newRow("equal once bounded")
+    QTest::newRow("equal after clamping")
             << u"{c}15,99b"_s << span(u"color:#000000;background-color:#c0c0c0;"_s, u"b"_s);
 }
 
@@ -376,7 +376,7 @@ void TestIrcText::coloursByNumber()
     QTEST(IrcText::toHtml(coded(topic)), "html");
 }
 
-void TestIrcText::colourNumbersMayBeEndless()
+void TestIrcText::colourNumbersMayHaveManyDigits()
 {
     const QString silver = u"<span style=\"color:#c0c0c0;\">x</span>"_s;
     const QString red = u"<span style=\"color:#ff0000;\">x</span>"_s;
@@ -415,24 +415,24 @@ void TestIrcText::linksATopic_data()
     QTest::newRow("typed bracket before a URL is no tag")
             << u">http://a.org"_s << u"&gt;<a href=\"http://a.org\">http://a.org</a>"_s;
 
-    QTest::newRow("URL right behind bold stays text")
+    QTest::newRow("URL directly after bold stays text")
             << u"{b}http://a.org b"_s << u"<b>http://a.org b</b>"_s;
-    QTest::newRow("URL right behind the end of bold stays text")
+    QTest::newRow("URL directly after the end of bold stays text")
             << u"{b}a{b}http://a.org b"_s << u"<b>a</b>http://a.org b"_s;
-    QTest::newRow("URL right behind a colour stays text")
+    QTest::newRow("URL directly after a colour stays text")
             << u"{c}4http://a.org b"_s << u"<span style=\"color:#ff0000;\">http://a.org b</span>"_s;
-    QTest::newRow("address right behind bold stays text")
+    QTest::newRow("address directly after bold stays text")
             << u"{b}joe@a.org{b}"_s << u"<b>joe@a.org</b>"_s;
-    QTest::newRow("URL a blank behind bold is a link")
+    QTest::newRow("URL after bold and a space is a link")
             << u"{b} http://a.org b"_s << u"<b> <a href=\"http://a.org\">http://a.org</a> b</b>"_s;
-    QTest::newRow("link behind one that stayed text")
+    QTest::newRow("link after one that stayed text")
             << u"{b}http://a.org http://b.org c"_s
             << u"<b>http://a.org <a href=\"http://b.org\">http://b.org</a> c</b>"_s;
     QTest::newRow("address within a URL that stayed text")
             << u"{b}http://joe@a.org/b c"_s
             << u"<b>http://<a href=\"joe@a.org\">joe@a.org</a>/b c</b>"_s;
 
-    QTest::newRow("tag behind a URL belongs to it")
+    QTest::newRow("tag after a URL belongs to it")
             << u"http://a.org{b} b"_s
             << u"<a href=\"http://a.org<b>\">http://a.org&lt;b&gt;</a> b</b>"_s;
     QTest::newRow("closing tag at the end belongs to the URL")
@@ -442,7 +442,7 @@ void TestIrcText::linksATopic_data()
             << u"{b}{i}see http://a.org"_s
             << u"<b><i>see <a href=\"http://a.org</i></b>\">"
                "http://a.org&lt;/i&gt;&lt;/b&gt;</a>"_s;
-    QTest::newRow("URL takes a colour's tag up to its blank")
+    QTest::newRow("URL includes a colour's tag up to its space")
             << u"http://a.org{c}4 b"_s
             << u"<a href=\"http://a.org<span\">http://a.org&lt;span</a> "
                "style=\"color:#ff0000;\"> b</span>"_s;
@@ -478,11 +478,11 @@ void TestIrcText::hostileTopicKeepsItsText_data()
 {
     QTest::addColumn<QString>("topic");
 
-    QTest::newRow("endless word") << u"a"_s.repeated(100000);
-    QTest::newRow("endless dots before an at sign") << QString(u"a."_s.repeated(50000) + u'@');
-    QTest::newRow("endless dots around an at sign")
+    QTest::newRow("long word") << u"a"_s.repeated(100000);
+    QTest::newRow("many dots before an at sign") << QString(u"a."_s.repeated(50000) + u'@');
+    QTest::newRow("many dots around an at sign")
             << QString(u"a."_s.repeated(25000) + u'@' + u"b."_s.repeated(25000) + u'_');
-    QTest::newRow("endless last part") << QString(u"a@b."_s + u"c"_s.repeated(100000) + u'_');
+    QTest::newRow("long last part") << QString(u"a@b."_s + u"c"_s.repeated(100000) + u'_');
     QTest::newRow("at signs only") << u"@"_s.repeated(100000);
     QTest::newRow("half a surrogate pair") << QString(u"http://a.org x@y.org "_s + QChar(0xD83D));
 }
@@ -492,12 +492,12 @@ void TestIrcText::hostileTopicKeepsItsText()
     QFETCH(const QString, topic);
     QVERIFY(IrcText::toHtml(topic) == topic);
 
-    // Codes at every place: each URL stays text behind its tag.
+    // A URL directly after a tag stays text.
     const QString html = IrcText::toHtml(coded(u"{b}http://a.org "_s.repeated(8000)));
     QVERIFY(html == u"<b>http://a.org </b>http://a.org "_s.repeated(4000));
 }
 
-void TestIrcText::repeatsNoTopicWithoutBound_data()
+void TestIrcText::limitsRepeatedText_data()
 {
     QTest::addColumn<QString>("topic");
 
@@ -506,12 +506,12 @@ void TestIrcText::repeatsNoTopicWithoutBound_data()
             << QString(u"http://"_s + u"a@b.co,"_s.repeated(14000));
 }
 
-void TestIrcText::repeatsNoTopicWithoutBound()
+void TestIrcText::limitsRepeatedText()
 {
     QFETCH(const QString, topic);
     QVERIFY(IrcText::toHtml(topic).size() < 2'000'000);
 
-    // What fits into a line is repeated in full: for each address the rest behind its URL.
+    // For a line of the usual length, the rest after the URL is repeated for each address.
     const QString line = u"http://a@b.co "_s.repeated(36);
     qsizetype repeated = 0;
     for (int left = 35; left >= 0; --left)

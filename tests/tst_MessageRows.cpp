@@ -22,7 +22,7 @@ const QTextTable &tableOf(const MainWindowProbe &probe, const QString &tabName)
     return *probe.tabs().value(tabName).table;
 }
 
-// One cell of a conversation's newest line, counted from the left.
+// A cell of a conversation's last row.
 struct Cell
 {
     QString text;
@@ -52,19 +52,19 @@ class TestMessageRows final : public QObject
 private slots:
     void init();
 
-    void makesTheTableWithTheFirstLine();
-    void laysOutTheTable_data();
-    void laysOutTheTable();
+    void createsTheTableWithTheFirstLine();
+    void formatsTheTable_data();
+    void formatsTheTable();
     void keepsTheFirstRowEmpty();
     void leavesTheViewReadOnly();
     void keepsEveryRow();
     void writesTheTime();
     void formatsTheTimeAsPreferred();
     void keepsTheTimeOfWrittenRows();
-    void takesTheTimeOfALineWhenItComes();
+    void usesTheTimeWhenALineArrives();
     void writesTheNick_data();
     void writesTheNick();
-    void writesNoNickForTheSystem();
+    void writesNoNickInSystemLines();
     void writesTheText();
     void dimsStatusLines();
     void showsNoSenderOnServer();
@@ -77,10 +77,10 @@ private slots:
     void marksOwnLinesWhileAway();
     void marksOwnStatusLinesWithoutAPrefix();
     void marksOwnLinesOnServerWhileAway();
-    void takesAnEmptySenderForTheUserBeforeThereIsANick();
-    void takesTheSystemForItselfOnceThereIsANick();
-    void fillsTheAwayTextInOneStep();
-    void usesTheAwayStateOfTheMoment();
+    void treatsAnEmptySenderAsOwnWithoutANick();
+    void treatsAnEmptySenderAsSystemWithANick();
+    void keepsPlaceholdersInAwayTexts();
+    void usesTheAwayStateWhenALineArrives();
 
 private:
     TemporaryStore store;
@@ -91,7 +91,7 @@ void TestMessageRows::init()
     store.clear();
 }
 
-void TestMessageRows::makesTheTableWithTheFirstLine()
+void TestMessageRows::createsTheTableWithTheFirstLine()
 {
     WindowSession session;
     QCOMPARE(session.probe.tabs().value(Server).table, nullptr);
@@ -104,7 +104,7 @@ void TestMessageRows::makesTheTableWithTheFirstLine()
     QCOMPARE(table->rows(), 3);
 }
 
-void TestMessageRows::laysOutTheTable_data()
+void TestMessageRows::formatsTheTable_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QList<QTextLength>>("widths");
@@ -118,7 +118,7 @@ void TestMessageRows::laysOutTheTable_data()
     QTest::newRow("server in lower case") << u"server"_s << QList<QTextLength>{time, nick, text};
 }
 
-void TestMessageRows::laysOutTheTable()
+void TestMessageRows::formatsTheTable()
 {
     QFETCH(const QString, name);
     WindowSession session;
@@ -208,7 +208,7 @@ void TestMessageRows::keepsTheTimeOfWrittenRows()
 }
 
 // The rows of one read are written together when it ends.
-void TestMessageRows::takesTheTimeOfALineWhenItComes()
+void TestMessageRows::usesTheTimeWhenALineArrives()
 {
     const auto format = u"yyyy-MM-dd HH:mm:ss.zzz"_s;
     WindowSession session;
@@ -216,15 +216,16 @@ void TestMessageRows::takesTheTimeOfALineWhenItComes()
     session.probe.timestampFormat() = format;
     const IRCConnection &connection = session.probe.connection();
     bool wasReading = false;
-    QList<QDateTime> told;
-    // The read goes on once the clock does.
-    connect(&connection, &IRCConnection::privmsgReceived, this, [&connection, &wasReading, &told] {
-        wasReading = connection.isReading();
-        told.append(QDateTime::currentDateTime());
-        while (QDateTime::currentDateTime() == told.constLast()) {
-        }
-    });
-    // In one piece, or the lines may come in two reads.
+    QList<QDateTime> arrivals;
+    // Blocks the read until the clock advances.
+    connect(&connection, &IRCConnection::privmsgReceived, this,
+            [&connection, &wasReading, &arrivals] {
+                wasReading = connection.isReading();
+                arrivals.append(QDateTime::currentDateTime());
+                while (QDateTime::currentDateTime() == arrivals.constLast()) {
+                }
+            });
+    // One write, so that both lines arrive in one read.
     session.server.sendBytes(":bob!u@h PRIVMSG #c :first\r\n:bob!u@h PRIVMSG #c :second\r\n"_ba);
     QVERIFY(session.settle());
     QVERIFY(wasReading);
@@ -233,11 +234,11 @@ void TestMessageRows::takesTheTimeOfALineWhenItComes()
         return QDateTime::fromString(table.cellAt(row, 0).firstCursorPosition().block().text(),
                                      format);
     };
-    QCOMPARE(told.size(), 2);
+    QCOMPARE(arrivals.size(), 2);
     QVERIFY(timeOf(1).isValid());
-    QVERIFY(timeOf(1) <= told.constFirst());
-    QVERIFY(timeOf(2) > told.constFirst());
-    QVERIFY(timeOf(2) <= told.constLast());
+    QVERIFY(timeOf(1) <= arrivals.constFirst());
+    QVERIFY(timeOf(2) > arrivals.constFirst());
+    QVERIFY(timeOf(2) <= arrivals.constLast());
 }
 
 void TestMessageRows::writesTheNick_data()
@@ -274,7 +275,7 @@ void TestMessageRows::writesTheNick()
     QCOMPARE(cell.cellFormat.rightBorderBrush(), QBrush(Grey));
 }
 
-void TestMessageRows::writesNoNickForTheSystem()
+void TestMessageRows::writesNoNickInSystemLines()
 {
     WindowSession session;
     session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
@@ -316,7 +317,7 @@ void TestMessageRows::showsNoSenderOnServer()
     QVERIFY(!session.probe.tabs().value(Server).chatView->toPlainText().contains(u"alice"_s));
 }
 
-// A conversation takes its partner's new nick for its name, and its table with it.
+// When the other user changes the nick, the tab is renamed and keeps its table.
 void TestMessageRows::followsTheTabsName()
 {
     WindowSession session;
@@ -382,7 +383,7 @@ void TestMessageRows::linksAddresses()
     QTEST(lastCell(session.probe, tab, column).text, "shown");
     const QTextTable &table = tableOf(session.probe, tab);
     const QTextBlock block = table.cellAt(1, column).firstCursorPosition().block();
-    QMap<QString, QString> targets; // By the text that carries them.
+    QMap<QString, QString> targets; // By link text.
     for (auto run = block.begin(); !run.atEnd(); ++run) {
         const QTextFragment fragment = run.fragment();
         if (fragment.charFormat().isAnchor())
@@ -404,12 +405,12 @@ void TestMessageRows::marksOwnLinesWhileAway_data()
     QTest::newRow("own") << true << QString() << u"me"_s << true;
     QTest::newRow("own in another case") << true << QString() << u"ME"_s << true;
     QTest::newRow("other") << true << QString() << u"bob"_s << false;
-    QTest::newRow("asked for") << true << u"bob"_s << u"bob"_s << true;
-    QTest::newRow("asked for in another case") << true << u"bob"_s << u"Bob"_s << true;
-    QTest::newRow("own with another asked for") << true << u"bob"_s << u"me"_s << true;
+    QTest::newRow("requested nick") << true << u"bob"_s << u"bob"_s << true;
+    QTest::newRow("requested nick in another case") << true << u"bob"_s << u"Bob"_s << true;
+    QTest::newRow("own with another requested nick") << true << u"bob"_s << u"me"_s << true;
     QTest::newRow("system") << true << QString() << QString() << false;
-    QTest::newRow("own while here") << false << QString() << u"me"_s << false;
-    QTest::newRow("asked for while here") << false << u"bob"_s << u"bob"_s << false;
+    QTest::newRow("own while not away") << false << QString() << u"me"_s << false;
+    QTest::newRow("requested nick while not away") << false << u"bob"_s << u"bob"_s << false;
 }
 
 void TestMessageRows::marksOwnLinesWhileAway()
@@ -459,7 +460,7 @@ void TestMessageRows::marksOwnLinesOnServerWhileAway()
     QCOMPARE(lastCell(session.probe, Server, 1).format.foreground().color(), Grey);
 }
 
-void TestMessageRows::takesAnEmptySenderForTheUserBeforeThereIsANick()
+void TestMessageRows::treatsAnEmptySenderAsOwnWithoutANick()
 {
     WindowSession session;
     QCOMPARE(session.probe.connection().currentNick(), QString());
@@ -468,14 +469,14 @@ void TestMessageRows::takesAnEmptySenderForTheUserBeforeThereIsANick()
     session.probe.appendMessageToTab(u"#c"_s, u"hello"_s);
     QCOMPARE(lastCell(session.probe, u"#c"_s, 2).text, u"[Away: gone] hello"_s);
     QCOMPARE(lastCell(session.probe, u"#c"_s, 2).format.foreground().color(), Grey);
-    // Where there is no nick there is nothing to colour.
+    // Without a nick there is nothing to colour.
     const Cell nick = lastCell(session.probe, u"#c"_s, 1);
     QCOMPARE(nick.text, u"  "_s);
     QVERIFY(!nick.format.fontItalic());
     QVERIFY(!nick.format.hasProperty(QTextFormat::ForegroundBrush));
 }
 
-void TestMessageRows::takesTheSystemForItselfOnceThereIsANick()
+void TestMessageRows::treatsAnEmptySenderAsSystemWithANick()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -485,7 +486,7 @@ void TestMessageRows::takesTheSystemForItselfOnceThereIsANick()
     QVERIFY(!lastCell(session.probe, Server, 1).format.hasProperty(QTextFormat::ForegroundBrush));
 }
 
-void TestMessageRows::fillsTheAwayTextInOneStep()
+void TestMessageRows::keepsPlaceholdersInAwayTexts()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -495,9 +496,9 @@ void TestMessageRows::fillsTheAwayTextInOneStep()
     QCOMPARE(lastCell(session.probe, u"#c"_s, 2).text, u"[Away: %2 %1] %1"_s);
 }
 
-void TestMessageRows::usesTheAwayStateOfTheMoment()
+void TestMessageRows::usesTheAwayStateWhenALineArrives()
 {
-    // Two lines of one read with a change of the state between them.
+    // The state changes between two lines of one read.
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     session.probe.isAway() = true;

@@ -13,9 +13,9 @@ class TestRowHeights final : public QObject
 private slots:
     void startsEmpty();
     void findsTopsAndRows();
-    void givesARowsStartToTheRowBefore();
+    void assignsAFirstPixelToThePreviousRow();
     void agreesWithPlainSums();
-    void endsBeforeNumbersDo();
+    void limitsTheTotalHeight();
 };
 
 void TestRowHeights::startsEmpty()
@@ -49,7 +49,7 @@ void TestRowHeights::findsTopsAndRows()
     QCOMPARE(heights.total(), 6);
 }
 
-void TestRowHeights::givesARowsStartToTheRowBefore()
+void TestRowHeights::assignsAFirstPixelToThePreviousRow()
 {
     RowHeights heights;
     heights.assign({10, 20, 30});
@@ -85,7 +85,7 @@ void TestRowHeights::agreesWithPlainSums()
         QCOMPARE(assigned.top(row), heights.top(row));
 }
 
-void TestRowHeights::endsBeforeNumbersDo()
+void TestRowHeights::limitsTheTotalHeight()
 {
     RowHeights heights;
     for (int row = 0; row < 4; ++row)

@@ -41,7 +41,7 @@ class TestRowQueue final : public QObject
 private slots:
     void keepsRowsUntilItIsFlushed();
     void writesEachRowOnce();
-    void bringsAReaderToTheBottom();
+    void scrollsToTheEnd();
 };
 
 void TestRowQueue::keepsRowsUntilItIsFlushed()
@@ -71,25 +71,25 @@ void TestRowQueue::writesEachRowOnce()
     QCOMPARE(conversation.texts(), (QStringList{u"a"_s, u"b"_s}));
 }
 
-void TestRowQueue::bringsAReaderToTheBottom()
+void TestRowQueue::scrollsToTheEnd()
 {
-    Conversation read;
+    Conversation updated;
     Conversation other;
     RowQueue queue;
-    for (Conversation *conversation : {&read, &other}) {
+    for (Conversation *conversation : {&updated, &other}) {
         conversation->view.resize(300, 100);
         conversation->view.show();
         for (int line = 0; line < 100; ++line)
             queue.add(conversation->view, *conversation->table, rowOf(u"a line"_s));
     }
     queue.flush();
-    read.view.verticalScrollBar()->setValue(0);
+    updated.view.verticalScrollBar()->setValue(0);
     other.view.verticalScrollBar()->setValue(0);
-    queue.add(read.view, *read.table, rowOf(u"the last"_s));
+    queue.add(updated.view, *updated.table, rowOf(u"the last"_s));
     queue.flush();
-    QVERIFY(read.view.verticalScrollBar()->value() > 0);
-    QVERIFY(read.view.textCursor().atEnd());
-    QVERIFY(read.view.viewport()->rect().contains(read.view.cursorRect()));
+    QVERIFY(updated.view.verticalScrollBar()->value() > 0);
+    QVERIFY(updated.view.textCursor().atEnd());
+    QVERIFY(updated.view.viewport()->rect().contains(updated.view.cursorRect()));
     QCOMPARE(other.view.verticalScrollBar()->value(), 0);
 }
 

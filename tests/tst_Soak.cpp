@@ -1,6 +1,6 @@
-// Sessions that go on for long: what they hold in the end is what they held near the beginning.
+// Long sessions must not leak: at the end, resources are compared with those near the start.
 //
-// The numbers are small enough for every run of the tests. Greater ones come from the environment,
+// The default numbers are small enough for every test run. Environment variables set larger ones,
 // see CONTRIBUTING.md.
 
 #include "IRCConnection.h"
@@ -26,11 +26,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Sanitizers have an allocator of their own, which doesn't tell.
+// mallinfo2() knows nothing about the allocator of sanitizers.
 #if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__)
-constexpr bool MemoryTells = true;
+constexpr bool CanMeasureMemory = true;
 #else
-constexpr bool MemoryTells = false;
+constexpr bool CanMeasureMemory = false;
 #endif
 
 const auto Descriptors = u"descriptors"_s;
@@ -38,13 +38,14 @@ const auto Timers = u"timers"_s;
 
 const std::array Tabs{u"#a"_s, u"#b"_s, u"#c"_s, u"#d"_s, u"bob"_s};
 
-int amount(const char *variable, int usual)
+int numberFromEnvironment(const char *variable, int defaultNumber)
 {
-    return qEnvironmentVariableIsSet(variable) ? qEnvironmentVariableIntValue(variable) : usual;
+    return qEnvironmentVariableIsSet(variable) ? qEnvironmentVariableIntValue(variable)
+                                               : defaultNumber;
 }
 
-// What the process has allocated and not freed, in kilobytes, and 0 if nobody knows. What of it is
-// in memory would be no measure: that falls when a busy machine takes its pages away.
+// Returns the allocated memory in kilobytes, or 0 if unknown. Resident memory would not do: it
+// shrinks when a busy machine swaps pages out.
 double allocatedMemory()
 {
 #if defined(__GLIBC__)
@@ -64,9 +65,9 @@ void count(QObject &object, QMap<QString, int> &counts)
         count(*child, counts);
 }
 
-// What the process holds besides memory: how many file descriptors, timers, and objects of each
-// class, the window's and all others that Qt knows the way to.
-QMap<QString, int> holdings()
+// Returns the numbers of file descriptors, of timers and of objects of each class. The objects are
+// those below the application, the event dispatcher and the top-level widgets and windows.
+QMap<QString, int> countResources()
 {
     QMap<QString, int> counts;
     counts[Descriptors] =
@@ -82,11 +83,11 @@ QMap<QString, int> holdings()
     return counts;
 }
 
-// What there is more of than there was. Less is no fault: something that Qt does on the side, a
-// look for the message bus say, may have been under way before.
-QStringList grown(const QMap<QString, int> &before)
+// Returns descriptions of the resources that there are more of than in `before`. Fewer are fine:
+// Qt may have released something temporary, for example for its search for the message bus.
+QStringList increased(const QMap<QString, int> &before)
 {
-    const QMap<QString, int> now = holdings();
+    const QMap<QString, int> now = countResources();
     QStringList result;
     for (auto entry = now.cbegin(); entry != now.cend(); ++entry) {
         const int earlier = before.value(entry.key());
@@ -105,10 +106,10 @@ class TestSoak final : public QObject
 private slots:
     void init();
 
-    void keepsNothingOfASession();
-    void growsByItsRowsAlone();
-    void forgetsALongLine();
-    void leavesAServerThatNeverAnswersTls();
+    void releasesTheResourcesOfASession();
+    void growsOnlyByItsRows();
+    void freesALongLine();
+    void disconnectsFromAServerThatNeverAnswersTls();
 
 private:
     std::unique_ptr<TemporaryStore> store;
@@ -116,16 +117,16 @@ private:
 
 void TestSoak::init()
 {
-    // A cursor that blinks is a timer.
+    // A blinking cursor has a timer.
     QApplication::setCursorFlashTime(0);
     store = std::make_unique<TemporaryStore>();
 }
 
 namespace {
 
-// Connects, has some lines said, and lets the link end in one of five ways, the last of which is
-// another connect.
-bool visit(WindowSession &session, int round)
+// Connects, exchanges some lines, and ends the connection in one of four ways. In every fifth
+// round, the next connect ends it.
+bool runSession(WindowSession &session, int round)
 {
     const MainWindowProbe &probe = session.probe;
     if (!session.registerAs(u"me"_s, u"#a"_s) || !session.join(u"#a"_s, u"me @alice bob"_s)
@@ -163,30 +164,31 @@ bool visit(WindowSession &session, int round)
 
 } // namespace
 
-void TestSoak::keepsNothingOfASession()
+void TestSoak::releasesTheResourcesOfASession()
 {
     constexpr int WarmUp = 20;
-    constexpr int Stage = 100; // All stages end with a link that ended in the same way.
-    const int last = WarmUp + amount("VELMORA_SOAK_RECONNECTS", Stage) / Stage * Stage;
+    constexpr int Stage = 100; // Multiple of 5, so that all stages end in the same way.
+    const int last =
+            WarmUp + numberFromEnvironment("VELMORA_SOAK_RECONNECTS", Stage) / Stage * Stage;
 
     WindowSession session;
     QMap<QString, int> before;
     for (int round = 0; round <= last; ++round) {
-        QVERIFY2(visit(session, round), qPrintable(u"round %1"_s.arg(round)));
+        QVERIFY2(runSession(session, round), qPrintable(u"round %1"_s.arg(round)));
         if (round % Stage != WarmUp)
             continue;
-        QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 0, WaitTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(countResources().value(Timers), 0, WaitTimeout);
         if (before.isEmpty())
-            before = holdings();
-        QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), WaitTimeout);
+            before = countResources();
+        QTRY_COMPARE_WITH_TIMEOUT(increased(before), QStringList(), WaitTimeout);
         qInfo("%d sessions: %d kB", round, int(allocatedMemory()));
     }
 }
 
-void TestSoak::growsByItsRowsAlone()
+void TestSoak::growsOnlyByItsRows()
 {
     constexpr int Batch = 500;
-    const int lines = amount("VELMORA_SOAK_LINES", 20'000);
+    const int lines = numberFromEnvironment("VELMORA_SOAK_LINES", 20'000);
 
     WindowSession session;
     const MainWindowProbe &probe = session.probe;
@@ -195,52 +197,52 @@ void TestSoak::growsByItsRowsAlone()
         if (tab.startsWith(u'#'))
             QVERIFY(session.join(tab, u"me @alice bob"_s));
     }
-    int said = 0;
-    const auto sayUpTo = [&](int end) {
-        while (said < end) {
+    int sent = 0;
+    const auto sendLinesUpTo = [&](int end) {
+        while (sent < end) {
             QStringList batch;
-            for (const int stop = std::min(said + Batch, end); said < stop; ++said) {
-                const QString &tab = Tabs.at(size_t(said) % Tabs.size());
+            for (const int stop = std::min(sent + Batch, end); sent < stop; ++sent) {
+                const QString &tab = Tabs.at(size_t(sent) % Tabs.size());
                 batch.append(u":%1!u@h PRIVMSG %2 :line %3 %4"_s
                                      .arg(tab == u"bob"_s ? tab : u"alice"_s,
                                           tab == u"bob"_s ? u"me"_s : tab)
-                                     .arg(said, 8, 10, QChar(u'0'))
-                                     .arg(QString(said % 7 * 20, u'x')));
+                                     .arg(sent, 8, 10, QChar(u'0'))
+                                     .arg(QString(sent % 7 * 20, u'x')));
             }
             if (!session.receiveAll(batch))
                 return false;
-            probe.clickTab(said / Batch % probe.tabWidget().count());
+            probe.clickTab(sent / Batch % probe.tabWidget().count());
         }
         return true;
     };
-    QVERIFY(sayUpTo(lines / 4));
-    // That of the link stays; what was started by the last lines ends within a few seconds.
-    QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 1, WaitTimeout);
-    const QMap<QString, int> before = holdings();
+    QVERIFY(sendLinesUpTo(lines / 4));
+    // The connection's timer stays; those started by the last lines end within a few seconds.
+    QTRY_COMPARE_WITH_TIMEOUT(countResources().value(Timers), 1, WaitTimeout);
+    const QMap<QString, int> before = countResources();
     const double atFirst = allocatedMemory();
-    QVERIFY(sayUpTo(lines / 2));
+    QVERIFY(sendLinesUpTo(lines / 2));
     const double halfway = allocatedMemory();
-    QVERIFY(sayUpTo(lines));
+    QVERIFY(sendLinesUpTo(lines));
     const double inTheEnd = allocatedMemory();
-    QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), WaitTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(increased(before), QStringList(), WaitTimeout);
 
     int rows = 0;
     for (const QString &tab : Tabs)
         rows += probe.tabs().value(tab).table->rows();
     QVERIFY(rows > lines);
-    // What grows by doubling does so once in either part.
+    // A container that grows by doubling does so once in each part.
     const double early = (halfway - atFirst) * 4 / lines;
     const double late = (inTheEnd - halfway) * 2 / lines;
     qInfo("%d rows: %.2f kB each in the second quarter, %.2f kB in the second half", rows, early,
           late);
-    if (MemoryTells)
+    if (CanMeasureMemory)
         QVERIFY(late < early * 1.5 && late < 1.6);
 }
 
-// A line has no greatest length; it costs its memory for as long as it lasts and no longer.
-void TestSoak::forgetsALongLine()
+// Lines have no maximum length. Their memory must be freed when they end.
+void TestSoak::freesALongLine()
 {
-    const int megabytes = amount("VELMORA_SOAK_MEGABYTES", 16);
+    const int megabytes = numberFromEnvironment("VELMORA_SOAK_MEGABYTES", 16);
 
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -249,7 +251,7 @@ void TestSoak::forgetsALongLine()
     session.server.sendBytes(":somebody!u@h NOTICE me :");
     for (int i = 0; i < megabytes; ++i) {
         session.server.sendBytes(piece);
-        // The user is heard meanwhile.
+        // The user can send meanwhile.
         session.probe.typeLine(u"/raw PIECE %1"_s.arg(i));
         QVERIFY(session.server.waitForLine(u"PIECE %1"_s.arg(i)));
     }
@@ -259,11 +261,11 @@ void TestSoak::forgetsALongLine()
     const double after = allocatedMemory();
     qInfo("a line of %d MB: %.0f MB before, %.0f MB with it, %.0f MB after", megabytes,
           before / 1024, atItsEnd / 1024, after / 1024);
-    if (MemoryTells)
+    if (CanMeasureMemory)
         QVERIFY(after - before < megabytes * 1024 / 4);
 }
 
-void TestSoak::leavesAServerThatNeverAnswersTls()
+void TestSoak::disconnectsFromAServerThatNeverAnswersTls()
 {
     WindowSession session;
     const MainWindowProbe &probe = session.probe;
@@ -272,7 +274,7 @@ void TestSoak::leavesAServerThatNeverAnswersTls()
     config.useSsl = true;
     ServerStore::saveConfig(ServerStore::serverId(u"127.0.0.1"_s, silent.port()), config,
                             ServerStore::OddIdAddress::SameAsId);
-    const auto dial = [&] {
+    const auto connectToSilentServer = [&] {
         const int clients = silent.clientCount();
         QTimer::singleShot(0, &session.window,
                            [&session] { static_cast<void>(session.clickConnect(u"me"_s)); });
@@ -282,19 +284,19 @@ void TestSoak::leavesAServerThatNeverAnswersTls()
 
     QMap<QString, int> before;
     for (int round = 0; round < 5; ++round) {
-        QVERIFY(dial());
+        QVERIFY(connectToSilentServer());
         QCOMPARE(probe.lastLine(u"Server"_s), u"*** Connected to server."_s);
         session.choose(u"&Disconnect"_s);
         QCOMPARE(probe.lastLine(u"Server"_s), u"*** Disconnected."_s);
         QVERIFY(silent.waitForEnd());
-        QTRY_COMPARE_WITH_TIMEOUT(holdings().value(Timers), 0, WaitTimeout);
+        QTRY_COMPARE_WITH_TIMEOUT(countResources().value(Timers), 0, WaitTimeout);
         if (round == 1)
-            before = holdings();
+            before = countResources();
     }
-    QTRY_COMPARE_WITH_TIMEOUT(grown(before), QStringList(), WaitTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(increased(before), QStringList(), WaitTimeout);
 
-    // Another server takes its place, and the program ends beside it.
-    QVERIFY(dial());
+    // A connect to another server and the end of the program disconnect, too.
+    QVERIFY(connectToSilentServer());
     ScriptedServer other;
     connect(&other, &ScriptedServer::lineReceived, &other, [&other](int, const QString &line) {
         if (line.startsWith(u"USER "_s))
@@ -302,7 +304,7 @@ void TestSoak::leavesAServerThatNeverAnswersTls()
     });
     QVERIFY(session.registerAt(other.port(), u"me"_s));
     QVERIFY(silent.waitForEnd());
-    QVERIFY(dial());
+    QVERIFY(connectToSilentServer());
     session.destroyWindow();
     QVERIFY(silent.waitForEnd());
 }
