@@ -53,8 +53,8 @@ bool startsLongWord(const QString &text, qsizetype start)
     return finder.toNextBoundary() == LongWordLength;
 }
 
-// Before Qt breaks a line within a word, it examines the rest of the word, which takes quadratic
-// time for a long word. WrapAnywhere breaks such a line at the same place without that.
+// Avoids quadratic time for a long word: Qt examines the rest of a word for each line break within
+// it. WrapAnywhere breaks such a line at the same place without that.
 void setLineWidth(QTextLayout &layout, QTextLine &line, QTextOption &option, const QString &text,
                   qreal width)
 {

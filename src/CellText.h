@@ -31,17 +31,14 @@ struct TextExtent
 /// Lays out the text of one cell.
 namespace CellText {
 
-/// Widths in pixels are limited to this, since those of a few hundred million letters would
-/// overflow an `int`.
+/// Limit of text widths in pixels, to avoid `int` overflow.
 inline constexpr qreal MaximumWidth = 1e9;
 
 /// Returns the right border of the cell that holds `block`.
 [[nodiscard]] CellBorder rightBorder(const QTextBlock &block);
 
-/// Breaks the text of `block` into lines of `width` pixels, which `layout` keeps.
-///
-/// The lines are those of Qt's own document layout. `layout` is `block`'s own or was created for
-/// it.
+/// Breaks the text of `block` into lines of `width` pixels, like Qt's own document layout. `layout`
+/// is `block`'s own or was created for it.
 TextExtent layOut(QTextLayout &layout, const QTextBlock &block, qreal width);
 
 /// Returns the height of `line` in a cell, in whole pixels.

@@ -8,10 +8,8 @@
 class ChatView;
 class QKeyEvent;
 
-/// Screen reader support of a `ChatView`: notifies about new rows and the focused link, and lets
-/// the keyboard move the caret.
-///
-/// Does nothing while no screen reader is active.
+/// While a screen reader is active, notifies it about new rows and the focused link of a
+/// `ChatView`, and lets the keyboard move the caret.
 class ChatAccessibility final : public QObject, private QAccessible::ActivationObserver
 {
     Q_OBJECT

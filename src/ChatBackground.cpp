@@ -46,9 +46,8 @@ QString escaped(const QString &path)
 {
     static const QRegularExpression endsString(uR"((["\n\r\f]))"_s);
     QString text = path;
-    // Qt first decodes escape sequences like "\5c", and then drops single backslashes. So each
-    // backslash becomes two sequences. Two backslashes would not do: before a hexadecimal digit the
-    // second one starts an escape sequence.
+    // Two escape sequences, since Qt decodes those first and then drops single backslashes. Of two
+    // plain backslashes the second would start an escape sequence before a hexadecimal digit.
     text.replace(u'\\', uR"(\00005c\00005c)"_s);
     text.replace(endsString, uR"(\\1)"_s);
     return text;

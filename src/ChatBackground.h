@@ -16,9 +16,8 @@ public:
     /// `image` is the path of a file, or empty. An invalid `color` means none.
     ChatBackground(const QString &theme, const QString &image, const QColor &color);
 
-    /// Applies the background to `view`, unless the view already has it and the image's file has
-    /// not been modified since. Polishing hundreds of views again for each new tab would take
-    /// seconds.
+    /// Applies the background to `view`, unless the view already has it and the image's file is
+    /// unmodified. Polishing hundreds of views for each new tab would take seconds.
     void applyTo(QTextBrowser &view) const;
 
     /// Returns the colour that the settings store as `name`. It is invalid if `name` is no colour,

@@ -19,7 +19,7 @@ constexpr int CachedRows = 300;
 // From this many rows on, the end of an edit block costs more than everything else for a new line.
 constexpr int RowsOfLongConversation = 1000;
 
-// Avoids `int` overflow for a long text in a very narrow window.
+// Avoids `int` overflow for long texts in narrow windows.
 constexpr qint64 HighestEstimate = 1'000'000;
 
 bool isSameOption(const QTextOption &one, const QTextOption &other)
@@ -150,8 +150,7 @@ void ChatLayout::documentChanged(int from, int charsRemoved, int charsAdded)
         return;
     if (!table)
         reset();
-    // Qt reports a change of the page size, font or text option as an insertion of the whole
-    // document.
+    // Qt reports a new page size, font or text option as an insertion of the whole document.
     const bool isWhole =
             from == 0 && charsRemoved == 0 && charsAdded == document()->characterCount();
     if (isWhole)
@@ -232,10 +231,9 @@ void ChatLayout::reflow()
     emit update();
 }
 
-// Lays out the rows at the end of the conversation that fit into the visible height, but none
-// before `first`. With estimates in their place, the scroll bar could appear and disappear
-// endlessly: it changes the width, the width changes the estimates, and those change whether all
-// rows fit.
+// Lays out the last rows, but none before `first`, that fit into the visible height. If they were
+// only estimated, the scroll bar could appear and disappear endlessly: it changes the width, and
+// the width changes the estimates.
 void ChatLayout::layOutVisibleEnd(int first)
 {
     const int end = rowCount();

@@ -23,14 +23,12 @@ class CellSelections;
 
 /// Layout of a document that holds one conversation, a table made by `ChatTable`.
 ///
-/// The result is pixel-identical to Qt's own document layout. Qt lays out the whole table again at
-/// each change. Here the cost of a new row does not depend on the number of rows: only visible rows
-/// are laid out, and the others have an estimated height until `measureEstimatedRows` reaches them.
-/// `ChatView` calls that and keeps its scroll position meanwhile.
+/// The result is pixel-identical to Qt's own layout, which lays out the whole table again at each
+/// change. Here the cost of a new row does not depend on the number of rows: only visible rows are
+/// laid out, and the others have an estimated height until `measureEstimatedRows` reaches them.
 ///
-/// The document holds an empty block, the table with one block per cell, and another empty block,
-/// or only the empty block of a new document. The two empty blocks have no height. Rows are only
-/// added at the end.
+/// The document holds the table between two empty blocks without a height, or only the empty block
+/// of a new document. Each cell has one block. Rows are only added at the end.
 class ChatLayout final : public QAbstractTextDocumentLayout
 {
     Q_OBJECT
@@ -49,7 +47,7 @@ public:
     /// Returns the rectangle of `block`, and lays out `block.layout()`, as QTextCursor expects.
     ///
     /// Intended: the empty block above the table returns the whole document. Qt's search for the
-    /// anchor at a point walks the blocks until one contains the point.
+    /// anchor at a point visits the blocks until one contains the point.
     [[nodiscard]] QRectF blockBoundingRect(const QTextBlock &block) const override;
 
     /// Must be called before rows are added, and `endRows` afterwards.
@@ -106,20 +104,19 @@ private:
     };
     using Cells = std::vector<Cell>;
 
-    // Measures of a row besides its height. Only the last cell, the text, has a width that depends
-    // on the view's.
+    // Only the width of the last cell, the text, depends on the view's width.
     struct Row
     {
         TextExtent text;
         // Height of the other cells: time and nick.
         int sideHeight = 0;
         bool isSideReliable = false;
-        // The row's height is not estimated.
+
         bool isExact = false;
     };
 
     [[nodiscard]] int margin() const { return static_cast<int>(document()->documentMargin()); }
-    // Width between the document's margins.
+
     [[nodiscard]] int contentWidth() const { return std::max(pageWidth - 2 * margin(), 0); }
     [[nodiscard]] Row &rowData(int row) { return rows[static_cast<std::size_t>(row)]; }
     [[nodiscard]] int rowOf(const QTextBlock &block) const;
@@ -138,7 +135,6 @@ private:
     [[nodiscard]] bool fits(const Row &row) const;
     void setHeight(int row, int height, bool isExact);
 
-    // Lays out the cells from `firstColumn` on.
     [[nodiscard]] Cells layOut(int row, int firstColumn) const;
     void storeMeasures(int row, const Cells &cells);
     const Cells &cellsOf(int row);

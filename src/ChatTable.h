@@ -28,24 +28,21 @@ struct ChatRow
 
 /// The table that holds a conversation, one row per line. Rows are only added at its end.
 ///
-/// The columns are time, nick and text, or time and text. Each cell has exactly one block:
-/// characters that would start a new block are replaced.
+/// The columns are time, nick and text, or time and text. Each cell has one block: characters that
+/// would start another one are replaced.
 namespace ChatTable {
 
 /// Number of spaces between a nick and the border at its right.
 inline constexpr int SpacesAfterNick = 2;
 
-/// Inserts a table with 2 or 3 `columns` at the end of `view`'s document. The view is read-only
-/// afterwards.
+/// Inserts a table with 2 or 3 `columns` at the end of `view`'s document, which owns it, and makes
+/// the view read-only. Returns null if the table could not be inserted.
 ///
-/// Intended: the table has one row that stays empty, as a small gap above the first line. The
-/// document owns the table. Returns null if it could not be inserted.
+/// Intended: the table has one row that stays empty, as a small gap above the first line.
 [[nodiscard]] QTextTable *create(QTextEdit &view, int columns);
 
-/// Appends `rows` in their order, as one edit block.
-///
-/// An edit block takes time that grows with the table, so lines that arrive together should be
-/// appended together. The document is the same as after one call per row.
+/// Appends `rows` in one edit block. The result is the same as for one call per row, but each edit
+/// block takes time that grows with the table.
 void appendRows(QTextTable &table, const QList<ChatRow> &rows);
 
 /// Returns the selection of `cursor` as plain text, one line per row: "time nick text", without

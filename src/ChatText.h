@@ -32,8 +32,7 @@ public:
     /// Returns the line that contains `offset`; `lineCount()` for the end of the text.
     [[nodiscard]] int lineAt(int offset) const;
 
-    /// Returns the range of `line` with its line feed; for `lineCount()` the empty range at the
-    /// end.
+    /// Returns the range of `line` with its line feed; for `lineCount()`, an empty one at the end.
     [[nodiscard]] Range lineRange(int line) const;
 
     /// Returns the text of `range`, which may exceed the text.
@@ -46,7 +45,6 @@ public:
     /// that, as for an empty cell, returns the offset of the next character.
     [[nodiscard]] int offsetAt(int position) const;
 
-    /// Returns the ranges of all links, in their order.
     [[nodiscard]] const std::vector<Range> &links() const;
 
 private:

@@ -80,7 +80,7 @@ bool isLink(const QTextCursor &cursor)
     return first.charFormat().isAnchor();
 }
 
-// What a view's background depends on, except for the style.
+// What a background depends on, except for the style.
 struct BackgroundKey
 {
     const QWidget *window = nullptr;
@@ -92,8 +92,8 @@ struct BackgroundKey
     bool operator==(const BackgroundKey &) const = default;
 };
 
-// The last rendered background, shared by all views with the same key. Rendering it at each change
-// of tabs would take longer than everything else that the change does.
+// The last rendered background, shared by all views with the same key. Rendering it would take most
+// of the time of a change of tabs.
 struct BackgroundCache
 {
     BackgroundKey key;
@@ -179,8 +179,7 @@ void ChatView::keepScrollPosition(Edge edge, const std::function<void()> &change
         viewport()->update();
 }
 
-// Lays out the visible rows and leaves the text at `edge` where it is. Returns true if a height or
-// the scroll bar's value changed.
+// Lays out the visible rows and keeps the scroll position. Returns true if anything moved.
 bool ChatView::measureVisibleRows(Edge edge)
 {
     if (isAdjusting || layout->rowCount() == 0)
@@ -282,12 +281,10 @@ QBrush ChatView::backgroundBrush() const
     return viewport()->palette().brush(viewport()->backgroundRole());
 }
 
-// Makes the viewport opaque where possible and paints its background here.
-//
-// Otherwise, with a style sheet, Qt repaints the whole view at each scroll. A plain colour, which
-// style sheets leave in the palette, lets Qt scroll the pixels and repaint only the new line. An
-// image does not scroll with the text; it is scaled once and not at each scroll. A translucent
-// background is left to Qt.
+// Makes the viewport opaque where possible. Otherwise, with a style sheet, Qt repaints the whole
+// view at each scroll. With a plain colour, which style sheets leave in the palette, Qt scrolls the
+// pixels and repaints only the new line. An image is scaled once and not at each scroll. A
+// translucent background is left to Qt.
 void ChatView::updateBackground()
 {
     background = isVisible() && !hasPlainBackground() ? cachedBackground() : QPixmap();
@@ -383,7 +380,7 @@ bool ChatView::focusLink(bool next)
     if (link < 0)
         return QTextEdit::focusNextPrevChild(next);
     returnsToEnd = fixedEdge() == Edge::Bottom;
-    // Qt looks for the next link after the selection, so the character before `link` is selected.
+    // Qt looks for the next link after the selection.
     QTextCursor before = textCursor();
     before.setPosition(link - 1);
     before.setPosition(link, QTextCursor::KeepAnchor);

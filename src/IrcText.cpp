@@ -34,7 +34,6 @@ struct LinkKind
     QString marker;
     QRegularExpression pattern;
 
-    // Returns all matches in `text`, each with the matched text as target.
     [[nodiscard]] QList<Link> linksIn(const QString &text) const;
 };
 
@@ -102,7 +101,7 @@ public:
         html.reserve(2 * topic.size());
     }
 
-    // Returns the whole topic as HTML. Must be called only once.
+    // Must be called only once.
     QString run();
 
 private:
@@ -264,9 +263,8 @@ QString withAnchors(const QString &html)
             continue;
         if (link.start < copied && linked.size() >= LargestHtmlWithRepeats)
             continue;
-        // Intended: an address inside the last URL starts before `copied`. The length is then
-        // negative, for which mid() returns the rest of the text. The rest is thus written here
-        // and, since `copied` moves back, again after the address.
+        // Intended: for an address inside the last URL the length is negative, and mid() returns
+        // the rest of the text. Since `copied` then moves back, the rest is written twice.
         linked += QStringView(html).mid(copied, link.start - copied);
         // Intended: the text is escaped a second time, so "&" in a URL is shown as "&amp;".
         linked +=
@@ -309,8 +307,7 @@ void insertWithLinks(QTextCursor &cursor, const QString &text, const QTextCharFo
     linkFormat.setForeground(QColor(0x00, 0x7A, 0xFF));
     linkFormat.setUnderlineStyle(QTextCharFormat::SingleUnderline);
 
-    // Qt scans all fragments when an edit block ends. Without one edit block for all insertions, a
-    // line full of links would take seconds.
+    // Qt scans all fragments when an edit block ends. One edit block per link would take seconds.
     cursor.beginEditBlock();
     int position = 0;
     for (const Link &link : links) {

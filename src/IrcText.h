@@ -10,12 +10,11 @@ class QTextCursor;
 
 /// Converts IRC text to rich text.
 ///
-/// Intended: conversations and topics treat the same text differently. In a row of a conversation
-/// only links are formatted, and control codes stay characters. A topic becomes HTML with
-/// formatting codes and links.
+/// Intended: in rows of a conversation, control codes stay characters and only links are formatted.
+/// Topics become HTML with formatting codes and links.
 namespace IrcText {
 
-/// Returns the sixteen IRC colours, indexed by the number in a colour code.
+/// Returns the IRC colours, indexed by the number in a colour code.
 [[nodiscard]] const std::array<QColor, 16> &colors();
 
 /// Returns the colour `number`, which must be below 16.

@@ -32,7 +32,7 @@ public:
     /// pixel thus belongs to the column before it, like in Qt's layout.
     [[nodiscard]] int columnLeftOf(qreal x) const;
 
-    /// Returns the width of the text in a cell with a border of `border` pixels.
+    /// Returns the width for text in a cell with a border of `border` pixels.
     [[nodiscard]] int textWidth(int column, int border = 0) const;
 
     /// Raises the minimum text width of `column` to `needed` pixels, from the next `fit` on.
