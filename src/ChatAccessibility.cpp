@@ -1,11 +1,11 @@
 #include "ChatAccessibility.h"
 
 #include "ChatLayout.h"
-#include "ChatView.h"
 #include "ChatViewAccessible.h"
 
 #include <QKeyEvent>
 #include <QTextBoundaryFinder>
+#include <QTextBrowser>
 #include <QTextCursor>
 
 #include <algorithm>
@@ -128,7 +128,7 @@ constexpr std::array CaretMoves{
 
 } // namespace
 
-ChatAccessibility::ChatAccessibility(ChatView &chatView)
+ChatAccessibility::ChatAccessibility(QTextBrowser &chatView)
     : QObject(&chatView)
     , view(chatView)
     , announcer(chatView)

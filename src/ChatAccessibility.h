@@ -5,19 +5,19 @@
 #include <QAccessible>
 #include <QObject>
 
-class ChatView;
 class QKeyEvent;
+class QTextBrowser;
 
 /// While a screen reader is active, notifies it about new rows and the focused link of a
-/// `ChatView`, and lets the keyboard move the caret.
+/// conversation, and lets the keyboard move the caret.
 class ChatAccessibility final : public QObject, private QAccessible::ActivationObserver
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(ChatAccessibility)
 
 public:
-    /// `chatView` becomes the parent. It must have its `ChatLayout` already.
-    explicit ChatAccessibility(ChatView &chatView);
+    /// `chatView` becomes the parent. Its document must have a `ChatLayout`.
+    explicit ChatAccessibility(QTextBrowser &chatView);
     ~ChatAccessibility() override;
 
     /// Returns true while a screen reader is active and the focused view's caret is in a row.
@@ -34,7 +34,7 @@ private:
     void reportRows(int first, int count);
     bool moveCaret(const QKeyEvent &key);
 
-    ChatView &view;
+    QTextBrowser &view;
     Announcer announcer;
     bool isActive = QAccessible::isActive();
     // Index of the link last reported as focused; -1 for the view itself.

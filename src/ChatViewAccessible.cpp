@@ -1,13 +1,13 @@
 #include "ChatViewAccessible.h"
 
 #include "ChatLayout.h"
-#include "ChatView.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextBoundaryFinder>
+#include <QTextBrowser>
 #include <QTextLayout>
 
 #include <algorithm>
@@ -80,15 +80,15 @@ private:
     const int index;
 };
 
-QAccessibleInterface *create(const QString &, QObject *object)
+ChatLayout *layoutOf(const QTextBrowser &view)
 {
-    auto *view = qobject_cast<ChatView *>(object);
-    return view ? new ChatViewAccessible(*view) : nullptr;
+    return qobject_cast<ChatLayout *>(view.document()->documentLayout());
 }
 
-ChatLayout &layoutOf(const ChatView &view)
+QAccessibleInterface *create(const QString &, QObject *object)
 {
-    return *qobject_cast<ChatLayout *>(view.document()->documentLayout());
+    auto *view = qobject_cast<QTextBrowser *>(object);
+    return view && layoutOf(*view) ? new ChatViewAccessible(*view) : nullptr;
 }
 
 QTextBoundaryFinder::BoundaryType finderType(QAccessible::TextBoundaryType boundary)
@@ -111,9 +111,9 @@ void setOffsets(ChatText::Range range, int *start, int *end)
 
 } // namespace
 
-ChatViewAccessible::ChatViewAccessible(ChatView &chatView)
+ChatViewAccessible::ChatViewAccessible(QTextBrowser &chatView)
     : QAccessibleWidget(&chatView, QAccessible::Document)
-    , conversation(layoutOf(chatView))
+    , conversation(*layoutOf(chatView))
 {
 }
 
@@ -128,19 +128,19 @@ void ChatViewAccessible::install()
     QAccessible::installFactory(create);
 }
 
-ChatViewAccessible *ChatViewAccessible::of(ChatView &view)
+ChatViewAccessible *ChatViewAccessible::of(QTextBrowser &view)
 {
     return dynamic_cast<ChatViewAccessible *>(QAccessible::queryAccessibleInterface(&view));
 }
 
-ChatView &ChatViewAccessible::view() const
+QTextBrowser &ChatViewAccessible::view() const
 {
-    return *static_cast<ChatView *>(widget());
+    return *static_cast<QTextBrowser *>(widget());
 }
 
 ChatLayout &ChatViewAccessible::layout() const
 {
-    return layoutOf(view());
+    return *layoutOf(view());
 }
 
 void *ChatViewAccessible::interface_cast(QAccessible::InterfaceType type)

@@ -6,10 +6,10 @@
 #include <QHash>
 
 class ChatLayout;
-class ChatView;
+class QTextBrowser;
 
-/// The accessible interface of a `ChatView`: a document with the text of `ChatText`, whose children
-/// are the links. Offsets are those of `ChatText`.
+/// The accessible interface of a view with a `ChatLayout`: a document with the text of `ChatText`,
+/// whose children are the links. Offsets are those of `ChatText`.
 ///
 /// Qt's interface of a `QTextBrowser` has the role of a label, returns the text without line
 /// breaks, and reads the geometry from `QTextBlock::layout()`, which `ChatLayout` does not keep.
@@ -18,14 +18,14 @@ class ChatViewAccessible final : public QAccessibleWidget, public QAccessibleTex
     Q_DISABLE_COPY_MOVE(ChatViewAccessible)
 
 public:
-    explicit ChatViewAccessible(ChatView &view);
+    explicit ChatViewAccessible(QTextBrowser &view);
     ~ChatViewAccessible() override;
 
-    /// Makes Qt use this interface for all `ChatView`s. Further calls have no effect.
+    /// Makes Qt use this interface. Further calls have no effect.
     static void install();
 
     /// Returns the interface of `view`; null if another factory has replaced this one.
-    [[nodiscard]] static ChatViewAccessible *of(ChatView &view);
+    [[nodiscard]] static ChatViewAccessible *of(QTextBrowser &view);
 
     [[nodiscard]] const ChatText &chatText() const { return conversation; }
 
@@ -71,7 +71,7 @@ public:
     void scrollToSubstring(int startIndex, int endIndex) override;
 
 private:
-    [[nodiscard]] ChatView &view() const;
+    [[nodiscard]] QTextBrowser &view() const;
     [[nodiscard]] ChatLayout &layout() const;
     // Screen coordinates of the document's origin.
     [[nodiscard]] QPoint documentOrigin() const;
