@@ -7,6 +7,7 @@
 #include "MainWindow.h"
 #include "PreferencesDialog.h"
 #include "ServerEditDialog.h"
+#include "ServerRows.h"
 #include "ServerStore.h"
 
 #include <QCoreApplication>
@@ -54,7 +55,7 @@ bool isSame(const ServerConfig &left, const ServerConfig &right)
 void checkRecord(const QString &id)
 {
     const ServerConfig config = ServerStore::loadConfig(id);
-    ServerStore::saveConfig(id, config, ServerStore::OddIdAddress::Keep);
+    ServerStore::saveConfig(id, config, ServerStore::AddressFallback::KeepStored);
     Fuzzing::demand(isSame(ServerStore::loadConfig(id), config), "a stored record comes back");
 }
 
@@ -74,7 +75,7 @@ void visitDialog(int changedRow)
     auto *list = dialog.findChild<QListWidget *>();
     for (int row = 0; row < list->count(); ++row) {
         list->setCurrentRow(row);
-        const QString address = ServerStore::cleanAddress(list->item(row)->text());
+        const QString address = ServerRows::cleanAddress(list->item(row)->text());
         if (row != changedRow % list->count())
             continue;
         if (const std::optional<QString> id = ServerStore::idOfAddress(address))

@@ -1,27 +1,84 @@
 #include "ConnectDialog.h"
 
 #include "ChannelNames.h"
-#include "ConnectDialogBoxes.h"
-#include "ConnectDialogForm.h"
-#include "ConnectDialogStyle.h"
 #include "DialogParts.h"
+#include "FocusMark.h"
 #include "ServerCatalogue.h"
+#include "ServerDialogStyle.h"
 #include "ServerEditDialog.h"
+#include "ServerListDelegate.h"
 #include "ServerRows.h"
 #include "ServerStore.h"
 
 #include <QCheckBox>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPersistentModelIndex>
 #include <QPointer>
 #include <QPushButton>
 #include <QSettings>
+#include <QVBoxLayout>
 
 #include <optional>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+// Each message box runs a nested event loop, in which `parent` may be destroyed.
+
+void showError(QWidget *parent, const QString &text)
+{
+    QMessageBox box(parent);
+    box.setWindowTitle(ConnectDialog::tr("Error"));
+    box.setText(text);
+    box.setIcon(QMessageBox::Warning);
+    QPushButton *button = box.addButton(QMessageBox::Ok);
+    button->setObjectName(u"connectButton"_s);
+    button->setStyleSheet(ServerDialogStyle::errorButtonSheet());
+    box.exec();
+}
+
+void showInvalidFormat(QWidget *parent)
+{
+    QMessageBox::warning(parent, ConnectDialog::tr("Invalid format"),
+                         ConnectDialog::tr("Please use the format host:port"), QMessageBox::Ok);
+}
+
+void showDuplicate(QWidget *parent)
+{
+    QMessageBox::information(parent, ConnectDialog::tr("Add Server"),
+                             ConnectDialog::tr("This server already exists in the list."),
+                             QMessageBox::Ok);
+}
+
+void showNoSelection(QWidget *parent, const QString &title)
+{
+    QMessageBox::information(parent, title, ConnectDialog::tr("No server selected."),
+                             QMessageBox::Ok);
+}
+
+bool confirmDeletion(QWidget *parent, const QString &address, const QString &theme)
+{
+    QMessageBox box(parent);
+    box.setWindowTitle(ConnectDialog::tr("Delete Server"));
+    box.setTextFormat(Qt::PlainText); // The address may contain HTML.
+    box.setText(ConnectDialog::tr("Are you sure you want to delete server: %1").arg(address));
+    box.setIcon(QMessageBox::Critical);
+    box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+    box.setDefaultButton(QMessageBox::No);
+    box.button(QMessageBox::Yes)->setObjectName(u"yesButton"_s);
+    box.button(QMessageBox::No)->setObjectName(u"noButton"_s);
+    box.setStyleSheet(ServerDialogStyle::deletionBoxSheet(theme));
+    return box.exec() == QMessageBox::Yes;
+}
+
+} // namespace
 
 ConnectDialog::ConnectDialog(QWidget *parent)
     : QDialog(parent)
@@ -34,7 +91,7 @@ ConnectDialog::ConnectDialog(QWidget *parent)
                    | Qt::MSWindowsFixedSizeDialogHint);
     setAttribute(Qt::WA_TranslucentBackground, false);
 
-    makeConnections(); // Before the rows come, so that the one that gets selected fills the fields.
+    connectSignals(); // Before loadSettings(), so that the row it selects fills the fields.
     loadSettings();
     applyTheme();
 
@@ -46,7 +103,7 @@ ConnectDialog::ConnectDialog(QWidget *parent)
 
 ConnectDialog::~ConnectDialog()
 {
-    // The boxes, forms and menus of our slots.
+    // The message boxes, server edit dialogs and menus that the slots run.
     DialogParts::letGoOfWindows(*this);
 }
 
@@ -90,18 +147,18 @@ QStringList ConnectDialog::favoriteChannels() const
 void ConnectDialog::onConnectClicked()
 {
     if (server().isEmpty() || nickname().isEmpty()) {
-        ConnectDialogBoxes::showError(this, tr("Server and nickname are required!"));
+        showError(this, tr("Server and nickname are required!"));
         return;
     }
     if (port() < 1 || port() > 65535) {
-        ConnectDialogBoxes::showError(this, tr("Port must be between 1 and 65535"));
+        showError(this, tr("Port must be between 1 and 65535"));
         return;
     }
     saveSettings();
     const QString id = serverId(server(), port());
     if (!selectedServerId.isEmpty() && selectedServerId == id)
-        storeFieldsOfSelectedServer();
-    // A server that was typed by hand and happens to be listed gets the stored record as well.
+        saveFieldsOfSelectedServer();
+    // Intended: a listed server whose address the user typed also gets its stored record.
     activeConfig = serverConfigs.value(id);
     completeActiveConfig();
     accept();
@@ -116,9 +173,9 @@ void ConnectDialog::loadSettings()
     serverConfigs.clear();
     for (const QString &id : ids)
         serverConfigs.insert(id, ServerStore::loadConfig(settings, id));
-    showServers(ids, settings);
+    fillServerList(ids, settings);
     reorderServerList();
-    selectFirstServer(ServerStore::loadHistory());
+    selectInitialServer(ServerStore::loadHistory());
 }
 
 void ConnectDialog::saveSettings() const
@@ -141,7 +198,7 @@ void ConnectDialog::onServerListSelectionChanged()
     }
     serverEdit->setText(parts->host);
     portEdit->setText(QString::number(parts->port));
-    // Only now: a change of these two fields unbinds them from the row.
+    // Last, since setText() on either field clears it.
     selectedServerId = serverId(parts->host, parts->port);
 
     const ServerConfig config = serverConfigs.value(selectedServerId);
@@ -155,18 +212,18 @@ void ConnectDialog::addServer()
 {
     const QPointer<ConnectDialog> self = this;
     const QString noAddress = u':' + QString::number(ServerStore::DefaultPort);
-    ServerEditDialog form(tr("Add IRC Server"), noAddress, ServerConfig(), currentTheme, this);
-    if (form.exec() != Accepted || self == nullptr)
+    ServerEditDialog dialog(tr("Add IRC Server"), noAddress, ServerConfig(), currentTheme, this);
+    if (dialog.exec() != Accepted || self == nullptr)
         return;
-    const ServerConfig config = form.getConfig();
-    const QString address = form.fullAddress();
+    const ServerConfig config = dialog.getConfig();
+    const QString address = dialog.fullAddress();
     const std::optional<QString> id = ServerStore::idOfAddress(address);
     if (!id) {
-        ConnectDialogBoxes::warnOfFormat(this);
+        showInvalidFormat(this);
         return;
     }
     if (ServerRows::findAddress(serverList, address) != nullptr) {
-        ConnectDialogBoxes::tellOfDuplicate(this);
+        showDuplicate(this);
         if (self != nullptr)
             serverList->setCurrentItem(ServerRows::findAddress(serverList, address));
         return;
@@ -185,33 +242,33 @@ void ConnectDialog::addServer()
 void ConnectDialog::editServer()
 {
     if (serverList->currentItem() == nullptr) {
-        ConnectDialogBoxes::tellOfNoSelection(this, tr("Edit"));
+        showNoSelection(this, tr("Edit"));
         return;
     }
     const QPointer<ConnectDialog> self = this;
-    const QPersistentModelIndex place = serverList->currentIndex();
+    const QPersistentModelIndex index = serverList->currentIndex();
     const QString oldAddress = ServerRows::addressOf(serverList->currentItem());
     const std::optional<QString> oldId = ServerStore::idOfAddress(oldAddress);
     if (!oldId)
         return;
-    ServerEditDialog form(tr("Edit %1").arg(oldAddress), oldAddress, serverConfigs.value(*oldId),
-                          currentTheme, this);
-    if (form.exec() != Accepted || self == nullptr || !place.isValid())
+    ServerEditDialog dialog(tr("Edit %1").arg(oldAddress), oldAddress, serverConfigs.value(*oldId),
+                            currentTheme, this);
+    if (dialog.exec() != Accepted || self == nullptr || !index.isValid())
         return;
-    const QString address = form.fullAddress();
+    const QString address = dialog.fullAddress();
     const std::optional<QString> id = ServerStore::idOfAddress(address);
     if (!id) {
-        ConnectDialogBoxes::warnOfFormat(this);
+        showInvalidFormat(this);
         return;
     }
     if (address != oldAddress) {
-        // Another address is another server: the old one's record and favourite mark go. An old
-        // one that came with the program is not marked as deleted, and so comes back next time.
+        // A new address is another server, so the old record and favourite mark are removed.
+        // Intended: an old default server is not marked as deleted; the next dialog lists it again.
         removeServerConfig(*oldId);
-        serverList->itemFromIndex(place)->setText(address);
+        serverList->itemFromIndex(index)->setText(address);
     }
-    saveServerConfig(*id, form.getConfig());
-    serverConfigs.insert(*id, form.getConfig());
+    saveServerConfig(*id, dialog.getConfig());
+    serverConfigs.insert(*id, dialog.getConfig());
     saveServerList();
     updateServerDisplayName(*id);
     updateChannelsFromCurrentServer();
@@ -221,18 +278,17 @@ void ConnectDialog::editServer()
 void ConnectDialog::deleteServer()
 {
     if (serverList->currentItem() == nullptr) {
-        ConnectDialogBoxes::tellOfNoSelection(this, tr("Delete"));
+        showNoSelection(this, tr("Delete"));
         return;
     }
     const QPointer<ConnectDialog> self = this;
-    const QPersistentModelIndex place = serverList->currentIndex();
+    const QPersistentModelIndex index = serverList->currentIndex();
     const QString address = ServerRows::addressOf(serverList->currentItem());
-    if (!ConnectDialogBoxes::confirmDeletion(this, address, currentTheme) || self == nullptr
-        || !place.isValid())
+    if (!confirmDeletion(this, address, currentTheme) || self == nullptr || !index.isValid())
         return;
     if (const std::optional<QString> id = ServerStore::idOfAddress(address)) {
         if (isDefaultServer(*id)) {
-            // The favourite mark is kept for the day when the server is added again.
+            // Intended: still a favourite when the user adds the server again.
             deletedDefaults.insert(*id);
             saveDeletedDefaults();
             ServerStore::removeGroup(*id);
@@ -240,7 +296,7 @@ void ConnectDialog::deleteServer()
             removeServerConfig(*id);
         }
     }
-    delete serverList->takeItem(place.row());
+    delete serverList->takeItem(index.row());
     saveServerList();
     saveFavorites();
 }
@@ -276,22 +332,89 @@ void ConnectDialog::showServerContextMenu(const QPoint &pos)
 
 void ConnectDialog::buildForm()
 {
-    const ConnectDialogForm form(*this);
-    serverEdit = form.serverEdit;
-    portEdit = form.portEdit;
-    nicknameEdit = form.nicknameEdit;
-    realNameEdit = form.realNameEdit;
-    channelsEdit = form.channelsEdit;
-    sslCheck = form.sslCheck;
-    serverList = form.serverList;
-    addButton = form.addButton;
-    editButton = form.editButton;
-    deleteButton = form.deleteButton;
-    connect(form.connectButton, &QPushButton::clicked, this, &ConnectDialog::onConnectClicked);
-    connect(form.cancelButton, &QPushButton::clicked, this, &ConnectDialog::reject);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(28, 28, 28, 20);
+    layout->setSpacing(18);
+
+    auto *title = new QLabel(tr("Connect to IRC"));
+    title->setObjectName(u"titleLabel"_s);
+    layout->addWidget(title);
+
+    auto *form = new QFormLayout;
+    form->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    form->setFormAlignment(Qt::AlignLeft | Qt::AlignTop);
+    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    form->setSpacing(12);
+    layout->addLayout(form);
+    addFields(*form);
+
+    sslCheck = new QCheckBox(tr("Use SSL"));
+    layout->addWidget(sslCheck);
+    layout->addLayout(makeDialogButtons());
 }
 
-void ConnectDialog::makeConnections()
+void ConnectDialog::addFields(QFormLayout &form)
+{
+    const auto addEdit = [&form](const QString &label, const QString &placeholder) {
+        auto *edit = new QLineEdit;
+        edit->setPlaceholderText(placeholder);
+        form.addRow(label, edit);
+        return edit;
+    };
+    serverEdit = addEdit(tr("Server:"), u"irc.libera.chat"_s);
+    portEdit = addEdit(tr("Port:"), QString::number(ServerStore::DefaultPort));
+    portEdit->setFixedWidth(80);
+
+    QWidget *listButtons = makeListButtons();
+    serverList = new QListWidget;
+    serverList->setAlternatingRowColors(true);
+    serverList->setMinimumHeight(120);
+    serverList->setMaximumHeight(150);
+    serverList->setContextMenuPolicy(Qt::CustomContextMenu);
+    serverList->setItemDelegate(new ServerListDelegate(this));
+    serverList->setAccessibleName(tr("Servers")); // Buttons take the place of its label.
+    new FocusMark(*serverList);
+    form.addRow(listButtons, serverList);
+
+    nicknameEdit = addEdit(tr("Nickname:"), tr("Type you nickname"));
+    realNameEdit = addEdit(tr("Real name:"), tr("Type you Real name (optionally)"));
+    channelsEdit = addEdit(tr("Join channels:"), tr("#linux, #help"));
+}
+
+QWidget *ConnectDialog::makeListButtons()
+{
+    addButton = DialogParts::makeButton(tr("Add"), u"addButton"_s);
+    editButton = DialogParts::makeButton(tr("Edit"), u"editButton"_s);
+    deleteButton = DialogParts::makeButton(tr("Delete"), u"deleteButton"_s);
+
+    auto *column = new QWidget;
+    auto *layout = new QVBoxLayout(column);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(4);
+    layout->addWidget(addButton);
+    layout->addWidget(editButton);
+    layout->addWidget(deleteButton);
+    layout->addStretch();
+    return column;
+}
+
+QBoxLayout *ConnectDialog::makeDialogButtons()
+{
+    QPushButton *cancelButton = DialogParts::makeButton(tr("Cancel"), u"cancelButton"_s);
+    connect(cancelButton, &QPushButton::clicked, this, &ConnectDialog::reject);
+    QPushButton *connectButton = DialogParts::makeButton(tr("Connect"), u"connectButton"_s);
+    connect(connectButton, &QPushButton::clicked, this, &ConnectDialog::onConnectClicked);
+    connectButton->setDefault(true);
+    new FocusMark(*connectButton);
+
+    auto *layout = new QHBoxLayout;
+    layout->addStretch();
+    layout->addWidget(cancelButton);
+    layout->addWidget(connectButton);
+    return layout;
+}
+
+void ConnectDialog::connectSignals()
 {
     connect(serverList, &QListWidget::customContextMenuRequested, this,
             &ConnectDialog::showServerContextMenu);
@@ -306,16 +429,16 @@ void ConnectDialog::makeConnections()
 
 void ConnectDialog::applyTheme()
 {
-    ConnectDialogStyle::setBackground(this, currentTheme);
-    const QString sheet = ConnectDialogStyle::dialogSheet(currentTheme);
-    // To set it anew would style each child anew and measure each row of the list.
+    ServerDialogStyle::setBackground(this, currentTheme);
+    const QString sheet = ServerDialogStyle::connectDialogSheet(currentTheme);
+    // Setting the same sheet again would polish every child and measure every row of the list.
     if (styleSheet() != sheet)
         setStyleSheet(sheet);
 }
 
-void ConnectDialog::storeFieldsOfSelectedServer()
+void ConnectDialog::saveFieldsOfSelectedServer()
 {
-    // What this dialog has no field for is kept as it was.
+    // Keeps the values that have no field in this dialog.
     ServerConfig config = serverConfigs.value(selectedServerId);
     config.nickname = nicknameEdit->text().trimmed();
     config.realName = realNameEdit->text().trimmed();
@@ -338,7 +461,7 @@ void ConnectDialog::completeActiveConfig()
         activeConfig.encoding = defaults.encoding;
     if (activeConfig.authMethod.isEmpty())
         activeConfig.authMethod = defaults.authMethod;
-    // A stored record that wants TLS gets it, whatever the box says.
+    // Intended: a stored record with TLS overrides the check box.
     if (!activeConfig.useSsl)
         activeConfig.useSsl = sslCheck->isChecked();
 }
@@ -350,7 +473,7 @@ QString ConnectDialog::serverId(const QString &host, int port) const
 
 QString ConnectDialog::cleanAddress(const QString &text) const
 {
-    return ServerStore::cleanAddress(text);
+    return ServerRows::cleanAddress(text);
 }
 
 ServerConfig ConnectDialog::loadServerConfig(const QString &id) const
@@ -360,7 +483,7 @@ ServerConfig ConnectDialog::loadServerConfig(const QString &id) const
 
 void ConnectDialog::saveServerConfig(const QString &id, const ServerConfig &config)
 {
-    ServerStore::saveConfig(id, config, ServerStore::OddIdAddress::SameAsId);
+    ServerStore::saveConfig(id, config, ServerStore::AddressFallback::UseId);
 }
 
 void ConnectDialog::removeServerConfig(const QString &id)
@@ -396,14 +519,14 @@ void ConnectDialog::saveFavorites()
     ServerStore::saveIds(ServerStore::FavoritesKey, favoriteServers);
 }
 
-void ConnectDialog::showServers(const QSet<QString> &ids, const QSettings &settings)
+void ConnectDialog::fillServerList(const QSet<QString> &ids, const QSettings &settings)
 {
     serverList->clear();
     for (const QString &id : ids)
         serverList->addItem(rowText(ServerStore::storedAddress(settings, id)));
 }
 
-void ConnectDialog::selectFirstServer(const QStringList &history)
+void ConnectDialog::selectInitialServer(const QStringList &history)
 {
     const QString last = history.isEmpty() ? QString() : history.constLast();
     const QStringList parts = last.split(u':');
@@ -422,8 +545,8 @@ void ConnectDialog::selectFirstServer(const QStringList &history)
         serverList->setCurrentItem(row);
         return;
     }
-    // This is how a server that was typed by hand enters the list; its record, read before this,
-    // shows from the next time on.
+    // A server whose address the user typed is added to the list here. Intended: its fields stay
+    // empty in this dialog, since the records were read before.
     serverList->addItem(last);
     serverList->setCurrentRow(serverList->count() - 1);
     saveServerList();
@@ -459,7 +582,7 @@ void ConnectDialog::updateChannelsFromCurrentServer()
 QString ConnectDialog::rowText(const QString &address) const
 {
     const std::optional<QString> id = ServerStore::idOfAddress(address);
-    return id && favoriteServers.contains(*id) ? ServerStore::FavoriteMark + address : address;
+    return id && favoriteServers.contains(*id) ? ServerRows::FavoriteMark + address : address;
 }
 
 void ConnectDialog::toggleFavorite(const QString &id)

@@ -8,23 +8,24 @@
 #include <QString>
 #include <QStringList>
 
+class QBoxLayout;
 class QCheckBox;
+class QFormLayout;
 class QLineEdit;
 class QListWidget;
 class QPoint;
 class QPushButton;
 class QSettings;
 
-/// The window in which the user says where to connect and as whom.
+/// Dialog in which the user chooses a server and an identity.
 ///
-/// It shows the list of known servers (the built-in ones, the user's own and the last one connected
-/// to) over the fields of the one that is selected. When the user connects, it completes one
-/// ServerConfig out of the stored record and the fields, stores it if the server is a listed one,
-/// and accepts; the caller then takes the choice through the accessors. The dialog is made for one
-/// showing: it reads the store when it is constructed.
+/// It lists the known servers (the built-in ones, the user's own and the last one connected to) and
+/// shows the fields of the selected one. Connect completes `activeConfig` from the stored record
+/// and the fields, stores the fields if they belong to the selected row, and accepts the dialog.
+/// The constructor reads the store, so create a dialog each time it is shown.
 ///
-/// The operations on the list show message boxes, forms and menus, each in a nested event loop. The
-/// dialog may be destroyed meanwhile.
+/// Adding, editing and deleting a server and the context menu run nested event loops, in which the
+/// dialog may be destroyed.
 class ConnectDialog final : public QDialog
 {
     Q_OBJECT
@@ -34,24 +35,26 @@ public:
     explicit ConnectDialog(QWidget *parent);
     ~ConnectDialog() override;
 
-    /// The servers that come with the program, as "host:port", in no particular order.
+    /// Returns the built-in servers as "host:port", in no particular order.
     [[nodiscard]] static QStringList defaultServers();
 
-    /// Dresses the dialog in the theme `name`: "dark", "glass", or anything else for light.
+    /// Applies the theme `name`: "dark", "glass", or any other for light.
     void setCurrentTheme(const QString &name);
 
-    /// Host, without blanks at its ends.
+    /// Returns the host without surrounding white space.
     [[nodiscard]] QString server() const;
 
-    /// Port; 0 if the field holds no number.
+    /// Returns the port, or 0 if the field contains no number.
     [[nodiscard]] int port() const;
 
-    /// Once the user has connected, `nickname`, `realName` and `favoriteChannels` tell the choice,
-    /// with the field standing in for what the chosen record leaves empty; so do the functions
-    /// below them, from the record alone. Before that the record is a default one.
+    /// These three return the value of `activeServerConfig`, or the field's content if that value
+    /// is empty.
     [[nodiscard]] QString nickname() const;
     [[nodiscard]] QString realName() const;
     [[nodiscard]] QStringList favoriteChannels() const;
+
+    /// The rest returns values of the record to connect with. Until the dialog is accepted, it is a
+    /// default-constructed record.
     [[nodiscard]] QString altNickname() const { return activeConfig.altNickname; }
     [[nodiscard]] QString authMethod() const { return activeConfig.authMethod; }
     [[nodiscard]] QString password() const { return activeConfig.password; }
@@ -72,11 +75,14 @@ private slots:
 private:
     // Window
     void buildForm();
-    void makeConnections();
+    void addFields(QFormLayout &form);
+    [[nodiscard]] QWidget *makeListButtons();
+    [[nodiscard]] QBoxLayout *makeDialogButtons();
+    void connectSignals();
     void applyTheme();
 
     // Connecting
-    void storeFieldsOfSelectedServer();
+    void saveFieldsOfSelectedServer();
     void completeActiveConfig();
 
     // Identity and records of servers
@@ -86,14 +92,14 @@ private:
     void saveServerConfig(const QString &id, const ServerConfig &config);
     void removeServerConfig(const QString &id);
 
-    // The list
+    // Server list
     [[nodiscard]] bool isDefaultServer(const QString &id) const;
     void loadDeletedDefaults();
     void saveDeletedDefaults();
     void loadFavorites();
     void saveFavorites();
-    void showServers(const QSet<QString> &ids, const QSettings &settings);
-    void selectFirstServer(const QStringList &history);
+    void fillServerList(const QSet<QString> &ids, const QSettings &settings);
+    void selectInitialServer(const QStringList &history);
     void saveServerList();
     void reorderServerList();
     void updateServerDisplayName(const QString &id);
@@ -102,7 +108,7 @@ private:
     void toggleFavorite(const QString &id);
 
     QSet<QString> favoriteServers; ///< Server ids.
-    QSet<QString> deletedDefaults; ///< Ids of built-in servers that the user deleted.
+    QSet<QString> deletedDefaults; ///< Ids of the built-in servers that the user deleted.
     QLineEdit *serverEdit = nullptr;
     QLineEdit *portEdit = nullptr;
     QLineEdit *nicknameEdit = nullptr;
@@ -115,7 +121,7 @@ private:
     QPushButton *deleteButton = nullptr;
     QString currentTheme = QStringLiteral("light");
     QMap<QString, ServerConfig> serverConfigs; ///< By server id.
-    ServerConfig activeConfig;                 ///< What the dialog hands on.
-    QString selectedServerId; ///< Of the row that filled the fields; empty once they are typed
-                              ///< over.
+    ServerConfig activeConfig;                 ///< Record to connect with.
+    QString selectedServerId; ///< Id of the row that filled the fields; empty after an edit of the
+                              ///< host or port.
 };

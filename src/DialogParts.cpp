@@ -28,11 +28,16 @@ QPushButton *makeButton(const QString &text, const QString &name)
 QComboBox *makeCombo(const QStringList &texts, const QString &name)
 {
     auto *combo = new QComboBox;
-    combo->setObjectName(name);
-    combo->addItems(texts);
-    combo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    new ComboBoxKeys(*combo);
+    setUpCombo(*combo, texts, name);
     return combo;
+}
+
+void setUpCombo(QComboBox &combo, const QStringList &texts, const QString &name)
+{
+    combo.setObjectName(name);
+    combo.addItems(texts);
+    combo.setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    new ComboBoxKeys(combo);
 }
 
 QDialogButtonBox *makeSaveAndCancel(QDialog &dialog)

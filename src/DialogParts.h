@@ -24,6 +24,9 @@ inline constexpr Qt::WindowFlags Frame =
 /// sheets know it. The key that closes its list does not also reach the dialog. The caller owns it.
 [[nodiscard]] QComboBox *makeCombo(const QStringList &texts, const QString &name);
 
+/// Gives `combo` the same texts, width, name and handling of keys as `makeCombo`.
+void setUpCombo(QComboBox &combo, const QStringList &texts, const QString &name);
+
 /// Save and Cancel, which accept and reject `dialog`, under the names by which style sheets know
 /// them: "connectButton" and "cancelButton". The caller owns the box.
 [[nodiscard]] QDialogButtonBox *makeSaveAndCancel(QDialog &dialog);

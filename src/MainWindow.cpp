@@ -565,7 +565,7 @@ void MainWindow::saveCurrentServerConfig()
         return;
     }
     ServerStore::saveConfig(currentServerId, connection->serverConfig(),
-                            ServerStore::OddIdAddress::Keep);
+                            ServerStore::AddressFallback::KeepStored);
 }
 
 void MainWindow::loadCurrentServerConfig()

@@ -3,13 +3,13 @@
 #include <QString>
 #include <QStringList>
 
-/// The servers that come with the program: public networks that a newcomer would look for.
+/// The built-in servers, which belong to public IRC networks.
 namespace ServerCatalogue {
 
-/// Each server as "host:port", no host twice, in no particular order.
+/// Returns the servers as "host:port", in no particular order. No host occurs twice.
 [[nodiscard]] QStringList addresses();
 
-/// The one of `addresses` to propose to somebody who has not connected before.
+/// Returns the one of `addresses` that is selected while there is no connection history.
 [[nodiscard]] QString preferredAddress();
 
 } // namespace ServerCatalogue

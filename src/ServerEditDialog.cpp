@@ -1,17 +1,14 @@
 #include "ServerEditDialog.h"
 
 #include "ChannelNames.h"
-#include "ComboBoxKeys.h"
-#include "ConnectDialogStyle.h"
 #include "DialogParts.h"
 #include "PlainTitle.h"
+#include "ServerDialogStyle.h"
 #include "ServerStore.h"
 #include "ThemeManager.h"
 
-#include <QByteArray>
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QFile>
 #include <QFormLayout>
 #include <QIntValidator>
 #include <QLineEdit>
@@ -51,7 +48,8 @@ QStringList encodings()
             u"EUC-KR (Korean)"_s};
 }
 
-/// A combo box with the arrow and the height of the popup that its style sheet asks for.
+/// Combo box that works around two faults of Qt's style sheets: a popup that is too low, and
+/// missing images from data URIs.
 class StyledComboBox final : public QComboBox
 {
 public:
@@ -68,8 +66,8 @@ public:
     }
 
 protected:
-    // Qt uses the padding as the popup's margins. The sheet has less padding with the focus, which
-    // the popup then takes: with it, the popup would be too low for its rows.
+    // Qt uses the combo box's padding as the popup's margins. With the focus, the sheet has less
+    // padding, which would make the popup too low for its rows.
     void initStyleOption(QStyleOptionComboBox *option) const override
     {
         QComboBox::initStyleOption(option);
@@ -77,18 +75,18 @@ protected:
             option->state &= ~QStyle::State_HasFocus;
     }
 
-    // Qt's style sheets do not load data URIs.
+    // Paints the arrow, since Qt's style sheets do not load data URIs.
     void paintEvent(QPaintEvent *event) override
     {
         QComboBox::paintEvent(event);
         QStyleOptionComboBox option;
         initStyleOption(&option);
-        QRect place(QPoint(), arrow.defaultSize());
-        place.moveCenter(style()->subControlRect(QStyle::CC_ComboBox, &option,
-                                                 QStyle::SC_ComboBoxArrow, this)
-                                 .center());
+        QRect arrowRect(QPoint(), arrow.defaultSize());
+        arrowRect.moveCenter(style()->subControlRect(QStyle::CC_ComboBox, &option,
+                                                     QStyle::SC_ComboBoxArrow, this)
+                                     .center());
         QPainter painter(this);
-        arrow.render(&painter, place);
+        arrow.render(&painter, arrowRect);
     }
 
 private:
@@ -96,16 +94,13 @@ private:
     bool isOpening = false;
 };
 
-// The stored value is the text that is shown, so the texts are no matter of translation. A text
-// that a newer or an older version wrote, or a hand, may be none of them.
+// The displayed texts are also the stored values, so they are not translated. Selects
+// `defaultText` if the stored `text` is none of `texts`.
 QComboBox *makeCombo(const QString &name, const QStringList &texts, const QString &text,
-                     const QString &defaultText, const QString &arrowFile)
+                     const QString &defaultText, const QString &theme)
 {
-    auto *combo = new StyledComboBox(arrowFile);
-    combo->setObjectName(name);
-    combo->addItems(texts);
-    combo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    new ComboBoxKeys(*combo);
+    auto *combo = new StyledComboBox(ServerDialogStyle::comboArrowFile(theme));
+    DialogParts::setUpCombo(*combo, texts, name);
     const int index = combo->findText(text.isEmpty() ? defaultText : text,
                                       Qt::MatchExactly | Qt::MatchCaseSensitive);
     combo->setCurrentIndex(index >= 0 ? index : static_cast<int>(texts.indexOf(defaultText)));
@@ -117,19 +112,6 @@ QLineEdit *makeEdit(const QString &text, const QString &placeholder)
     auto *edit = new QLineEdit(text);
     edit->setPlaceholderText(placeholder);
     return edit;
-}
-
-QString arrowFile(const QString &theme)
-{
-    return ThemeManager::isDark(theme) ? u":/icons/combo_arrow_dark.svg"_s
-                                       : u":/icons/combo_arrow_light.svg"_s;
-}
-
-QString arrowUri(const QString &theme)
-{
-    QFile file(arrowFile(theme));
-    const QByteArray image = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    return u"data:image/svg+xml;base64,"_s + QString::fromLatin1(image.toBase64());
 }
 
 } // namespace
@@ -170,7 +152,7 @@ ServerConfig ServerEditDialog::getConfig() const
     config.realName = realNameEdit->text().trimmed();
     config.authMethod = authCombo->currentText();
     config.encoding = encodingCombo->currentText();
-    config.password = passwordEdit->text(); // Blanks at its ends may be part of it.
+    config.password = passwordEdit->text(); // Not trimmed: spaces may belong to it.
     config.autojoin = ChannelNames::parseChannels(autojoinEdit->text());
     return config;
 }
@@ -203,7 +185,7 @@ void ServerEditDialog::buildRecordRows(QFormLayout *form, const ServerConfig &co
     realNameEdit = makeEdit(config.realName, tr("Type you Real name (optionally)"));
     form->addRow(tr("Real Name:"), realNameEdit);
     authCombo = makeCombo(u"authCombo"_s, authMethods(), config.authMethod, defaults.authMethod,
-                          arrowFile(currentTheme));
+                          currentTheme);
     form->addRow(tr("Auth Method:"), authCombo);
     passwordEdit = makeEdit(config.password, tr("Password for auth on server"));
     passwordEdit->setEchoMode(QLineEdit::Password);
@@ -211,37 +193,19 @@ void ServerEditDialog::buildRecordRows(QFormLayout *form, const ServerConfig &co
     autojoinEdit = makeEdit(config.autojoin.join(u", "_s), tr("#help, #linux"));
     form->addRow(tr("Auto join channels:"), autojoinEdit);
     encodingCombo = makeCombo(u"encodingCombo"_s, encodings(), config.encoding, defaults.encoding,
-                              arrowFile(currentTheme));
+                              currentTheme);
     form->addRow(tr("Encoding:"), encodingCombo);
 }
 
 void ServerEditDialog::applyTheme()
 {
-    ConnectDialogStyle::setBackground(this, currentTheme);
+    ServerDialogStyle::setBackground(this, currentTheme);
     setStyleSheet(ThemeManager::dialogStyleSheet(currentTheme));
 }
 
 void ServerEditDialog::applyComboBoxStyles()
 {
-    static const QString sheet = uR"(
-        QComboBox { border: 1px solid %1; border-radius: 6px; padding: 8px 12px; font-size: 14px;
-            background: %2; color: %3; }
-        QComboBox:focus { border: 2px solid %4; padding: 7px 11px; }
-        QComboBox::drop-down { subcontrol-origin: padding; subcontrol-position: top right;
-            width: 30px; border-left: 1px solid %1; border-top-right-radius: 6px;
-            border-bottom-right-radius: 6px; background: transparent; }
-        QComboBox::down-arrow { image: url(%5); width: 12px; height: 12px;
-            background: transparent; }
-        QComboBox QAbstractItemView { background: %2; color: %3; selection-background-color: %4;
-            selection-color: white; border: 1px solid %1; outline: none; }
-        QComboBox QAbstractItemView::item { padding: 6px 12px; }
-        QComboBox QAbstractItemView::item:hover, QComboBox QAbstractItemView::item:selected {
-            background: %4; color: white; }
-    )"_s;
-    const ThemePalette palette = ThemeManager::palette(currentTheme);
-    const QString filled =
-            sheet.arg(palette.borderColor, palette.inputBackground, palette.textColor,
-                      palette.accentColor, arrowUri(currentTheme));
-    authCombo->setStyleSheet(filled);
-    encodingCombo->setStyleSheet(filled);
+    const QString sheet = ServerDialogStyle::comboBoxSheet(currentTheme);
+    authCombo->setStyleSheet(sheet);
+    encodingCombo->setStyleSheet(sheet);
 }

@@ -9,26 +9,27 @@ class QComboBox;
 class QFormLayout;
 class QLineEdit;
 
-/// The form in which the user adds a server or changes one.
+/// Dialog in which the user adds or edits a server.
 ///
-/// It shows an address and a record and gives back what the user made of them; it neither checks
-/// the address nor stores anything. It has no field for `useSsl`: a record that comes out of it has
-/// TLS off, until the connect dialog's box sets it at the next connect.
+/// It neither checks the address nor stores anything.
 class ServerEditDialog final : public QDialog
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(ServerEditDialog)
 
 public:
-    /// `address` is "host:port"; with no ":" or several, the whole of it is taken as the host, and
-    /// the port is 6667. `theme` names the looks.
+    /// Fills the fields from `address`, "host:port", and `config`. Without exactly one ":", all of
+    /// `address` is the host, and the port is 6667. `theme` is a theme name of ThemeManager.
     ServerEditDialog(const QString &title, const QString &address, const ServerConfig &config,
                      const QString &theme, QWidget *parent);
 
-    /// The record as the form stands.
+    /// Returns the record that the fields contain.
+    ///
+    /// Intended: `useSsl` is false, since it has no field here. The connect dialog's check box sets
+    /// it at the next connect.
     [[nodiscard]] ServerConfig getConfig() const;
 
-    /// Host and port as the form stands, joined by ":"; the port is 0 if its field holds no number.
+    /// Returns the fields' host and port, joined by ":". The port is 0 if its field is no number.
     [[nodiscard]] QString fullAddress() const;
 
 private:

@@ -1,6 +1,6 @@
 #include "ServerListDelegate.h"
 
-#include "ServerStore.h"
+#include "ServerRows.h"
 
 #include <QColor>
 #include <QFontMetrics>
@@ -48,17 +48,17 @@ void ServerListDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
     const RowColors colors = colorsOf(option);
     painter->fillRect(option.rect, colors.background);
     painter->setFont(option.font);
-    // Where people write from right to left, the mark stands at the right and the rest left of it.
+    // In right-to-left layouts the mark is at the right edge and the address left of it.
     painter->setLayoutDirection(option.direction);
-    const auto draw = [&](const QRect &place, const QString &what) {
-        painter->drawText(QStyle::visualRect(option.direction, option.rect, place),
-                          Qt::AlignLeft | Qt::AlignVCenter, what);
+    const auto draw = [&](const QRect &rect, const QString &part) {
+        painter->drawText(QStyle::visualRect(option.direction, option.rect, rect),
+                          Qt::AlignLeft | Qt::AlignVCenter, part);
     };
 
     QString text = index.data(Qt::DisplayRole).toString();
     QRect textRect = option.rect.adjusted(SideMargin, 0, -SideMargin, 0);
-    if (text.startsWith(ServerStore::FavoriteMark)) {
-        const QString mark = ServerStore::FavoriteMark.toString();
+    if (text.startsWith(ServerRows::FavoriteMark)) {
+        const QString mark = ServerRows::FavoriteMark.toString();
         painter->setPen(QColor::fromRgb(Gold));
         draw(textRect, mark);
         textRect.setLeft(textRect.left() + QFontMetrics(option.font).horizontalAdvance(mark));

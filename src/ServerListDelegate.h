@@ -2,10 +2,10 @@
 
 #include <QStyledItemDelegate>
 
-/// Paints the rows of the server list, with the star of a favourite in gold.
+/// Paints the rows of the server list, with a favourite's star in gold.
 ///
-/// A row is filled with a plain colour of the palette, so a view's alternating row colours do not
-/// show. Texts are clipped at the row's edge, not elided.
+/// Fills each row with one colour of the palette, which hides the view's alternating row colours.
+/// Clips long texts instead of eliding them.
 class ServerListDelegate final : public QStyledItemDelegate
 {
     Q_OBJECT

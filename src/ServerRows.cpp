@@ -33,9 +33,14 @@ QListWidgetItem *findRow(const QListWidget *list, Predicate matches)
 
 namespace ServerRows {
 
+QString cleanAddress(const QString &text)
+{
+    return text.startsWith(FavoriteMark) ? text.mid(FavoriteMark.size()) : text;
+}
+
 QString addressOf(const QListWidgetItem *row)
 {
-    return ServerStore::cleanAddress(row->text());
+    return cleanAddress(row->text());
 }
 
 std::optional<QString> idOf(const QListWidgetItem *row)

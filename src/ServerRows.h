@@ -2,36 +2,44 @@
 
 #include <QString>
 #include <QStringList>
+#include <QStringView>
 
 #include <optional>
 
 class QListWidget;
 class QListWidgetItem;
 
-/// The rows of the server list.
+/// Rows of the connect dialog's server list.
 ///
-/// A row's text is its server's address, behind ServerStore::FavoriteMark if the server is a
-/// favourite. It is all that links the row to its server.
+/// A row's text is the server's address, after FavoriteMark if the server is a favourite. The text
+/// alone identifies the server.
 namespace ServerRows {
 
-/// The text of `row` without its favourite mark.
+/// Prefix of a favourite's row: a star and a space.
+inline constexpr QStringView FavoriteMark = u"\u2605 ";
+
+/// Returns `text` without a leading FavoriteMark.
+[[nodiscard]] QString cleanAddress(const QString &text);
+
+/// Returns the text of `row` without its favourite mark.
 [[nodiscard]] QString addressOf(const QListWidgetItem *row);
 
-/// The id of the row's server; nothing if the row holds no "host:port", as with an IPv6 host.
+/// Returns the id of the row's server; nothing unless the address contains exactly one ":".
 [[nodiscard]] std::optional<QString> idOf(const QListWidgetItem *row);
 
-/// The addresses of all rows of `list` from the top.
+/// Returns the addresses of all rows of `list`, from the top.
 [[nodiscard]] QStringList addresses(const QListWidget *list);
 
-/// The first row of `list` with exactly this address, or null.
+/// Returns the first row of `list` with exactly this address, or null.
 [[nodiscard]] QListWidgetItem *findAddress(const QListWidget *list, const QString &address);
 
-/// The first row of `list` whose server has this id, or null.
+/// Returns the first row of `list` whose server has this id, or null.
 [[nodiscard]] QListWidgetItem *findId(const QListWidget *list, const QString &id);
 
-/// Favourites before the others, each in the order of their addresses without regard to case. The
-/// row that is current stays so, if its server has an id; it moves meanwhile, which the list
-/// signals.
+/// Sorts the rows: favourites first, both groups by address, case-insensitively.
+///
+/// Makes the same server's row current again, if that server has an id. The current row changes in
+/// between, and the list emits its signals for these changes.
 void sort(QListWidget *list);
 
 } // namespace ServerRows

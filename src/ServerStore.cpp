@@ -37,11 +37,6 @@ QString groupName(const QString &id)
     return u"servers/"_s + id;
 }
 
-QString cleanAddress(const QString &text)
-{
-    return text.startsWith(FavoriteMark) ? text.mid(FavoriteMark.size()) : text;
-}
-
 std::optional<HostPort> splitAddress(const QString &address)
 {
     const QStringList parts = address.split(u':');
@@ -110,7 +105,7 @@ QStringList loadAutojoin(const QString &id)
     return autojoin;
 }
 
-void saveConfig(const QString &id, const ServerConfig &config, OddIdAddress oddIdAddress)
+void saveConfig(const QString &id, const ServerConfig &config, AddressFallback fallback)
 {
     QSettings settings;
     settings.beginGroup(groupName(id));
@@ -124,7 +119,7 @@ void saveConfig(const QString &id, const ServerConfig &config, OddIdAddress oddI
     settings.setValue(u"ssl"_s, config.useSsl);
     if (const std::optional<QString> address = addressOfId(id))
         settings.setValue(u"address"_s, *address);
-    else if (oddIdAddress == OddIdAddress::SameAsId)
+    else if (fallback == AddressFallback::UseId)
         settings.setValue(u"address"_s, id);
     settings.endGroup();
 }

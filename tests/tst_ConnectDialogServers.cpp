@@ -1,6 +1,7 @@
 #include "ConnectDialogPage.h"
 #include "ModalAnswers.h"
 #include "ServerAnswers.h"
+#include "ServerRows.h"
 #include "StoredServers.h"
 #include "TemporaryStore.h"
 
@@ -45,6 +46,8 @@ private slots:
     void listsTheUsersOwnServers();
     void leavesOutDeletedDefaults();
     void marksFavorites();
+    void removesTheFavoriteMark_data();
+    void removesTheFavoriteMark();
     void sortsFavoritesFirstAndWithoutCase();
     void selectsTheLastServer();
     void selectsTheLastServerThoughItIsAFavorite();
@@ -158,6 +161,25 @@ void TestConnectDialogServers::marksFavorites()
     QCOMPARE(page.list->count(), 72);
     QCOMPARE(page.rows().constFirst(), QString(Star + u"irc.oftc.net:6667"_s));
     QCOMPARE(page.rows().filter(Star).size(), 1);
+}
+
+void TestConnectDialogServers::removesTheFavoriteMark_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("address");
+
+    QTest::newRow("favourite") << u"\u2605 a.org:6667"_s << u"a.org:6667"_s;
+    QTest::newRow("plain") << u"a.org:6667"_s << u"a.org:6667"_s;
+    QTest::newRow("star without space") << u"\u2605a.org:6667"_s << u"\u2605a.org:6667"_s;
+    QTest::newRow("mark at the end") << u"a.org:6667\u2605 "_s << u"a.org:6667\u2605 "_s;
+    QTest::newRow("two marks") << u"\u2605 \u2605 a"_s << u"\u2605 a"_s;
+    QTest::newRow("empty") << u""_s << u""_s;
+}
+
+void TestConnectDialogServers::removesTheFavoriteMark()
+{
+    QFETCH(const QString, text);
+    QTEST(ServerRows::cleanAddress(text), "address");
 }
 
 void TestConnectDialogServers::sortsFavoritesFirstAndWithoutCase()

@@ -21,8 +21,6 @@ private slots:
     void takesAddressesApart();
     void turnsIdsIntoAddresses_data();
     void turnsIdsIntoAddresses();
-    void takesTheFavoriteMarkOff_data();
-    void takesTheFavoriteMarkOff();
     void defaultsOfARecord();
     void keepsTheOrderOfARecordsFields();
     void movesARecord();
@@ -113,25 +111,6 @@ void TestServerStore::turnsIdsIntoAddresses()
     QTEST(ServerStore::addressOfId(id).value_or(QString()), "address");
 }
 
-void TestServerStore::takesTheFavoriteMarkOff_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("address");
-
-    QTest::newRow("favourite") << u"\u2605 a.org:6667"_s << u"a.org:6667"_s;
-    QTest::newRow("plain") << u"a.org:6667"_s << u"a.org:6667"_s;
-    QTest::newRow("star without blank") << u"\u2605a.org:6667"_s << u"\u2605a.org:6667"_s;
-    QTest::newRow("mark at the end") << u"a.org:6667\u2605 "_s << u"a.org:6667\u2605 "_s;
-    QTest::newRow("two marks") << u"\u2605 \u2605 a"_s << u"\u2605 a"_s;
-    QTest::newRow("empty") << u""_s << u""_s;
-}
-
-void TestServerStore::takesTheFavoriteMarkOff()
-{
-    QFETCH(const QString, text);
-    QTEST(ServerStore::cleanAddress(text), "address");
-}
-
 void TestServerStore::defaultsOfARecord()
 {
     const ServerConfig config;
@@ -187,7 +166,7 @@ void TestServerStore::copiesTheSpareFlagWithTheRecord()
     assigned = copy;
     QVERIFY(assigned.spareFlag);
 
-    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::OddIdAddress::SameAsId);
+    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::AddressFallback::UseId);
     QCOMPARE(QSettings().allKeys().filter(u"spare"_s, Qt::CaseInsensitive), QStringList());
     QVERIFY(!ServerStore::loadConfig(u"a.org_6667"_s).spareFlag);
 }
@@ -241,7 +220,7 @@ void TestServerStore::writesEachFieldUnderItsKey()
     config.autojoin = {u"#a"_s, u"#b"_s};
     config.encoding = u"GBK (Chinese)"_s;
     config.useSsl = true;
-    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::OddIdAddress::SameAsId);
+    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::AddressFallback::UseId);
 
     QSettings settings;
     settings.beginGroup(u"servers/a.org_6667"_s);
@@ -270,7 +249,7 @@ void TestServerStore::readsBackWhatItWrote()
     config.autojoin = {u"#a"_s, u"##b,c"_s, u"#ünï"_s};
     config.encoding = u"KOI8-U"_s;
     config.useSsl = true;
-    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::OddIdAddress::SameAsId);
+    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::AddressFallback::UseId);
     const ServerConfig read = ServerStore::loadConfig(u"a.org_6667"_s);
     QCOMPARE(read.nickname, config.nickname);
     QCOMPARE(read.altNickname, config.altNickname);
@@ -281,7 +260,7 @@ void TestServerStore::readsBackWhatItWrote()
     QCOMPARE(read.encoding, config.encoding);
     QCOMPARE(read.useSsl, config.useSsl);
 
-    ServerStore::saveConfig(u"a.org_6667"_s, ServerConfig(), ServerStore::OddIdAddress::SameAsId);
+    ServerStore::saveConfig(u"a.org_6667"_s, ServerConfig(), ServerStore::AddressFallback::UseId);
     QCOMPARE(ServerStore::loadConfig(u"a.org_6667"_s).autojoin, QStringList());
 }
 
@@ -289,7 +268,7 @@ void TestServerStore::storesThePasswordAsItWasTyped()
 {
     ServerConfig config;
     config.password = u"Open sesame 7"_s;
-    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::OddIdAddress::SameAsId);
+    ServerStore::saveConfig(u"a.org_6667"_s, config, ServerStore::AddressFallback::UseId);
     QCOMPARE(ServerStore::loadConfig(u"a.org_6667"_s).password, u"Open sesame 7"_s);
 
     QFile file(store.fileName());
@@ -307,22 +286,25 @@ void TestServerStore::writesTheIdAsAddressOfAnOddId_data()
 void TestServerStore::writesTheIdAsAddressOfAnOddId()
 {
     QFETCH(const QString, id);
-    ServerStore::saveConfig(id, ServerConfig(), ServerStore::OddIdAddress::SameAsId);
+    ServerStore::saveConfig(id, ServerConfig(), ServerStore::AddressFallback::UseId);
     QCOMPARE(QSettings().value(u"servers/%1/address"_s.arg(id)), QVariant(id));
 }
 
 void TestServerStore::keepsTheAddressOfAnOddId()
 {
     const QString key = u"servers/my_host.org_6667/address"_s;
-    ServerStore::saveConfig(u"my_host.org_6667"_s, ServerConfig(), ServerStore::OddIdAddress::Keep);
+    ServerStore::saveConfig(u"my_host.org_6667"_s, ServerConfig(),
+                            ServerStore::AddressFallback::KeepStored);
     QVERIFY(!QSettings().contains(key));
     QVERIFY(QSettings().contains(u"servers/my_host.org_6667/nickname"_s));
 
     QSettings().setValue(key, u"kept"_s);
-    ServerStore::saveConfig(u"my_host.org_6667"_s, ServerConfig(), ServerStore::OddIdAddress::Keep);
+    ServerStore::saveConfig(u"my_host.org_6667"_s, ServerConfig(),
+                            ServerStore::AddressFallback::KeepStored);
     QCOMPARE(QSettings().value(key), QVariant(u"kept"_s));
 
-    ServerStore::saveConfig(u"a.org_6667"_s, ServerConfig(), ServerStore::OddIdAddress::Keep);
+    ServerStore::saveConfig(u"a.org_6667"_s, ServerConfig(),
+                            ServerStore::AddressFallback::KeepStored);
     QCOMPARE(QSettings().value(u"servers/a.org_6667/address"_s), QVariant(u"a.org:6667"_s));
 }
 
@@ -357,7 +339,7 @@ void TestServerStore::readsTheChannelsAlone()
 void TestServerStore::removesOneGroupOnly()
 {
     for (const QString &id : {u"a.org_666"_s, u"a.org_6667"_s, u"a.org_66"_s})
-        ServerStore::saveConfig(id, ServerConfig(), ServerStore::OddIdAddress::SameAsId);
+        ServerStore::saveConfig(id, ServerConfig(), ServerStore::AddressFallback::UseId);
     QSettings().setValue(u"servers/favorites"_s, QStringList{u"a.org_666"_s});
     ServerStore::removeGroup(u"a.org_666"_s);
     QSettings settings;

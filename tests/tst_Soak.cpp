@@ -273,7 +273,7 @@ void TestSoak::disconnectsFromAServerThatNeverAnswersTls()
     ServerConfig config;
     config.useSsl = true;
     ServerStore::saveConfig(ServerStore::serverId(u"127.0.0.1"_s, silent.port()), config,
-                            ServerStore::OddIdAddress::SameAsId);
+                            ServerStore::AddressFallback::UseId);
     const auto connectToSilentServer = [&] {
         const int clients = silent.clientCount();
         QTimer::singleShot(0, &session.window,

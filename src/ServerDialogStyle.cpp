@@ -1,8 +1,10 @@
-#include "ConnectDialogStyle.h"
+#include "ServerDialogStyle.h"
 
 #include "ThemeManager.h"
 
+#include <QByteArray>
 #include <QDialog>
+#include <QFile>
 #include <QStringView>
 
 #include <initializer_list>
@@ -17,8 +19,8 @@ struct Color
     QStringView value;
 };
 
-// A name in angle brackets stands for each colour, since there are more than the nine that one call
-// of QString::arg takes, and calls in a row would mistake %1 for the start of %10.
+// Named placeholders instead of %1 to %13: one call of QString::arg() replaces nine at most, and
+// chained calls would misread %10 as %1.
 QString fill(QString sheet, std::initializer_list<Color> colors)
 {
     for (const Color &color : colors)
@@ -26,14 +28,21 @@ QString fill(QString sheet, std::initializer_list<Color> colors)
     return sheet;
 }
 
+QString comboArrowUri(const QString &theme)
+{
+    QFile file(ServerDialogStyle::comboArrowFile(theme));
+    const QByteArray image = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return u"data:image/svg+xml;base64,"_s + QString::fromLatin1(image.toBase64());
+}
+
 } // namespace
 
-namespace ConnectDialogStyle {
+namespace ServerDialogStyle {
 
-QString dialogSheet(const QString &theme)
+QString connectDialogSheet(const QString &theme)
 {
-    // A border that gets one pixel thicker with the focus takes that pixel from the padding, so
-    // that the text stays where it is.
+    // With the focus the border grows by one pixel and the padding shrinks by one, so that the text
+    // does not move.
     static const QString sheet = uR"(
         QDialog { background: <window>; }
         QLabel { color: <text>; font-size: 13px; }
@@ -81,6 +90,60 @@ QString dialogSheet(const QString &theme)
                         {u"<deleteHover>", dark ? u"#5F1E1E" : u"#FFE5E5"}});
 }
 
+QString errorButtonSheet()
+{
+    return uR"(
+        QPushButton { background: #007AFF; color: white; border: none; border-radius: 6px;
+            padding: 8px 16px; font-size: 14px; font-weight: 500; }
+        QPushButton:hover { background: #0062CC; }
+        QPushButton:pressed { background: #0051AA; }
+    )"_s;
+}
+
+QString deletionBoxSheet(const QString &theme)
+{
+    static const QString sheet = uR"(
+        QMessageBox { background: %1; }
+        QLabel { color: %2; font-size: 13px; }
+        QPushButton { border-radius: 6px; padding: 10px 24px; font-size: 14px; font-weight: 500; }
+        QPushButton#yesButton { background: #007AFF; color: white; border: none; }
+        QPushButton#yesButton:hover { background: #0062CC; }
+        QPushButton#yesButton:pressed { background: #0051AA; }
+        QPushButton#noButton { background: transparent; color: #FF3B30; border: 1px solid #FF3B30; }
+        QPushButton#noButton:hover { background: %3; }
+    )"_s;
+    return ThemeManager::isDark(theme) ? sheet.arg(u"#2E2E2E"_s, u"#DDDDDD"_s, u"#5F1E1E"_s)
+                                       : sheet.arg(u"#FFFFFF"_s, u"#333333"_s, u"#FFE5E5"_s);
+}
+
+QString comboBoxSheet(const QString &theme)
+{
+    static const QString sheet = uR"(
+        QComboBox { border: 1px solid %1; border-radius: 6px; padding: 8px 12px; font-size: 14px;
+            background: %2; color: %3; }
+        QComboBox:focus { border: 2px solid %4; padding: 7px 11px; }
+        QComboBox::drop-down { subcontrol-origin: padding; subcontrol-position: top right;
+            width: 30px; border-left: 1px solid %1; border-top-right-radius: 6px;
+            border-bottom-right-radius: 6px; background: transparent; }
+        QComboBox::down-arrow { image: url(%5); width: 12px; height: 12px;
+            background: transparent; }
+        QComboBox QAbstractItemView { background: %2; color: %3; selection-background-color: %4;
+            selection-color: white; border: 1px solid %1; outline: none; }
+        QComboBox QAbstractItemView::item { padding: 6px 12px; }
+        QComboBox QAbstractItemView::item:hover, QComboBox QAbstractItemView::item:selected {
+            background: %4; color: white; }
+    )"_s;
+    const ThemePalette palette = ThemeManager::palette(theme);
+    return sheet.arg(palette.borderColor, palette.inputBackground, palette.textColor,
+                     palette.accentColor, comboArrowUri(theme));
+}
+
+QString comboArrowFile(const QString &theme)
+{
+    return ThemeManager::isDark(theme) ? u":/icons/combo_arrow_dark.svg"_s
+                                       : u":/icons/combo_arrow_light.svg"_s;
+}
+
 void setBackground(QDialog *dialog, const QString &theme)
 {
     const bool glass = theme == "glass"_L1;
@@ -88,4 +151,4 @@ void setBackground(QDialog *dialog, const QString &theme)
     dialog->setAutoFillBackground(!glass);
 }
 
-} // namespace ConnectDialogStyle
+} // namespace ServerDialogStyle
