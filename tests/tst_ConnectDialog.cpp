@@ -17,8 +17,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Notes the sheet that a dialog has whenever another row of its list becomes current.
-class SheetWatch final : public QObject
+/// Records the dialog's style sheet whenever the current row of its list changes.
+class SheetRecorder final : public QObject
 {
 public:
     bool eventFilter(QObject *watched, QEvent *event) override
@@ -44,26 +44,26 @@ class TestConnectDialog final : public QObject
 private slots:
     void init();
     void hasItsRowsInOrder();
-    void saysWhatToType_data();
-    void saysWhatToType();
+    void hasPlaceholders_data();
+    void hasPlaceholders();
     void laysOutTheForm();
     void laysOutTheList();
     void laysOutTheButtons();
-    void isAWindowOfFixedSize();
+    void hasAFixedSize();
     void declaresItsSlotsInOrder();
-    void dressesByTheme_data();
-    void dressesByTheme();
-    void dressesOnlyInAnotherTheme();
+    void appliesTheThemesColors_data();
+    void appliesTheThemesColors();
+    void setsTheSheetOnlyForAnotherTheme();
     void keepsFixedValuesInEveryTheme_data();
     void keepsFixedValuesInEveryTheme();
     void appliesTheThemeAfterTheSettings();
-    void isTranslucentForGlassAlone_data();
-    void isTranslucentForGlassAlone();
+    void isTranslucentOnlyForGlass_data();
+    void isTranslucentOnlyForGlass();
     void paintsSelectedRowsInTheThemesColor();
-    void walksByKeyboard();
+    void isUsableByKeyboard();
     void connectsOnReturn_data();
     void connectsOnReturn();
-    void leavesOnEscape();
+    void rejectsOnEscape();
 
 private:
     TemporaryStore store;
@@ -72,7 +72,7 @@ private:
 void TestConnectDialog::init()
 {
     store.clear();
-    // The offscreen platform says so when a window is raised.
+    // The offscreen platform logs this when a window is raised.
     QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
 }
 
@@ -88,7 +88,7 @@ void TestConnectDialog::hasItsRowsInOrder()
     QCOMPARE(page.dialog.findChildren<QLineEdit *>().size(), 5);
 }
 
-void TestConnectDialog::saysWhatToType_data()
+void TestConnectDialog::hasPlaceholders_data()
 {
     QTest::addColumn<QString>("label");
     QTest::addColumn<QString>("placeholder");
@@ -99,7 +99,7 @@ void TestConnectDialog::saysWhatToType_data()
     QTest::newRow("channels") << u"Join channels:"_s << u"#linux, #help"_s;
 }
 
-void TestConnectDialog::saysWhatToType()
+void TestConnectDialog::hasPlaceholders()
 {
     QFETCH(const QString, label);
     const ConnectDialogPage page;
@@ -170,7 +170,7 @@ void TestConnectDialog::laysOutTheButtons()
     QVERIFY(page.button(u"connectButton"_s)->isDefault());
 }
 
-void TestConnectDialog::isAWindowOfFixedSize()
+void TestConnectDialog::hasAFixedSize()
 {
     const ConnectDialogPage page;
     QCOMPARE(page.dialog.minimumSize(), page.dialog.size());
@@ -198,7 +198,7 @@ void TestConnectDialog::declaresItsSlotsInOrder()
                           u"deleteServer()"_s, u"showServerContextMenu(QPoint)"_s}));
 }
 
-void TestConnectDialog::dressesByTheme_data()
+void TestConnectDialog::appliesTheThemesColors_data()
 {
     QTest::addColumn<QString>("selector");
     QTest::addColumn<QString>("property");
@@ -232,12 +232,12 @@ void TestConnectDialog::dressesByTheme_data()
     row("QPushButton#deleteButton:hover", "background", "#5F1E1E", "#FFE5E5");
 }
 
-void TestConnectDialog::dressesByTheme()
+void TestConnectDialog::appliesTheThemesColors()
 {
     QFETCH(const QString, selector);
     QFETCH(const QString, property);
     ConnectDialogPage page;
-    // Until it is told another name, the dialog is light.
+    // The dialog starts with the light theme.
     QTEST(StyleSheetReader(page.dialog.styleSheet()).value(selector, property), "other");
     page.dialog.setCurrentTheme(u"dark"_s);
     QTEST(StyleSheetReader(page.dialog.styleSheet()).value(selector, property), "dark");
@@ -247,7 +247,7 @@ void TestConnectDialog::dressesByTheme()
     }
 }
 
-void TestConnectDialog::dressesOnlyInAnotherTheme()
+void TestConnectDialog::setsTheSheetOnlyForAnotherTheme()
 {
     class StyleChanges final : public QObject
     {
@@ -331,17 +331,17 @@ void TestConnectDialog::keepsFixedValuesInEveryTheme()
     }
 }
 
-// Selecting a row fills the fields of the dialog without its sheet.
+// loadSettings() selects a row while the dialog has no style sheet yet.
 void TestConnectDialog::appliesTheThemeAfterTheSettings()
 {
-    SheetWatch watch;
-    qApp->installEventFilter(&watch);
+    SheetRecorder recorder;
+    qApp->installEventFilter(&recorder);
     const ConnectDialogPage page;
-    QCOMPARE(watch.sheets, QStringList{QString()});
+    QCOMPARE(recorder.sheets, QStringList{QString()});
     QVERIFY(!page.dialog.styleSheet().isEmpty());
 }
 
-void TestConnectDialog::isTranslucentForGlassAlone_data()
+void TestConnectDialog::isTranslucentOnlyForGlass_data()
 {
     QTest::addColumn<QString>("theme");
     QTest::addColumn<bool>("glass");
@@ -352,7 +352,7 @@ void TestConnectDialog::isTranslucentForGlassAlone_data()
     QTest::newRow("unknown") << u"sepia"_s << false;
 }
 
-void TestConnectDialog::isTranslucentForGlassAlone()
+void TestConnectDialog::isTranslucentOnlyForGlass()
 {
     QFETCH(const QString, theme);
     QFETCH(const bool, glass);
@@ -385,32 +385,32 @@ void TestConnectDialog::paintsSelectedRowsInTheThemesColor()
     QCOMPARE(colorOfCurrentRow(), QColor(u"#505050"_s));
 }
 
-void TestConnectDialog::walksByKeyboard()
+void TestConnectDialog::isUsableByKeyboard()
 {
     ConnectDialogPage page;
     page.dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&page.dialog, WaitTimeout));
-    const QList<QWidget *> stops{page.server,
-                                 page.port,
-                                 page.button(u"addButton"_s),
-                                 page.button(u"editButton"_s),
-                                 page.button(u"deleteButton"_s),
-                                 page.list,
-                                 page.nickname,
-                                 page.realName,
-                                 page.channels,
-                                 page.ssl,
-                                 page.button(u"cancelButton"_s),
-                                 page.button(u"connectButton"_s)};
-    for (QWidget *stop : stops) {
-        QCOMPARE(page.dialog.focusWidget(), stop);
-        QTest::keyClick(stop, Qt::Key_Tab);
+    const QList<QWidget *> tabOrder{page.server,
+                                    page.port,
+                                    page.button(u"addButton"_s),
+                                    page.button(u"editButton"_s),
+                                    page.button(u"deleteButton"_s),
+                                    page.list,
+                                    page.nickname,
+                                    page.realName,
+                                    page.channels,
+                                    page.ssl,
+                                    page.button(u"cancelButton"_s),
+                                    page.button(u"connectButton"_s)};
+    for (QWidget *widget : tabOrder) {
+        QCOMPARE(page.dialog.focusWidget(), widget);
+        QTest::keyClick(widget, Qt::Key_Tab);
     }
     QCOMPARE(page.dialog.focusWidget(), page.server);
     QTest::keyClick(page.server, Qt::Key_Backtab, Qt::ShiftModifier);
     QCOMPARE(page.dialog.focusWidget(), page.button(u"connectButton"_s));
 
-    // The list by arrow keys and by the first letters; the fields follow.
+    // Arrow keys and typed letters select rows of the list, which fill the fields.
     page.list->setFocus();
     QTest::keyClick(page.list, Qt::Key_Home);
     QCOMPARE(page.server->text(), u"chat.freenode.net"_s);
@@ -458,7 +458,7 @@ void TestConnectDialog::connectsOnReturn()
     QVERIFY(!page.dialog.isVisible());
 }
 
-void TestConnectDialog::leavesOnEscape()
+void TestConnectDialog::rejectsOnEscape()
 {
     ConnectDialogPage page;
     page.dialog.show();

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A server that is in the list from the start, and one that is not.
+// A server of the list, and one that is not listed.
 const auto Listed = u"irc.oftc.net"_s;
 const auto ListedId = u"irc.oftc.net_6667"_s;
 const auto Unlisted = u"irc.example.org"_s;
@@ -28,26 +28,26 @@ class TestConnectDialogConnecting final : public QObject
 private slots:
     void init();
     void fillsTheFieldsFromTheSelectedRow();
-    void emptiesTheFieldsForARowWithoutRecord();
-    void leavesTheFieldsForARowThatIsNoAddress();
+    void clearsTheFieldsForARowWithoutRecord();
+    void keepsTheFieldsForAnInvalidAddress();
     void readsHostAndPortFromTheFields_data();
     void readsHostAndPortFromTheFields();
-    void answersFromTheFieldsBeforeConnecting();
-    void answersFromTheRecordAfterConnecting();
-    void wantsServerAndNickname_data();
-    void wantsServerAndNickname();
-    void wantsAPort_data();
-    void wantsAPort();
-    void showsErrorsInABoxOfItsOwn();
+    void returnsTheFieldsBeforeConnecting();
+    void returnsTheRecordAfterConnecting();
+    void requiresServerAndNickname_data();
+    void requiresServerAndNickname();
+    void requiresAValidPort_data();
+    void requiresAValidPort();
+    void showsErrorsInAStyledBox();
     void storesTheFieldsOfTheSelectedServer();
-    void keepsWhatItHasNoFieldFor();
-    void leavesTheRecordOfATypedServer();
-    void forgetsTheRowOnceHostOrPortChange_data();
-    void forgetsTheRowOnceHostOrPortChange();
-    void givesATypedServerItsStoredRecord();
+    void keepsValuesWithoutAField();
+    void storesNoRecordForATypedServer();
+    void unbindsTheRowWhenHostOrPortChange_data();
+    void unbindsTheRowWhenHostOrPortChange();
+    void usesTheStoredRecordOfATypedServer();
     void completesAnEmptyRecordFromTheFields();
-    void decidesAboutTls_data();
-    void decidesAboutTls();
+    void choosesTls_data();
+    void choosesTls();
     void parsesChannels_data();
     void parsesChannels();
     void keepsOneHistoryEntryPerAddress();
@@ -61,7 +61,7 @@ private:
 void TestConnectDialogConnecting::init()
 {
     store.clear();
-    // The offscreen platform says so when a window is raised.
+    // The offscreen platform logs this when a window is raised.
     QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
 }
 
@@ -87,7 +87,7 @@ void TestConnectDialogConnecting::fillsTheFieldsFromTheSelectedRow()
     QVERIFY(!page.ssl->isChecked());
 }
 
-void TestConnectDialogConnecting::emptiesTheFieldsForARowWithoutRecord()
+void TestConnectDialogConnecting::clearsTheFieldsForARowWithoutRecord()
 {
     ConnectDialogPage page;
     page.list->addItem(u"late.example.org:0700"_s);
@@ -104,7 +104,7 @@ void TestConnectDialogConnecting::emptiesTheFieldsForARowWithoutRecord()
     QVERIFY(!page.ssl->isChecked());
 }
 
-void TestConnectDialogConnecting::leavesTheFieldsForARowThatIsNoAddress()
+void TestConnectDialogConnecting::keepsTheFieldsForAnInvalidAddress()
 {
     StoredServers::setValue(u"my_host_6667"_s, u"address"_s, u"my_host_6667"_s);
     QSettings().setValue(u"servers/customList"_s, QStringList{u"my_host_6667"_s});
@@ -121,7 +121,7 @@ void TestConnectDialogConnecting::leavesTheFieldsForARowThatIsNoAddress()
     QCOMPARE(page.realName->text(), u"Real"_s);
     QCOMPARE(page.channels->text(), u"#a"_s);
     QVERIFY(page.ssl->isChecked());
-    // It is bound to no row: connecting stores no record.
+    // The fields are bound to no row, so connecting stores no record.
     page.clickConnect();
     QCOMPARE(page.dialog.result(), int(QDialog::Accepted));
     QVERIFY(!StoredServers::value(u"my_host_6667"_s, u"nickname"_s).isValid());
@@ -150,7 +150,7 @@ void TestConnectDialogConnecting::readsHostAndPortFromTheFields()
     QTEST(page.dialog.port(), "number");
 }
 
-void TestConnectDialogConnecting::answersFromTheFieldsBeforeConnecting()
+void TestConnectDialogConnecting::returnsTheFieldsBeforeConnecting()
 {
     StoredServers::setValue(ListedId, u"nickname"_s, u"stored"_s);
     StoredServers::setValue(ListedId, u"password"_s, u"secret"_s);
@@ -173,7 +173,7 @@ void TestConnectDialogConnecting::answersFromTheFieldsBeforeConnecting()
     QCOMPARE(page.dialog.activeServerConfig().nickname, QString());
 }
 
-void TestConnectDialogConnecting::answersFromTheRecordAfterConnecting()
+void TestConnectDialogConnecting::returnsTheRecordAfterConnecting()
 {
     StoredServers::setValue(ListedId, u"nickname"_s, u"nick"_s);
     StoredServers::setValue(ListedId, u"altnick"_s, u"alt"_s);
@@ -204,20 +204,20 @@ void TestConnectDialogConnecting::answersFromTheRecordAfterConnecting()
     QCOMPARE(page.dialog.port(), 6667);
 }
 
-void TestConnectDialogConnecting::wantsServerAndNickname_data()
+void TestConnectDialogConnecting::requiresServerAndNickname_data()
 {
     QTest::addColumn<QString>("server");
     QTest::addColumn<QString>("port");
     QTest::addColumn<QString>("nickname");
 
     QTest::newRow("no server") << u""_s << u"6667"_s << u"nick"_s;
-    QTest::newRow("blank server") << u" \t "_s << u"6667"_s << u"nick"_s;
+    QTest::newRow("server of spaces") << u" \t "_s << u"6667"_s << u"nick"_s;
     QTest::newRow("no nick") << u"a.org"_s << u"6667"_s << u""_s;
-    QTest::newRow("blank nick") << u"a.org"_s << u"6667"_s << u"  "_s;
-    QTest::newRow("nothing at all") << u""_s << u""_s << u""_s;
+    QTest::newRow("nick of spaces") << u"a.org"_s << u"6667"_s << u"  "_s;
+    QTest::newRow("all empty") << u""_s << u""_s << u""_s;
 }
 
-void TestConnectDialogConnecting::wantsServerAndNickname()
+void TestConnectDialogConnecting::requiresServerAndNickname()
 {
     QFETCH(const QString, server);
     QFETCH(const QString, port);
@@ -241,7 +241,7 @@ void TestConnectDialogConnecting::wantsServerAndNickname()
     QCOMPARE(page.dialog.activeServerConfig().nickname, QString());
 }
 
-void TestConnectDialogConnecting::wantsAPort_data()
+void TestConnectDialogConnecting::requiresAValidPort_data()
 {
     QTest::addColumn<QString>("port");
     QTest::addColumn<bool>("valid");
@@ -249,14 +249,14 @@ void TestConnectDialogConnecting::wantsAPort_data()
     QTest::newRow("empty") << u""_s << false;
     QTest::newRow("zero") << u"0"_s << false;
     QTest::newRow("negative") << u"-6667"_s << false;
-    QTest::newRow("one too many") << u"65536"_s << false;
-    QTest::newRow("far too many") << u"99999999999"_s << false;
+    QTest::newRow("above the highest") << u"65536"_s << false;
+    QTest::newRow("overflow") << u"99999999999"_s << false;
     QTest::newRow("letters") << u"6667a"_s << false;
     QTest::newRow("lowest") << u"1"_s << true;
     QTest::newRow("highest") << u"65535"_s << true;
 }
 
-void TestConnectDialogConnecting::wantsAPort()
+void TestConnectDialogConnecting::requiresAValidPort()
 {
     QFETCH(const QString, port);
     QFETCH(const bool, valid);
@@ -281,7 +281,7 @@ void TestConnectDialogConnecting::wantsAPort()
         QCOMPARE(StoredServers::history(), QStringList{u"irc.example.org:%1"_s.arg(port)});
 }
 
-void TestConnectDialogConnecting::showsErrorsInABoxOfItsOwn()
+void TestConnectDialogConnecting::showsErrorsInAStyledBox()
 {
     const ConnectDialogPage page;
     ModalAnswers answers;
@@ -344,7 +344,7 @@ void TestConnectDialogConnecting::storesTheFieldsOfTheSelectedServer()
     QCOMPARE(StoredServers::value(ListedId, u"ssl"_s).toBool(), false);
 }
 
-void TestConnectDialogConnecting::keepsWhatItHasNoFieldFor()
+void TestConnectDialogConnecting::keepsValuesWithoutAField()
 {
     StoredServers::setValue(ListedId, u"altnick"_s, u"alt"_s);
     StoredServers::setValue(ListedId, u"authmethod"_s, u"SASL EXTERNAL"_s);
@@ -365,7 +365,7 @@ void TestConnectDialogConnecting::keepsWhatItHasNoFieldFor()
     QCOMPARE(StoredServers::value(ListedId, u"encoding"_s), QVariant(u"GBK (Chinese)"_s));
 }
 
-void TestConnectDialogConnecting::leavesTheRecordOfATypedServer()
+void TestConnectDialogConnecting::storesNoRecordForATypedServer()
 {
     ConnectDialogPage page;
     auto before = StoredServers::everything();
@@ -385,20 +385,20 @@ void TestConnectDialogConnecting::leavesTheRecordOfATypedServer()
     QCOMPARE(StoredServers::everything(), before);
 }
 
-void TestConnectDialogConnecting::forgetsTheRowOnceHostOrPortChange_data()
+void TestConnectDialogConnecting::unbindsTheRowWhenHostOrPortChange_data()
 {
     QTest::addColumn<bool>("host");
     QTest::newRow("host") << true;
     QTest::newRow("port") << false;
 }
 
-void TestConnectDialogConnecting::forgetsTheRowOnceHostOrPortChange()
+void TestConnectDialogConnecting::unbindsTheRowWhenHostOrPortChange()
 {
     QFETCH(const bool, host);
     StoredServers::setValue(ListedId, u"nickname"_s, u"stored"_s);
     ConnectDialogPage page;
     QVERIFY(page.select(u"irc.oftc.net:6667"_s));
-    // Typed over and typed back: the id matches again, and still the row is not meant.
+    // Typing the same text again restores the id, but does not bind the fields to the row.
     QTest::keyClick(host ? page.server : page.port, Qt::Key_Backspace);
     QTest::keyClicks(host ? page.server : page.port, host ? u"t"_s : u"7"_s);
     QCOMPARE(page.server->text(), Listed);
@@ -416,7 +416,7 @@ void TestConnectDialogConnecting::forgetsTheRowOnceHostOrPortChange()
     QCOMPARE(StoredServers::value(ListedId, u"realname"_s), QVariant(u"Picked"_s));
 }
 
-void TestConnectDialogConnecting::givesATypedServerItsStoredRecord()
+void TestConnectDialogConnecting::usesTheStoredRecordOfATypedServer()
 {
     StoredServers::setValue(ListedId, u"nickname"_s, u"stored"_s);
     StoredServers::setValue(ListedId, u"realname"_s, u"Stored"_s);
@@ -455,7 +455,7 @@ void TestConnectDialogConnecting::completesAnEmptyRecordFromTheFields()
     QCOMPARE(config.authMethod, u"NickServ (/nickserv IDENTIFY)"_s);
 }
 
-void TestConnectDialogConnecting::decidesAboutTls_data()
+void TestConnectDialogConnecting::choosesTls_data()
 {
     QTest::addColumn<bool>("stored");
     QTest::addColumn<bool>("typed");
@@ -473,7 +473,7 @@ void TestConnectDialogConnecting::decidesAboutTls_data()
     QTest::newRow("typed, on, checked") << true << true << true << true << true;
 }
 
-void TestConnectDialogConnecting::decidesAboutTls()
+void TestConnectDialogConnecting::choosesTls()
 {
     QFETCH(const bool, typed);
     QFETCH(const bool, checked);
@@ -500,7 +500,7 @@ void TestConnectDialogConnecting::parsesChannels_data()
     QTest::newRow("separators alone") << u" ,, "_s << QStringList{};
     QTest::newRow("any mix") << u", #a b,,c\t #a,"_s
                              << QStringList{u"#a"_s, u"#b"_s, u"#c"_s, u"#a"_s};
-    QTest::newRow("other sign") << u"&local"_s << QStringList{u"#&local"_s};
+    QTest::newRow("other prefix") << u"&local"_s << QStringList{u"#&local"_s};
 }
 
 void TestConnectDialogConnecting::parsesChannels()
@@ -556,7 +556,7 @@ void TestConnectDialogConnecting::keepsTenHistoryEntries()
     expected.append(u"host11.org:6667"_s);
     QCOMPARE(StoredServers::history(), expected);
 
-    // Somebody else's longer list comes down to ten as well.
+    // A longer stored list is also reduced to ten.
     expected.prepend(u"old.org:6667"_s);
     expected.prepend(u"older.org:6667"_s);
     QSettings().setValue(u"connection/history"_s, expected);

@@ -34,44 +34,44 @@ private slots:
     void init();
     void cleanup();
     void addsAServer();
-    void asksForANewServerInAnEmptyForm();
+    void opensAnEmptyFormToAdd();
     void addsNothingOnCancel();
-    void selectsTheRowOfAServerThatIsThere();
-    void takesAnotherPortForAnotherServer();
-    void bringsADeletedDefaultBack();
-    void wantsAnAddressOfTwoPartsToAdd();
+    void selectsTheRowOfADuplicate();
+    void treatsAnotherPortAsAnotherServer();
+    void restoresADeletedDefault();
+    void rejectsAnInvalidAddressToAdd();
     void addsAServerWithoutHost();
     void addsAServerWithUnderscore();
     void editsARecord();
-    void editsTheServerOfTheRow();
-    void keepsTheStarWhenTheAddressStays();
-    void dropsTheStarWithTheAddress();
-    void takesTheStarOfItsNewAddress();
-    void leavesARenamedDefaultToComeBack();
+    void opensAFormWithTheServerOfTheRow();
+    void keepsTheStarWithTheSameAddress();
+    void removesTheStarWithTheOldAddress();
+    void showsTheStarOfTheNewAddress();
+    void listsARenamedDefaultAgain();
     void editsNothingOnCancel();
-    void wantsAnAddressOfTwoPartsToEdit();
+    void rejectsAnInvalidAddressToEdit();
     void refillsTheFieldsAfterEditing();
     void editsNothingWithoutRow();
-    void editsNoRowThatIsNoAddress();
-    void turnsTlsOffByEditing();
-    void deletesADefaultForGood();
+    void editsNoRowWithAnInvalidAddress();
+    void turnsTlsOffWhenEditing();
+    void keepsADefaultDeleted();
     void deletesACustomServer();
     void keepsTheMarkOfADeletedFavoriteDefault();
-    void deletesARowThatIsNoAddress();
-    void asksBeforeItDeletes_data();
-    void asksBeforeItDeletes();
-    void deletesNothingUnlessTold_data();
-    void deletesNothingUnlessTold();
+    void deletesARowWithAnInvalidAddress();
+    void asksForConfirmationToDelete_data();
+    void asksForConfirmationToDelete();
+    void deletesNothingWithoutConfirmation_data();
+    void deletesNothingWithoutConfirmation();
     void deletesNothingWithoutRow();
-    void forgetsTheRecordOfAServerThatIsGone_data();
-    void forgetsTheRecordOfAServerThatIsGone();
-    void remembersTheRecordOfADeletedDefault();
+    void forgetsTheRecordOfARemovedServer_data();
+    void forgetsTheRecordOfARemovedServer();
+    void keepsTheRecordOfADeletedDefault();
     void addsAFavoriteWithoutItsStar();
-    void showsTheStoredChannelsBeforeItRefills();
-    void survivesItsEndInsideABoxOrForm_data();
-    void survivesItsEndInsideABoxOrForm();
-    void survivesItsEndInsideAMenu();
-    void survivesRowsThatVanishMeanwhile();
+    void showsTheStoredChannelsBeforeRefilling();
+    void survivesDestructionInABoxOrForm_data();
+    void survivesDestructionInABoxOrForm();
+    void survivesDestructionInAMenu();
+    void survivesRowsRemovedInANestedLoop();
 
 private:
     TemporaryStore temporaryStore;
@@ -82,7 +82,7 @@ void TestConnectDialogEditing::init()
 {
     temporaryStore.clear();
     answers = std::make_unique<ModalAnswers>();
-    // The offscreen platform says so when a window is raised.
+    // The offscreen platform logs this when a window is raised.
     QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
 }
 
@@ -119,14 +119,14 @@ void TestConnectDialogEditing::addsAServer()
     QCOMPARE(StoredServers::value(id, u"autojoin"_s), QVariant(QStringList{u"#a"_s, u"#b"_s}));
     QCOMPARE(StoredServers::value(id, u"ssl"_s).toBool(), false);
 
-    // The row is bound to its fields: a connect stores them.
+    // The fields are bound to the row, so connecting stores them.
     page.realName->setText(u"Real"_s);
     page.clickConnect();
     QCOMPARE(StoredServers::value(id, u"realname"_s), QVariant(u"Real"_s));
     QCOMPARE(StoredServers::value(id, u"password"_s), QVariant(u" secret "_s));
 }
 
-void TestConnectDialogEditing::asksForANewServerInAnEmptyForm()
+void TestConnectDialogEditing::opensAnEmptyFormToAdd()
 {
     ConnectDialogPage page;
     page.dialog.setCurrentTheme(u"dark"_s);
@@ -156,7 +156,7 @@ void TestConnectDialogEditing::addsNothingOnCancel()
     QCOMPARE(page.currentRow(), u"irc.libera.chat:6667"_s);
 }
 
-void TestConnectDialogEditing::selectsTheRowOfAServerThatIsThere()
+void TestConnectDialogEditing::selectsTheRowOfADuplicate()
 {
     QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
     const ConnectDialogPage page;
@@ -172,20 +172,20 @@ void TestConnectDialogEditing::selectsTheRowOfAServerThatIsThere()
     QCOMPARE(StoredServers::everything(), before);
 }
 
-void TestConnectDialogEditing::takesAnotherPortForAnotherServer()
+void TestConnectDialogEditing::treatsAnotherPortAsAnotherServer()
 {
     const ConnectDialogPage page;
     ServerAnswers::save(*answers, {{u"IRC server:"_s, u"irc.oftc.net"_s}, {u"Port:"_s, u"6668"_s}});
     page.clickAdd();
     QCOMPARE(page.list->count(), 73);
     QCOMPARE(StoredServers::customIds(), QStringList{u"irc.oftc.net_6668"_s});
-    // The comparison minds letter case.
+    // The comparison is case-sensitive.
     ServerAnswers::save(*answers, {{u"IRC server:"_s, u"IRC.oftc.net"_s}, {u"Port:"_s, u"6668"_s}});
     page.clickAdd();
     QCOMPARE(page.list->count(), 74);
 }
 
-void TestConnectDialogEditing::bringsADeletedDefaultBack()
+void TestConnectDialogEditing::restoresADeletedDefault()
 {
     QSettings().setValue(u"servers/deletedDefaultServers"_s,
                          QStringList{u"irc.oftc.net_6667"_s, u"irc.efnet.org_6667"_s});
@@ -200,7 +200,7 @@ void TestConnectDialogEditing::bringsADeletedDefaultBack()
     QVERIFY(again.rows().contains(u"irc.oftc.net:6667"_s));
 }
 
-void TestConnectDialogEditing::wantsAnAddressOfTwoPartsToAdd()
+void TestConnectDialogEditing::rejectsAnInvalidAddressToAdd()
 {
     const ConnectDialogPage page;
     const auto before = StoredServers::everything();
@@ -257,7 +257,7 @@ void TestConnectDialogEditing::editsARecord()
     QCOMPARE(StoredServers::customIds(), QStringList{u"own.example.org_6697"_s});
 }
 
-void TestConnectDialogEditing::editsTheServerOfTheRow()
+void TestConnectDialogEditing::opensAFormWithTheServerOfTheRow()
 {
     QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
     QSettings().setValue(u"servers/irc.oftc.net_6667/altnick"_s, u"alt"_s);
@@ -273,7 +273,7 @@ void TestConnectDialogEditing::editsTheServerOfTheRow()
     page.clickEdit();
 }
 
-void TestConnectDialogEditing::keepsTheStarWhenTheAddressStays()
+void TestConnectDialogEditing::keepsTheStarWithTheSameAddress()
 {
     QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
     ConnectDialogPage page;
@@ -285,18 +285,18 @@ void TestConnectDialogEditing::keepsTheStarWhenTheAddressStays()
     QCOMPARE(StoredServers::value(u"irc.oftc.net_6667"_s, u"nickname"_s), QVariant(u"other"_s));
 }
 
-void TestConnectDialogEditing::dropsTheStarWithTheAddress()
+void TestConnectDialogEditing::removesTheStarWithTheOldAddress()
 {
     StoredServers::addCustom(u"own.example.org"_s, 6697);
     QSettings().setValue(u"servers/favorites"_s,
                          QStringList{u"own.example.org_6697"_s, u"irc.oftc.net_6667"_s});
     ConnectDialogPage page;
     QVERIFY(page.select(QString(Star + u"own.example.org:6697"_s)));
-    const int place = page.list->currentRow();
+    const int row = page.list->currentRow();
     ServerAnswers::save(*answers, {{u"Port:"_s, u"6698"_s}});
     page.clickEdit();
     QCOMPARE(page.currentRow(), u"own.example.org:6698"_s);
-    QCOMPARE(page.list->currentRow(), place); // Sorted no earlier than the next sort.
+    QCOMPARE(page.list->currentRow(), row); // Not sorted.
     QCOMPARE(page.port->text(), u"6698"_s);
     QCOMPARE(page.nickname->text(), u"nick-of-own.example.org"_s);
     QCOMPARE(StoredServers::favoriteIds(), QStringList{u"irc.oftc.net_6667"_s});
@@ -308,9 +308,9 @@ void TestConnectDialogEditing::dropsTheStarWithTheAddress()
              QVariant(u"nick-of-own.example.org"_s));
 }
 
-void TestConnectDialogEditing::takesTheStarOfItsNewAddress()
+void TestConnectDialogEditing::showsTheStarOfTheNewAddress()
 {
-    // A favourite that was deleted keeps its mark for whoever gets its address.
+    // A deleted favourite stays in the store, so a server with its address gets its mark.
     QSettings().setValue(u"servers/deletedDefaultServers"_s, QStringList{u"irc.oftc.net_6667"_s});
     QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
     StoredServers::addCustom(u"own.example.org"_s, 6667);
@@ -321,7 +321,7 @@ void TestConnectDialogEditing::takesTheStarOfItsNewAddress()
     QCOMPARE(page.currentRow(), QString(Star + u"irc.oftc.net:6667"_s));
 }
 
-void TestConnectDialogEditing::leavesARenamedDefaultToComeBack()
+void TestConnectDialogEditing::listsARenamedDefaultAgain()
 {
     {
         ConnectDialogPage page;
@@ -352,7 +352,7 @@ void TestConnectDialogEditing::editsNothingOnCancel()
     QCOMPARE(StoredServers::everything(), before);
 }
 
-void TestConnectDialogEditing::wantsAnAddressOfTwoPartsToEdit()
+void TestConnectDialogEditing::rejectsAnInvalidAddressToEdit()
 {
     const ConnectDialogPage page;
     const auto before = StoredServers::everything();
@@ -383,17 +383,17 @@ void TestConnectDialogEditing::editsNothingWithoutRow()
     page.clickEdit();
 }
 
-void TestConnectDialogEditing::editsNoRowThatIsNoAddress()
+void TestConnectDialogEditing::editsNoRowWithAnInvalidAddress()
 {
     QSettings().setValue(u"servers/customList"_s, QStringList{u"my_host_6667"_s});
     ConnectDialogPage page;
     const auto before = StoredServers::everything();
     QVERIFY(page.select(u"my:host:6667"_s));
-    page.clickEdit(); // Not a word.
+    page.clickEdit(); // Shows no message box.
     QCOMPARE(StoredServers::everything(), before);
 }
 
-void TestConnectDialogEditing::turnsTlsOffByEditing()
+void TestConnectDialogEditing::turnsTlsOffWhenEditing()
 {
     QSettings().setValue(u"servers/irc.oftc.net_6667/ssl"_s, true);
     ConnectDialogPage page;
@@ -403,7 +403,7 @@ void TestConnectDialogEditing::turnsTlsOffByEditing()
     QCOMPARE(StoredServers::value(u"irc.oftc.net_6667"_s, u"ssl"_s).toBool(), false);
 }
 
-void TestConnectDialogEditing::deletesADefaultForGood()
+void TestConnectDialogEditing::keepsADefaultDeleted()
 {
     {
         ConnectDialogPage page;
@@ -461,7 +461,7 @@ void TestConnectDialogEditing::keepsTheMarkOfADeletedFavoriteDefault()
     QCOMPARE(again.rows().constFirst(), QString(Star + u"irc.oftc.net:6667"_s));
 }
 
-void TestConnectDialogEditing::deletesARowThatIsNoAddress()
+void TestConnectDialogEditing::deletesARowWithAnInvalidAddress()
 {
     QSettings().setValue(u"servers/customList"_s, QStringList{u"my_host_6667"_s});
     ConnectDialogPage page;
@@ -472,10 +472,10 @@ void TestConnectDialogEditing::deletesARowThatIsNoAddress()
     QCOMPARE(StoredServers::customIds(), QStringList());
     QCOMPARE(StoredServers::deletedDefaultIds(), QStringList());
     QVERIFY(StoredServers::groups().contains(
-            u"my_host_6667"_s)); // Nothing tells which group is meant.
+            u"my_host_6667"_s)); // The address does not convert to its id.
 }
 
-void TestConnectDialogEditing::asksBeforeItDeletes_data()
+void TestConnectDialogEditing::asksForConfirmationToDelete_data()
 {
     QTest::addColumn<QString>("theme");
     QTest::addColumn<QString>("background");
@@ -487,7 +487,7 @@ void TestConnectDialogEditing::asksBeforeItDeletes_data()
     QTest::newRow("glass") << u"glass"_s << u"#FFFFFF"_s << u"#333333"_s << u"#FFE5E5"_s;
 }
 
-void TestConnectDialogEditing::asksBeforeItDeletes()
+void TestConnectDialogEditing::asksForConfirmationToDelete()
 {
     QFETCH(const QString, theme);
     QFETCH(const QString, background);
@@ -532,7 +532,7 @@ void TestConnectDialogEditing::asksBeforeItDeletes()
     QCOMPARE(page.list->count(), 72);
 }
 
-void TestConnectDialogEditing::deletesNothingUnlessTold_data()
+void TestConnectDialogEditing::deletesNothingWithoutConfirmation_data()
 {
     QTest::addColumn<int>("key");
 
@@ -540,7 +540,7 @@ void TestConnectDialogEditing::deletesNothingUnlessTold_data()
     QTest::newRow("Escape") << int(Qt::Key_Escape);
 }
 
-void TestConnectDialogEditing::deletesNothingUnlessTold()
+void TestConnectDialogEditing::deletesNothingWithoutConfirmation()
 {
     QFETCH(const int, key);
     ConnectDialogPage page;
@@ -563,7 +563,7 @@ void TestConnectDialogEditing::deletesNothingWithoutRow()
     QCOMPARE(page.list->count(), 72);
 }
 
-void TestConnectDialogEditing::forgetsTheRecordOfAServerThatIsGone_data()
+void TestConnectDialogEditing::forgetsTheRecordOfARemovedServer_data()
 {
     QTest::addColumn<bool>("isDeleted");
 
@@ -571,7 +571,7 @@ void TestConnectDialogEditing::forgetsTheRecordOfAServerThatIsGone_data()
     QTest::newRow("deleted") << true;
 }
 
-void TestConnectDialogEditing::forgetsTheRecordOfAServerThatIsGone()
+void TestConnectDialogEditing::forgetsTheRecordOfARemovedServer()
 {
     QFETCH(const bool, isDeleted);
     StoredServers::addCustom(u"own.example.org"_s, 6697);
@@ -585,7 +585,7 @@ void TestConnectDialogEditing::forgetsTheRecordOfAServerThatIsGone()
         ServerAnswers::save(*answers, {{u"Port:"_s, u"6698"_s}});
         page.clickEdit();
     }
-    // Its address, typed by hand, is now that of a server that nobody knows.
+    // A typed address without a record.
     page.typeServer(u"own.example.org"_s, u"6697"_s);
     page.nickname->setText(u"typed"_s);
     page.clickConnect();
@@ -593,7 +593,7 @@ void TestConnectDialogEditing::forgetsTheRecordOfAServerThatIsGone()
     QCOMPARE(page.dialog.password(), QString());
 }
 
-void TestConnectDialogEditing::remembersTheRecordOfADeletedDefault()
+void TestConnectDialogEditing::keepsTheRecordOfADeletedDefault()
 {
     StoredServers::setValue(u"irc.oftc.net_6667"_s, u"password"_s, u"secret"_s);
     ConnectDialogPage page;
@@ -616,14 +616,14 @@ void TestConnectDialogEditing::addsAFavoriteWithoutItsStar()
     QCOMPARE(page.currentRow(), u"irc.oftc.net:6667"_s);
     QCOMPARE(page.rows().filter(Star), QStringList());
     QCOMPARE(StoredServers::favoriteIds(), QStringList{u"irc.oftc.net_6667"_s});
-    const ConnectDialogPage again; // The next one shows the star.
+    const ConnectDialogPage again; // The next dialog shows the star.
     QCOMPARE(again.rows().constFirst(), QString(Star + u"irc.oftc.net:6667"_s));
 }
 
-void TestConnectDialogEditing::showsTheStoredChannelsBeforeItRefills()
+void TestConnectDialogEditing::showsTheStoredChannelsBeforeRefilling()
 {
-    // The two differ only for a server that something else has written meanwhile, and that has
-    // become current under the form.
+    // The stored channels differ from the loaded ones only if the store was written after the
+    // dialog loaded it, and the edited server only if another row became current meanwhile.
     const auto edit = [this](const QStringList &stored) {
         temporaryStore.clear();
         StoredServers::addCustom(u"own.example.org"_s, 6697);
@@ -642,10 +642,10 @@ void TestConnectDialogEditing::showsTheStoredChannelsBeforeItRefills()
         return texts;
     };
     QCOMPARE(edit({u"#a"_s, u"#b"_s}), (QStringList{u"#a, #b"_s, u"#shown"_s}));
-    QCOMPARE(edit({}), QStringList()); // The field has what it had all along.
+    QCOMPARE(edit({}), QStringList()); // The field did not change.
 }
 
-void TestConnectDialogEditing::survivesItsEndInsideABoxOrForm_data()
+void TestConnectDialogEditing::survivesDestructionInABoxOrForm_data()
 {
     QTest::addColumn<QString>("button");
     QTest::addColumn<int>("windowsBefore");
@@ -660,7 +660,7 @@ void TestConnectDialogEditing::survivesItsEndInsideABoxOrForm_data()
     QTest::newRow("confirmation") << u"deleteButton"_s << 0 << QString();
 }
 
-void TestConnectDialogEditing::survivesItsEndInsideABoxOrForm()
+void TestConnectDialogEditing::survivesDestructionInABoxOrForm()
 {
     QFETCH(const QString, button);
     QFETCH(const int, windowsBefore);
@@ -676,7 +676,7 @@ void TestConnectDialogEditing::survivesItsEndInsideABoxOrForm()
     QVERIFY(QApplication::activeModalWidget() == nullptr);
 }
 
-void TestConnectDialogEditing::survivesItsEndInsideAMenu()
+void TestConnectDialogEditing::survivesDestructionInAMenu()
 {
     auto *dialog = new ConnectDialog(nullptr);
     const QPointer<ConnectDialog> guard = dialog;
@@ -689,7 +689,7 @@ void TestConnectDialogEditing::survivesItsEndInsideAMenu()
     QVERIFY(QApplication::activePopupWidget() == nullptr);
 }
 
-void TestConnectDialogEditing::survivesRowsThatVanishMeanwhile()
+void TestConnectDialogEditing::survivesRowsRemovedInANestedLoop()
 {
     const ConnectDialogPage page;
     const auto before = StoredServers::everything();

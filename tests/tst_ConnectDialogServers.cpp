@@ -40,37 +40,37 @@ class TestConnectDialogServers final : public QObject
 private slots:
     void init();
     void cleanup();
-    void listsTheCatalogueAtFirst();
-    void seedsAddressesAndNothingElse();
+    void listsTheCatalogueOnFirstUse();
+    void seedsOnlyAddresses();
     void keepsStoredAddresses();
-    void listsTheUsersOwnServers();
-    void leavesOutDeletedDefaults();
+    void listsCustomServers();
+    void omitsDeletedDefaults();
     void marksFavorites();
     void removesTheFavoriteMark_data();
     void removesTheFavoriteMark();
-    void sortsFavoritesFirstAndWithoutCase();
+    void sortsFavoritesFirstIgnoringCase();
     void selectsTheLastServer();
-    void selectsTheLastServerThoughItIsAFavorite();
+    void selectsTheLastServerIfItIsAFavorite();
     void addsTheLastServerToTheList();
-    void showsADeletedDefaultThatWasUsedLast();
+    void listsADeletedDefaultThatWasUsedLast();
     void selectsThePreferredServer_data();
     void selectsThePreferredServer();
     void selectsTheFirstRowWithoutThePreferredServer_data();
     void selectsTheFirstRowWithoutThePreferredServer();
     void opensAMenuOnARow();
-    void opensNoMenuBesideTheRows();
-    void offersNoFavoriteForARowThatIsNoAddress();
+    void opensNoMenuOutsideTheRows();
+    void offersNoFavoriteForAnInvalidAddress();
     void editsAndDeletesFromTheMenu();
     void togglesFavoritesFromTheMenu();
-    void scrollsFromTheTopToTheSortedRow();
-    void keepsTheRowCurrentWhileSorting();
-    void fillsTheFieldsFromTheRowThatSortingRestores();
-    void fillsTheFieldsFromEachRowThatIsCurrentMeanwhile();
-    void readsItsListsAnew();
-    void livesWithADamagedStore();
-    void livesWithHalfGroups();
-    void livesWithAStoreThatCannotBeWritten();
-    void livesWithTenThousandServers();
+    void scrollsToTheCurrentRowAfterSorting();
+    void keepsTheCurrentRowWhenSorting();
+    void fillsTheFieldsAfterSorting();
+    void fillsTheFieldsFromEachCurrentRowWhileSorting();
+    void reloadsItsLists();
+    void toleratesADamagedStore();
+    void toleratesIncompleteGroups();
+    void toleratesAnUnwritableStore();
+    void handlesTenThousandServers();
 
 private:
     TemporaryStore temporaryStore;
@@ -81,7 +81,7 @@ void TestConnectDialogServers::init()
 {
     temporaryStore.clear();
     answers = std::make_unique<ModalAnswers>();
-    // The offscreen platform says so when a window is raised.
+    // The offscreen platform logs this when a window is raised.
     QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
 }
 
@@ -90,7 +90,7 @@ void TestConnectDialogServers::cleanup()
     QCOMPARE(answers->problems(), QStringList());
 }
 
-void TestConnectDialogServers::listsTheCatalogueAtFirst()
+void TestConnectDialogServers::listsTheCatalogueOnFirstUse()
 {
     const ConnectDialogPage page;
     QCOMPARE(page.list->count(), 72);
@@ -104,7 +104,7 @@ void TestConnectDialogServers::listsTheCatalogueAtFirst()
     QCOMPARE(page.nickname->text(), QString());
 }
 
-void TestConnectDialogServers::seedsAddressesAndNothingElse()
+void TestConnectDialogServers::seedsOnlyAddresses()
 {
     const ConnectDialogPage page;
     const auto contents = StoredServers::everything();
@@ -126,7 +126,7 @@ void TestConnectDialogServers::keepsStoredAddresses()
     QVERIFY(!page.rows().contains(u"irc.oftc.net:6667"_s));
 }
 
-void TestConnectDialogServers::listsTheUsersOwnServers()
+void TestConnectDialogServers::listsCustomServers()
 {
     StoredServers::addCustom(u"own.example.org"_s, 6697);
     QSettings().setValue(u"servers/customList"_s,
@@ -143,7 +143,7 @@ void TestConnectDialogServers::listsTheUsersOwnServers()
     QCOMPARE(page.nickname->text(), u"nick-of-own.example.org"_s);
 }
 
-void TestConnectDialogServers::leavesOutDeletedDefaults()
+void TestConnectDialogServers::omitsDeletedDefaults()
 {
     QSettings().setValue(u"servers/deletedDefaultServers"_s,
                          QStringList{u"irc.oftc.net_6667"_s, u"nowhere.org_1"_s});
@@ -182,7 +182,7 @@ void TestConnectDialogServers::removesTheFavoriteMark()
     QTEST(ServerRows::cleanAddress(text), "address");
 }
 
-void TestConnectDialogServers::sortsFavoritesFirstAndWithoutCase()
+void TestConnectDialogServers::sortsFavoritesFirstIgnoringCase()
 {
     for (const QString &host : {u"b.fav"_s, u"A.fav"_s, u"B.own"_s, u"a.own"_s})
         StoredServers::addCustom(host, 1);
@@ -194,9 +194,9 @@ void TestConnectDialogServers::sortsFavoritesFirstAndWithoutCase()
     const QStringList sorted{QString(Star + u"A.fav:1"_s), QString(Star + u"b.fav:1"_s),
                              u"a.own:1"_s, u"B.own:1"_s};
     QCOMPARE(page.rows(), sorted);
-    QCOMPARE(page.currentRow(), QString(Star + u"A.fav:1"_s)); // The preferred one is not there.
+    QCOMPARE(page.currentRow(), QString(Star + u"A.fav:1"_s)); // The preferred default is deleted.
 
-    // Out of order again; what is current when the rows are sorted stays so.
+    // Sorting again keeps the current row.
     page.list->insertItem(0, page.list->takeItem(3));
     page.list->addItem(u"Aa.own:1"_s);
     ServerAnswers::choose(*answers, u"Add to Favorites"_s);
@@ -219,7 +219,7 @@ void TestConnectDialogServers::selectsTheLastServer()
     QVERIFY(!QSettings().contains(u"servers/customList"_s));
 }
 
-void TestConnectDialogServers::selectsTheLastServerThoughItIsAFavorite()
+void TestConnectDialogServers::selectsTheLastServerIfItIsAFavorite()
 {
     QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
     QSettings().setValue(u"connection/history"_s, QStringList{u"irc.oftc.net:6667"_s});
@@ -231,16 +231,16 @@ void TestConnectDialogServers::selectsTheLastServerThoughItIsAFavorite()
 void TestConnectDialogServers::addsTheLastServerToTheList()
 {
     QSettings().setValue(u"connection/history"_s, QStringList{u"a.example.org:6697"_s});
-    // The session stores the record of a server that was typed by hand.
+    // The session stores the record of a server whose address the user typed.
     QSettings().setValue(u"servers/a.example.org_6697/nickname"_s, u"nick"_s);
     {
         const ConnectDialogPage page;
         QCOMPARE(page.list->count(), 73);
-        QCOMPARE(page.rows().constLast(), u"a.example.org:6697"_s); // Unsorted for now,
+        QCOMPARE(page.rows().constLast(), u"a.example.org:6697"_s); // Not sorted yet.
         QCOMPARE(page.currentRow(), u"a.example.org:6697"_s);
         QCOMPARE(page.server->text(), u"a.example.org"_s);
         QCOMPARE(page.port->text(), u"6697"_s);
-        QCOMPARE(page.nickname->text(), QString()); // and without its record.
+        QCOMPARE(page.nickname->text(), QString()); // Its record is not loaded yet.
         QCOMPARE(StoredServers::customIds(), QStringList{u"a.example.org_6697"_s});
         QCOMPARE(StoredServers::value(u"a.example.org_6697"_s, u"address"_s),
                  QVariant(u"a.example.org:6697"_s));
@@ -251,7 +251,7 @@ void TestConnectDialogServers::addsTheLastServerToTheList()
     QCOMPARE(page.nickname->text(), u"nick"_s);
 }
 
-void TestConnectDialogServers::showsADeletedDefaultThatWasUsedLast()
+void TestConnectDialogServers::listsADeletedDefaultThatWasUsedLast()
 {
     QSettings().setValue(u"servers/deletedDefaultServers"_s, QStringList{u"irc.oftc.net_6667"_s});
     QSettings().setValue(u"connection/history"_s, QStringList{u"irc.oftc.net:6667"_s});
@@ -312,7 +312,7 @@ void TestConnectDialogServers::opensAMenuOnARow()
         QCOMPARE(menu->parent(), &page.dialog);
         QCOMPARE(entriesOf(menu),
                  (QStringList{u"Edit"_s, u"Delete"_s, u"-"_s, u"Add to Favorites"_s}));
-        // The row is current before the menu is up, so that its entries mean that row.
+        // Current before the menu opens, since the menu's actions apply to the current row.
         QCOMPARE(page.currentRow(), u"irc.abjects.net:6667"_s);
         const QRect row = page.list->visualItemRect(page.list->currentItem());
         QCOMPARE(menu->pos(), page.list->mapToGlobal(row.center()));
@@ -330,7 +330,7 @@ void TestConnectDialogServers::opensAMenuOnARow()
     page.openMenu(QString(Star + u"irc.oftc.net:6667"_s));
 }
 
-void TestConnectDialogServers::opensNoMenuBesideTheRows()
+void TestConnectDialogServers::opensNoMenuOutsideTheRows()
 {
     ConnectDialogPage page;
     page.dialog.show();
@@ -341,7 +341,7 @@ void TestConnectDialogServers::opensNoMenuBesideTheRows()
     QVERIFY(page.list->itemAt(20, below) == nullptr);
 }
 
-void TestConnectDialogServers::offersNoFavoriteForARowThatIsNoAddress()
+void TestConnectDialogServers::offersNoFavoriteForAnInvalidAddress()
 {
     QSettings().setValue(u"servers/customList"_s, QStringList{u"my_host_6667"_s});
     ConnectDialogPage page;
@@ -383,8 +383,8 @@ void TestConnectDialogServers::togglesFavoritesFromTheMenu()
     QCOMPARE(page.list->count(), 72);
 }
 
-// The list is emptied from its first row on, so that it is at its top when the row is sought again.
-void TestConnectDialogServers::scrollsFromTheTopToTheSortedRow()
+// Sorting removes all rows, which scrolls the list to its top, and then scrolls to the current row.
+void TestConnectDialogServers::scrollsToTheCurrentRowAfterSorting()
 {
     QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
     ConnectDialogPage page;
@@ -399,7 +399,7 @@ void TestConnectDialogServers::scrollsFromTheTopToTheSortedRow()
     QVERIFY(page.list->visualItemRect(row).bottom() + height > visible.bottom());
 }
 
-void TestConnectDialogServers::keepsTheRowCurrentWhileSorting()
+void TestConnectDialogServers::keepsTheCurrentRowWhenSorting()
 {
     QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
     ConnectDialogPage page;
@@ -411,7 +411,7 @@ void TestConnectDialogServers::keepsTheRowCurrentWhileSorting()
     QCOMPARE(page.rows().constLast(), u"zzz.example.org:1"_s);
 }
 
-void TestConnectDialogServers::fillsTheFieldsFromTheRowThatSortingRestores()
+void TestConnectDialogServers::fillsTheFieldsAfterSorting()
 {
     StoredServers::addCustom(u"own.example.org"_s, 6697);
     ConnectDialogPage page;
@@ -425,7 +425,7 @@ void TestConnectDialogServers::fillsTheFieldsFromTheRowThatSortingRestores()
     QCOMPARE(StoredServers::value(u"own.example.org_6697"_s, u"realname"_s), QVariant(u"Real"_s));
 }
 
-void TestConnectDialogServers::fillsTheFieldsFromEachRowThatIsCurrentMeanwhile()
+void TestConnectDialogServers::fillsTheFieldsFromEachCurrentRowWhileSorting()
 {
     StoredServers::addCustom(u"own.example.org"_s, 6697);
     ConnectDialogPage page;
@@ -434,7 +434,7 @@ void TestConnectDialogServers::fillsTheFieldsFromEachRowThatIsCurrentMeanwhile()
     const QSignalSpy nicks(page.nickname, &QLineEdit::textChanged);
     ServerAnswers::choose(*answers, u"Add to Favorites"_s);
     page.openMenu(u"own.example.org:6697"_s);
-    // Each has been away and is back.
+    // Each field changes to another row's value and back.
     QVERIFY(hosts.size() >= 2);
     QVERIFY(hosts.constFirst().constFirst().toString() != u"own.example.org"_s);
     QCOMPARE(hosts.constLast().constFirst().toString(), u"own.example.org"_s);
@@ -442,7 +442,7 @@ void TestConnectDialogServers::fillsTheFieldsFromEachRowThatIsCurrentMeanwhile()
     QCOMPARE(nicks.constLast().constFirst().toString(), u"nick-of-own.example.org"_s);
 }
 
-void TestConnectDialogServers::readsItsListsAnew()
+void TestConnectDialogServers::reloadsItsLists()
 {
     QSettings().setValue(u"servers/favorites"_s, QStringList{u"irc.oftc.net_6667"_s});
     QSettings().setValue(u"servers/deletedDefaultServers"_s, QStringList{u"irc.efnet.org_6667"_s});
@@ -455,7 +455,7 @@ void TestConnectDialogServers::readsItsListsAnew()
     QVERIFY(!page.rows().contains(u"irc.w3.org:6667"_s));
 }
 
-void TestConnectDialogServers::livesWithADamagedStore()
+void TestConnectDialogServers::toleratesADamagedStore()
 {
     QFile file(temporaryStore.fileName());
     QVERIFY(file.open(QIODevice::WriteOnly));
@@ -480,7 +480,7 @@ void TestConnectDialogServers::livesWithADamagedStore()
         QVERIFY2(rows.contains(row), qPrintable(row));
     for (const QString &row : rows)
         QVERIFY(page.select(row));
-    // Going through all of it, and deleting the odd rows, touches no other server's group.
+    // Selecting every row and deleting the invalid ones changes no other server's group.
     for (const QString &row : {u"17"_s, u"my:host:6667"_s, u"::1:6667"_s, u"not an address"_s}) {
         QVERIFY(page.select(row));
         page.clickEdit();
@@ -494,7 +494,7 @@ void TestConnectDialogServers::livesWithADamagedStore()
     QVERIFY(!again.rows().contains(u"my:host:6667"_s));
 }
 
-void TestConnectDialogServers::livesWithHalfGroups()
+void TestConnectDialogServers::toleratesIncompleteGroups()
 {
     QSettings().setValue(u"servers/irc.oftc.net_6667/password"_s, u"secret"_s);
     QSettings().setValue(u"servers/orphan.example.org_6667/nickname"_s, u"kept"_s);
@@ -509,10 +509,10 @@ void TestConnectDialogServers::livesWithHalfGroups()
              QVariant(u"kept"_s));
 }
 
-void TestConnectDialogServers::livesWithAStoreThatCannotBeWritten()
+void TestConnectDialogServers::toleratesAnUnwritableStore()
 {
     StoredServers::addCustom(u"own.example.org"_s, 6697);
-    // Nobody can write below this path, root included.
+    // Not even root can write below this path.
     const QString folder = QFileInfo(temporaryStore.fileName()).dir().path();
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, u"/dev/null"_s);
     {
@@ -534,7 +534,7 @@ void TestConnectDialogServers::livesWithAStoreThatCannotBeWritten()
              QVariant(u"nick-of-own.example.org"_s));
 }
 
-void TestConnectDialogServers::livesWithTenThousandServers()
+void TestConnectDialogServers::handlesTenThousandServers()
 {
     {
         QSettings settings;

@@ -13,8 +13,8 @@ class TestServerCatalogue final : public QObject
 
 private slots:
     void hasSeventyTwoServers();
-    void namesNoHostTwice();
-    void proposesOneOfItsServers();
+    void listsNoHostTwice();
+    void prefersOneOfItsServers();
 };
 
 void TestServerCatalogue::hasSeventyTwoServers()
@@ -31,7 +31,7 @@ void TestServerCatalogue::hasSeventyTwoServers()
     QCOMPARE(ports, (QMap<QString, int>{{u"6660"_s, 1}, {u"6667"_s, 70}, {u"7000"_s, 1}}));
 }
 
-void TestServerCatalogue::namesNoHostTwice()
+void TestServerCatalogue::listsNoHostTwice()
 {
     QSet<QString> hosts;
     const QStringList addresses = ServerCatalogue::addresses();
@@ -40,7 +40,7 @@ void TestServerCatalogue::namesNoHostTwice()
     QCOMPARE(hosts.size(), 72);
 }
 
-void TestServerCatalogue::proposesOneOfItsServers()
+void TestServerCatalogue::prefersOneOfItsServers()
 {
     QCOMPARE(ServerCatalogue::preferredAddress(), u"irc.libera.chat:6667"_s);
     QVERIFY(ServerCatalogue::addresses().contains(u"irc.libera.chat:6667"_s));

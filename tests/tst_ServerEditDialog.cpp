@@ -57,9 +57,9 @@ class TestServerEditDialog final : public QObject
 private slots:
     void init();
     void hasItsRowsInOrder();
-    void saysWhatToType_data();
-    void saysWhatToType();
-    void isAWindowWithoutGadgets();
+    void hasPlaceholders_data();
+    void hasPlaceholders();
+    void hasOnlyACloseButton();
     void laysOutTheForm();
     void offersTheAuthMethods();
     void offersTheEncodings();
@@ -70,7 +70,7 @@ private slots:
     void showsTheAuthMethodOrTheDefault();
     void showsTheEncodingOrTheDefault_data();
     void showsTheEncodingOrTheDefault();
-    void givesBackWhatWasTyped();
+    void returnsTheTypedValues();
     void turnsTlsOff();
     void replacesUnknownChoices();
     void trimsAllButThePassword();
@@ -78,24 +78,24 @@ private slots:
     void parsesChannels();
     void joinsTheAddress_data();
     void joinsTheAddress();
-    void takesOnlyPortsFromTheKeyboard();
+    void acceptsOnlyPortNumbers();
     void savesAndCancelsByButton();
-    void walksByKeyboard();
-    void takesTheDialogsSheet_data();
-    void takesTheDialogsSheet();
-    void dressesTheCombos_data();
-    void dressesTheCombos();
-    void showsTheArrow_data();
-    void showsTheArrow();
+    void isUsableByKeyboard();
+    void appliesTheDialogSheet_data();
+    void appliesTheDialogSheet();
+    void stylesTheComboBoxes_data();
+    void stylesTheComboBoxes();
+    void paintsTheArrow_data();
+    void paintsTheArrow();
     void showsAllRowsInThePopups_data();
     void showsAllRowsInThePopups();
-    void drawsTheArrow_data();
-    void drawsTheArrow();
+    void embedsTheArrowInTheSheet_data();
+    void embedsTheArrowInTheSheet();
 };
 
 void TestServerEditDialog::init()
 {
-    // The offscreen platform says so when a window is raised.
+    // The offscreen platform logs this when a window is raised.
     QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
 }
 
@@ -111,7 +111,7 @@ void TestServerEditDialog::hasItsRowsInOrder()
     QCOMPARE(combo(form.get(), u"Encoding:"_s)->objectName(), u"encodingCombo"_s);
 }
 
-void TestServerEditDialog::saysWhatToType_data()
+void TestServerEditDialog::hasPlaceholders_data()
 {
     QTest::addColumn<QString>("label");
     QTest::addColumn<QString>("placeholder");
@@ -124,7 +124,7 @@ void TestServerEditDialog::saysWhatToType_data()
     QTest::newRow("channels") << u"Auto join channels:"_s << u"#help, #linux"_s;
 }
 
-void TestServerEditDialog::saysWhatToType()
+void TestServerEditDialog::hasPlaceholders()
 {
     QFETCH(const QString, label);
     const auto form = makeForm();
@@ -132,12 +132,12 @@ void TestServerEditDialog::saysWhatToType()
     QVERIFY(edit(form.get(), u"IRC server:"_s)->placeholderText().contains(u'.'));
 }
 
-void TestServerEditDialog::isAWindowWithoutGadgets()
+void TestServerEditDialog::hasOnlyACloseButton()
 {
     const auto form = makeForm();
     QCOMPARE(form->windowTitle(), u"Edit me"_s);
     QCOMPARE(form->minimumWidth(), 480);
-    // Qt itself adds the system menu to a window with a close button.
+    // Qt adds the system menu to every window with a close button.
     QCOMPARE(form->windowFlags() & ~Qt::WindowSystemMenuHint, Qt::Dialog | Qt::CustomizeWindowHint
                                                                       | Qt::WindowTitleHint
                                                                       | Qt::WindowCloseButtonHint);
@@ -275,7 +275,7 @@ void TestServerEditDialog::showsTheEncodingOrTheDefault()
     QTEST(combo(makeForm(config).get(), u"Encoding:"_s)->currentIndex(), "index");
 }
 
-void TestServerEditDialog::givesBackWhatWasTyped()
+void TestServerEditDialog::returnsTheTypedValues()
 {
     const auto form = makeForm();
     edit(form.get(), u"IRC server:"_s)->setText(u"b.org"_s);
@@ -373,7 +373,7 @@ void TestServerEditDialog::joinsTheAddress()
     QTEST(form->fullAddress(), "address");
 }
 
-void TestServerEditDialog::takesOnlyPortsFromTheKeyboard()
+void TestServerEditDialog::acceptsOnlyPortNumbers()
 {
     const auto form = makeForm();
     QLineEdit *port = edit(form.get(), u"Port:"_s);
@@ -395,7 +395,7 @@ void TestServerEditDialog::savesAndCancelsByButton()
     QCOMPARE(buttons->standardButtons(), QDialogButtonBox::Save | QDialogButtonBox::Cancel);
     QCOMPARE(buttons->button(QDialogButtonBox::Save), save);
     QCOMPARE(buttons->button(QDialogButtonBox::Cancel), cancel);
-    edit(form.get(), u"Port:"_s)->clear(); // An empty port is no reason to stay.
+    edit(form.get(), u"Port:"_s)->clear(); // Does not prevent saving.
     save->click();
     QCOMPARE(form->result(), int(QDialog::Accepted));
     form->setResult(-1);
@@ -403,7 +403,7 @@ void TestServerEditDialog::savesAndCancelsByButton()
     QCOMPARE(form->result(), int(QDialog::Rejected));
 }
 
-void TestServerEditDialog::walksByKeyboard()
+void TestServerEditDialog::isUsableByKeyboard()
 {
     const auto form = makeForm({}, u":6667"_s);
     form->show();
@@ -435,7 +435,7 @@ void TestServerEditDialog::walksByKeyboard()
     QCOMPARE(config.encoding, u"KOI8-U"_s);
 }
 
-void TestServerEditDialog::takesTheDialogsSheet_data()
+void TestServerEditDialog::appliesTheDialogSheet_data()
 {
     QTest::addColumn<QString>("theme");
     QTest::addColumn<bool>("glass");
@@ -446,7 +446,7 @@ void TestServerEditDialog::takesTheDialogsSheet_data()
     QTest::newRow("unknown") << u"sepia"_s << false;
 }
 
-void TestServerEditDialog::takesTheDialogsSheet()
+void TestServerEditDialog::appliesTheDialogSheet()
 {
     QFETCH(const QString, theme);
     QFETCH(const bool, glass);
@@ -457,7 +457,7 @@ void TestServerEditDialog::takesTheDialogsSheet()
     QCOMPARE(form->styleSheet(), ThemeManager::dialogStyleSheet(theme));
 }
 
-void TestServerEditDialog::dressesTheCombos_data()
+void TestServerEditDialog::stylesTheComboBoxes_data()
 {
     QTest::addColumn<QString>("theme");
     QTest::addColumn<QString>("border");
@@ -469,7 +469,7 @@ void TestServerEditDialog::dressesTheCombos_data()
     QTest::newRow("glass") << u"glass"_s << u"#D1D1D6"_s << u"#FFFFFF"_s << u"#333333"_s;
 }
 
-void TestServerEditDialog::dressesTheCombos()
+void TestServerEditDialog::stylesTheComboBoxes()
 {
     QFETCH(const QString, theme);
     QFETCH(const QString, border);
@@ -514,12 +514,12 @@ void TestServerEditDialog::dressesTheCombos()
     QCOMPARE(sheet.rule(u"QComboBox QAbstractItemView::item:selected"_s), accent);
 }
 
-void TestServerEditDialog::showsTheArrow_data()
+void TestServerEditDialog::paintsTheArrow_data()
 {
-    drawsTheArrow_data();
+    embedsTheArrowInTheSheet_data();
 }
 
-void TestServerEditDialog::showsTheArrow()
+void TestServerEditDialog::paintsTheArrow()
 {
     QFETCH(const QString, theme);
     QFETCH(const QString, fill);
@@ -527,12 +527,12 @@ void TestServerEditDialog::showsTheArrow()
     for (const QString &label : {u"Auth Method:"_s, u"Encoding:"_s}) {
         const QImage image = combo(form.get(), label)->grab().toImage();
         const QRect button(image.width() - 28, 4, 24, image.height() - 8);
-        int points = 0;
+        int pixels = 0;
         for (int x = button.left(); x <= button.right(); ++x) {
             for (int y = button.top(); y <= button.bottom(); ++y)
-                points += image.pixelColor(x, y) == QColor(fill) ? 1 : 0;
+                pixels += image.pixelColor(x, y) == QColor(fill) ? 1 : 0;
         }
-        QVERIFY2(points >= 4, qPrintable(u"%1 %2"_s.arg(label).arg(points)));
+        QVERIFY2(pixels >= 4, qPrintable(u"%1 %2"_s.arg(label).arg(pixels)));
     }
 }
 
@@ -570,7 +570,7 @@ void TestServerEditDialog::showsAllRowsInThePopups()
         QVERIFY(!part->inherits("QComboBoxPrivateScroller") || part->isHidden());
 }
 
-void TestServerEditDialog::drawsTheArrow_data()
+void TestServerEditDialog::embedsTheArrowInTheSheet_data()
 {
     QTest::addColumn<QString>("theme");
     QTest::addColumn<QString>("fill");
@@ -580,7 +580,7 @@ void TestServerEditDialog::drawsTheArrow_data()
     QTest::newRow("glass") << u"glass"_s << u"#333333"_s;
 }
 
-void TestServerEditDialog::drawsTheArrow()
+void TestServerEditDialog::embedsTheArrowInTheSheet()
 {
     QFETCH(const QString, theme);
     const auto form = makeForm({}, u":6667"_s, theme);

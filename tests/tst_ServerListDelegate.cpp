@@ -37,7 +37,7 @@ QPalette testPalette()
     palette.setColor(QPalette::Disabled, QPalette::AlternateBase, DisabledAlternateBase);
     palette.setColor(QPalette::Disabled, QPalette::Highlight, DisabledHighlight);
     palette.setColor(QPalette::Disabled, QPalette::HighlightedText, DisabledHighlightedText);
-    // What a row takes while its window is in the background: the active colours all the same.
+    // Rows of inactive windows have the active colours too, so these must not appear.
     for (const auto role : {QPalette::Text, QPalette::Base, QPalette::AlternateBase,
                             QPalette::Highlight, QPalette::HighlightedText})
         palette.setColor(QPalette::Inactive, role, Qt::magenta);
@@ -74,7 +74,7 @@ QImage paintRow(const QString &text, QStyle::State state, const QRect &rect = Ro
     return image;
 }
 
-// The smallest rectangle around all pixels of a colour; empty if there is none.
+// Returns the bounding rectangle of all pixels of `color`; empty if there are none.
 QRect areaOf(const QImage &image, const QColor &color)
 {
     QRect area;
@@ -98,12 +98,12 @@ private slots:
     void paintsRowsInTheirColors();
     void paintsTheStarInGold_data();
     void paintsTheStarInGold();
-    void putsTheAddressBehindTheStar();
-    void mirrorsTheRowFromRightToLeft();
+    void paintsTheAddressAfterTheStar();
+    void mirrorsRightToLeftRows();
     void keepsAMarginAndClipsLongTexts();
-    void centresTheTextVertically();
-    void leavesThePainterAsItWas();
-    void measuresRowsAsEveryView();
+    void centersTheTextVertically();
+    void restoresThePainter();
+    void keepsTheDefaultSizeHint();
 };
 
 void TestServerListDelegate::paintsRowsInTheirColors_data()
@@ -158,11 +158,11 @@ void TestServerListDelegate::paintsTheStarInGold()
     QVERIFY(!star.isEmpty());
     QVERIFY(!address.isEmpty());
     QVERIFY(star.right() < address.left());
-    // Only the mark at the start is a mark.
+    // Only a star at the start is a mark.
     QVERIFY(areaOf(paintRow(u"irc \u2605 "_s, QStyle::State(state)), Gold).isEmpty());
 }
 
-void TestServerListDelegate::putsTheAddressBehindTheStar()
+void TestServerListDelegate::paintsTheAddressAfterTheStar()
 {
     const QImage plain = paintRow(u"irc.org"_s, QStyle::State_Enabled);
     const QImage favorite = paintRow(u"\u2605 irc.org"_s, QStyle::State_Enabled);
@@ -170,7 +170,7 @@ void TestServerListDelegate::putsTheAddressBehindTheStar()
     QCOMPARE(areaOf(favorite, Text), areaOf(plain, Text).translated(width, 0));
 }
 
-void TestServerListDelegate::mirrorsTheRowFromRightToLeft()
+void TestServerListDelegate::mirrorsRightToLeftRows()
 {
     const auto paint = [](const QString &text) {
         return paintRow(text, QStyle::State_Enabled, RowRect, Qt::RightToLeft);
@@ -192,10 +192,10 @@ void TestServerListDelegate::keepsAMarginAndClipsLongTexts()
     QVERIFY(text.left() >= RowRect.left() + 4);
     QVERIFY(text.left() <= RowRect.left() + 8);
     QVERIFY(text.right() <= RowRect.right() - 4);
-    QVERIFY(text.right() >= RowRect.right() - 12); // No room was given to an ellipsis.
+    QVERIFY(text.right() >= RowRect.right() - 12); // No space is left for an ellipsis.
 }
 
-void TestServerListDelegate::centresTheTextVertically()
+void TestServerListDelegate::centersTheTextVertically()
 {
     const QRect high(10, 0, 300, 50);
     const QRect text = areaOf(paintRow(u"H"_s, QStyle::State_Enabled, high), Text);
@@ -205,7 +205,7 @@ void TestServerListDelegate::centresTheTextVertically()
     QVERIFY(qAbs(middleOfLine - high.center().y()) <= 2);
 }
 
-void TestServerListDelegate::leavesThePainterAsItWas()
+void TestServerListDelegate::restoresThePainter()
 {
     QStandardItemModel model;
     model.appendRow(new QStandardItem(u"\u2605 irc.org"_s));
@@ -221,7 +221,7 @@ void TestServerListDelegate::leavesThePainterAsItWas()
     QCOMPARE(painter.font(), font);
 }
 
-void TestServerListDelegate::measuresRowsAsEveryView()
+void TestServerListDelegate::keepsTheDefaultSizeHint()
 {
     QStandardItemModel model;
     model.appendRow(new QStandardItem(u"\u2605 irc.org"_s));

@@ -16,32 +16,32 @@ class TestServerStore final : public QObject
 
 private slots:
     void init();
-    void makesIdsOfHostAndPort();
-    void takesAddressesApart_data();
-    void takesAddressesApart();
-    void turnsIdsIntoAddresses_data();
-    void turnsIdsIntoAddresses();
-    void defaultsOfARecord();
-    void keepsTheOrderOfARecordsFields();
+    void formsIdsFromHostAndPort();
+    void splitsAddresses_data();
+    void splitsAddresses();
+    void convertsIdsToAddresses_data();
+    void convertsIdsToAddresses();
+    void hasDefaultRecordValues();
+    void declaresRecordFieldsInOrder();
     void movesARecord();
     void copiesTheSpareFlagWithTheRecord();
     void loadsTheDefaultRecordForAnUnknownServer();
-    void loadsMissingKeysFromTheGivenRecord();
+    void usesTheGivenRecordForMissingKeys();
     void writesEachFieldUnderItsKey();
-    void readsBackWhatItWrote();
-    void storesThePasswordAsItWasTyped();
-    void writesTheIdAsAddressOfAnOddId_data();
-    void writesTheIdAsAddressOfAnOddId();
-    void keepsTheAddressOfAnOddId();
-    void readsWhatHandsWroteAsFarAsItGoes();
-    void readsTheChannelsAlone();
+    void readsBackTheSavedRecord();
+    void storesThePasswordAsPlainText();
+    void storesAnUnconvertibleIdAsAddress_data();
+    void storesAnUnconvertibleIdAsAddress();
+    void keepsTheAddressOfAnUnconvertibleId();
+    void convertsHandWrittenValues();
+    void loadsTheAutojoinChannels();
     void removesOneGroupOnly();
-    void keepsSetsOfIds();
+    void storesSetsOfIds();
     void seedsOnlyMissingAddresses();
-    void guessesAMissingAddress();
-    void listsDefaultsAndTheUsersOwn();
-    void knowsTheServersThatComeWithIt();
-    void storesWhichListedServersAreTheUsersOwn();
+    void derivesAMissingAddressFromTheId();
+    void listsDefaultAndCustomServers();
+    void recognizesDefaultServers();
+    void storesTheIdsOfCustomServers();
     void keepsTheLastTenAddresses();
 
 private:
@@ -53,14 +53,14 @@ void TestServerStore::init()
     store.clear();
 }
 
-void TestServerStore::makesIdsOfHostAndPort()
+void TestServerStore::formsIdsFromHostAndPort()
 {
     QCOMPARE(ServerStore::serverId(u"irc.example.org"_s, 6667), u"irc.example.org_6667"_s);
     QCOMPARE(ServerStore::serverId(QString(), 0), u"_0"_s);
     QCOMPARE(ServerStore::groupName(u"irc.example.org_6667"_s), u"servers/irc.example.org_6667"_s);
 }
 
-void TestServerStore::takesAddressesApart_data()
+void TestServerStore::splitsAddresses_data()
 {
     QTest::addColumn<QString>("address");
     QTest::addColumn<bool>("valid");
@@ -78,7 +78,7 @@ void TestServerStore::takesAddressesApart_data()
     QTest::newRow("IPv6") << u"::1:6667"_s << false << QString() << 0 << QString();
 }
 
-void TestServerStore::takesAddressesApart()
+void TestServerStore::splitsAddresses()
 {
     QFETCH(const QString, address);
     QFETCH(const bool, valid);
@@ -93,7 +93,7 @@ void TestServerStore::takesAddressesApart()
     QTEST(*id, "id");
 }
 
-void TestServerStore::turnsIdsIntoAddresses_data()
+void TestServerStore::convertsIdsToAddresses_data()
 {
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("address"); // Null for none.
@@ -105,13 +105,13 @@ void TestServerStore::turnsIdsIntoAddresses_data()
     QTest::newRow("IPv6") << u"::1_6667"_s << u"::1:6667"_s;
 }
 
-void TestServerStore::turnsIdsIntoAddresses()
+void TestServerStore::convertsIdsToAddresses()
 {
     QFETCH(const QString, id);
     QTEST(ServerStore::addressOfId(id).value_or(QString()), "address");
 }
 
-void TestServerStore::defaultsOfARecord()
+void TestServerStore::hasDefaultRecordValues()
 {
     const ServerConfig config;
     QCOMPARE(config.nickname, QString());
@@ -125,7 +125,7 @@ void TestServerStore::defaultsOfARecord()
     QCOMPARE(config.spareFlag, false);
 }
 
-void TestServerStore::keepsTheOrderOfARecordsFields()
+void TestServerStore::declaresRecordFieldsInOrder()
 {
     const ServerConfig config{u"nick"_s, u"alt"_s,    u"Real"_s, u"None"_s, u"secret"_s,
                               {u"#a"_s}, u"KOI8-R"_s, true,      false};
@@ -143,12 +143,12 @@ void TestServerStore::keepsTheOrderOfARecordsFields()
 void TestServerStore::movesARecord()
 {
     ServerConfig config;
-    config.nickname = QString::number(17); // A literal would be nobody's.
+    config.nickname = QString::number(17); // A literal is never detached.
     config.spareFlag = true;
     ServerConfig moved = std::move(config);
     QCOMPARE(moved.nickname, u"17"_s);
     QVERIFY(moved.spareFlag);
-    QVERIFY(moved.nickname.isDetached()); // A copy would share it.
+    QVERIFY(moved.nickname.isDetached()); // A copy would share the data.
     ServerConfig assigned;
     assigned = std::move(moved);
     QCOMPARE(assigned.nickname, u"17"_s);
@@ -185,7 +185,7 @@ void TestServerStore::loadsTheDefaultRecordForAnUnknownServer()
     QCOMPARE(QSettings().allKeys(), QStringList());
 }
 
-void TestServerStore::loadsMissingKeysFromTheGivenRecord()
+void TestServerStore::usesTheGivenRecordForMissingKeys()
 {
     QSettings().setValue(u"servers/a.org_6667/nickname"_s, u"stored"_s);
     QSettings().setValue(u"servers/a.org_6667/ssl"_s, false);
@@ -238,7 +238,7 @@ void TestServerStore::writesEachFieldUnderItsKey()
     QCOMPARE(settings.value(u"address"_s), QVariant(u"a.org:6667"_s));
 }
 
-void TestServerStore::readsBackWhatItWrote()
+void TestServerStore::readsBackTheSavedRecord()
 {
     ServerConfig config;
     config.nickname = u"[n]ick|^"_s;
@@ -264,7 +264,7 @@ void TestServerStore::readsBackWhatItWrote()
     QCOMPARE(ServerStore::loadConfig(u"a.org_6667"_s).autojoin, QStringList());
 }
 
-void TestServerStore::storesThePasswordAsItWasTyped()
+void TestServerStore::storesThePasswordAsPlainText()
 {
     ServerConfig config;
     config.password = u"Open sesame 7"_s;
@@ -276,21 +276,21 @@ void TestServerStore::storesThePasswordAsItWasTyped()
     QVERIFY(file.readAll().contains("password=Open sesame 7\n"));
 }
 
-void TestServerStore::writesTheIdAsAddressOfAnOddId_data()
+void TestServerStore::storesAnUnconvertibleIdAsAddress_data()
 {
     QTest::addColumn<QString>("id");
     QTest::newRow("host with underscore") << u"my_host.org_6667"_s;
     QTest::newRow("no underscore") << u"myhost"_s;
 }
 
-void TestServerStore::writesTheIdAsAddressOfAnOddId()
+void TestServerStore::storesAnUnconvertibleIdAsAddress()
 {
     QFETCH(const QString, id);
     ServerStore::saveConfig(id, ServerConfig(), ServerStore::AddressFallback::UseId);
     QCOMPARE(QSettings().value(u"servers/%1/address"_s.arg(id)), QVariant(id));
 }
 
-void TestServerStore::keepsTheAddressOfAnOddId()
+void TestServerStore::keepsTheAddressOfAnUnconvertibleId()
 {
     const QString key = u"servers/my_host.org_6667/address"_s;
     ServerStore::saveConfig(u"my_host.org_6667"_s, ServerConfig(),
@@ -308,7 +308,7 @@ void TestServerStore::keepsTheAddressOfAnOddId()
     QCOMPARE(QSettings().value(u"servers/a.org_6667/address"_s), QVariant(u"a.org:6667"_s));
 }
 
-void TestServerStore::readsWhatHandsWroteAsFarAsItGoes()
+void TestServerStore::convertsHandWrittenValues()
 {
     QSettings settings;
     settings.beginGroup(u"servers/a.org_6667"_s);
@@ -328,7 +328,7 @@ void TestServerStore::readsWhatHandsWroteAsFarAsItGoes()
     QCOMPARE(config.useSsl, true);
 }
 
-void TestServerStore::readsTheChannelsAlone()
+void TestServerStore::loadsTheAutojoinChannels()
 {
     QCOMPARE(ServerStore::loadAutojoin(u"a.org_6667"_s), QStringList());
     QSettings().setValue(u"servers/a.org_6667/autojoin"_s, QStringList{u"#a"_s, u"b"_s});
@@ -348,7 +348,7 @@ void TestServerStore::removesOneGroupOnly()
     QCOMPARE(settings.childKeys(), QStringList{u"favorites"_s});
 }
 
-void TestServerStore::keepsSetsOfIds()
+void TestServerStore::storesSetsOfIds()
 {
     QCOMPARE(ServerStore::loadIds(u"servers/favorites"_s), QSet<QString>());
     const QSet<QString> ids{u"a_1"_s, u"b_2"_s};
@@ -366,7 +366,7 @@ void TestServerStore::seedsOnlyMissingAddresses()
     QCOMPARE(settings.value(u"servers/a.org_6667/address"_s), QVariant(u"a.org:6667"_s));
 }
 
-void TestServerStore::guessesAMissingAddress()
+void TestServerStore::derivesAMissingAddressFromTheId()
 {
     QSettings settings;
     QCOMPARE(ServerStore::storedAddress(settings, u"my_host_6667"_s), u"my:host:6667"_s);
@@ -376,7 +376,7 @@ void TestServerStore::guessesAMissingAddress()
     QCOMPARE(ServerStore::storedAddress(settings, u"my_host_6667"_s), u"my_host:6667"_s);
 }
 
-void TestServerStore::listsDefaultsAndTheUsersOwn()
+void TestServerStore::listsDefaultAndCustomServers()
 {
     QSettings().setValue(u"servers/customList"_s,
                          QStringList{u"own.org_1"_s, u"b.org_6667"_s, u"my_own_2"_s, u"c_3"_s});
@@ -395,7 +395,7 @@ void TestServerStore::listsDefaultsAndTheUsersOwn()
     QCOMPARE(settings.value(u"c_3/address"_s), QVariant(u"kept"_s));
 }
 
-void TestServerStore::knowsTheServersThatComeWithIt()
+void TestServerStore::recognizesDefaultServers()
 {
     const QStringList addresses = ServerCatalogue::addresses();
     for (const QString &address : addresses)
@@ -406,7 +406,7 @@ void TestServerStore::knowsTheServersThatComeWithIt()
     QVERIFY(!ServerStore::isDefaultServer(QString()));
 }
 
-void TestServerStore::storesWhichListedServersAreTheUsersOwn()
+void TestServerStore::storesTheIdsOfCustomServers()
 {
     QSettings().setValue(u"servers/customList"_s, QStringList{u"gone.org_1"_s});
     QSettings().setValue(u"servers/own.org_2/address"_s, u"kept"_s);

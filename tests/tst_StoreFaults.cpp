@@ -23,7 +23,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Something that keeps the store from being written, as long as it lives.
+// Prevents writes to the store during its lifetime.
 class Fault
 {
     Q_DISABLE_COPY_MOVE(Fault)
@@ -33,20 +33,20 @@ public:
     virtual ~Fault() = default;
 };
 
-// Lays down the power of root, whom permissions do not bind. It changes nothing for others.
-class PermissionsBind
+// Drops the capabilities by which root ignores file permissions. No effect for other users.
+class DroppedCapabilities
 {
-    Q_DISABLE_COPY_MOVE(PermissionsBind)
+    Q_DISABLE_COPY_MOVE(DroppedCapabilities)
 
 public:
-    PermissionsBind()
+    DroppedCapabilities()
     {
         isRoot = syscall(SYS_capget, &header, before.data()) == 0;
         std::array<__user_cap_data_struct, 2> weaker = before;
         weaker.front().effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
         isRoot = isRoot && syscall(SYS_capset, &header, weaker.data()) == 0;
     }
-    ~PermissionsBind()
+    ~DroppedCapabilities()
     {
         if (isRoot)
             syscall(SYS_capset, &header, before.data());
@@ -58,7 +58,7 @@ private:
     bool isRoot = false;
 };
 
-// A file or folder with no more than these permissions.
+// Reduces the permissions of a file or folder.
 class Restricted final : public Fault
 {
 public:
@@ -73,49 +73,49 @@ public:
 private:
     QString restricted;
     QFile::Permissions before;
-    PermissionsBind bind;
+    DroppedCapabilities dropped;
 };
 
-// Something of another kind in the place of a file or folder.
+// Replaces a file with a folder, or a folder with a file.
 class Displaced final : public Fault
 {
 public:
     explicit Displaced(const QString &path)
-        : place(path)
+        : originalPath(path)
         , isFolder(QFileInfo(path).isDir())
     {
-        QDir().rename(place, aside());
+        QDir().rename(originalPath, movedPath());
         if (isFolder)
-            static_cast<void>(QFile(place).open(QIODevice::WriteOnly));
+            static_cast<void>(QFile(originalPath).open(QIODevice::WriteOnly));
         else
-            QDir().mkdir(place);
+            QDir().mkdir(originalPath);
     }
     ~Displaced() override
     {
         if (isFolder)
-            QFile::remove(place);
+            QFile::remove(originalPath);
         else
-            QDir(place).removeRecursively();
-        QDir().rename(aside(), place);
+            QDir(originalPath).removeRecursively();
+        QDir().rename(movedPath(), originalPath);
     }
 
 private:
-    [[nodiscard]] QString aside() const { return place + u".aside"_s; }
+    [[nodiscard]] QString movedPath() const { return originalPath + u".moved"_s; }
 
-    QString place;
+    QString originalPath;
     bool isFolder;
 };
 
-// A disk with room for files of this many bytes only: writing ends in their midst.
+// Limits the size of files, like a full disk: a write ends at `maxBytes`.
 class FullDisk final : public Fault
 {
 public:
-    explicit FullDisk(rlim_t room)
+    explicit FullDisk(rlim_t maxBytes)
         : handlerBefore(std::signal(SIGXFSZ, SIG_IGN))
     {
         getrlimit(RLIMIT_FSIZE, &before);
         rlimit limit = before;
-        limit.rlim_cur = room;
+        limit.rlim_cur = maxBytes;
         setrlimit(RLIMIT_FSIZE, &limit);
     }
     ~FullDisk() override
@@ -152,15 +152,15 @@ QString folderOf(const QString &fileName)
     return QFileInfo(fileName).path();
 }
 
-QStringList everythingIn(const QString &folder)
+QStringList entriesOf(const QString &folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System
                                   | QDir::NoDotAndDotDot);
 }
 
-// What the file itself holds. All QSettings of one file share what they could not write yet, so
-// that a copy is read.
-QVariantMap onDisk(const QString &fileName)
+// Returns the values in the file itself. Reads a copy, since all QSettings objects of a file share
+// the values that they could not write yet.
+QVariantMap valuesInFile(const QString &fileName)
 {
     const QTemporaryDir folder;
     const QString copy = folder.filePath(u"copy.conf"_s);
@@ -200,10 +200,10 @@ void addFaults()
     });
     QTest::newRow("read-only file") << MakeFault(restricted(QFile::ReadOwner));
     QTest::newRow("unreadable file") << MakeFault(restricted(QFile::Permissions()));
-    QTest::newRow("a file for the folder") << MakeFault([](const QString &fileName) {
+    QTest::newRow("file instead of folder") << MakeFault([](const QString &fileName) {
         return std::make_unique<Displaced>(folderOf(fileName));
     });
-    QTest::newRow("a folder for the file") << MakeFault(
+    QTest::newRow("folder instead of file") << MakeFault(
             [](const QString &fileName) { return std::make_unique<Displaced>(fileName); });
     QTest::newRow("full disk") << MakeFault(
             [](const QString &) { return std::make_unique<FullDisk>(0); });
@@ -216,13 +216,14 @@ void addChanges()
     const auto writing = [](const QByteArray &content) {
         return Change([content](const QString &fileName) { write(fileName, content); });
     };
-    QTest::newRow("file gone") << Change([](const QString &fileName) { QFile::remove(fileName); });
-    QTest::newRow("folder gone") << Change(
+    QTest::newRow("file deleted") << Change(
+            [](const QString &fileName) { QFile::remove(fileName); });
+    QTest::newRow("folder deleted") << Change(
             [](const QString &fileName) { QDir(folderOf(fileName)).removeRecursively(); });
     QTest::newRow("emptied") << writing({});
-    QTest::newRow("by hand") << writing("[General]\ntheme=dark\nemojiSize=31\nmine=kept\n\n"
-                                        "[servers]\nhome_1\\nickname=hand\n"_ba);
-    QTest::newRow("nonsense by hand")
+    QTest::newRow("hand-written") << writing("[General]\ntheme=dark\nemojiSize=31\nmine=kept\n\n"
+                                             "[servers]\nhome_1\\nickname=hand\n"_ba);
+    QTest::newRow("hand-written nonsense")
             << writing("[General\nemojiSize=@Rect(1)\nreconnectDelay=@Variant(\\0\\0\\0\\x1f\n"
                        "autoReconnect=@Invalid()\n]]\n=\n[servers]\n=x\nfavorites=@QSize(\n"_ba);
     QTest::newRow("garbage") << writing(garbage());
@@ -246,18 +247,18 @@ class TestStoreFaults final : public QObject
 private slots:
     void init();
 
-    void goesOnWithoutWriting_data() { addFaults(); }
-    void goesOnWithoutWriting();
+    void runsWithoutWriting_data() { addFaults(); }
+    void runsWithoutWriting();
     void startsWithoutWriting_data() { addFaults(); }
     void startsWithoutWriting();
-    void completesACutFile_data();
-    void completesACutFile();
-    void goesOnWithAChangedFile_data() { addChanges(); }
-    void goesOnWithAChangedFile();
-    void startsOnAChangedFile_data() { addChanges(); }
-    void startsOnAChangedFile();
-    void keepsWhatIsLegible_data();
-    void keepsWhatIsLegible();
+    void completesATruncatedFile_data();
+    void completesATruncatedFile();
+    void runsWithAChangedFile_data() { addChanges(); }
+    void runsWithAChangedFile();
+    void startsWithAChangedFile_data() { addChanges(); }
+    void startsWithAChangedFile();
+    void keepsReadableValues_data();
+    void keepsReadableValues();
 
 private:
     [[nodiscard]] QString use(WindowSession &session, int round) const;
@@ -269,12 +270,12 @@ private:
 
 void TestStoreFaults::init()
 {
-    // Each test gets a folder of its own: what Qt keeps in mind of a file goes with its path.
+    // A new folder for each test, since Qt caches settings by file path.
     store = std::make_unique<TemporaryStore>();
     fileName = store->fileName();
 }
 
-// Does what makes the program read and write its store, and a little else. Says what went wrong.
+// Uses the features that read and write the store. Returns an error message, or nothing.
 QString TestStoreFaults::use(WindowSession &session, int round) const
 {
     const MainWindowProbe &probe = session.probe;
@@ -297,10 +298,10 @@ QString TestStoreFaults::use(WindowSession &session, int round) const
     return form.answers.problems().join(u'\n');
 }
 
-// What of `use` the file does not hold; nothing if all is there.
+// Returns which values written by `use` are missing in the file, or nothing.
 QString TestStoreFaults::missing(const WindowSession &session, int round) const
 {
-    const QVariantMap values = onDisk(fileName);
+    const QVariantMap values = valuesInFile(fileName);
     const QString id = session.probe.currentServerId();
     QStringList missing;
     if (values.value(u"emojiSize"_s).toInt() != 20 + round)
@@ -317,7 +318,7 @@ QString TestStoreFaults::missing(const WindowSession &session, int round) const
     return missing.join(u", "_s);
 }
 
-void TestStoreFaults::goesOnWithoutWriting()
+void TestStoreFaults::runsWithoutWriting()
 {
     QFETCH(const MakeFault, make);
 
@@ -331,7 +332,7 @@ void TestStoreFaults::goesOnWithoutWriting()
         QCOMPARE(use(session, 3), QString());
     }
     QCOMPARE(contentOf(fileName), before);
-    QCOMPARE(everythingIn(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
+    QCOMPARE(entriesOf(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
 
     QCOMPARE(use(session, 4), QString());
     QCOMPARE(missing(session, 4), QString());
@@ -353,50 +354,50 @@ void TestStoreFaults::startsWithoutWriting()
         QCOMPARE(use(*session, 2), QString());
     }
     QCOMPARE(contentOf(fileName), before);
-    QCOMPARE(everythingIn(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
+    QCOMPARE(entriesOf(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
 
     QCOMPARE(use(*session, 3), QString());
     QCOMPARE(missing(*session, 3), QString());
 }
 
-void TestStoreFaults::completesACutFile_data()
+void TestStoreFaults::completesATruncatedFile_data()
 {
-    QTest::addColumn<int>("room");
+    QTest::addColumn<int>("maxBytes");
 
     QTest::newRow("in the preferences") << 200;
     QTest::newRow("in the servers") << 2000;
     QTest::newRow("near its end") << 4000;
 }
 
-// QSaveFile of Qt 6.4 takes a file for written whose last buffer found no room, and puts it in the
-// place of the old one. Qt still has all of it in memory then; a QSettings that lives as long as
-// the program, as the one of main does, keeps it there.
-void TestStoreFaults::completesACutFile()
+// QSaveFile of Qt 6.4 ignores a failed write of its last buffer and replaces the old file with a
+// truncated one. Qt still has all values in memory, as long as one QSettings object exists; main()
+// keeps one for the whole run.
+void TestStoreFaults::completesATruncatedFile()
 {
-    QFETCH(const int, room);
+    QFETCH(const int, maxBytes);
 
-    const QSettings ofMain;
-    // The last of the file, which nothing that the session does writes anew.
+    const QSettings settingsOfMain;
+    // The last value of the file, which the session does not write.
     const QString other = u"servers/zz.test_1/password"_s;
     QSettings().setValue(other, u"secret"_s);
     WindowSession session;
     QCOMPARE(use(session, 1), QString());
-    // The dialog lists a server that it has seen, so that a second round adds a key.
+    // The next connect dialog adds the server to the list, so a second round adds a key.
     QCOMPARE(use(session, 2), QString());
-    const QStringList keys = onDisk(fileName).keys();
-    QVERIFY(QFileInfo(fileName).size() > room);
+    const QStringList keys = valuesInFile(fileName).keys();
+    QVERIFY(QFileInfo(fileName).size() > maxBytes);
     {
-        const FullDisk fault(static_cast<rlim_t>(room));
+        const FullDisk fault(static_cast<rlim_t>(maxBytes));
         QCOMPARE(use(session, 3), QString());
     }
-    QCOMPARE(everythingIn(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
+    QCOMPARE(entriesOf(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
     QCOMPARE(use(session, 4), QString());
     QCOMPARE(missing(session, 4), QString());
-    QCOMPARE(onDisk(fileName).keys(), keys);
-    QCOMPARE(onDisk(fileName).value(other).toString(), u"secret"_s);
+    QCOMPARE(valuesInFile(fileName).keys(), keys);
+    QCOMPARE(valuesInFile(fileName).value(other).toString(), u"secret"_s);
 }
 
-void TestStoreFaults::goesOnWithAChangedFile()
+void TestStoreFaults::runsWithAChangedFile()
 {
     QFETCH(const Change, change);
 
@@ -409,7 +410,7 @@ void TestStoreFaults::goesOnWithAChangedFile()
     QCOMPARE(missing(session, 3), QString());
 }
 
-void TestStoreFaults::startsOnAChangedFile()
+void TestStoreFaults::startsWithAChangedFile()
 {
     QFETCH(const Change, change);
 
@@ -423,17 +424,17 @@ void TestStoreFaults::startsOnAChangedFile()
     QCOMPARE(missing(session, 2), QString());
 }
 
-void TestStoreFaults::keepsWhatIsLegible_data()
+void TestStoreFaults::keepsReadableValues_data()
 {
     QTest::addColumn<QByteArray>("content");
 
     const QByteArray mine = "[General]\nmine=kept\n\n[servers]\nhome_1\\nickname=hand\n"_ba;
-    QTest::newRow("by hand") << mine;
-    QTest::newRow("garbage behind it") << QByteArray(mine + '\n' + garbage());
-    QTest::newRow("cut off behind it") << QByteArray(mine + "home_1\\password=\"se");
+    QTest::newRow("hand-written") << mine;
+    QTest::newRow("followed by garbage") << QByteArray(mine + '\n' + garbage());
+    QTest::newRow("followed by a truncated value") << QByteArray(mine + "home_1\\password=\"se");
 }
 
-void TestStoreFaults::keepsWhatIsLegible()
+void TestStoreFaults::keepsReadableValues()
 {
     QFETCH(const QByteArray, content);
 
@@ -441,7 +442,7 @@ void TestStoreFaults::keepsWhatIsLegible()
     QCOMPARE(use(session, 1), QString());
     write(fileName, content);
     QCOMPARE(use(session, 2), QString());
-    const QVariantMap values = onDisk(fileName);
+    const QVariantMap values = valuesInFile(fileName);
     QCOMPARE(values.value(u"mine"_s).toString(), u"kept"_s);
     QCOMPARE(values.value(u"servers/home_1/nickname"_s).toString(), u"hand"_s);
     QCOMPARE(missing(session, 2), QString());
