@@ -35,13 +35,14 @@ double Report::median(int count, const std::function<void()> &work)
 double Report::settle()
 {
     double longest = 0;
-    QElapsedTimer pass;
-    // Idle work keeps a timer of no delay going; a few empty passes in a row mean that it is over.
+    QElapsedTimer iteration;
+    // Work done in idle time restarts a timer without delay. A few empty iterations in a row mean
+    // that it is finished.
     for (int empty = 0; empty < 5;) {
-        pass.start();
+        iteration.start();
         const bool isBusy =
                 QCoreApplication::eventDispatcher()->processEvents(QEventLoop::AllEvents);
-        longest = std::max(longest, double(pass.nsecsElapsed()) / 1e6);
+        longest = std::max(longest, double(iteration.nsecsElapsed()) / 1e6);
         empty = isBusy ? 0 : empty + 1;
     }
     return longest;

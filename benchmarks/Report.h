@@ -5,31 +5,30 @@
 #include <functional>
 #include <optional>
 
-/// Figures of the benchmarks: how they are taken and how they are printed.
+/// Measures and prints the figures of the benchmarks.
 namespace Report {
 
-/// Processor time that this process has used so far, in milliseconds.
+/// Returns the processor time that this process has used so far, in milliseconds.
 double processorTime();
 
-/// Median processor time of `count` calls, in milliseconds.
+/// Returns the median processor time of `count` calls of `work`, in milliseconds.
 double median(int count, const std::function<void()> &work);
 
-/// Lets the event loop run until it has nothing left to do. Returns the longest time, in
-/// milliseconds, that a single pass took.
+/// Runs the event loop until it has nothing left to do. Returns the duration of its longest
+/// iteration, in milliseconds.
 double settle();
 
-/// Resident memory of a process in kilobytes; 0 stands for this one.
+/// Returns the resident memory of a process in kilobytes; 0 is this process.
 double residentMemory(qint64 process = 0);
 
-/// One figure of the table.
 struct Figure
 {
     QString work;
     QString unit;
     double value = 0;
-    /// What the value must stay below, if anything.
+    /// The value must stay below this limit, if there is one.
     std::optional<double> limit;
-    /// The same work done with Qt's own document layout or widget, if that was measured.
+    /// Value of the same work with Qt's own document layout or widget, if it was measured.
     std::optional<double> stock;
 };
 

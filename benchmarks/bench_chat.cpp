@@ -1,5 +1,5 @@
-// The cost of lines, frames and keys in one conversation, with the program's own layout and with
-// Qt's, in windows of this process.
+// Measures lines, frames and key presses in one conversation, with the program's own layout and
+// with Qt's, in windows of this process.
 
 #include "ChatTable.h"
 #include "ChatView.h"
@@ -25,7 +25,7 @@ namespace {
 
 enum class Layout { Own, Stock };
 
-// Lines as in a busy channel: most of them short, some wrapped, some with a link.
+// Lines like those of a busy channel: most are short, some wrap, and some have a link.
 ChatRow lineNumber(int number)
 {
     static const QStringList texts{
@@ -79,8 +79,7 @@ private:
     int total = 0;
 };
 
-// Qt's layout takes seconds where ours takes milliseconds: fewer rounds, and none at all for the
-// largest tables, do for it.
+// Fewer rounds for Qt's layout, which takes seconds instead of milliseconds.
 int rounds(Layout layout, int rows)
 {
     return layout == Layout::Own ? 31 : rows <= 1000 ? 5 : 1;
@@ -126,7 +125,7 @@ void reportLines()
         std::optional<double> hiddenLimit;
     } cases[] = {{1000, 1.5, 0.6}, {10000, 5, 3}, {50000, 20, {}}};
     for (const auto &test : cases) {
-        Report::print({.work = u"one line into the tab on show, %1 rows"_s.arg(test.rows),
+        Report::print({.work = u"one line into the current tab, %1 rows"_s.arg(test.rows),
                        .unit = u"ms"_s,
                        .value = lineIntoShown(Layout::Own, test.rows),
                        .limit = test.shownLimit,
@@ -189,7 +188,7 @@ double firstShow(Layout layout, int rows)
     return result;
 }
 
-// Every view on show or not gets its background anew when a tab opens.
+// Opening a tab sets the background of every view again, hidden ones included.
 double newBackground(Layout layout, int views, int rows)
 {
     QStackedWidget stack;
@@ -230,7 +229,7 @@ void pressKey(QTextBrowser &view, Qt::Key key)
     QTest::keyClick(&view, key);
 }
 
-// A step of a selection that is dragged through the rows in sight.
+// Drags a selection to another of the visible rows.
 void dragStep(QTextBrowser &view)
 {
     static int step = 0;
@@ -264,7 +263,7 @@ void reportUse()
     own.view->show();
     own.append(Rows);
     Report::settle();
-    // Seconds for each step, so a fifth of the rows has to do for a comparison.
+    // A fifth of the rows, since each step takes seconds.
     Conversation stock(Layout::Stock);
     stock.view->show();
     stock.append(Rows / 5);
@@ -293,7 +292,7 @@ void reportUse()
         Action action;
     } actions[] = {{u"PageUp"_s, [](QTextBrowser &view) { pressKey(view, Qt::Key_PageUp); }},
                    {u"PageDown"_s, [](QTextBrowser &view) { pressKey(view, Qt::Key_PageDown); }},
-                   // Each but once, since a second time would change nothing.
+                   // Both keys, since repeating one of them would change nothing.
                    {u"Home, then End"_s,
                     [](QTextBrowser &view) {
                         pressKey(view, Qt::Key_Home);
@@ -319,14 +318,14 @@ void reportUse()
 
 void reportTabs()
 {
-    Report::print({.work = u"background anew for 51 tabs of 10000 rows (Qt: of 200)"_s,
+    Report::print({.work = u"background set again for 51 tabs of 10000 rows (Qt: of 200)"_s,
                    .unit = u"ms"_s,
                    .value = newBackground(Layout::Own, 51, 10000),
                    .limit = 100,
                    .stock = newBackground(Layout::Stock, 51, 200)});
 }
 
-// Memory once a screen has been painted, so that what a view needs by itself is not counted.
+// Measures from the first painted rows on, so that the view's own memory is not counted.
 void reportMemory(Layout layout, int rows)
 {
     Conversation conversation(layout);
@@ -350,14 +349,14 @@ void reportMemory(Layout layout, int rows)
 int main(int argc, char *argv[])
 {
     const QApplication application(argc, argv);
-    // The accessibility bus answers later.
+    // The accessibility bus replies asynchronously.
     if (qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON")
         && !QTest::qWaitFor(QAccessible::isActive, 30'000))
         return 1;
     const QString part = QString::fromLocal8Bit(argc > 1 ? argv[1] : "");
     if (part == "lines"_L1)
         reportLines();
-    // The bare figures are for bench_reader.
+    // bench_reader reads these figures.
     else if (part == "line"_L1)
         QTextStream(stdout) << lineIntoShown(Layout::Own, QByteArray(argv[2]).toInt());
     else if (part == "read"_L1)

@@ -1,5 +1,5 @@
-// The channel list of a large network: filling it through a real socket, and the keys of its
-// search.
+// Measures the channel list of a large network: filling it through a real socket, and typing in its
+// search field.
 
 #include "Report.h"
 #include "TemporaryStore.h"
@@ -44,13 +44,12 @@ void print(const QString &work, const QString &unit, double value, std::optional
 
 struct Fill
 {
-    double total = 0; // All in ms of the processor.
-    double longestTurn = 0;
-    double end = 0; // The turn with the end of the list, which sorts it.
+    double total = 0; // All in ms of processor time.
+    double longestIteration = 0;
+    double lastIteration = 0; // Receives the end of the list and sorts it.
 };
 
-// From the first row to the last. A turn of the event loop is how long the window keeps its user
-// waiting.
+// Measures each event-loop iteration, during which the window does not react to the user.
 Fill fill(WindowSession &session)
 {
     session.choose(u"Channel &List"_s);
@@ -61,13 +60,13 @@ Fill fill(WindowSession &session)
     for (bool hasBegun = false; !hasBegun || receiving;) {
         const double before = Report::processorTime();
         QCoreApplication::processEvents();
-        const double turn = Report::processorTime() - before;
+        const double iteration = Report::processorTime() - before;
         hasBegun = hasBegun || receiving || session.probe.listTree()->topLevelItemCount() > 0;
-        result.total += turn;
+        result.total += iteration;
         if (hasBegun && !receiving)
-            result.end = turn;
+            result.lastIteration = iteration;
         else
-            result.longestTurn = std::max(result.longestTurn, turn);
+            result.longestIteration = std::max(result.longestIteration, iteration);
     }
     Report::settle();
     return result;
@@ -78,11 +77,13 @@ void reportFill(WindowSession &session, const QString &work)
     constexpr double IterationLimitMs = 100;
     const Fill cost = fill(session);
     print(work, u"ms"_s, cost.total);
-    print(work + u": longest turn while it fills"_s, u"ms"_s, cost.longestTurn, IterationLimitMs);
-    print(work + u": turn that ends and sorts it"_s, u"ms"_s, cost.end, IterationLimitMs);
+    print(work + u": longest iteration while filling"_s, u"ms"_s, cost.longestIteration,
+          IterationLimitMs);
+    print(work + u": last iteration, with the sort"_s, u"ms"_s, cost.lastIteration,
+          IterationLimitMs);
 }
 
-// What each key press would do without a care for its cost.
+// The simplest search: sets every row at each key press.
 void setEachRow(QTreeWidget &tree, const QString &text)
 {
     for (int row = 0; row < tree.topLevelItemCount(); ++row) {
@@ -96,7 +97,7 @@ void reportSearch(WindowSession &session)
 {
     QTreeWidget &tree = *session.probe.listTree();
     QLineEdit &search = session.probe.listSearchEdit();
-    // After a sort an item does not know its row, which is told once and for all by this.
+    // After a sort, an item looks up its row at the first call. This excludes these look-ups.
     setEachRow(tree, QString());
     Report::settle();
     const QStringList texts{u"w"_s,  u"we"_s,  u"wea"_s,   u"weat"_s,   u"wea"_s, u"r"_s,
@@ -112,7 +113,7 @@ void reportSearch(WindowSession &session)
     const double keys = type([&search](const QString &text) { search.setText(text); });
     const double rows = type([&tree](const QString &text) { setEachRow(tree, text); });
     print(u"a key of the search in 50,000 channels"_s, u"ms"_s, keys / double(texts.size()));
-    print(u"the same, as a ratio to setting every row anew"_s, QString(), keys / rows, 0.25);
+    print(u"the same, as a ratio to setting every row"_s, QString(), keys / rows, 0.25);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
-// What a screen reader costs: rows into the current tab without accessibility, with it, and with a
-// client that listens on the accessibility bus. Each figure is taken by `bench_chat` in a process
-// of its own, in turns, on a screen that must be there.
+// Measures the cost of a screen reader: rows into the current tab without accessibility, with it,
+// and with a client that listens on the accessibility bus. Runs `bench_chat` in a new process for
+// each figure and needs a screen.
 
 #include "AccessibilityBus.h"
 #include "Report.h"
@@ -19,18 +19,18 @@ namespace {
 
 constexpr int Rounds = 3;
 
-// Times the processor time without accessibility.
+// As multiples of the processor time without accessibility.
 constexpr double ReadLimit = 1.2;
 constexpr double LineLimit = 1.5;
 
-// The figure that `bench_chat` prints for a part; negative if it fails.
+// Returns the figure that `bench_chat` prints for `part`; negative if it fails.
 double measure(const QStringList &wrapper, const QStringList &part)
 {
     const QString program = QDir(QCoreApplication::applicationDirPath()).filePath(u"bench_chat"_s);
     const QStringList command = wrapper + QStringList{program} + part;
     QProcess process;
     process.start(command.first(), command.mid(1));
-    // The listener receives its events meanwhile.
+    // An event loop, so that the listener receives events meanwhile.
     QEventLoop loop;
     QObject::connect(&process, &QProcess::finished, &loop, &QEventLoop::quit);
     loop.exec();
@@ -39,9 +39,9 @@ double measure(const QStringList &wrapper, const QStringList &part)
     return isNumber ? value : -1;
 }
 
-// The median, in turns with the other figures, so that other work on the machine meets all alike.
-std::array<double, 3> measureInTurns(const std::array<QStringList, 3> &wrappers,
-                                     const QStringList &part)
+// Returns the medians. Alternates between the wrappers, so that other load affects all alike.
+std::array<double, 3> measureAlternately(const std::array<QStringList, 3> &wrappers,
+                                         const QStringList &part)
 {
     std::array<QList<double>, 3> values;
     for (int round = 0; round < Rounds; ++round) {
@@ -82,21 +82,21 @@ int main(int argc, char *argv[])
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     qputenv("QT_QPA_PLATFORM", platform);
-    AccessibilityBus silent;
-    AccessibilityBus heard;
-    if (!silent.start() || !heard.start() || !heard.listen())
+    AccessibilityBus withoutListener;
+    AccessibilityBus withListener;
+    if (!withoutListener.start() || !withListener.start() || !withListener.listen())
         return EXIT_FAILURE;
     const std::array<QStringList, 3> wrappers{
             QStringList{u"env"_s, u"DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent"_s},
-            silent.wrapper(), heard.wrapper()};
+            withoutListener.wrapper(), withListener.wrapper()};
     for (const int rows : {1000, 5000, 10000, 20000, 50000}) {
         print(u"one line, %1 rows"_s.arg(rows), LineLimit,
-              measureInTurns(wrappers, {u"line"_s, QString::number(rows)}));
-        // Otherwise nothing was measured.
-        if (heard.events().isEmpty())
+              measureAlternately(wrappers, {u"line"_s, QString::number(rows)}));
+        // Without events, nothing was measured.
+        if (withListener.events().isEmpty())
             return EXIT_FAILURE;
-        heard.clearEvents();
+        withListener.clearEvents();
     }
-    print(u"10000 lines in one read"_s, ReadLimit, measureInTurns(wrappers, {u"read"_s}));
+    print(u"10000 lines in one read"_s, ReadLimit, measureAlternately(wrappers, {u"read"_s}));
     return EXIT_SUCCESS;
 }

@@ -1,7 +1,7 @@
-// The program in a session with a server: floods and slow streams of lines through a real socket,
-// the time to its first frame, and its memory. Under X it is the built program itself on a screen
-// in memory; on the platform without a screen, where no key reaches it, it is the same window made
-// here.
+// Measures the program in a session: floods and slow streams of lines through a real socket, the
+// time to the first frame, and memory. Under X it runs the built program on a virtual screen. The
+// offscreen platform passes no key press to another process, so there this executable opens the
+// window itself.
 
 #include "Child.h"
 #include "ConnectDialog.h"
@@ -36,9 +36,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Quiet = 400; // In ms without work, after which a program counts as idle.
+constexpr int IdleTime = 400; // Time without work, in ms, after which a program counts as idle.
 
-// Processor time of another process in milliseconds, all of its threads together.
+// Returns the processor time of all threads of another process, in milliseconds.
 double processorTimeOf(qint64 process)
 {
     double result = 0;
@@ -75,7 +75,7 @@ QByteArray lines(int count)
     return result;
 }
 
-// A server that welcomes its client into one channel.
+// A server that registers its client and confirms joining one channel.
 class Server final : public ScriptedServer
 {
 public:
@@ -109,7 +109,7 @@ public:
     {
     }
 
-    // Starts the program and brings it into the channel.
+    // Starts the program and waits until it has joined the channel.
     bool start()
     {
         prepare();
@@ -122,14 +122,14 @@ public:
                && screen->press(u"Return"_s) && join();
     }
 
-    // The same with the window made here, which measures its event-loop iterations.
+    // Does the same with this executable's window, which measures its event-loop iterations.
     bool startMeasuring()
     {
         prepare();
         return launchWindow({u"--iterations"_s}) && join();
     }
 
-    // The longest event-loop iteration since the last call, in ms of processor time.
+    // Returns the longest event-loop iteration since the last call, in ms of processor time.
     double longestIteration()
     {
         double longest = 0;
@@ -153,10 +153,10 @@ public:
         server.sendBytes(bytes);
         Cost cost;
         for (double known = before;
-             double(clock.elapsed()) < cost.wall + Quiet || cost.processor < 1;) {
+             double(clock.elapsed()) < cost.wall + IdleTime || cost.processor < 1;) {
             QTest::qWait(10);
             const double now = processorTimeOf(program.processId());
-            // A blinking cursor is no work.
+            // Ignores the blinking cursor.
             if (now - known > 0.5) {
                 cost = {.processor = now - before, .wall = double(clock.elapsed())};
                 known = now;
@@ -167,8 +167,8 @@ public:
         return cost;
     }
 
-    // Share of one processor, in percent, at a steady pace of lines.
-    double pace(int linesPerSecond, int seconds)
+    // Returns the share of one processor, in percent, at a steady rate of lines.
+    double load(int linesPerSecond, int seconds)
     {
         const QList<QByteArray> each = lines(linesPerSecond * seconds).split('\n');
         const double before = processorTimeOf(program.processId());
@@ -208,9 +208,9 @@ private:
 
     bool join()
     {
-        const bool isThere = server.waitForClient() && server.waitForLine(u"JOIN #bench"_s);
+        const bool hasJoined = server.waitForClient() && server.waitForLine(u"JOIN #bench"_s);
         QTest::qWait(1000);
-        return isThere;
+        return hasJoined;
     }
 
     VirtualScreen *screen;
@@ -277,7 +277,7 @@ bool reportFloods(VirtualScreen *screen)
     return true;
 }
 
-// Processor time of one read of 1 MB in 20,000 lines, in milliseconds.
+// Returns the processor time of one read of 1 MB in 20,000 lines, in milliseconds.
 std::optional<double> readOfManyLines()
 {
     ScriptedServer server;
@@ -288,7 +288,7 @@ std::optional<double> readOfManyLines()
     const QByteArray bytes =
             QByteArray(":irc.test 372 me :" + QByteArray(30, 'x') + "\r\n").repeated(20000);
     auto *socket = connection.findChild<QTcpSocket *>();
-    // The socket collects what arrives and does not report it.
+    // The socket buffers the bytes without emitting readyRead.
     socket->blockSignals(true);
     server.sendBytes(bytes);
     if (!waitUntil([&] { return socket->bytesAvailable() == bytes.size(); }))
@@ -316,7 +316,7 @@ bool reportReading()
     return true;
 }
 
-bool reportPace(VirtualScreen *screen)
+bool reportSteadyRate(VirtualScreen *screen)
 {
     Session session(screen);
     if (!session.start())
@@ -324,7 +324,7 @@ bool reportPace(VirtualScreen *screen)
     session.send(lines(5000));
     Report::print({.work = u"20 lines a second into 5,000 rows, of one processor"_s,
                    .unit = u"%"_s,
-                   .value = session.pace(20, 10),
+                   .value = session.load(20, 10),
                    .limit = 3,
                    .stock = {}});
     return true;
@@ -360,7 +360,7 @@ bool reportNames(VirtualScreen *screen)
     return true;
 }
 
-// Processor time that a process of this program takes to its window's first frame, in milliseconds.
+// Returns the processor time of a new process until its window's first frame, in milliseconds.
 double firstFrame(VirtualScreen *screen, const QString &kind)
 {
     std::vector<double> times;
@@ -414,7 +414,7 @@ public:
     }
 };
 
-// What main() of the program does.
+// Does the same as main() of the program.
 void prepareApplication()
 {
     QApplication::setApplicationName(u"Velmora"_s);
@@ -452,7 +452,7 @@ private:
     double last = Report::processorTime();
 };
 
-// The program with Return pressed in its connect dialog.
+// Runs the program's window and presses Return in its connect dialog.
 int runWindow(bool isMeasured)
 {
     prepareApplication();
@@ -472,7 +472,7 @@ int runWindow(bool isMeasured)
     return QApplication::exec();
 }
 
-// Any other program on the screen in memory.
+// Runs another program on the virtual screen.
 int runOnScreen(const VirtualScreen &screen, const QStringList &command)
 {
     Child program;
@@ -490,7 +490,7 @@ bool report(const QString &part, VirtualScreen *screen)
     if (part == "reading"_L1)
         return reportReading();
     if (part == "pace"_L1)
-        return reportPace(screen);
+        return reportSteadyRate(screen);
     if (part == "names"_L1)
         return reportNames(screen);
     if (part == "start"_L1) {

@@ -1,5 +1,5 @@
-// The cost of a new tab and of a change of tabs among many: in the program's window, without and
-// with a background image, and in a plain QTabWidget with the same sheet and close buttons.
+// Measures opening a tab and switching tabs among many: in the program's window, without and with a
+// background image, and in a plain QTabWidget with the same style sheet and close buttons.
 
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
@@ -31,7 +31,7 @@ namespace {
 
 constexpr int Rounds = 9;
 
-// The program blinks in all tabs, so there is always something left to do.
+// A fixed number of iterations, since blinking tabs always leave events to process.
 void processEvents()
 {
     for (int pass = 0; pass < 4; ++pass)
@@ -46,7 +46,7 @@ public:
     Tabs() = default;
     virtual ~Tabs() = default;
 
-    // Opens one more tab, which does not become current.
+    // Opens another tab without making it current.
     virtual void open(const QString &name) = 0;
     virtual QTabWidget &widget() = 0;
 };
@@ -92,7 +92,7 @@ public:
         window->show();
     }
 
-    // As a private message of a stranger does it.
+    // Opens it by a private message of an unknown user.
     void open(const QString &name) override
     {
         IRCParser::parseLine(u":%1!user@host.example PRIVMSG %1 :hello"_s.arg(name),
@@ -110,7 +110,7 @@ enum Kind { Plain, WithoutImage, WithImage, KindCount };
 using Costs = std::array<double, KindCount>; // In milliseconds.
 using AllTabs = std::array<Tabs *, KindCount>;
 
-// The kinds take turns, so that what else the machine does meets them all.
+// Alternates between the kinds, so that other load affects all alike.
 template <typename Work>
 Costs medians(const AllTabs &all, const Work &work)
 {
@@ -133,7 +133,7 @@ Costs medians(const AllTabs &all, const Work &work)
 
 void openNext(Tabs &tabs, int = 0)
 {
-    tabs.open(u"stranger%1"_s.arg(tabs.widget().count()));
+    tabs.open(u"user%1"_s.arg(tabs.widget().count()));
 }
 
 void showNext(Tabs &tabs, int round)
@@ -168,9 +168,9 @@ void report(const QString &image)
             processEvents();
         }
         print(u"a new tab beside %1 tabs"_s.arg(count), medians(all, openNext));
-        // A page is polished when it is shown for the first time.
+        // Not measured: Qt polishes a page when it is first shown.
         medians(all, showNext);
-        print(u"a change of tabs among %1 tabs"_s.arg(count), medians(all, showNext));
+        print(u"a tab switch among %1 tabs"_s.arg(count), medians(all, showNext));
     }
 }
 

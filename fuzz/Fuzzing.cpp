@@ -10,14 +10,14 @@
 
 namespace {
 
-void keepSilent(QtMsgType /*type*/, const QMessageLogContext & /*context*/,
-                const QString & /*text*/)
+void discardMessage(QtMsgType /*type*/, const QMessageLogContext & /*context*/,
+                    const QString & /*text*/)
 {
 }
 
 } // namespace
 
-// What the font library keeps for itself until the process ends is not ours to free.
+// Fontconfig never frees its caches.
 extern "C" const char *__lsan_default_suppressions();
 extern "C" const char *__lsan_default_suppressions()
 {
@@ -32,22 +32,22 @@ void start()
     qputenv("LC_ALL", "C.UTF-8");
     qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", "disabled:");
-    qInstallMessageHandler(keepSilent);
-    // An input that fails is to fail again.
+    qInstallMessageHandler(discardMessage);
+    // Makes failures reproducible.
     QHashSeed::setDeterministicGlobalSeed();
 
     static int argc = 1;
     static char name[] = "fuzzer";
     static char *argv[] = {name, nullptr};
-    // libFuzzer leaves the process without unwinding it.
+    // Never deleted: libFuzzer exits without unwinding the stack.
     static const auto *const application = new QApplication(argc, argv);
     static_cast<void>(application);
     static const TemporaryStore store;
 }
 
-void demand(bool holds, const char *rule)
+void require(bool condition, const char *rule)
 {
-    if (holds)
+    if (condition)
         return;
     std::fprintf(stderr, "Check failed: %s\n", rule);
     std::abort();

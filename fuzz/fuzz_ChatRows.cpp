@@ -1,8 +1,8 @@
-// What hostile lines become in a conversation: one row each, whose text is the line, in one block;
-// and anchors whose target is what they show.
+// Checks hostile lines in a conversation: each is one row and one block with the line's text, and
+// the target of each anchor is its text.
 //
-// The input is the rows, parted by 0xFF, each a nick and a text parted by 0xFE; no text holds these
-// bytes. Some of the conversations are painted too.
+// The input is rows separated by 0xFF. A row is a nick and a text separated by 0xFE. UTF-8 contains
+// neither byte. Some of the conversations are also painted.
 
 #include "ChatTable.h"
 #include "ChatView.h"
@@ -48,9 +48,9 @@ void checkAnchors(const QTextBlock &block)
         const QTextCharFormat format = run.fragment().charFormat();
         const QString text = run.fragment().text();
         if (format.isAnchor())
-            Fuzzing::demand(format.anchorHref() == text
-                                    || format.anchorHref() == QString(u"mailto:"_s + text),
-                            "an anchor leads to what it shows");
+            Fuzzing::require(format.anchorHref() == text
+                                     || format.anchorHref() == QString(u"mailto:"_s + text),
+                             "an anchor's target is its text");
     }
 }
 
@@ -60,14 +60,14 @@ void checkLinks(const QString &text)
     QTextCursor cursor(&document);
     IrcText::insertWithLinks(cursor, text, QTextCharFormat());
     if (std::none_of(text.cbegin(), text.cend(), startsBlock)) {
-        Fuzzing::demand(document.firstBlock().text() == text, "the text is inserted as it is");
+        Fuzzing::require(document.firstBlock().text() == text, "the text is inserted unchanged");
         checkAnchors(document.firstBlock());
     }
-    Fuzzing::demand(cursor.atEnd(), "the cursor ends behind the text");
+    Fuzzing::require(cursor.atEnd(), "the cursor is after the text");
 }
 
-// The characters that would start another block stand for themselves no longer.
-QString withinBlock(const QString &text)
+// Returns `text` with the replacements for the characters that would start another block.
+QString asOneBlock(const QString &text)
 {
     QString shown = text;
     shown.replace(u"\r\n"_s, u"\n"_s);
@@ -84,8 +84,8 @@ void checkCell(const QTextTable &table, int row, int column, const QString &text
 {
     const QTextTableCell cell = table.cellAt(row, column);
     const QTextBlock block = cell.firstCursorPosition().block();
-    Fuzzing::demand(block == cell.lastCursorPosition().block(), "a cell is one block");
-    Fuzzing::demand(block.text() == text, "a cell shows the text");
+    Fuzzing::require(block == cell.lastCursorPosition().block(), "a cell is one block");
+    Fuzzing::require(block.text() == text, "a cell shows the text");
 }
 
 void paint(ChatView &view)
@@ -115,13 +115,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     ChatView view;
     QTextTable *table = ChatTable::create(view, columns);
     ChatTable::appendRows(*table, rows);
-    Fuzzing::demand(table->rows() == rows.size() + 1, "each line is a row");
+    Fuzzing::require(table->rows() == rows.size() + 1, "each line is a row");
     for (int index = 0; index < rows.size(); ++index) {
         const ChatRow &row = rows.at(index);
-        checkCell(*table, index + 1, columns - 1, withinBlock(row.text));
+        checkCell(*table, index + 1, columns - 1, asOneBlock(row.text));
         const QString nick = ChatTable::elidedNick(row.nick);
         if (columns == 3)
-            checkCell(*table, index + 1, 1, withinBlock(nick) + u"  "_s);
+            checkCell(*table, index + 1, 1, asOneBlock(nick) + u"  "_s);
     }
     if (size % 8 < 2)
         paint(view);

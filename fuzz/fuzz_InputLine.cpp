@@ -1,8 +1,8 @@
-// What the window does with lines that the user types, between lines that the server sends: tabs,
-// user list and all that the window remembers are what the rules make of the lines.
+// Checks lines that the user types between lines of the server: the tabs, the user list and the
+// window's state must equal those of a model.
 //
-// The input is the lines, each ended by LF. One that starts with ":" comes from the server, one
-// that is a single digit shows that tab, and any other is typed.
+// The input is lines that end with LF. A line that starts with ":" comes from the server, a single
+// digit selects that tab, and any other line is typed.
 
 #include "Commands.h"
 #include "Fuzzing.h"
@@ -25,23 +25,23 @@ namespace {
 void checkCommand(const QString &line)
 {
     const Commands::Command command = Commands::parse(line);
-    Fuzzing::demand(command.line == line && command.section(0) == line, "the line stays as it is");
+    Fuzzing::require(command.line == line && command.section(0) == line, "the line is unchanged");
     for (const QString &word : command.words)
-        Fuzzing::demand(!word.isEmpty() && !word.contains(u' '), "words hold no blanks");
-    Fuzzing::demand(command.name.isEmpty() == command.words.isEmpty(), "a command has a name");
+        Fuzzing::require(!word.isEmpty() && !word.contains(u' '), "words contain no spaces");
+    Fuzzing::require(command.name.isEmpty() == command.words.isEmpty(), "a command has a name");
 }
 
-/// A window whose session is up, with a channel and a private conversation.
+/// A window with a registered session, a channel and a private conversation.
 class Session final
 {
 public:
     Session();
 
-    void take(const QString &line);
+    void process(const QString &line);
     void check() const;
 
 private:
-    void say(const QString &line);
+    void receive(const QString &line);
 
     QTcpServer server;
     MainWindow window;
@@ -54,25 +54,26 @@ Session::Session()
     IRCConnection &connection = probe.connection();
     server.listen(QHostAddress::LocalHost);
     connection.connectToServer(u"127.0.0.1"_s, server.serverPort(), u"me"_s, u"Me"_s, false);
-    Fuzzing::demand(connection.findChild<QTcpSocket *>()->waitForConnected(), "a link comes up");
+    Fuzzing::require(connection.findChild<QTcpSocket *>()->waitForConnected(),
+                     "the session connects");
     probe.currentServerId() = u"127.0.0.1_6667"_s;
-    say(u":irc.test 001 me :Welcome"_s);
-    say(u":me!me@host JOIN #one"_s);
-    say(u":irc.test 353 me = #one :me @ann +bob"_s);
-    say(u":irc.test 366 me #one :End of NAMES list"_s);
-    say(u":ann!ann@host PRIVMSG me :hello"_s);
+    receive(u":irc.test 001 me :Welcome"_s);
+    receive(u":me!me@host JOIN #one"_s);
+    receive(u":irc.test 353 me = #one :me @ann +bob"_s);
+    receive(u":irc.test 366 me #one :End of NAMES list"_s);
+    receive(u":ann!ann@host PRIVMSG me :hello"_s);
 }
 
-void Session::say(const QString &line)
+void Session::receive(const QString &line)
 {
     emit probe.connection().rawMessageReceived(line);
     IRCParser::parseLine(line, &probe.connection());
 }
 
-void Session::take(const QString &line)
+void Session::process(const QString &line)
 {
     if (line.startsWith(u':')) {
-        say(line);
+        receive(line);
     } else if (line.size() == 1 && line.at(0).isDigit()) {
         const int index = line.at(0).digitValue();
         probe.tabWidget().setCurrentIndex(index);
@@ -89,9 +90,9 @@ void Session::take(const QString &line)
 void Session::check() const
 {
     const QString difference = SessionInvariants::findDifference(probe, model);
-    Fuzzing::demand(difference.isEmpty(), qPrintable(difference));
-    const QString broken = SessionInvariants::findViolation(probe);
-    Fuzzing::demand(broken.isEmpty(), qPrintable(broken));
+    Fuzzing::require(difference.isEmpty(), qPrintable(difference));
+    const QString violation = SessionInvariants::findViolation(probe);
+    Fuzzing::require(violation.isEmpty(), qPrintable(violation));
 }
 
 } // namespace
@@ -108,7 +109,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     Session session;
     for (const QString &line : input.split(u'\n')) {
         checkCommand(line);
-        session.take(line);
+        session.process(line);
     }
     QCoreApplication::processEvents();
     session.check();

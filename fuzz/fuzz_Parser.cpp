@@ -1,7 +1,7 @@
-// What a session makes of lines: every text that it tells is a piece of them, or one of a few that
-// are its own.
+// Checks the signals of a session: every text in them is part of the received lines or one of the
+// session's own texts.
 //
-// The input is the lines, each ended by LF.
+// The input is lines that end with LF.
 
 #include "Fuzzing.h"
 #include "IRCConnection.h"
@@ -26,7 +26,7 @@ bool isOwnText(const QString &text)
     return own.contains(text);
 }
 
-/// All signals of a session.
+/// Records all signals of a session.
 class Spies final
 {
 public:
@@ -39,19 +39,19 @@ public:
         }
     }
 
-    /// Demands that what was told so far stems from `lines`, and forgets it.
+    /// Checks the texts of all recorded signals against `lines`, and clears the record.
     void check(const QString &lines)
     {
         for (const auto &spy : spies) {
             for (const QVariantList &arguments : std::as_const(*spy)) {
                 for (const QVariant &argument : arguments) {
-                    // A number stands where a text of the server's was read as one.
+                    // Parsed from a text of the server.
                     if (argument.metaType() == QMetaType::fromType<int>())
                         continue;
                     const QStringList texts = argument.toStringList();
                     for (const QString &text : texts)
-                        Fuzzing::demand(lines.contains(text) || isOwnText(text),
-                                        "what is told is a piece of the lines");
+                        Fuzzing::require(lines.contains(text) || isOwnText(text),
+                                         "signals carry parts of the lines");
                 }
             }
             spy->clear();

@@ -1,8 +1,8 @@
-// How a session makes lines of what it reads: the same text gives the same lines and signals in the
-// same order, wherever the reads end.
+// Checks how a session splits what it reads into lines: the same text gives the same lines and
+// signals in the same order, wherever the reads end.
 //
-// The input is what the server sends, on a real link. The byte 0xFF, which no text holds, marks the
-// end of a read.
+// The input is what the server sends through a real socket. The byte 0xFF, which UTF-8 does not
+// contain, marks the end of a read.
 
 #include "Fuzzing.h"
 #include "IRCConnection.h"
@@ -24,11 +24,12 @@ class Session final
 public:
     Session();
 
-    /// What the session tells of these reads and a line end, all from the same state.
-    QStringList tell(const QByteArrayList &reads);
+    /// Returns the signals that the session emits for these reads and a line end. Resets its state
+    /// before.
+    QStringList signalsOf(const QByteArrayList &reads);
     [[nodiscard]] QStringList lines() const { return log.raw(); }
 
-    /// False once the session is in another state than after registration, for good.
+    /// Returns whether the session is in the state after registration, which a reset restores.
     [[nodiscard]] bool isFresh() const;
 
 private:
@@ -45,7 +46,7 @@ Session::Session()
 {
     connection.connectToServer(u"127.0.0.1"_s, server.port(), u"me"_s, u"Real Name"_s, false);
     socket = connection.findChild<QTcpSocket *>();
-    Fuzzing::demand(server.waitForLine(u"USER me 0 * :Real Name"_s), "the session connects");
+    Fuzzing::require(server.waitForLine(u"USER me 0 * :Real Name"_s), "the session connects");
 }
 
 bool Session::isFresh() const
@@ -59,10 +60,10 @@ void Session::feed(const QByteArray &bytes)
         return;
     hasTriedNicks = hasTriedNicks || bytes.contains("433");
     server.sendBytes(bytes);
-    Fuzzing::demand(socket->waitForReadyRead(WaitTimeout), "each read arrives");
+    Fuzzing::require(socket->waitForReadyRead(WaitTimeout), "each read arrives");
 }
 
-QStringList Session::tell(const QByteArrayList &reads)
+QStringList Session::signalsOf(const QByteArrayList &reads)
 {
     log.clear();
     connection.setRegistered(false);
@@ -73,7 +74,7 @@ QStringList Session::tell(const QByteArrayList &reads)
     return log.entries();
 }
 
-/// A session as it is after registration. A link costs much, so each one serves for long.
+/// Returns a session in the state after registration. Reuses it, since connecting is slow.
 Session &freshSession()
 {
     constexpr int MaxUses = 2000;
@@ -102,15 +103,15 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
         text += QString::fromUtf8(bytes);
 
     Session &inPieces = freshSession();
-    const QStringList told = inPieces.tell(reads);
+    const QStringList expected = inPieces.signalsOf(reads);
     QStringList lines = QString(text + u"\r\n"_s).split(u"\r\n"_s);
     lines.removeAll(QString());
-    Fuzzing::demand(inPieces.lines() == lines, "each CR LF ends a line, and nothing else does");
+    Fuzzing::require(inPieces.lines() == lines, "only CR LF ends a line");
 
-    // Each read loses a byte order mark at its start, so one is there to be lost.
+    // Decoding drops a byte order mark at the start of each read, so this read starts with one.
     Session &inOne = freshSession();
-    Fuzzing::demand(inOne.tell({"\xEF\xBB\xBF" + text.toUtf8()}) == told,
-                    "the same text tells the same in one read");
+    Fuzzing::require(inOne.signalsOf({"\xEF\xBB\xBF" + text.toUtf8()}) == expected,
+                     "one read of the same text gives the same signals");
     QCoreApplication::processEvents();
     return 0;
 }

@@ -1,4 +1,4 @@
-// What the dialogs and the window make of a settings file that anything may have written.
+// Checks that the dialogs and the window accept any settings file.
 //
 // The input is the file.
 
@@ -21,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The application's store for one input. Qt keeps stores in memory by name, so each has its own.
+/// The application's settings store for one input. Qt caches stores by name, so each has its own.
 class Store final
 {
     Q_DISABLE_COPY_MOVE(Store)
@@ -33,7 +33,7 @@ public:
         QCoreApplication::setApplicationName(u"Velmora-%1"_s.arg(++count));
         file.setFileName(QSettings().fileName());
         QDir().mkpath(QFileInfo(file).path());
-        Fuzzing::demand(file.open(QIODevice::WriteOnly), "the store can be written");
+        Fuzzing::require(file.open(QIODevice::WriteOnly), "the store can be written");
         file.write(content);
         file.close();
     }
@@ -56,20 +56,20 @@ void checkRecord(const QString &id)
 {
     const ServerConfig config = ServerStore::loadConfig(id);
     ServerStore::saveConfig(id, config, ServerStore::AddressFallback::KeepStored);
-    Fuzzing::demand(isSame(ServerStore::loadConfig(id), config), "a stored record comes back");
+    Fuzzing::require(isSame(ServerStore::loadConfig(id), config), "a stored record is read back");
 }
 
-void visitForm(const QString &address)
+void visitEditDialog(const QString &address)
 {
     const std::optional<QString> id = ServerStore::idOfAddress(address);
     const ServerConfig config = id ? ServerStore::loadConfig(*id) : ServerConfig();
-    const ServerEditDialog form(u"Edit"_s, address, config, u"light"_s, nullptr);
-    Fuzzing::demand(form.fullAddress().contains(u':'), "the form gives an address");
-    static_cast<void>(form.getConfig());
+    const ServerEditDialog dialog(u"Edit"_s, address, config, u"light"_s, nullptr);
+    Fuzzing::require(dialog.fullAddress().contains(u':'), "the dialog returns an address");
+    static_cast<void>(dialog.getConfig());
 }
 
-// Each change writes the whole store, so only one row's record is.
-void visitDialog(int changedRow)
+// Changes the record of one row only, since each change writes the whole store.
+void visitConnectDialog(int changedRow)
 {
     ConnectDialog dialog(nullptr);
     auto *list = dialog.findChild<QListWidget *>();
@@ -80,7 +80,7 @@ void visitDialog(int changedRow)
             continue;
         if (const std::optional<QString> id = ServerStore::idOfAddress(address))
             checkRecord(*id);
-        visitForm(address);
+        visitEditDialog(address);
     }
     static_cast<void>(dialog.favoriteChannels());
 }
@@ -96,9 +96,9 @@ int LLVMFuzzerInitialize(int * /*argc*/, char *** /*argv*/)
 int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const Store store(Fuzzing::bytesOf(data, size));
-    // Keeps the store in memory for the many others below.
+    // Keeps Qt's cache of the store for the many QSettings objects below.
     const QSettings settings;
-    visitDialog(static_cast<int>(size));
+    visitConnectDialog(static_cast<int>(size));
     MainWindow window;
     const PreferencesDialog preferences(&window);
     return 0;

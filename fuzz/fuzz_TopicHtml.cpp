@@ -1,5 +1,5 @@
-// What a topic becomes in its label: HTML with the converter's own tags and no others, which shows
-// the topic without its codes and fetches nothing.
+// Checks the HTML of a topic: it has only the converter's tags, shows the topic without formatting
+// codes and loads no resource.
 //
 // The input is the topic.
 
@@ -22,36 +22,38 @@ class Document final : public QTextDocument
 protected:
     QVariant loadResource(int /*type*/, const QUrl & /*name*/) override
     {
-        Fuzzing::demand(false, "a topic fetches nothing");
+        Fuzzing::require(false, "a topic loads no resource");
         return {};
     }
 };
 
-// A blank ends a URL, and so tears a colour's tag apart that stands right behind one: its end is
-// text then, sign and all.
+// A URL ends at a space, and so inside the tag of a colour that directly follows the URL. The rest
+// of that tag is then text, ">" included.
 void checkTags(const QString &html)
 {
     static const QRegularExpression known(
             uR"(</?[biu]>|</(?:a|span)>|<a href="[^"]*">)"
             uR"(|<span style="color:#[0-9a-f]{6};(?:background-color:#[0-9a-f]{6};)?">)"_s);
-    Fuzzing::demand(!QString(html).remove(known).contains(u'<'), "all tags are the converter's");
+    Fuzzing::require(!QString(html).remove(known).contains(u'<'),
+                     "only the converter's tags occur");
 }
 
 void checkFormats(const QTextDocument &document)
 {
-    Fuzzing::demand(document.rootFrame()->childFrames().isEmpty(), "a topic has no frames");
+    Fuzzing::require(document.rootFrame()->childFrames().isEmpty(), "a topic has no frames");
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        Fuzzing::demand(block.textList() == nullptr, "a topic has no lists");
+        Fuzzing::require(block.textList() == nullptr, "a topic has no lists");
         for (auto run = block.begin(); !run.atEnd(); ++run) {
             const QTextCharFormat format = run.fragment().charFormat();
-            Fuzzing::demand(format.objectType() == QTextFormat::NoObject, "a topic has no objects");
-            Fuzzing::demand(format.background().style() != Qt::TexturePattern,
-                            "a topic has no pictures");
+            Fuzzing::require(format.objectType() == QTextFormat::NoObject,
+                             "a topic has no objects");
+            Fuzzing::require(format.background().style() != Qt::TexturePattern,
+                             "a topic has no images");
         }
     }
 }
 
-// Apart from blanks and controls, which HTML has its own ways with.
+// Returns `text` without white space and control characters, which HTML treats in its own way.
 QString visible(const QString &text)
 {
     QString kept;
@@ -69,13 +71,13 @@ void checkText(const QString &topic, const QTextDocument &document)
                                           QRegularExpression::UseUnicodePropertiesOption);
     static const QRegularExpression escaped(uR"([<>&"])"_s);
     const QString text = QString(topic).remove(codes);
-    // An address may repeat the rest, and a URL shows tags and escaped signs that belong to it. A
-    // code that leaves no tag behind may have stood amidst the URL.
+    // Excludes cases in which the shown text differs: a mail address may repeat the rest, and a URL
+    // includes tags, escaped characters and text after a code without a tag.
     const bool hasLink = text.contains(u"://"_s);
     if (topic.contains(u'@') || (hasLink && (topic.contains(codes) || topic.contains(escaped))))
         return;
-    Fuzzing::demand(visible(document.toPlainText()) == visible(text),
-                    "the topic is shown, less its codes");
+    Fuzzing::require(visible(document.toPlainText()) == visible(text),
+                     "the topic is shown without its codes");
 }
 
 } // namespace
