@@ -112,7 +112,7 @@ void reportSearch(WindowSession &session)
     };
     const double keys = type([&search](const QString &text) { search.setText(text); });
     const double rows = type([&tree](const QString &text) { setEachRow(tree, text); });
-    print(u"a key of the search in 50,000 channels"_s, u"ms"_s, keys / double(texts.size()));
+    print(u"a key press in the search, 50,000 channels"_s, u"ms"_s, keys / double(texts.size()));
     print(u"the same, as a ratio to setting every row"_s, QString(), keys / rows, 0.25);
 }
 

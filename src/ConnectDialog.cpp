@@ -263,7 +263,7 @@ void ConnectDialog::editServer()
     }
     if (address != oldAddress) {
         // A new address is another server, so the old record and favourite mark are removed.
-        // Intended: an old default server is not marked as deleted; the next dialog lists it again.
+        // Intended: a renamed default server does not count as deleted and is listed again later.
         removeServerConfig(*oldId);
         serverList->itemFromIndex(index)->setText(address);
     }
@@ -372,7 +372,7 @@ void ConnectDialog::addFields(QFormLayout &form)
     serverList->setMaximumHeight(150);
     serverList->setContextMenuPolicy(Qt::CustomContextMenu);
     serverList->setItemDelegate(new ServerListDelegate(this));
-    serverList->setAccessibleName(tr("Servers")); // Buttons take the place of its label.
+    serverList->setAccessibleName(tr("Servers")); // Its label is a column of buttons.
     new FocusMark(*serverList);
     form.addRow(listButtons, serverList);
 

@@ -19,13 +19,13 @@ class QSettings;
 
 /// Dialog in which the user chooses a server and an identity.
 ///
-/// It lists the known servers (the built-in ones, the user's own and the last one connected to) and
-/// shows the fields of the selected one. Connect completes `activeConfig` from the stored record
-/// and the fields, stores the fields if they belong to the selected row, and accepts the dialog.
-/// The constructor reads the store, so create a dialog each time it is shown.
+/// It lists the default servers, the custom ones that the user added and the last one connected to,
+/// and shows the fields of the selected server. Connect stores these fields, unless host or port
+/// were edited, completes the record to connect with from the stored record and the fields, and
+/// accepts the dialog. The constructor reads the store, so create a dialog each time it is shown.
 ///
-/// Adding, editing and deleting a server and the context menu run nested event loops, in which the
-/// dialog may be destroyed.
+/// The message boxes, server edit dialogs and menus run nested event loops, in which the dialog may
+/// be destroyed.
 class ConnectDialog final : public QDialog
 {
     Q_OBJECT
@@ -35,7 +35,7 @@ public:
     explicit ConnectDialog(QWidget *parent);
     ~ConnectDialog() override;
 
-    /// Returns the built-in servers as "host:port", in no particular order.
+    /// Returns the default servers as "host:port", in no particular order.
     [[nodiscard]] static QStringList defaultServers();
 
     /// Applies the theme `name`: "dark", "glass", or any other for light.
@@ -47,14 +47,13 @@ public:
     /// Returns the port, or 0 if the field contains no number.
     [[nodiscard]] int port() const;
 
-    /// These three return the value of `activeServerConfig`, or the field's content if that value
-    /// is empty.
+    /// These return the value of the record to connect with, or of the field if that is empty.
     [[nodiscard]] QString nickname() const;
     [[nodiscard]] QString realName() const;
     [[nodiscard]] QStringList favoriteChannels() const;
 
-    /// The rest returns values of the record to connect with. Until the dialog is accepted, it is a
-    /// default-constructed record.
+    /// These return values of the record to connect with, which is default-constructed until the
+    /// user connects.
     [[nodiscard]] QString altNickname() const { return activeConfig.altNickname; }
     [[nodiscard]] QString authMethod() const { return activeConfig.authMethod; }
     [[nodiscard]] QString password() const { return activeConfig.password; }
@@ -73,7 +72,7 @@ private slots:
     void showServerContextMenu(const QPoint &pos);
 
 private:
-    // Window
+    // Form
     void buildForm();
     void addFields(QFormLayout &form);
     [[nodiscard]] QWidget *makeListButtons();
@@ -108,7 +107,7 @@ private:
     void toggleFavorite(const QString &id);
 
     QSet<QString> favoriteServers; ///< Server ids.
-    QSet<QString> deletedDefaults; ///< Ids of the built-in servers that the user deleted.
+    QSet<QString> deletedDefaults; ///< Ids of the default servers that the user deleted.
     QLineEdit *serverEdit = nullptr;
     QLineEdit *portEdit = nullptr;
     QLineEdit *nicknameEdit = nullptr;
