@@ -11,7 +11,7 @@ namespace Attention {
 
 bool mentions(const QString &text, const QString &nick)
 {
-    // The plain search spares nearly every line the expression, which costs ten times as much.
+    // Ten times as fast as the expression, and enough for nearly every line.
     if (nick.isEmpty() || !text.contains(nick, Qt::CaseInsensitive))
         return false;
     const QRegularExpression word(u"\\b"_s + QRegularExpression::escape(nick) + u"\\b"_s,
@@ -28,13 +28,13 @@ QString shortened(const QString &text)
     return text.first(Longest - ellipsis.size()) + ellipsis;
 }
 
-bool isDeserved(const QString &tabName, const QString &text, const QString &ownNick)
+bool isNeeded(const QString &tabName, const QString &text, const QString &ownNick)
 {
     return ChannelNames::isChannel(tabName) ? mentions(text, ownNick)
                                             : TabNames::isPrivate(tabName);
 }
 
-Notice noticeOf(const QString &tabName, const QString &text, const QString &sender)
+Notification notificationFor(const QString &tabName, const QString &text, const QString &sender)
 {
     const QString message = shortened(text);
     if (ChannelNames::isChannel(tabName))

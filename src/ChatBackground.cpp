@@ -101,12 +101,6 @@ void ChatBackground::applyTo(QTextBrowser &view) const
     view.viewport()->update();
 }
 
-QColor ChatBackground::colorFromStore(const QString &name)
-{
-    const QColor color = QColor::fromString(name);
-    return color == Qt::black ? QColor() : color;
-}
-
 QString ChatBackground::imageDeclaration(const QString &path)
 {
     return u"border-image: url(\"%1\") 0 0 0 0 stretch stretch;"_s.arg(escaped(path));

@@ -20,10 +20,6 @@ public:
     /// unmodified. Polishing hundreds of views for each new tab would take seconds.
     void applyTo(QTextBrowser &view) const;
 
-    /// Returns the colour that the settings store as `name`. It is invalid if `name` is no colour,
-    /// and, intended, if it is black: black only lasts until the program ends.
-    [[nodiscard]] static QColor colorFromStore(const QString &name);
-
     /// Returns the style sheet declaration that stretches the image at `path` over a whole widget.
     /// All characters of the path are escaped.
     [[nodiscard]] static QString imageDeclaration(const QString &path);

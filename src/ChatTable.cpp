@@ -4,6 +4,7 @@
 #include "IrcText.h"
 #include "LineBreaks.h"
 
+#include <QDateTime>
 #include <QHash>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -276,6 +277,20 @@ QTextTable *ChatTable::create(QTextEdit &view, int columns)
     QTextTable *table = cursor.insertTable(1, columns, format);
     view.setReadOnly(true);
     return table;
+}
+
+QString ChatTable::currentTime(const QString &format)
+{
+    static qint64 knownTime = 0;
+    static QString knownFormat;
+    static QString known;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    if (now != knownTime || format != knownFormat) {
+        knownTime = now;
+        knownFormat = format;
+        known = QDateTime::fromMSecsSinceEpoch(now).toString(format);
+    }
+    return known;
 }
 
 void ChatTable::appendRows(QTextTable &table, const QList<ChatRow> &rows)

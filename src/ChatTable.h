@@ -41,6 +41,10 @@ inline constexpr int SpacesAfterNick = 2;
 /// Intended: the table has one row that stays empty, as a small gap above the first line.
 [[nodiscard]] QTextTable *create(QTextEdit &view, int columns);
 
+/// Returns the local time in `format`, for the first column. The local time zone is looked up once
+/// per millisecond only, since that is slow.
+[[nodiscard]] QString currentTime(const QString &format);
+
 /// Appends `rows` in one edit block. The result is the same as for one call per row, but each edit
 /// block takes time that grows with the table.
 void appendRows(QTextTable &table, const QList<ChatRow> &rows);

@@ -1,23 +1,37 @@
 #include "Commands.h"
 
-#include <QMap>
+#include <algorithm>
+#include <array>
 
 using namespace Qt::StringLiterals;
 
+namespace Commands {
+
 namespace {
 
-QString canonicalName(const QString &name)
+struct Entry
 {
-    static const QMap<QString, QString> aliases{
-            {u"j"_s, u"join"_s},  {u"m"_s, u"msg"_s},  {u"l"_s, u"list"_s}, {u"a"_s, u"away"_s},
-            {u"w"_s, u"whois"_s}, {u"b"_s, u"back"_s}, {u"n"_s, u"nick"_s}, {u"wc"_s, u"whois"_s},
-            {u"p"_s, u"part"_s},  {u"raw"_s, u"raw"_s}};
-    return aliases.value(name, name);
-}
+    QLatin1StringView name;
+    QLatin1StringView alias; ///< The name itself for none.
+    Action action = Action::Unknown;
+    qsizetype words = 1; ///< Fewest words, the command included.
+};
+
+constexpr std::array Table{
+        Entry{"join"_L1, "j"_L1, Action::Join, 2},
+        Entry{"part"_L1, "p"_L1, Action::Part},
+        Entry{"nick"_L1, "n"_L1, Action::Nick, 2},
+        Entry{"msg"_L1, "m"_L1, Action::Msg, 3},
+        Entry{"raw"_L1, "raw"_L1, Action::Raw, 2},
+        Entry{"list"_L1, "l"_L1, Action::List},
+        Entry{"away"_L1, "a"_L1, Action::Away},
+        Entry{"back"_L1, "b"_L1, Action::Back},
+        Entry{"whois"_L1, "w"_L1, Action::Whois, 2},
+        Entry{"whois"_L1, "wc"_L1, Action::Whois, 2},
+        Entry{"autojoin"_L1, "autojoin"_L1, Action::Autojoin, 2},
+};
 
 } // namespace
-
-namespace Commands {
 
 QString Command::section(int first) const
 {
@@ -27,7 +41,14 @@ QString Command::section(int first) const
 Command parse(const QString &line)
 {
     const QStringList words = line.mid(1).split(u' ', Qt::SkipEmptyParts);
-    return {canonicalName(words.value(0).toLower()), words, line};
+    const QString name = words.value(0).toLower();
+    const auto *const entry = std::find_if(Table.cbegin(), Table.cend(), [&](const Entry &known) {
+        return name == known.name || name == known.alias;
+    });
+    if (entry == Table.cend())
+        return {Action::Unknown, name, words, line};
+    const Action action = words.size() < entry->words ? Action::Unknown : entry->action;
+    return {action, QString(entry->name), words, line};
 }
 
 } // namespace Commands

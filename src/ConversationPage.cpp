@@ -3,6 +3,7 @@
 #include "ChatView.h"
 #include "FocusMark.h"
 #include "IconPixmap.h"
+#include "IrcText.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -111,6 +112,16 @@ void setName(const QWidget &page, const QString &name)
 {
     if (auto *view = page.findChild<ChatView *>())
         view->setAccessibleName(QTextBrowser::tr("Conversation %1").arg(name));
+}
+
+void setTopic(QLabel &label, const QString &topic)
+{
+    // Without a name, screen readers read the text.
+    label.setAccessibleName(topic.isEmpty() ? QLabel::tr("No topic") : QString());
+    if (topic.isEmpty())
+        label.clear();
+    else
+        label.setText(IrcText::toHtml(topic));
 }
 
 } // namespace ConversationPage

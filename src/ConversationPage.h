@@ -1,5 +1,6 @@
 #pragma once
 
+class QLabel;
 class QString;
 class QWidget;
 
@@ -15,5 +16,8 @@ QWidget *create(bool isChannel);
 /// Sets the accessible name of the conversation view in `page`. Does nothing if `page` has none,
 /// such as the page of the channel list.
 void setName(const QWidget &page, const QString &name);
+
+/// Shows `topic` with its format codes in `label`, a "topicLabel".
+void setTopic(QLabel &label, const QString &topic);
 
 } // namespace ConversationPage

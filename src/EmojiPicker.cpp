@@ -2,6 +2,7 @@
 
 #include "EmojiFont.h"
 #include "EmojiNames.h"
+#include "PopupArea.h"
 #include "ThemeManager.h"
 
 #include <QGridLayout>
@@ -124,6 +125,14 @@ bool EmojiPicker::eventFilter(QObject *watched, QEvent *event)
         }
     }
     return QDialog::eventFilter(watched, event);
+}
+
+void EmojiPicker::showBeside(const QWidget &button)
+{
+    adjustSize();
+    move(placeAt(QRect(button.mapToGlobal(QPoint()), button.size()), sizeHint(),
+                 PopupArea::of(*button.window())));
+    show();
 }
 
 QPoint EmojiPicker::placeAt(const QRect &button, const QSize &size, const QRect &available)

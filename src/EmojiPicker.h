@@ -29,6 +29,9 @@ public:
     [[nodiscard]] static QPoint placeAt(const QRect &button, const QSize &size,
                                         const QRect &available);
 
+    /// Shows the picker beside `button`, as `placeAt` does.
+    void showBeside(const QWidget &button);
+
 signals:
     /// A click has chosen `emoji`, with its variation selector if it has one. The picker is still
     /// up; it closes when this returns.

@@ -16,7 +16,6 @@
 #include "InfoDialogs.h"
 #include "InputForwarder.h"
 #include "InputRow.h"
-#include "IrcText.h"
 #include "LineBreaks.h"
 #include "LinkOpener.h"
 #include "MyTabWidget.h"
@@ -24,12 +23,10 @@
 #include "Notifications.h"
 #include "PlainTabs.h"
 #include "PlainTextMenu.h"
-#include "PopupArea.h"
 #include "PreferencesDialog.h"
 #include "Prompts.h"
-#include "RawLines.h"
 #include "ServerStore.h"
-#include "StatusTipStopper.h"
+#include "StatusTipFilter.h"
 #include "SystemTray.h"
 #include "TabNames.h"
 #include "TabStrip.h"
@@ -39,7 +36,6 @@
 #include <QClipboard>
 #include <QCompleter>
 #include <QCoreApplication>
-#include <QDateTime>
 #include <QGuiApplication>
 #include <QInputDialog>
 #include <QLabel>
@@ -62,7 +58,6 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
-#include <array>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -78,36 +73,29 @@ bool equalsIgnoringCase(const QString &left, const QString &right)
     return left.compare(right, Qt::CaseInsensitive) == 0;
 }
 
-// The local time. Lines of the same millisecond share it, since Qt asks the system for the time
-// zone at each conversion.
-QString currentTime(const QString &format)
-{
-    static qint64 knownTime = 0;
-    static QString knownFormat;
-    static QString known;
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    if (now != knownTime || format != knownFormat) {
-        knownTime = now;
-        knownFormat = format;
-        known = QDateTime::fromMSecsSinceEpoch(now).toString(format);
-    }
-    return known;
-}
-
-void addAutojoinEntry(QMenu &menu, bool isAutojoined)
-{
-    QAction *entry = menu.addAction(MainWindow::tr("Autojoin on connect"));
-    entry->setCheckable(true);
-    entry->setChecked(isAutojoined);
-}
-
-// A Wayland compositor shows a popup without a transient parent as a window of its own, and these
-// menus have no parent. Qt guesses one only if the window had the last input event.
-QAction *execMenu(QMenu &menu, const QWidget &widget, const QPoint &pos)
+// Sets the transient parent, which Wayland compositors need to place a popup. Qt guesses it for a
+// menu without a parent only if the window had the last input event.
+void execMenu(QMenu &menu, const QWidget &widget, const QPoint &pos)
 {
     menu.winId(); // Creates the menu's window.
     menu.windowHandle()->setTransientParent(widget.window()->windowHandle());
-    return menu.exec(widget.mapToGlobal(pos));
+    menu.exec(widget.mapToGlobal(pos));
+}
+
+// Returns true for what the Server tab shows as received: lines without a prefix, and those of a
+// server that are not numerics. Intended: a "!" anywhere after a prefix makes the line a user's.
+bool isShownRaw(const QString &line)
+{
+    if (!line.startsWith(u':'))
+        return true;
+    if (line.contains(u'!'))
+        return false;
+    const qsizetype space = line.indexOf(u' ');
+    if (line.size() <= 4 || space == 1 || space < 0 || space + 4 >= line.size())
+        return true;
+    bool isNumeric = false;
+    static_cast<void>(QStringView(line).sliced(space + 1, 3).toInt(&isNumeric, 10));
+    return !isNumeric;
 }
 
 } // namespace
@@ -126,7 +114,7 @@ MainWindow::MainWindow(QWidget *parent)
     connectSession();
     resize(1280, 720);
     setWindowTitle(u"Velmora"_s);
-    // The dialog opens over a window that is already on the screen.
+    // When the event loop runs, the window is on the screen.
     QTimer::singleShot(0, this, [this] { showConnectDialog(); });
     updateStatusBar();
     initSystemTray();
@@ -167,7 +155,11 @@ void MainWindow::setupUI()
     splitter->addWidget(userList);
     adjustSplitterToRatio();
 
-    setupInputRow();
+    const InputRow row = InputRow::create();
+    mainStack = row.stack;
+    inputLine = row.line;
+    emojiButton = row.emojiButton;
+    listSearchEdit = row.listSearch;
     layout->addWidget(mainStack);
 
     nickCompleter = NickCompletion::create(this);
@@ -201,7 +193,7 @@ void MainWindow::connectWidgets()
     connect(emojiButton, &QPushButton::clicked, this, &MainWindow::toggleEmojiPicker);
     connect(listSearchEdit, &QLineEdit::textChanged, this, &MainWindow::filterChannelList);
     connect(statusBar(), &QStatusBar::messageChanged, this, [this](const QString &message) {
-        // A message for some seconds has gone.
+        // A temporary message has timed out.
         if (message.isEmpty())
             updateStatusBar();
     });
@@ -212,18 +204,9 @@ void MainWindow::connectWidgets()
     });
 }
 
-void MainWindow::setupInputRow()
-{
-    const InputRow row = InputRow::create();
-    mainStack = row.stack;
-    inputLine = row.line;
-    emojiButton = row.emojiButton;
-    listSearchEdit = row.listSearch;
-}
-
 void MainWindow::setupMenuBar()
 {
-    new StatusTipStopper(*this);
+    new StatusTipFilter(*this);
     // Without a role an entry stays in its menu on macOS.
     const auto addWithoutRole = [](QAction *action) { action->setMenuRole(QAction::NoRole); };
 
@@ -263,17 +246,13 @@ void MainWindow::setupMenuBar()
 
 void MainWindow::createServerTab()
 {
-    const TabInfo info = createTabInfo(TabNames::Server, false);
-    insertTab(TabNames::Server, info);
+    addTab(TabNames::Server, createChannelTab(TabNames::Server, false));
     currentTabName = TabNames::Server;
     inputLine->setPlaceholderText(InputRow::placeholderFor(TabNames::Server));
-    userList->hide();
+    updateUserListVisibility(false);
     emojiButton->hide();
-    userListShown = false;
-    adjustSplitterToRatio();
     updateNickCompletionModel();
     addCloseButtonToAllTabs();
-    applyChatBackground();
 }
 
 void MainWindow::connectSession()
@@ -297,22 +276,6 @@ void MainWindow::connectSession()
     connect(connection, &IRCConnection::listChannelReceived, this, &MainWindow::onListChannel);
     connect(connection, &IRCConnection::listEndReceived, this, &MainWindow::onListEnd);
     connect(connection, &IRCConnection::listInfoReceived, this, &MainWindow::onListInfo);
-    connectPresence();
-    connect(connection, &IRCConnection::ownNickChanged, this, [this] {
-        updateStatusBar();
-        updateOwnUserAppearance();
-        pendingNick.clear();
-    });
-    connection->setReadFinishedHandler([this] {
-        pendingRows.flush();
-        refreshPendingCompletion();
-        if (listTree && std::exchange(hasNewListRows, false))
-            ChannelList::sortNewRows(*listTree);
-    });
-}
-
-void MainWindow::connectPresence()
-{
     connect(connection, &IRCConnection::whoisUserReceived, this, &MainWindow::onWhoisUser);
     connect(connection, &IRCConnection::whoisServerReceived, this, &MainWindow::onWhoisServer);
     connect(connection, &IRCConnection::whoisOperatorReceived, this, &MainWindow::onWhoisOperator);
@@ -321,13 +284,28 @@ void MainWindow::connectPresence()
     connect(connection, &IRCConnection::whoisEndReceived, this, &MainWindow::onWhoisEnd);
     connect(connection, &IRCConnection::whoisAwayReceived, this, &MainWindow::onWhoisAway);
     connect(connection, &IRCConnection::watchStatus, this, &MainWindow::onWatchStatus);
+    connect(connection, &IRCConnection::ownNickChanged, this, [this] {
+        updateStatusBar();
+        updateOwnUserAppearance();
+        pendingNick.clear();
+    });
+    connection->setReadFinishedHandler([this] {
+        pendingRows.flush();
+        flushPendingCompletion();
+        if (listTree && std::exchange(hasUnsortedListRows, false))
+            ChannelList::sortNewRows(*listTree);
+    });
 }
 
 void MainWindow::initSystemTray()
 {
     trayIcon = SystemTray::create(*this);
     notifications = new Notifications(this);
-    connect(notifications, &Notifications::clicked, this, &MainWindow::showPage);
+    connect(notifications, &Notifications::clicked, this, [this](QWidget *page) {
+        SystemTray::bringToFront(*this);
+        if (tabWidget->indexOf(page) >= 0) // Otherwise the tab has been closed.
+            tabWidget->setCurrentWidget(page);
+    });
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -336,35 +314,14 @@ void MainWindow::initSystemTray()
 void MainWindow::loadPreferences()
 {
     QSettings settings;
-    const QString font = settings.value(u"chatFont"_s, QString()).toString();
-    if (!font.isEmpty())
-        chatFont.fromString(font);
-    timestampFormat = settings.value(u"timestampFormat"_s, u"[HH:mm:ss]"_s).toString();
-    emojiSize = settings.value(u"emojiSize"_s, 20).toInt();
-    logEnabled = settings.value(u"logEnabled"_s, false).toBool();
-    logPath = settings.value(u"logPath"_s, QString()).toString();
-    chatBgImage = settings.value(u"chatBgImage"_s, QString()).toString();
-    const QString storedColor = settings.value(u"chatBgColor"_s, QString()).toString();
-    chatBgColor = ChatBackground::colorFromStore(storedColor);
-    // A colour that is refused is also removed from the store.
-    if (!storedColor.isEmpty() && !chatBgColor.isValid())
-        settings.setValue(u"chatBgColor"_s, QString());
-    autoReconnect = settings.value(u"autoReconnect"_s, true).toBool();
-    reconnectDelay = settings.value(u"reconnectDelay"_s, 10).toInt();
-    reconnectAttempts = settings.value(u"reconnectAttempts"_s, 0).toInt();
-    pingInterval = settings.value(u"pingInterval"_s, 60).toInt();
-    pingTimeout = settings.value(u"pingTimeout"_s, 45).toInt();
-    acceptInvalidSsl = settings.value(u"acceptInvalidSsl"_s, false).toBool();
-
+    Preferences::loadFrom(settings);
     applyChatFont();
     applyChatBackground();
 }
 
 void MainWindow::openPreferencesWindow()
 {
-    auto *dialog = new PreferencesDialog(this);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->show();
+    (new PreferencesDialog(this))->show();
 }
 
 void MainWindow::applyChatFont()
@@ -424,14 +381,13 @@ void MainWindow::onToggleTheme() {}
 
 void MainWindow::updateStatusBar()
 {
-    if (connection->isConnected()) {
-        statusBar()->setStyleSheet(u"QStatusBar { background-color: #d4edda; }"_s);
-        statusBar()->showMessage(
-                tr("Connected to %1 as %2").arg(connection->getHost(), connection->currentNick()));
-    } else {
-        statusBar()->setStyleSheet(u"QStatusBar { background-color: #f8d7da; }"_s);
-        statusBar()->showMessage(tr("Disconnected"));
-    }
+    const bool isConnected = connection->isConnected();
+    statusBar()->setStyleSheet(u"QStatusBar { background-color: %1; }"_s.arg(
+            isConnected ? "#d4edda"_L1 : "#f8d7da"_L1));
+    statusBar()->showMessage(
+            isConnected ? tr("Connected to %1 as %2")
+                                  .arg(connection->getHost(), connection->currentNick())
+                        : tr("Disconnected"));
 }
 
 void MainWindow::updateUserListVisibility(bool visible)
@@ -457,9 +413,9 @@ void MainWindow::onSplitterMoved(int, int) {}
 
 void MainWindow::showConnectDialog()
 {
-    // The channels of the running session are safe before another server is picked.
+    // Stored before the user picks another server.
     if (connection->isConnected() && !currentServerId.isEmpty()) {
-        recordAutojoin();
+        copyAutojoinToSession();
         saveCurrentServerConfig();
     }
     auto *dialog = new ConnectDialog(this);
@@ -474,7 +430,7 @@ void MainWindow::acceptConnectDialog(const ConnectDialog &dialog)
 {
     const ServerConfig config = dialog.activeServerConfig();
     autojoinChannels = config.autojoin;
-    // The connection takes the alternative nick from the record, so that comes first.
+    // First, since connectToServer() reads the alternative nick from it.
     connection->setServerConfig(config);
     connection->connectToServer(dialog.server(), static_cast<quint16>(dialog.port()),
                                 config.nickname, config.realName, config.useSsl);
@@ -502,7 +458,7 @@ void MainWindow::onReconnectTriggered()
     connection->disconnectFromServer();
     QTimer::singleShot(ReconnectDelayMs, this, [this] {
         const ServerConfig config = connection->serverConfig();
-        // The session has no getter for its port.
+        // Intended: the default port, since the session has no getter for its own.
         connection->connectToServer(connection->getHost(), ServerStore::DefaultPort,
                                     config.nickname, config.realName, config.useSsl);
     });
@@ -520,7 +476,7 @@ void MainWindow::onRegistered()
         const QStringList stored = ServerStore::loadAutojoin(currentServerId);
         if (!stored.isEmpty()) {
             autojoinChannels = stored;
-            recordAutojoin();
+            copyAutojoinToSession();
         }
     }
     for (const QString &channel : std::as_const(autojoinChannels)) {
@@ -548,7 +504,7 @@ void MainWindow::onError(const QString &error)
 
 void MainWindow::onRawMessage(const QString &msg)
 {
-    if (!listReceiving && RawLines::isShown(msg))
+    if (!listReceiving && isShownRaw(msg))
         appendToServerTab(u"<< "_s + msg);
 }
 
@@ -578,7 +534,7 @@ void MainWindow::loadCurrentServerConfig()
     autojoinChannels = config.autojoin;
 }
 
-void MainWindow::recordAutojoin()
+void MainWindow::copyAutojoinToSession()
 {
     ServerConfig config = connection->serverConfig();
     config.autojoin = autojoinChannels;
@@ -593,7 +549,7 @@ void MainWindow::setChannelAutojoin(const QString &channel, bool enable)
     else if (!autojoinChannels.contains(name))
         autojoinChannels.append(name);
 
-    recordAutojoin();
+    copyAutojoinToSession();
     saveCurrentServerConfig();
     appendToServerTab(
             (enable ? u"*** Added %1 to autojoin list"_s : u"*** Removed %1 from autojoin list"_s)
@@ -608,46 +564,39 @@ QWidget *MainWindow::createChannelTab(const QString &, bool isChannel)
     return ConversationPage::create(isChannel);
 }
 
-MainWindow::TabInfo MainWindow::createTabInfo(const QString &name, bool isChannel)
+MainWindow::TabInfo &MainWindow::addTab(const QString &name, QWidget *page)
 {
-    TabInfo info;
-    info.page = createChannelTab(name, isChannel);
-    info.chatView = info.page->findChild<QTextBrowser *>();
-    new InputForwarder(*info.chatView, *inputLine);
-    return info;
-}
-
-void MainWindow::insertTab(const QString &name, const TabInfo &info)
-{
-    tabs.insert(name, info);
-    const int index = PlainTabs::add(*tabWidget, info.page, name);
+    TabInfo &tab = *tabs.insert(name, TabInfo());
+    tab.page = page;
+    tab.chatView = page->findChild<QTextBrowser *>();
+    const int index = PlainTabs::add(*tabWidget, page, name);
     tabWidget->setTabToolTip(index, name);
-    ConversationPage::setName(*info.page, name);
-    TabStrip::setTabOrderAfter(*tabBar, *info.page);
+    TabStrip::setTabOrderAfter(*tabBar, *page);
+    if (tab.chatView) {
+        ConversationPage::setName(*page, name);
+        new InputForwarder(*tab.chatView, *inputLine);
+        applyChatBackground();
+    }
+    return tab;
 }
 
-void MainWindow::openTab(const QString &name)
+MainWindow::TabInfo &MainWindow::openTab(const QString &name)
 {
     const bool isChannel = ChannelNames::isChannel(name);
-    TabInfo info = createTabInfo(name, isChannel);
+    TabInfo &tab = addTab(name, createChannelTab(name, isChannel));
     if (isChannel) {
-        info.topicBar = info.page->findChild<QWidget *>(u"topicBar"_s);
-        info.topicLabel = info.page->findChild<QLabel *>(u"topicLabel"_s);
-        info.editTopicBtn = info.page->findChild<QPushButton *>(u"editTopicBtn"_s);
-        if (info.editTopicBtn)
-            connect(info.editTopicBtn, &QPushButton::clicked, this,
-                    [this, name] { editTopic(name); });
-        updateTopicLabel(name);
-        updateTopicEditButton(name);
+        tab.topicBar = tab.page->findChild<QWidget *>(u"topicBar"_s);
+        tab.topicLabel = tab.page->findChild<QLabel *>(u"topicLabel"_s);
+        tab.editTopicBtn = tab.page->findChild<QPushButton *>(u"editTopicBtn"_s);
+        connect(tab.editTopicBtn, &QPushButton::clicked, this, [this, name] { editTopic(name); });
     } else if (TabNames::isPrivate(name)) {
-        info.peerNick = name;
-        watch(name);
+        tab.peerNick = name;
+        watchNick(name);
     }
-    insertTab(name, info);
     if (currentTabName == TabNames::Server)
-        tabWidget->setCurrentWidget(info.page);
-    applyChatBackground();
+        tabWidget->setCurrentWidget(tab.page);
     addCloseButtonToAllTabs();
+    return tab;
 }
 
 QString MainWindow::findPrivateChatTab(const QString &nick) const
@@ -689,9 +638,7 @@ void MainWindow::onTabChanged(int index)
     inputLine->setPlaceholderText(InputRow::placeholderFor(name));
     userList->clear();
     if (isChannel) {
-        const QStringList entries = channelUsers.value(name);
-        for (const QString &entry : entries)
-            userList->addItem(entry);
+        userList->addItems(channelUsers.value(name));
         if (tab != tabs.end() && tab->topicBar) {
             tab->topicBar->show();
             updateTopicLabel(name);
@@ -702,13 +649,13 @@ void MainWindow::onTabChanged(int index)
     updateOwnUserAppearance();
     inputLine->setText(inputDrafts.value(currentTabName));
     addCloseButtonToAllTabs();
-    // The ratio holds only once the layout has settled.
+    // Again in the next event-loop iteration, when the layout is final.
     QTimer::singleShot(0, this, [this] { adjustSplitterToRatio(); });
 }
 
 void MainWindow::closeTab(int index)
 {
-    // A close button can carry an index that no tab holds any more.
+    // A close button can have an index that is too high; see updateCloseButtons().
     if (index < 0 || index >= tabWidget->count())
         return;
     const QString name = tabWidget->tabText(index);
@@ -726,8 +673,8 @@ void MainWindow::closeTab(int index)
         listTree = nullptr;
         listInfoLabel = nullptr;
     }
-    // The page stays alive, unseen, until the window goes. Another tab may come to the front
-    // within this call, which stores a draft under the closing name.
+    // The page is not deleted before the window. If another tab becomes current in this call,
+    // onTabChanged() stores a draft under the closed name.
     tabWidget->removeTab(index);
     tabs.remove(name);
     inputDrafts.remove(name);
@@ -748,31 +695,27 @@ void MainWindow::onTabContextMenu(const QPoint &pos)
     const QString name = tabWidget->tabText(index);
     if (name == TabNames::Server || name == TabNames::List)
         return;
-
     QMenu menu;
-    const QAction *close = menu.addAction(tr("Close"));
-    addAutojoinEntry(menu, autojoinChannels.contains(name));
-    const QAction *chosen = execMenu(menu, *tabBar, pos);
-    if (!chosen)
-        return;
-    if (chosen == close)
-        closeTab(index);
-    else
-        setChannelAutojoin(name, !autojoinChannels.contains(name));
+    menu.addAction(tr("Close"), this, [this, index] { closeTab(index); });
+    addAutojoinEntry(menu, name);
+    execMenu(menu, *tabBar, pos);
+}
+
+void MainWindow::addAutojoinEntry(QMenu &menu, const QString &channel)
+{
+    const bool isAutojoined = autojoinChannels.contains(channel);
+    QAction *entry = menu.addAction(tr("Autojoin on connect"), this, [this, channel, isAutojoined] {
+        setChannelAutojoin(channel, !isAutojoined);
+    });
+    entry->setCheckable(true);
+    entry->setChecked(isAutojoined);
 }
 
 void MainWindow::updateTopicLabel(const QString &channel)
 {
     const TabInfo tab = tabs.value(channel);
-    if (!tab.topicLabel || !tab.topicBar)
-        return;
-    const QString topic = channelTopics.value(channel);
-    // Otherwise a screen reader says the label's text.
-    tab.topicLabel->setAccessibleName(topic.isEmpty() ? tr("No topic") : QString());
-    if (topic.isEmpty())
-        tab.topicLabel->clear();
-    else
-        tab.topicLabel->setText(IrcText::toHtml(topic));
+    if (tab.topicLabel && tab.topicBar)
+        ConversationPage::setTopic(*tab.topicLabel, channelTopics.value(channel));
 }
 
 void MainWindow::updateTopicEditButton(const QString &channel)
@@ -785,21 +728,20 @@ void MainWindow::editTopic(const QString &channel)
 {
     if (!connection->isConnected())
         return;
-    // The button stays in sight until something else happens after the status was lost.
+    // The button stays visible after the status is lost until its next update.
     if (!isUserOperator(channel)) {
         QMessageBox::warning(this, tr("Permission denied"),
                              tr("You must be an operator to change the topic."), QMessageBox::Ok);
         return;
     }
-    // Operators can set topics with U+2028, which the editor gives back as a line break: what
-    // follows it would be sent as a command.
+    // The editor returns U+2028, which a topic can contain, as a line break. The text after it
+    // would be sent as a command.
     EditTopicDialog dialog(channel, LineBreaks::toSpaces(channelTopics.value(channel)),
                            currentTheme, this);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    // Shown at once. Whatever became of the link, the tab or the operator status meanwhile, the
-    // text is what the user wants; a server that refuses it says so, and its next word on the topic
-    // puts the label right.
+    // Shown before the server has confirmed it, even if the connection, the tab or the operator
+    // status was lost meanwhile. The server's next topic message corrects the label.
     const QString topic = dialog.newTopic();
     connection->sendRaw(u"TOPIC %1 :%2"_s.arg(channel, topic));
     channelTopics.insert(channel, topic);
@@ -812,37 +754,28 @@ void MainWindow::editTopic(const QString &channel)
 void MainWindow::appendMessageToTab(const QString &tabName, const QString &text,
                                     const QString &sender, bool isStatus)
 {
-    const QString time = currentTime(timestampFormat);
-    if (!tabs.contains(tabName))
-        openTab(tabName);
-    if (!ensureTable(tabName))
-        return;
-    ChatRow row = makeRow(tabName, text, sender, isStatus);
-    row.time = time;
-    const TabInfo tab = tabs.value(tabName);
-    pendingRows.add(*tab.chatView, *tab.table, row);
-    // While a read is being cut into lines nobody but our own slots can look at a conversation,
-    // so its rows are written together when it ends: one change of the document instead of many.
-    if (!connection->isReading())
-        pendingRows.flush();
-    if (!isOwnNick(sender))
-        drawAttention(tabName, text, sender);
-}
-
-bool MainWindow::ensureTable(const QString &tabName)
-{
-    TabInfo &tab = tabs[tabName];
+    const QString time = ChatTable::currentTime(timestampFormat);
+    const auto known = tabs.find(tabName);
+    TabInfo &tab = known == tabs.end() ? openTab(tabName) : *known;
     if (!tab.chatView) {
         qWarning("appendMessageToTab: chatView is null for tab %s", qUtf8Printable(tabName));
-        return false;
+        return;
     }
     if (!tab.table)
         tab.table = ChatTable::create(*tab.chatView, tabName == TabNames::Server ? 2 : 3);
     if (!tab.table) {
         qWarning("appendMessageToTab: could not create table for tab %s", qUtf8Printable(tabName));
-        return false;
+        return;
     }
-    return true;
+    ChatRow row = makeRow(tabName, text, sender, isStatus);
+    row.time = time;
+    pendingRows.add(*tab.chatView, *tab.table, row);
+    // The rows of one read are written together, as one edit block instead of many. Only our own
+    // slots run before the read ends, and none looks at a conversation.
+    if (!connection->isReading())
+        pendingRows.flush();
+    if (!isOwnNick(sender))
+        highlightAndNotify(tabName, text, sender);
 }
 
 ChatRow MainWindow::makeRow(const QString &tabName, const QString &text, const QString &sender,
@@ -875,15 +808,16 @@ void MainWindow::appendToServerTab(const QString &text)
 // ---------------------------------------------------------------------------------------------
 // Attention
 
-void MainWindow::drawAttention(const QString &tabName, const QString &text, const QString &sender)
+void MainWindow::highlightAndNotify(const QString &tabName, const QString &text,
+                                    const QString &sender)
 {
-    if (!Attention::isDeserved(tabName, text, connection->currentNick()))
+    if (!Attention::isNeeded(tabName, text, connection->currentNick()))
         return;
     highlightTab(tabName);
     if (tabName == currentTabName)
         return;
-    const Attention::Notice notice = Attention::noticeOf(tabName, text, sender);
-    showNotification(notice.title, notice.message, tabName);
+    const Attention::Notification notification = Attention::notificationFor(tabName, text, sender);
+    showNotification(notification.title, notification.message, tabName);
 }
 
 void MainWindow::highlightTab(const QString &tabName)
@@ -891,8 +825,8 @@ void MainWindow::highlightTab(const QString &tabName)
     const auto tab = tabs.find(tabName);
     if (tab == tabs.end() || tab->highlighted)
         return;
-    // Set for the tab on show as well, which is not marked: it is then not marked either once the
-    // user has left it, until it has been visited again.
+    // Intended: also set for the current tab, which is not marked. After the user has left it, it
+    // cannot be marked until its next visit.
     tab->highlighted = true;
     const int index = tabWidget->indexOf(tab->page);
     if (index >= 0 && tabName != currentTabName) {
@@ -908,14 +842,6 @@ void MainWindow::showNotification(const QString &title, const QString &message,
         notifications->show(*trayIcon, title, message, tabs.value(tabName).page);
     else if (!isActiveWindow())
         statusBar()->showMessage(title + u": "_s + message, NotificationMs);
-}
-
-// The page of a tab that has been closed is in no tab.
-void MainWindow::showPage(QWidget *page)
-{
-    SystemTray::bringToFront(*this);
-    if (tabWidget->indexOf(page) >= 0)
-        tabWidget->setCurrentWidget(page);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -944,19 +870,16 @@ void MainWindow::clearUserList(const QString &channel)
         userList->clear();
 }
 
-std::optional<QString> MainWindow::takeUser(const QString &channel, const QString &nick)
+void MainWindow::removeUser(const QString &channel, const QString &nick)
 {
     const auto users = channelUsers.find(channel);
-    return users == channelUsers.end() ? std::nullopt : NickList::remove(*users, nick);
+    if (users == channelUsers.end())
+        return;
+    if (const auto entry = NickList::remove(*users, nick))
+        hideRemovedUser(channel, *entry);
 }
 
-void MainWindow::dropUser(const QString &channel, const QString &nick)
-{
-    if (const auto entry = takeUser(channel, nick))
-        showUserGone(channel, *entry);
-}
-
-void MainWindow::showUserGone(const QString &channel, const QString &entry)
+void MainWindow::hideRemovedUser(const QString &channel, const QString &entry)
 {
     if (channel != currentTabName)
         return;
@@ -972,21 +895,17 @@ void MainWindow::onPrivmsg(const QString &from, const QString &target, const QSt
 
 void MainWindow::onJoin(const QString &nick, const QString &channel)
 {
-    // This line opens the tab of our own first join; should it ever not, the channel still gets it.
+    // Opens the tab for the user's own join.
     appendMessageToTab(channel, u"joined %1"_s.arg(channel), nick, true);
     if (nick == connection->currentNick()) {
-        if (!tabs.contains(channel)) {
-            const TabInfo info = createTabInfo(channel, true);
-            insertTab(channel, info);
-            tabWidget->setCurrentWidget(info.page);
-            applyChatBackground();
-        }
+        if (!tabs.contains(channel))
+            tabWidget->setCurrentWidget(addTab(channel, createChannelTab(channel, true)).page);
         updateTopicEditButton(channel);
         return;
     }
     if (tabs.contains(channel)) {
         QStringList &users = channelUsers[channel];
-        // Compared with the whole entry: a known "@alice" is no match for a joining "alice".
+        // Intended: compares whole entries, so "@alice" does not match a joining "alice".
         if (!users.contains(nick, Qt::CaseInsensitive)) {
             NickList::insertSorted(users, nick);
             addUserToList(channel, nick);
@@ -1001,24 +920,24 @@ void MainWindow::onJoin(const QString &nick, const QString &channel)
 
 void MainWindow::onPart(const QString &nick, const QString &channel, const QString &reason)
 {
-    // The server's echo must not bring back a tab that the user has closed.
+    // The server's echo must not reopen a tab that the user has closed.
     if (nick == connection->currentNick() && !tabs.contains(channel))
         return;
     appendMessageToTab(channel, u"left %1 (%2)"_s.arg(channel, reason), nick, true);
-    dropUser(channel, nick);
+    removeUser(channel, nick);
 }
 
 void MainWindow::onQuit(const QString &nick, const QString &reason)
 {
     const QString text = u"quit (%1)"_s.arg(reason);
-    // A closed channel keeps its entries, and a quit from it brings its tab back.
+    // Intended: a closed channel keeps its entries, and a quit from it reopens its tab.
     const QStringList channels = channelUsers.keys();
     for (const QString &channel : channels) {
-        const auto entry = takeUser(channel, nick);
+        const auto entry = NickList::remove(channelUsers[channel], nick);
         if (!entry)
             continue;
         appendMessageToTab(channel, text, nick, true);
-        showUserGone(channel, *entry);
+        hideRemovedUser(channel, *entry);
     }
     const QString privateTab = findPrivateChatTab(nick);
     if (!privateTab.isEmpty())
@@ -1030,7 +949,7 @@ void MainWindow::onKick(const QString &channel, const QString &kickedNick,
 {
     appendMessageToTab(channel, u"was kicked by %1 (%2)"_s.arg(kickerNick, reason), kickedNick,
                        true);
-    dropUser(channel, kickedNick);
+    removeUser(channel, kickedNick);
     if (kickedNick == connection->currentNick()) {
         if (channel == currentTabName)
             userList->clear();
@@ -1054,7 +973,7 @@ void MainWindow::renameUser(const QString &channel, const QString &oldNick, cons
     appendMessageToTab(channel, u"is now known as %1"_s.arg(newNick), oldNick, true);
     if (channel != currentTabName)
         return;
-    // In the visible list the user drops to the bottom until the list is next rebuilt.
+    // Intended: in the visible list the user moves to the bottom until the next rebuild.
     removeUserFromList(channel, renamed->oldEntry);
     addUserToList(channel, renamed->newEntry);
     updateNickCompletionModel();
@@ -1073,17 +992,17 @@ void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick
         ++tab;
     if (tab == tabs.cend())
         return;
-    const bool isOnShow = equalsIgnoringCase(currentTabName, tab.key());
+    const bool isCurrent = equalsIgnoringCase(currentTabName, tab.key());
     TabInfo info = *tab;
     const int index = tabWidget->indexOf(info.page);
     tabs.erase(tab);
     info.peerNick = newNick;
-    // A conversation that is open under the new name loses its record; its page stays.
+    // Intended: replaces the record of an open conversation with the new name. Its page stays.
     tabs.insert(newNick, info);
     if (index >= 0)
         PlainTabs::rename(*tabWidget, index, newNick);
     ConversationPage::setName(*info.page, newNick);
-    if (isOnShow)
+    if (isCurrent)
         currentTabName = newNick;
     appendMessageToTab(newNick, u"is now known as %1"_s.arg(newNick), oldNick, true);
 }
@@ -1133,11 +1052,8 @@ void MainWindow::openPrivateChat(const QString &nick)
     if (!connection->isConnected() || nick.isEmpty() || isOwnNick(nick))
         return;
     if (!tabs.contains(nick)) {
-        TabInfo info = createTabInfo(nick, false);
-        info.peerNick = nick;
-        insertTab(nick, info);
-        watch(nick);
-        applyChatBackground();
+        addTab(nick, createChannelTab(nick, false)).peerNick = nick;
+        watchNick(nick);
     }
     tabWidget->setCurrentWidget(tabs.value(nick).page);
 }
@@ -1148,33 +1064,29 @@ void MainWindow::showUserContextMenu(const QPoint &pos)
     const QString nick = item ? UserListRows::nickOf(*item) : QString();
     if (nick.isEmpty())
         return;
-    // What is chosen acts on the nick and the channel of this moment: while the menu is open the
-    // user may go, and the item with them.
+    // The entries keep nick and channel. The item can be deleted while the menu is open.
     QMenu menu;
-    if (isOwnNick(nick))
-        fillOwnMenu(menu);
-    else
+    if (isOwnNick(nick)) {
+        menu.addAction(isAway ? tr("Unmark Away") : tr("Marked Away..."), this,
+                       &MainWindow::onSetAway);
+        menu.addAction(tr("Change Nick..."), this, &MainWindow::onChangeNick);
+    } else {
         fillUserMenu(menu, nick);
+    }
     execMenu(menu, *userList, pos);
-}
-
-void MainWindow::fillOwnMenu(QMenu &menu)
-{
-    menu.addAction(isAway ? tr("Unmark Away") : tr("Marked Away..."), this, &MainWindow::onSetAway);
-    menu.addAction(tr("Change Nick..."), this, &MainWindow::onChangeNick);
 }
 
 void MainWindow::fillUserMenu(QMenu &menu, const QString &nick)
 {
     menu.addAction(tr("Open Private Chat"), this, [this, nick] { openPrivateChat(nick); });
-    menu.addAction(tr("Whois"), this, [this, nick] { askWhois(nick); });
+    menu.addAction(tr("Whois"), this, [this, nick] { requestWhois(nick); });
     menu.addSeparator();
     if (!ChannelNames::isChannel(currentTabName)) {
         menu.addAction(tr("Copy Nickname"), this,
                        [nick] { QGuiApplication::clipboard()->setText(nick); });
         return;
     }
-    // Offered to everyone: a server refuses those who have no right to them.
+    // Intended: also offered without operator status. The server refuses what is not allowed.
     const QString kick = u"KICK %1 %2 :"_s.arg(currentTabName, nick);
     const QString ban = u"MODE %1 +b %2!*@*"_s.arg(currentTabName, nick);
     menu.addAction(tr("Kick"), this, [this, kick] { connection->sendRaw(kick + u"Requested"_s); });
@@ -1198,7 +1110,7 @@ bool MainWindow::isUserOperator(const QString &channel) const
 // ---------------------------------------------------------------------------------------------
 // Presence
 
-void MainWindow::askWhois(const QString &nick)
+void MainWindow::requestWhois(const QString &nick)
 {
     whoisTab = currentTabName;
     connection->sendWhois(nick);
@@ -1238,8 +1150,8 @@ void MainWindow::onWhoisChannels(const QString &nick, const QString &channels)
 
 void MainWindow::onWhoisAway(const QString &nick, const QString &msg)
 {
-    // A message to somebody who is away is answered by the same numeric. The record that this
-    // starts shows nothing, and the next WHOIS of the nick replaces it.
+    // Also the reply to a message to an away user. Such a record is never shown, and the nick's
+    // next WHOIS replaces it.
     whoisResults[nick].awayMessage = msg;
 }
 
@@ -1250,7 +1162,7 @@ void MainWindow::onWhoisEnd(const QString &, const QString &nick)
         appendMessageToTab(whoisTab, line, QString(), false);
 }
 
-void MainWindow::watch(const QString &nick)
+void MainWindow::watchNick(const QString &nick)
 {
     if (watchedNicks.contains(nick.toLower()))
         return;
@@ -1271,12 +1183,12 @@ void MainWindow::onWatchStatus(const QString &nick, bool online)
 void MainWindow::updateNickCompletionModel()
 {
     pendingCompletion = completionSource();
-    // Nobody can type within a read, which may bring the joins and quits of a whole net split.
+    // One read can contain hundreds of quits. The user cannot type until it ends.
     if (!connection->isReading())
-        refreshPendingCompletion();
+        flushPendingCompletion();
 }
 
-void MainWindow::refreshPendingCompletion()
+void MainWindow::flushPendingCompletion()
 {
     if (!pendingCompletion)
         return;
@@ -1299,7 +1211,7 @@ void MainWindow::completeNick()
     const QString word = NickCompletion::wordBeforeCursor(text, inputLine->cursorPosition());
     if (word.isEmpty())
         return;
-    // The entries keep their ranks here: an operator's is completed after the "@" only.
+    // Intended: entries keep their prefixes here. An operator's is completed after a typed "@".
     const QStringList candidates = NickCompletion::candidates(completionSource());
     NickCompletion::setCandidates(*nickCompleter, candidates);
     if (const auto rest = NickCompletion::completionSuffix(word, candidates))
@@ -1307,18 +1219,184 @@ void MainWindow::completeNick()
 }
 
 // ---------------------------------------------------------------------------------------------
-// Prompts
+// Channel list
 
-void MainWindow::onSetAway()
+void MainWindow::requestChannelList()
 {
-    if (!connection->isConnected())
+    createListTab();
+    if (listTree)
+        listTree->clear();
+    if (listInfoLabel)
+        listInfoLabel->setText(tr("Server: loading..."));
+    // The page is that of a conversation if another user has the nick "List".
+    if (const auto tab = tabs.constFind(TabNames::List); tab != tabs.cend())
+        tabWidget->setCurrentWidget(tab->page);
+    connection->sendRaw(u"LIST"_s);
+}
+
+void MainWindow::createListTab()
+{
+    if (tabs.contains(TabNames::List))
         return;
-    if (isAway) {
+    const ChannelList::Page list = ChannelList::createPage(currentTheme);
+    listInfoLabel = list.infoLabel;
+    listTree = list.tree;
+    connect(listTree, &QWidget::customContextMenuRequested, this,
+            &MainWindow::showChannelListContextMenu);
+    connect(listTree, &QTreeWidget::itemDoubleClicked, this,
+            &MainWindow::onChannelListDoubleClicked);
+    addTab(TabNames::List, list.page);
+}
+
+void MainWindow::onListStart()
+{
+    listReceiving = true;
+    appendToServerTab(u"*** Receiving channel list..."_s);
+    if (listTree)
+        listTree->setUpdatesEnabled(false);
+}
+
+void MainWindow::onListChannel(const QString &channel, const QString &userCount,
+                               const QString &topic)
+{
+    if (!listTree)
+        return;
+    ChannelList::addRow(*listTree, channel, userCount, topic);
+    hasUnsortedListRows = true;
+}
+
+void MainWindow::onListEnd()
+{
+    if (listTree) {
+        listTree->setUpdatesEnabled(true);
+        ChannelList::sortByUsers(*listTree);
+        hasUnsortedListRows = false;
+    }
+    listReceiving = false;
+    appendToServerTab(u"*** Channel list complete."_s);
+}
+
+void MainWindow::onListInfo(const QString &serverName, int totalChannels, int totalUsers)
+{
+    if (listInfoLabel)
+        listInfoLabel->setText(ChannelList::summary(serverName, totalChannels, totalUsers));
+}
+
+void MainWindow::filterChannelList(const QString &text)
+{
+    if (listTree)
+        ChannelSearch::forTree(*listTree).showMatches(text);
+}
+
+void MainWindow::showChannelListContextMenu(const QPoint &pos)
+{
+    const QTreeWidgetItem *item = listTree ? listTree->itemAt(pos) : nullptr;
+    if (!item)
+        return;
+    // The entries keep the name. The row and the tree can be deleted while the menu is open.
+    const QString channel = ChannelList::channelOf(*item);
+    PlainTextMenu menu;
+    menu.addAction(tr("Join %1").arg(channel), this,
+                   [this, channel] { connection->joinChannel(channel); });
+    addAutojoinEntry(menu, channel);
+    execMenu(menu, *listTree, pos);
+}
+
+void MainWindow::onChannelListDoubleClicked(QTreeWidgetItem *item, int)
+{
+    if (!item || !connection->isConnected())
+        return;
+    const QString channel = ChannelList::channelOf(*item);
+    // Intended: the record has no topic widgets, so the topic bar of this tab stays empty.
+    if (!channel.isEmpty() && !tabs.contains(channel))
+        addTab(channel, createChannelTab(channel, true));
+    if (const auto tab = tabs.constFind(channel); tab != tabs.cend())
+        tabWidget->setCurrentWidget(tab->page);
+    inputLine->setFocus();
+    connection->joinChannel(channel);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Input
+
+void MainWindow::toggleEmojiPicker()
+{
+    auto *picker = new EmojiPicker(this, currentTheme);
+    connect(picker, &EmojiPicker::emojiSelected, inputLine, [this](const QString &emoji) {
+        inputLine->insert(emoji);
+        inputLine->setFocus();
+    });
+    picker->setAttribute(Qt::WA_DeleteOnClose);
+    picker->showBeside(*emojiButton);
+}
+
+void MainWindow::onSendInput()
+{
+    // Return accepts the nick highlighted in the popup and sends nothing.
+    if (NickCompletion::hasChosenNick(*nickCompleter, *inputLine))
+        return;
+    const QString text = inputLine->text().trimmed();
+    inputLine->clear();
+    inputDrafts.insert(currentTabName, QString());
+    if (text.isEmpty() || !connection->isConnected())
+        return;
+    if (text.startsWith(u'/'))
+        runCommand(Commands::parse(text));
+    else if (currentTabName == TabNames::Server)
+        appendToServerTab(u"Cannot send messages to Server tab."_s);
+    else
+        sendMessage(currentTabName, text);
+}
+
+void MainWindow::sendMessage(const QString &target, const QString &text)
+{
+    connection->sendPrivmsg(target, text);
+    appendMessageToTab(target, text, connection->currentNick(), false);
+}
+
+void MainWindow::runCommand(const Commands::Command &command)
+{
+    using Commands::Action;
+    const QString word = command.words.value(1);
+    switch (command.action) {
+    case Action::Join:
+        connection->joinChannel(ChannelNames::withPrefix(word));
+        return;
+    case Action::Part: // Intended: always the current tab, whatever it is and whatever follows.
+        connection->partChannel(currentTabName);
+        return;
+    case Action::Nick:
+        changeNick(word);
+        return;
+    case Action::Msg:
+        sendMessage(word, command.section(2));
+        return;
+    case Action::Raw:
+        connection->sendRaw(command.section(1));
+        return;
+    case Action::List:
+        if (connection->isRegistered())
+            requestChannelList();
+        else
+            appendToServerTab(
+                    u"*** Please wait for registration to complete before using /list."_s);
+        return;
+    case Action::Away:
+        goAway(command.section(1).trimmed());
+        return;
+    case Action::Back:
         returnFromAway();
         return;
+    case Action::Whois:
+        requestWhois(word);
+        return;
+    case Action::Autojoin:
+        setChannelAutojoin(word, !autojoinChannels.contains(ChannelNames::withPrefix(word)));
+        return;
+    case Action::Unknown:
+        appendMessageToTab(currentTabName, u"Unknown command: "_s + command.name, QString(), false);
+        return;
     }
-    if (const auto message = Prompts::askAwayMessage(this, currentTheme))
-        goAway(message->isEmpty() ? u"Away"_s : *message);
 }
 
 void MainWindow::onChangeNick()
@@ -1344,268 +1422,35 @@ void MainWindow::onJoinChannel()
         connection->joinChannel(ChannelNames::withPrefix(channel));
 }
 
-// ---------------------------------------------------------------------------------------------
-// Channel list
-
-void MainWindow::requestChannelList()
-{
-    createListTab();
-    if (listTree)
-        listTree->clear();
-    if (listInfoLabel)
-        listInfoLabel->setText(tr("Server: loading..."));
-    // A nick can be called like the tab, and then the page is that conversation's.
-    if (const auto tab = tabs.constFind(TabNames::List); tab != tabs.cend())
-        tabWidget->setCurrentWidget(tab->page);
-    connection->sendRaw(u"LIST"_s);
-}
-
-void MainWindow::createListTab()
-{
-    if (tabs.contains(TabNames::List))
-        return;
-    const ChannelList::Page list = ChannelList::createPage(currentTheme);
-    listInfoLabel = list.infoLabel;
-    listTree = list.tree;
-    connect(listTree, &QWidget::customContextMenuRequested, this,
-            &MainWindow::showChannelListContextMenu);
-    connect(listTree, &QTreeWidget::itemDoubleClicked, this,
-            &MainWindow::onChannelListDoubleClicked);
-
-    TabInfo info;
-    info.page = list.page;
-    insertTab(TabNames::List, info);
-}
-
-void MainWindow::onListStart()
-{
-    listReceiving = true;
-    appendToServerTab(u"*** Receiving channel list..."_s);
-    if (listTree)
-        listTree->setUpdatesEnabled(false);
-}
-
-void MainWindow::onListChannel(const QString &channel, const QString &userCount,
-                               const QString &topic)
-{
-    if (!listTree)
-        return;
-    ChannelList::addRow(*listTree, channel, userCount, topic);
-    hasNewListRows = true;
-}
-
-void MainWindow::onListEnd()
-{
-    if (listTree) {
-        listTree->setUpdatesEnabled(true);
-        ChannelList::sortByUsers(*listTree);
-        hasNewListRows = false;
-    }
-    listReceiving = false;
-    appendToServerTab(u"*** Channel list complete."_s);
-}
-
-void MainWindow::onListInfo(const QString &serverName, int totalChannels, int totalUsers)
-{
-    if (listInfoLabel)
-        listInfoLabel->setText(ChannelList::summary(serverName, totalChannels, totalUsers));
-}
-
-void MainWindow::filterChannelList(const QString &text)
-{
-    if (listTree)
-        ChannelSearch::forTree(*listTree).showMatches(text);
-}
-
-void MainWindow::showChannelListContextMenu(const QPoint &pos)
-{
-    const QTreeWidgetItem *item = listTree ? listTree->itemAt(pos) : nullptr;
-    if (!item)
-        return;
-    // The row, and the tree itself, may be gone by the time that an entry is chosen.
-    const QString channel = ChannelList::channelOf(*item);
-    const bool isAutojoined = autojoinChannels.contains(channel);
-
-    PlainTextMenu menu;
-    const QAction *join = menu.addAction(tr("Join %1").arg(channel));
-    addAutojoinEntry(menu, isAutojoined);
-    const QAction *chosen = execMenu(menu, *listTree, pos);
-    if (!chosen)
-        return;
-    if (chosen == join)
-        connection->joinChannel(channel);
-    else
-        setChannelAutojoin(channel, !isAutojoined);
-}
-
-void MainWindow::onChannelListDoubleClicked(QTreeWidgetItem *item, int)
-{
-    if (!item || !connection->isConnected())
-        return;
-    const QString channel = ChannelList::channelOf(*item);
-    if (!channel.isEmpty() && !tabs.contains(channel)) {
-        // Without the widgets of its topic, which thus stays empty in this tab.
-        insertTab(channel, createTabInfo(channel, true));
-        applyChatBackground();
-    }
-    if (const auto tab = tabs.constFind(channel); tab != tabs.cend())
-        tabWidget->setCurrentWidget(tab->page);
-    inputLine->setFocus();
-    connection->joinChannel(channel);
-}
-
-// ---------------------------------------------------------------------------------------------
-// Input
-
-void MainWindow::toggleEmojiPicker()
-{
-    auto *picker = new EmojiPicker(this, currentTheme);
-    picker->adjustSize();
-    picker->move(
-            EmojiPicker::placeAt(QRect(emojiButton->mapToGlobal(QPoint()), emojiButton->size()),
-                                 picker->sizeHint(), PopupArea::of(*this)));
-    connect(picker, &EmojiPicker::emojiSelected, inputLine, [this](const QString &emoji) {
-        inputLine->insert(emoji);
-        inputLine->setFocus();
-    });
-    picker->setAttribute(Qt::WA_DeleteOnClose);
-    picker->show();
-}
-
-void MainWindow::onSendInput()
-{
-    // Return accepts the nick chosen in the popup and sends nothing.
-    if (NickCompletion::hasChosenNick(*nickCompleter, *inputLine))
-        return;
-    const QString text = inputLine->text().trimmed();
-    inputLine->clear();
-    inputDrafts.insert(currentTabName, QString());
-    if (text.isEmpty() || !connection->isConnected())
-        return;
-    if (text.startsWith(u'/'))
-        runCommand(Commands::parse(text));
-    else
-        sendPlainText(text);
-}
-
-void MainWindow::sendPlainText(const QString &text)
-{
-    if (currentTabName == TabNames::Server) {
-        appendToServerTab(u"Cannot send messages to Server tab."_s);
-        return;
-    }
-    connection->sendPrivmsg(currentTabName, text);
-    appendMessageToTab(currentTabName, text, connection->currentNick(), false);
-}
-
-void MainWindow::runCommand(const Commands::Command &command)
-{
-    struct Entry
-    {
-        QLatin1StringView name;
-        qsizetype words = 0; ///< Fewer words, the command's own among them, make it unknown.
-        CommandHandler handler = nullptr;
-    };
-    static constexpr std::array Table{
-            Entry{"join"_L1, 2, &MainWindow::commandJoin},
-            Entry{"part"_L1, 0, &MainWindow::commandPart},
-            Entry{"nick"_L1, 2, &MainWindow::commandNick},
-            Entry{"msg"_L1, 3, &MainWindow::commandMsg},
-            Entry{"raw"_L1, 2, &MainWindow::commandRaw},
-            Entry{"list"_L1, 0, &MainWindow::commandList},
-            Entry{"away"_L1, 0, &MainWindow::commandAway},
-            Entry{"back"_L1, 0, &MainWindow::commandBack},
-            Entry{"whois"_L1, 2, &MainWindow::commandWhois},
-            Entry{"autojoin"_L1, 2, &MainWindow::commandAutojoin},
-    };
-    for (const Entry &entry : Table) {
-        if (command.name == entry.name && command.words.size() >= entry.words) {
-            (this->*entry.handler)(command);
-            return;
-        }
-    }
-    appendMessageToTab(currentTabName, u"Unknown command: "_s + command.name, QString(), false);
-}
-
-void MainWindow::commandJoin(const Commands::Command &command)
-{
-    connection->joinChannel(ChannelNames::withPrefix(command.words.at(1)));
-}
-
-void MainWindow::commandPart(const Commands::Command &)
-{
-    // Always the tab on show, whatever follows the command and whatever the tab is.
-    connection->partChannel(currentTabName);
-}
-
-void MainWindow::commandNick(const Commands::Command &command)
-{
-    changeNick(command.words.at(1));
-}
-
 void MainWindow::changeNick(const QString &nick)
 {
-    if (isAway) {
-        // Unlike "/back", this leaves the conversations without a line.
+    // Intended: unlike "/back", writes no line to the conversations.
+    if (isAway)
         leaveAway();
-        updateOwnUserAppearance();
-        updateStatusBar();
-    }
     pendingNick = nick;
     connection->changeNick(nick);
 }
 
-void MainWindow::commandMsg(const Commands::Command &command)
-{
-    const QString &target = command.words.at(1);
-    const QString text = command.section(2);
-    connection->sendPrivmsg(target, text);
-    appendMessageToTab(target, text, connection->currentNick(), false);
-}
+// ---------------------------------------------------------------------------------------------
+// Away
 
-void MainWindow::commandRaw(const Commands::Command &command)
+void MainWindow::onSetAway()
 {
-    connection->sendRaw(command.section(1));
-}
-
-void MainWindow::commandList(const Commands::Command &)
-{
-    if (!connection->isRegistered()) {
-        appendToServerTab(u"*** Please wait for registration to complete before using /list."_s);
+    if (!connection->isConnected())
         return;
-    }
-    requestChannelList();
-}
-
-void MainWindow::commandAway(const Commands::Command &command)
-{
-    const QString message = command.section(1).trimmed();
-    goAway(message.isEmpty() ? u"Away"_s : message);
-}
-
-void MainWindow::commandBack(const Commands::Command &)
-{
-    returnFromAway();
-}
-
-void MainWindow::commandWhois(const Commands::Command &command)
-{
-    askWhois(command.words.at(1));
-}
-
-void MainWindow::commandAutojoin(const Commands::Command &command)
-{
-    const QString channel = ChannelNames::withPrefix(command.words.at(1));
-    setChannelAutojoin(channel, !autojoinChannels.contains(channel));
+    if (isAway)
+        returnFromAway();
+    else if (const auto message = Prompts::askAwayMessage(this, currentTheme))
+        goAway(*message);
 }
 
 void MainWindow::goAway(const QString &message)
 {
     isAway = true;
-    awayMessage = message;
-    connection->sendRaw(u"AWAY :"_s + message);
+    awayMessage = message.isEmpty() ? u"Away"_s : message;
+    connection->sendRaw(u"AWAY :"_s + awayMessage);
     awayAction->setText(tr("Unmark Away"));
-    appendToServerTab(u"*** You are marked as away ("_s + message + u")"_s);
+    appendToServerTab(u"*** You are marked as away ("_s + awayMessage + u")"_s);
     announceInConversations([this] { return u"is away (%1)"_s.arg(awayMessage); });
     updateStatusBar();
     updateOwnUserAppearance();
@@ -1615,8 +1460,6 @@ void MainWindow::returnFromAway()
 {
     leaveAway();
     announceInConversations([] { return u"is back"_s; });
-    updateStatusBar();
-    updateOwnUserAppearance();
 }
 
 void MainWindow::leaveAway()
@@ -1624,6 +1467,8 @@ void MainWindow::leaveAway()
     connection->sendRaw(u"AWAY"_s);
     clearAwayState();
     appendToServerTab(u"*** You are back"_s);
+    updateOwnUserAppearance();
+    updateStatusBar();
 }
 
 void MainWindow::clearAwayState()
@@ -1638,8 +1483,8 @@ void MainWindow::announceInConversations(const std::function<QString()> &text)
     for (auto tab = tabs.cbegin(); tab != tabs.cend(); ++tab) {
         if (tab.key() == TabNames::Server || tab.key() == TabNames::List)
             continue;
-        // Posted, so that the lines follow those of the command itself and are not written while
-        // `tabs` is walked. Text and nick are those of that moment.
+        // Posted, because the lines must follow the command's own, and `tabs` must not change in
+        // this loop. `text` and nick are evaluated then.
         QTimer::singleShot(0, this, [this, key = tab.key(), text] {
             appendMessageToTab(key, text(), connection->currentNick(), true);
         });

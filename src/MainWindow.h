@@ -2,10 +2,9 @@
 
 #include "ChatView.h"
 #include "NickCompletion.h"
-#include "WhoisReply.h"
+#include "Preferences.h"
+#include "WhoInfo.h"
 
-#include <QColor>
-#include <QFont>
 #include <QMainWindow>
 #include <QMap>
 #include <QSet>
@@ -39,40 +38,39 @@ namespace Commands {
 struct Command;
 }
 
-/// The program's one top-level window and the controller of the whole system.
+/// The program's main window and the controller of the whole program.
 ///
-/// It owns the session (`IRCConnection`), receives all of its signals, keeps the conversation state
-/// as plain members, and renders everything. A conversation is a tab; the tab's text and its key in
-/// `tabs` are the same string, and the name alone tells its kind: "Server" and "List" are reserved,
-/// a name that starts with "#" is a channel, and any other name is a private conversation.
+/// It owns the session (`IRCConnection`), handles all of its signals, keeps the conversations'
+/// state as plain members, and displays it. Each conversation is a tab. The tab's text is also its
+/// key in `tabs`, and determines its kind: "Server" and "List" are reserved, a name that starts
+/// with "#" is a channel, and any other name is a private conversation.
 ///
-/// All of it runs on the GUI thread. Nothing is saved when the window goes; the settings store is
-/// written at the moment of each change.
-class MainWindow final : public QMainWindow
+/// Everything runs on the GUI thread. The destructor stores nothing: each change is stored at once.
+class MainWindow final : public QMainWindow, private Preferences
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(MainWindow)
 
 public:
-    /// Widgets and state of one tab. It owns nothing: what it points to belongs to the page.
+    /// Widgets and state of one tab. Owns nothing: the widgets and the table belong to the page.
     struct TabInfo
     {
         QWidget *page = nullptr;
         QTextBrowser *chatView = nullptr; ///< Null on "List".
-        QTextTable *table = nullptr;      ///< Made with the tab's first line.
-        QString peerNick;                 ///< Partner of a private conversation, else empty.
-        QWidget *topicBar = nullptr;      ///< On channels only, as the two widgets inside it.
+        QTextTable *table = nullptr;      ///< Created with the tab's first line.
+        QString peerNick;                 ///< The other user of a private conversation, else empty.
+        QWidget *topicBar = nullptr;      ///< For channels only, like the two widgets in it.
         QLabel *topicLabel = nullptr;
         QPushButton *editTopicBtn = nullptr;
-        bool highlighted = false; ///< A highlight was taken since the tab was last shown.
+        bool highlighted = false; ///< Highlighted since it was last made current.
     };
 
-    using WhoInfo = WhoisReply;
+    using WhoInfo = ::WhoInfo;
 
     explicit MainWindow(QWidget *parent = nullptr);
 
-    /// Closes the tab at `index` as its close button does. "Server" and indexes that no tab holds
-    /// are left alone.
+    /// Closes the tab at `index` like its close button. Does nothing for "Server" and for an index
+    /// without a tab.
     void requestCloseTab(int index);
 
 protected:
@@ -107,15 +105,15 @@ private slots:
     void closeTab(int index);
     void onChannelListDoubleClicked(QTreeWidgetItem *item, int column);
     void filterChannelList(const QString &text);
-    /// Empty: a width set by dragging holds only until the ratio is next imposed.
+    /// Intended: empty. A dragged width lasts until the next adjustSplitterToRatio().
     void onSplitterMoved(int pos, int index);
     void onUserDoubleClicked(QListWidgetItem *item);
-    /// Completes the word at the cursor in place. No key is bound to it yet; the popup of
-    /// `nickCompleter` is what users meet.
+    /// Completes the word at the cursor. Not bound to a key yet; users complete with the popup of
+    /// `nickCompleter`.
     void completeNick();
     void showUserContextMenu(const QPoint &pos);
     void showChannelListContextMenu(const QPoint &pos);
-    /// Opens a new picker each time: a click outside has closed an earlier one.
+    /// Opens a new picker. A click outside has closed any earlier one.
     void toggleEmojiPicker();
     void onTabContextMenu(const QPoint &pos);
     void onWhoisUser(const QString &nick, const QString &user, const QString &host,
@@ -127,36 +125,35 @@ private slots:
     void onWhoisEnd(const QString &targetTab, const QString &nick);
     void onWhoisAway(const QString &nick, const QString &msg);
     void onReconnectTriggered();
-    /// Empty, and connected to nothing: there is no way to choose a theme yet.
+    /// Empty and not connected: themes cannot be chosen yet.
     void onToggleTheme();
-    /// Opens a preferences dialog that is not modal, beside any that is open, and returns at once.
+    /// Opens another non-modal preferences dialog.
     void openPreferencesWindow();
     void onWatchStatus(const QString &nick, bool online);
-    /// Lets an operator write a new topic, in an event loop of its own, and sends it.
+    /// Asks an operator for a new topic in a nested event loop, and sends it.
     void editTopic(const QString &channel);
-    /// Asks for an away message, or leaves the away state at once.
+    /// Asks for an away message, or leaves the away state without asking.
     void onSetAway();
     void onChangeNick();
 
 private:
     friend class MainWindowProbe;
-    friend class PreferencesDialog; // Shows and changes the preferences.
+    friend class PreferencesDialog; // Reads and writes the preferences.
 
     // Construction
     void setupUI();
     void connectWidgets();
-    void setupInputRow();
     void setupMenuBar();
     void createServerTab();
     void connectSession();
-    void connectPresence();
     void initSystemTray();
 
     // Preferences
     void loadPreferences();
-    /// Gives the input line and the conversations the user list's font. `chatFont` plays no part.
+    /// Intended: sets the user list's font, not `chatFont`, in the input line and the
+    /// conversations.
     void applyChatFont();
-    /// Empty, and called by nothing: each new row reads the format for itself.
+    /// Empty and not called: each new row reads the format.
     void applyTimestampFormat();
     void applyChatBackground();
 
@@ -164,139 +161,116 @@ private:
     void applyTheme(const QString &theme);
     void updateStatusBar();
     void updateUserListVisibility(bool visible);
-    /// Gives the user list a fifth of the splitter's width, or nothing while it is hidden.
+    /// Sets the user list's width to a fifth of the splitter's, or to 0 while it is hidden.
     void adjustSplitterToRatio();
 
     // Session
-    /// Opens a connect dialog that is not modal, and returns at once.
+    /// Opens a non-modal connect dialog.
     void showConnectDialog();
     void acceptConnectDialog(const ConnectDialog &dialog);
-    /// Writes the session's record to its group of the store.
+    /// Stores the session's `ServerConfig`.
     void saveCurrentServerConfig();
-    /// Refreshes the session's record from the store. Nothing calls it; it completes the pair.
+    /// Reloads the session's `ServerConfig`. Not called; the counterpart of the function above.
     void loadCurrentServerConfig();
-    /// Takes the autojoin list over into the session's record, but not into the store.
-    void recordAutojoin();
-    /// Puts `channel` on the session's autojoin list, or takes it off, and stores the list at once.
+    /// Copies the autojoin list to the session's `ServerConfig` without storing it.
+    void copyAutojoinToSession();
+    /// Adds `channel` to the autojoin list or removes it, and stores the list.
     void setChannelAutojoin(const QString &channel, bool enable);
 
     // Tabs
-    /// A page without a parent, added to nothing; the caller owns it until it is in `tabWidget`.
+    /// Returns a page without a parent.
     QWidget *createChannelTab(const QString &name, bool isChannel);
-    TabInfo createTabInfo(const QString &name, bool isChannel);
-    void insertTab(const QString &name, const TabInfo &info);
-    void openTab(const QString &name);
-    /// Key of the private tab of `nick`, compared without regard to case, or an empty string.
+    /// Adds the tab `name` with its record. The reference is valid until the tab is closed or
+    /// renamed.
+    TabInfo &addTab(const QString &name, QWidget *page);
+    /// Adds the tab for a line to an unknown name, and makes it current if "Server" is.
+    TabInfo &openTab(const QString &name);
+    /// Returns the key of the private tab of `nick`, in any case, or an empty string.
     QString findPrivateChatTab(const QString &nick) const;
-    /// Gives each tab its close button, or puts it right, with the index at which the tab is now.
+    /// Adds missing close buttons and updates all of them to the tabs' current indexes.
     void addCloseButtonToAllTabs();
+    void addAutojoinEntry(QMenu &menu, const QString &channel);
     void updateTopicLabel(const QString &channel);
-    /// Shows the button that edits the topic to operators only.
+    /// Shows the button that edits the topic if the user is an operator.
     void updateTopicEditButton(const QString &channel);
 
     // Lines
-    /// The one door through which a line reaches the screen: writes a row to the tab `tabName`,
-    /// which is opened if there is none, and scrolls it to the bottom. While lines of a read are
-    /// handled the row waits for the read's end. A tab without a view, which "List" is, drops the
-    /// line with a warning in the log.
+    /// Appends every line that is shown: adds a row to the tab `tabName`, opening the tab if
+    /// needed, and scrolls it to the bottom. Rows from one read of the socket are added when the
+    /// read ends. Tabs without a view, like "List", drop the line with a warning.
     ///
-    /// `text` is plain, `sender` the nick of the nick column, empty for system lines. `isStatus`
-    /// marks membership and presence lines, which are grey.
+    /// `text` is plain text. `sender` is the nick, empty for system lines. `isStatus` marks
+    /// membership and presence lines, which are grey.
     void appendMessageToTab(const QString &tabName, const QString &text, const QString &sender,
                             bool isStatus);
-    bool ensureTable(const QString &tabName);
     ChatRow makeRow(const QString &tabName, const QString &text, const QString &sender,
                     bool isStatus) const;
     bool isOwnNick(const QString &nick) const;
     void appendToServerTab(const QString &text);
 
     // Attention
-    /// Marks the tab of a line from somebody else, and notifies, where the line deserves it.
-    void drawAttention(const QString &tabName, const QString &text, const QString &sender);
+    /// Handles another user's line: highlights the tab and notifies the user if needed.
+    void highlightAndNotify(const QString &tabName, const QString &text, const QString &sender);
     void highlightTab(const QString &tabName);
-    /// A click on the notification shows the tab `tabName`, if there is one.
+    /// A click on the notification shows the tab `tabName`, if it exists.
     void showNotification(const QString &title, const QString &message,
                           const QString &tabName = {});
-    void showPage(QWidget *page);
 
     // Membership
     QString stripModePrefix(const QString &entry) const;
     void addUserToList(const QString &channel, const QString &entry);
     void removeUserFromList(const QString &channel, const QString &entry);
-    /// Empties the visible list if `channel` is on show. No event calls it.
+    /// Clears the visible list if `channel` is current. Not called by any event.
     void clearUserList(const QString &channel);
-    /// Takes the first entry of `nick` out of the model and returns it, if there is one.
-    std::optional<QString> takeUser(const QString &channel, const QString &nick);
-    void dropUser(const QString &channel, const QString &nick);
-    /// Follows in the visible list that `entry` has left the model.
-    void showUserGone(const QString &channel, const QString &entry);
+    /// Removes the first entry of `nick` from the model and from the visible list.
+    void removeUser(const QString &channel, const QString &nick);
+    /// Updates what is visible after `entry` was removed from the model.
+    void hideRemovedUser(const QString &channel, const QString &entry);
     void renameUser(const QString &channel, const QString &oldNick, const QString &newNick);
     void renamePrivateTab(const QString &oldNick, const QString &newNick);
     void updateOwnUserAppearance();
 
     // User list
     void openPrivateChat(const QString &nick);
-    void fillOwnMenu(QMenu &menu);
     void fillUserMenu(QMenu &menu, const QString &nick);
-    /// True if the user's own entry in `channel` carries at least a half-operator's prefix.
+    /// Returns true if the user's own entry in `channel` has the prefix of a half-operator or
+    /// higher.
     bool isUserOperator(const QString &channel) const;
 
     // Presence
-    /// Asks the server who `nick` is; the tab on show gets the answer.
-    void askWhois(const QString &nick);
-    /// Asks the server to tell when `nick` comes and goes, unless it has been asked.
-    void watch(const QString &nick);
+    /// Sends WHOIS. The current tab will show the reply.
+    void requestWhois(const QString &nick);
+    /// Sends WATCH for `nick` unless it is already watched.
+    void watchNick(const QString &nick);
 
     // Completion
     void updateNickCompletionModel();
-    /// Does what an update has left to the end of the read in progress, if there is something.
-    void refreshPendingCompletion();
-    /// What there is to complete now, in the tab on show.
+    /// Applies an update that was deferred to the end of a read.
+    void flushPendingCompletion();
+    /// Returns what can be completed in the current tab.
     [[nodiscard]] NickCompletion::Source completionSource() const;
 
     // Channel list
-    /// Opens the "List" tab if it isn't open, empties it, and asks the server for its channels.
+    /// Opens the "List" tab if needed, clears it, and sends LIST.
     void requestChannelList();
     void createListTab();
 
     // Input
-    using CommandHandler = void (MainWindow::*)(const Commands::Command &);
-    void sendPlainText(const QString &text);
+    /// Sends `text` and shows it in the tab `target`.
+    void sendMessage(const QString &target, const QString &text);
     void runCommand(const Commands::Command &command);
-    void commandJoin(const Commands::Command &command);
-    void commandPart(const Commands::Command &command);
-    void commandNick(const Commands::Command &command);
-    void commandMsg(const Commands::Command &command);
-    void commandRaw(const Commands::Command &command);
-    void commandList(const Commands::Command &command);
-    void commandAway(const Commands::Command &command);
-    void commandBack(const Commands::Command &command);
-    void commandWhois(const Commands::Command &command);
-    void commandAutojoin(const Commands::Command &command);
     void changeNick(const QString &nick);
+
+    // Away
     void goAway(const QString &message);
+    /// Leaves the away state and announces it in the conversations.
     void returnFromAway();
     void leaveAway();
     void clearAwayState();
+    /// Adds a status line to each conversation in the next event-loop iteration.
     void announceInConversations(const std::function<QString()> &text);
 
-    // The preferences: thirteen members, kept for the user through a whole cycle of store and
-    // dialog. Three have an effect: `timestampFormat` formats the time of each new row, and the
-    // background's image and colour are what `applyChatBackground` shows.
-    QString chatBgImage;
-    QColor chatBgColor;
-    QString timestampFormat = QStringLiteral("[HH:mm:ss]");
-    QFont chatFont{QStringLiteral("Monaco"), 12};
-    int emojiSize = 20;
-    bool autoReconnect = true;
-    int reconnectDelay = 10; ///< Seconds.
-    int reconnectAttempts = 0;
-    int pingInterval = 60; ///< Seconds.
-    int pingTimeout = 45;  ///< Seconds.
-    bool acceptInvalidSsl = false;
-    QString logPath;
-    bool logEnabled = false;
-    QMap<QString, QStringList> channelUsers; ///< Per channel, its entries in the model's order.
+    QMap<QString, QStringList> channelUsers; ///< Entries of each channel's users.
     QStringList autojoinChannels;
     MyTabWidget *tabWidget = nullptr;
     QLineEdit *inputLine = nullptr;
@@ -317,21 +291,21 @@ private:
     QAction *changeNickAction = nullptr;
     bool isAway = false;
     QString awayMessage;
-    QString pendingNick; ///< Asked for by the user and not yet confirmed by the server.
+    QString pendingNick; ///< Requested by the user and not yet confirmed by the server.
     QMap<QString, TabInfo> tabs;
-    QMap<QString, QStringList> pendingNames; ///< Names between the first 353 and its 366.
+    QMap<QString, QStringList> pendingNames; ///< Entries received in 353 until the next 366.
     QString currentTabName;
     QString currentTheme;
     QMap<QString, QString> channelTopics;
-    bool splitterReady = true; ///< Nothing clears it.
+    bool splitterReady = true; ///< Always true.
     bool listReceiving = false;
     QSet<QString> watchedNicks; ///< In lower case.
     QString currentServerId;    ///< Empty until the first connect.
     bool userListShown = false;
     QMap<QString, QString> inputDrafts;
     Notifications *notifications = nullptr;
-    RowQueue pendingRows; ///< Of the read in progress: written together when it ends.
-    /// What the read in progress has updated the completion with last, if it has.
+    RowQueue pendingRows; ///< Rows of the current read, written when it ends.
+    /// The current read's last completion update, applied when it ends.
     std::optional<NickCompletion::Source> pendingCompletion;
-    bool hasNewListRows = false; ///< Whether the read in progress has added rows to `listTree`.
+    bool hasUnsortedListRows = false; ///< The current read has added rows to `listTree`.
 };

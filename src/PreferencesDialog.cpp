@@ -28,7 +28,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// What the theme's sheet keeps free around each page.
+// Padding of the pages in the theme's style sheet.
 constexpr int PagePadding = 8;
 
 QFormLayout *makeForm(QWidget *page)
@@ -76,8 +76,8 @@ QSpinBox *makeWideSpin(Range range, int value, const QString &suffix = {})
     return spin;
 }
 
-// As the text of a button, on which only a pair of ampersands shows as one.
-QString nameOfFont(const QFont &font)
+// Returns the text for a button. Escapes "&", which would be a mnemonic.
+QString fontText(const QFont &font)
 {
     return u"%1 %2"_s.arg(font.family().replace(u'&', "&&"_L1), QString::number(font.pointSize()));
 }
@@ -108,17 +108,16 @@ PreferencesDialog::PreferencesDialog(MainWindow *parent)
     DialogParts::namePopups(*this);
 
     setWindowFlag(Qt::WindowFullscreenButtonHint, false);
-    // The sheet has a say in the sizes of the fields.
+    // Before adjustSize(): the sheet changes the fields' sizes.
     applyTheme();
     adjustSize();
-    // With large fonts this is not enough: Qt leaves the padding of the pages out of its sums, and
-    // goes no farther than two thirds of the screen.
+    // adjustSize() ignores the pages' padding and is limited to two thirds of the screen.
     setFixedSize(size().expandedTo(minimumSizeHint() + 2 * QSize(PagePadding, PagePadding)));
 }
 
 PreferencesDialog::~PreferencesDialog()
 {
-    // What Qt's functions show for a choice.
+    // The dialogs of Qt's static functions.
     DialogParts::letGoOfWindows(*this);
 }
 
@@ -131,22 +130,21 @@ void PreferencesDialog::showEvent(QShowEvent *event)
 // ---------------------------------------------------------------------------------------------
 // Construction
 
-// The fields of `switchTabsCheck`, `completionSuffixEdit`, `minPrefixSpin`, `highlightCheck`,
-// `soundCheck`, `userSortCombo` and `authMethodCombo` are not filled from anywhere and never read:
-// what they would choose between is fixed as yet. They hold the places of choices to come.
+// Intended: `switchTabsCheck`, `completionSuffixEdit`, `minPrefixSpin`, `highlightCheck`,
+// `soundCheck`, `userSortCombo` and `authMethodCombo` have fixed values and are never read. Their
+// features do not exist yet.
 
 QWidget *PreferencesDialog::buildInterfacePage()
 {
     auto *page = new QWidget;
     QFormLayout *form = makeForm(page);
 
-    fontButton = DialogParts::makeButton(nameOfFont(mainWindow->chatFont), u"prefsFontButton"_s);
+    fontButton = DialogParts::makeButton(fontText(mainWindow->chatFont), u"prefsFontButton"_s);
     fontButton->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(fontButton, &QPushButton::clicked, this, &PreferencesDialog::chooseFont);
     form->addRow(tr("Chat font:"), fontButton);
 
-    // The texts are formats, and so no matter of translation. The first one stands in for a stored
-    // format that is none of them.
+    // Formats are not translated. The first is shown for a stored format that is not listed.
     timestampCombo = makeCombo({u"[HH:mm:ss]"_s, u"[hh:mm:ss AP]"_s, u"[HH:mm]"_s, u"hh:mm"_s});
     timestampCombo->setCurrentText(mainWindow->timestampFormat);
     form->addRow(tr("Timestamp:"), timestampCombo);
@@ -215,7 +213,7 @@ QBoxLayout *PreferencesDialog::buildLogPathRow()
 {
     logPathEdit = new QLineEdit(mainWindow->logPath);
     logPathEdit->setPlaceholderText(tr("Log directory path..."));
-    // A label names only a field that is a widget, and not a row of them.
+    // A QFormLayout label names a widget for screen readers, but not a layout.
     logPathEdit->setAccessibleName(tr("Log path"));
     QPushButton *browse = DialogParts::makeButton(tr("..."), u"prefsBgButton"_s);
     browse->setAccessibleName(tr("Select log directory"));
@@ -273,16 +271,16 @@ void PreferencesDialog::buildButtons()
 void PreferencesDialog::chooseFont()
 {
     const QPointer<PreferencesDialog> self = this;
-    // A copy, since Qt looks at the font once more in the end, when the window may be gone.
+    // A copy: getFont() reads it after the nested event loop, which the window may not outlive.
     QFont initial = mainWindow->chatFont;
-    // GTK's dialog fails to select a family that is not installed and reports the size 0 instead.
+    // GTK's dialog cannot select a family that is not installed, and then returns size 0.
     initial.setFamily(QFontInfo(initial).family());
     bool ok = false;
     const QFont chosen = QFontDialog::getFont(&ok, initial, this, QString());
     if (!ok || self == nullptr)
         return;
     mainWindow->chatFont = chosen;
-    fontButton->setText(nameOfFont(chosen));
+    fontButton->setText(fontText(chosen));
 }
 
 void PreferencesDialog::chooseBgImage()
@@ -345,7 +343,7 @@ void PreferencesDialog::updateBgPreview()
 
 void PreferencesDialog::saveAndApply()
 {
-    // There is no choice of a theme, so each save brings back the one that everybody has.
+    // Intended: each save restores the only theme that users can have.
     mainWindow->applyTheme(u"light"_s);
     mainWindow->applyChatFont();
     mainWindow->timestampFormat = timestampCombo->currentText();
@@ -361,28 +359,9 @@ void PreferencesDialog::saveAndApply()
     mainWindow->pingInterval = pingIntervalSpin->value();
     mainWindow->pingTimeout = pingTimeoutSpin->value();
     mainWindow->acceptInvalidSsl = acceptInvalidSslCheck->isChecked();
-    store();
-    applyTheme();
-}
-
-void PreferencesDialog::store() const
-{
-    const QColor &color = mainWindow->chatBgColor;
     QSettings settings;
-    settings.setValue(u"theme"_s, u"light"_s);
-    settings.setValue(u"chatFont"_s, mainWindow->chatFont.toString());
-    settings.setValue(u"timestampFormat"_s, mainWindow->timestampFormat);
-    settings.setValue(u"emojiSize"_s, mainWindow->emojiSize);
-    settings.setValue(u"logEnabled"_s, mainWindow->logEnabled);
-    settings.setValue(u"logPath"_s, mainWindow->logPath);
-    settings.setValue(u"chatBgImage"_s, mainWindow->chatBgImage);
-    settings.setValue(u"chatBgColor"_s, color.isValid() ? color.name() : u""_s);
-    settings.setValue(u"autoReconnect"_s, mainWindow->autoReconnect);
-    settings.setValue(u"reconnectDelay"_s, mainWindow->reconnectDelay);
-    settings.setValue(u"reconnectAttempts"_s, mainWindow->reconnectAttempts);
-    settings.setValue(u"pingInterval"_s, mainWindow->pingInterval);
-    settings.setValue(u"pingTimeout"_s, mainWindow->pingTimeout);
-    settings.setValue(u"acceptInvalidSsl"_s, mainWindow->acceptInvalidSsl);
+    mainWindow->Preferences::saveTo(settings);
+    applyTheme();
 }
 
 void PreferencesDialog::applyTheme()
@@ -390,7 +369,7 @@ void PreferencesDialog::applyTheme()
     setStyleSheet(QString());
     setAttribute(Qt::WA_TranslucentBackground, false);
     setAutoFillBackground(true);
-    // The names by which the sheet knows the two kinds of buttons.
+    // Used by the style sheet.
     buttonBox->button(QDialogButtonBox::Apply)->setObjectName(u"connectButton"_s);
     buttonBox->button(QDialogButtonBox::Ok)->setObjectName(u"connectButton"_s);
     buttonBox->button(QDialogButtonBox::Cancel)->setObjectName(u"cancelButton"_s);

@@ -14,32 +14,30 @@ class QLineEdit;
 class QPushButton;
 class QSpinBox;
 
-/// The window in which the user changes the preferences.
+/// Dialog for the preferences.
 ///
-/// It shows the preferences that `MainWindow` holds as they are when it is constructed, and gives
-/// them back to it and to the settings store on each OK and Apply. The ranges of the fields are all
-/// the checks there are. One preference is quicker than the rest: a font goes to the window as soon
-/// as it is chosen, and only its way into the store waits for OK or Apply.
+/// Shows the preferences of `MainWindow` at construction. OK and Apply set them in the window and
+/// store them. Only the ranges of the fields are checked. Intended: a chosen font is set in the
+/// window at once, even if the dialog is then cancelled.
 ///
-/// Seven fields belong to features that have no such choice yet: they show fixed values, and what
-/// the user does with them is forgotten.
+/// Seven fields belong to features that do not exist yet. They show fixed values and are not saved.
 ///
-/// The dialog is not modal, deletes itself when it is closed, and has one size.
+/// The dialog is not modal, deletes itself when closed, and has a fixed size.
 class PreferencesDialog final : public QDialog
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(PreferencesDialog)
 
 public:
-    /// `parent` is the window whose preferences these are; it must not be null.
+    /// `parent` must not be null.
     explicit PreferencesDialog(MainWindow *parent);
     ~PreferencesDialog() override;
 
-    /// Hands everything to the window and to the store, and sets the light theme.
+    /// Sets all preferences in the window and stores them. Also sets the light theme.
     void saveAndApply();
-    /// Shows the image or the colour that is chosen here, or that there is none.
+    /// Shows the chosen image or colour, or that there is none.
     void updateBgPreview();
-    /// Puts on the window's theme.
+    /// Applies the window's theme.
     void applyTheme();
 
 protected:
@@ -54,15 +52,12 @@ private:
     [[nodiscard]] QWidget *buildNetworkPage();
     void buildButtons();
 
-    // Choosing: each shows a dialog of its own in a nested event loop, which this dialog may not
-    // outlive.
+    // Choosing: each opens a dialog in a nested event loop, in which this dialog can be deleted.
     void chooseFont();
     void chooseBgImage();
     void chooseBgColor();
     void chooseLogPath();
     void resetBackground();
-
-    void store() const;
 
     MainWindow *mainWindow;
     QDialogButtonBox *buttonBox = nullptr;
@@ -88,6 +83,6 @@ private:
     QPushButton *bgColorButton = nullptr;
     QPushButton *bgResetButton = nullptr;
     QLabel *bgPreviewLabel = nullptr;
-    QString pendingBgImage; ///< Path of the image on show here; empty if there is none.
-    QColor pendingBgColor;  ///< Invalid if there is none. Never beside an image chosen here.
+    QString pendingBgImage; ///< Path of the chosen image; empty for none.
+    QColor pendingBgColor;  ///< The chosen colour; invalid for none.
 };

@@ -22,41 +22,41 @@ namespace {
 
 constexpr int NotificationMs = 5000;
 
-/// A session of "me" on "Server", with #a and a conversation with bob open, while another window
-/// has the keyboard: without a tray the status bar then shows each notification.
-class Attended final
+/// A session of "me" with the tabs #a and bob, in an inactive window whose current tab is "Server".
+/// Without a tray, the status bar shows each notification.
+class InactiveSession final
 {
 public:
-    [[nodiscard]] bool begin(const QString &nick = u"me"_s)
+    [[nodiscard]] bool start(const QString &nick = u"me"_s)
     {
         if (!session.registerAs(nick) || !session.join(u"#a"_s, nick + u" bob carol"_s))
             return false;
         session.probe.openTabs({u"bob"_s});
-        // Visiting the tab takes back what opening it has marked.
+        // Removes the mark that the opening line has set.
         session.probe.showTab(u"bob"_s);
         session.probe.showTab(u"Server"_s);
-        if (!leaveWindow())
+        if (!deactivate())
             return false;
-        forget();
+        clearNotifications();
         return true;
     }
 
-    /// Gives the keyboard to another window, or back.
-    [[nodiscard]] bool leaveWindow()
+    /// Activates another window, or this one.
+    [[nodiscard]] bool deactivate()
     {
         other.show();
         other.activateWindow();
         return QTest::qWaitFor([this] { return !session.window.isActiveWindow(); });
     }
-    [[nodiscard]] bool enterWindow()
+    [[nodiscard]] bool activate()
     {
         session.window.activateWindow();
         return QTest::qWaitFor([this] { return session.window.isActiveWindow(); });
     }
 
-    void forget() { shown.clear(); }
+    void clearNotifications() { shown.clear(); }
 
-    /// What the status bar has shown since.
+    /// What the status bar has shown since clearNotifications().
     [[nodiscard]] QStringList notifications() const
     {
         QStringList texts;
@@ -89,44 +89,44 @@ class TestAttention final : public QObject
 private slots:
     void init();
 
-    void recognisesAMention_data();
-    void recognisesAMention();
+    void findsMentions_data();
+    void findsMentions();
     void shortensALongText_data();
     void shortensALongText();
-    void deservesAttention_data();
-    void deservesAttention();
-    void writesNotices_data();
-    void writesNotices();
+    void decidesWhetherAttentionIsNeeded_data();
+    void decidesWhetherAttentionIsNeeded();
+    void formatsNotifications_data();
+    void formatsNotifications();
 
-    void decides_data();
-    void decides();
-    void decidesByTheNickOfTheMoment();
-    void drawsNoneToTheReservedTabs();
-    void takesAPendingNickForItsOwn();
-    void mentionsNobodyWithoutANick();
-    void looksAtTheTextWithoutItsPrefix();
-    void notifiesOfAShortenedText();
-    void tellsOfALineWithoutSender();
-    void opensATabWithItsMark();
+    void highlightsAndNotifies_data();
+    void highlightsAndNotifies();
+    void usesTheCurrentNick();
+    void ignoresReservedTabs();
+    void treatsAPendingNickAsOwn();
+    void findsNoMentionWithoutANick();
+    void ignoresTheAwayPrefix();
+    void shortensNotifications();
+    void notifiesOfALineWithoutSender();
+    void marksATabThatTheLineOpened();
 
     void marksATabOnce();
-    void keepsSilentAboutTheTabOnShow();
-    void forgetsAMarkWhenTheTabIsVisited();
-    void marksNothingAfterAMentionOnShow();
-    void notifiesOfATabThatIsMarkedAlready();
-    void highlightsNoTabThatIsNotThere();
+    void doesNotNotifyForTheCurrentTab();
+    void removesTheMarkWhenTheTabBecomesCurrent();
+    void doesNotMarkAfterAMentionInTheCurrentTab();
+    void notifiesForAMarkedTab();
+    void ignoresUnknownTabs();
     void highlightsATabWithoutAPage();
 
     void notifiesInTheStatusBar();
-    void notifiesNobodyInTheActiveWindow();
-    void leavesTheStatusBarAloneWithATray();
+    void doesNotNotifyInTheActiveWindow();
+    void doesNotUseTheStatusBarWithATray();
     void showsNotificationsAsText_data();
     void showsNotificationsAsText();
-    void survivesAFlood();
+    void handlesAFlood();
 
     void writesNoLog_data();
     void writesNoLog();
-    void givesTheProgramItsIconWithoutATray();
+    void setsTheProgramsIconWithoutATray();
 
 private:
     TemporaryStore store;
@@ -137,7 +137,7 @@ void TestAttention::init()
     store.clear();
 }
 
-void TestAttention::recognisesAMention_data()
+void TestAttention::findsMentions_data()
 {
     QTest::addColumn<QString>("nick");
     QTest::addColumn<QString>("text");
@@ -165,7 +165,7 @@ void TestAttention::recognisesAMention_data()
     row("in an empty text", u"me"_s, QString(), false);
     row("an empty nick", QString(), u"me"_s, false);
     row("an empty nick and text", QString(), QString(), false);
-    // Signs of the nick stand for themselves.
+    // Special characters in the nick are literal.
     row("a dot", u"a.c"_s, u"hi a.c!"_s, true);
     row("what a dot would match", u"a.c"_s, u"hi abc!"_s, false);
     row("a star", u"a*b"_s, u"a*b"_s, true);
@@ -174,7 +174,7 @@ void TestAttention::recognisesAMention_data()
     row("what a bar would match", u"a|b"_s, u"a"_s, false);
     row("an end of quoting", u"a\\Eb"_s, u"a\\Eb"_s, true);
     row("a line end's sign", u"a$b"_s, u"a$b"_s, true);
-    // A sign is no part of a word, so it wants one as a neighbour.
+    // At the nick's end, a character that is not a word character needs one as its neighbour.
     row("a bracket at the end", u"me["_s, u"me[ hi"_s, false);
     row("a bracket at the line's end", u"me["_s, u"hi me["_s, false);
     row("a bracket before a word", u"me["_s, u"me[x"_s, true);
@@ -182,16 +182,16 @@ void TestAttention::recognisesAMention_data()
     row("a bracket after a word", u"[me"_s, u"x[me"_s, true);
     row("brackets around", u"[me]"_s, u"x[me]x"_s, true);
     row("an underscore is a letter", u"_me_"_s, u"hi _me_!"_s, true);
-    // Nor is a letter of another alphabet.
+    // Letters outside ASCII are not word characters either.
     row("an accent at the end", u"zo\u00eb"_s, u"hi zo\u00eb"_s, false);
     row("an accent before a word", u"zo\u00eb"_s, u"hi ZO\u00cbx"_s, true);
-    row("an accent behind", u"me"_s, u"me\u00eb"_s, true);
-    row("a format's sign before", u"me"_s, u"\u0002me\u0002"_s, true);
+    row("an accent after", u"me"_s, u"me\u00eb"_s, true);
+    row("between format codes", u"me"_s, u"\u0002me\u0002"_s, true);
     row("a long text", u"me"_s, QString(QString(100'000, u'x') + u" me"_s), true);
     row("a long nick", QString(10'000, u'n'), QString(10'000, u'N'), true);
 }
 
-void TestAttention::recognisesAMention()
+void TestAttention::findsMentions()
 {
     QFETCH(const QString, nick);
     QFETCH(const QString, text);
@@ -210,7 +210,7 @@ void TestAttention::shortensALongText_data()
     QTest::newRow("255") << x(255) << x(255);
     QTest::newRow("256") << x(256) << QString(x(252) + u"..."_s);
     QTest::newRow("many") << x(100'000) << QString(x(252) + u"..."_s);
-    // Code units count, whatever they are a part of.
+    // Counts code units, not characters.
     QTest::newRow("pairs") << u"\U0001F642"_s.repeated(128)
                            << QString(u"\U0001F642"_s.repeated(126) + u"..."_s);
 }
@@ -221,11 +221,11 @@ void TestAttention::shortensALongText()
     QTEST(Attention::shortened(text), "result");
 }
 
-void TestAttention::deservesAttention_data()
+void TestAttention::decidesWhetherAttentionIsNeeded_data()
 {
     QTest::addColumn<QString>("tab");
     QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("deserved");
+    QTest::addColumn<bool>("needed");
 
     QTest::newRow("mention in a channel") << u"#a"_s << u"hi me"_s << true;
     QTest::newRow("no mention in a channel") << u"#a"_s << u"hi"_s << false;
@@ -236,14 +236,14 @@ void TestAttention::deservesAttention_data()
     QTest::newRow("list") << u"List"_s << u"hi me"_s << false;
 }
 
-void TestAttention::deservesAttention()
+void TestAttention::decidesWhetherAttentionIsNeeded()
 {
     QFETCH(const QString, tab);
     QFETCH(const QString, text);
-    QTEST(Attention::isDeserved(tab, text, u"me"_s), "deserved");
+    QTEST(Attention::isNeeded(tab, text, u"me"_s), "needed");
 }
 
-void TestAttention::writesNotices_data()
+void TestAttention::formatsNotifications_data()
 {
     QTest::addColumn<QString>("tab");
     QTest::addColumn<QString>("text");
@@ -251,25 +251,25 @@ void TestAttention::writesNotices_data()
     QTest::addColumn<QString>("message");
 
     const QString whole(255, u'x');
-    const QString cut = QString(252, u'x') + u"..."_s;
+    const QString truncated = QString(252, u'x') + u"..."_s;
     QTest::newRow("channel") << u"#a"_s << u"hi %2"_s << u"#a"_s << u"bob%1: hi %2"_s;
     QTest::newRow("conversation") << u"carol"_s << u"hi"_s << u"bob%1"_s << u"hi"_s;
-    QTest::newRow("as long as fits") << u"carol"_s << whole << u"bob%1"_s << whole;
-    QTest::newRow("too long") << u"carol"_s << QString(256, u'x') << u"bob%1"_s << cut;
+    QTest::newRow("longest that fits") << u"carol"_s << whole << u"bob%1"_s << whole;
+    QTest::newRow("too long") << u"carol"_s << QString(256, u'x') << u"bob%1"_s << truncated;
     QTest::newRow("too long in a channel")
-            << u"#a"_s << QString(256, u'x') << u"#a"_s << QString(u"bob%1: "_s + cut);
+            << u"#a"_s << QString(256, u'x') << u"#a"_s << QString(u"bob%1: "_s + truncated);
 }
 
-void TestAttention::writesNotices()
+void TestAttention::formatsNotifications()
 {
     QFETCH(const QString, tab);
     QFETCH(const QString, text);
-    const Attention::Notice notice = Attention::noticeOf(tab, text, u"bob%1"_s);
-    QTEST(notice.title, "title");
-    QTEST(notice.message, "message");
+    const Attention::Notification notification = Attention::notificationFor(tab, text, u"bob%1"_s);
+    QTEST(notification.title, "title");
+    QTEST(notification.message, "message");
 }
 
-void TestAttention::decides_data()
+void TestAttention::highlightsAndNotifies_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("tab");
@@ -286,7 +286,7 @@ void TestAttention::decides_data()
     row("a mention by the user", u":me!u@h PRIVMSG #a :me"_s, u"#a"_s, false, no);
     row("a mention by the user in capitals", u":ME!u@h PRIVMSG #a :me"_s, u"#a"_s, false, no);
     row("a private line", u":bob!u@h PRIVMSG me :hi"_s, u"bob"_s, true, u"bob: hi"_s);
-    row("a private line of a command", u":bob!u@h PRIVMSG me :\u0001PING 1\u0001"_s, u"bob"_s, true,
+    row("a private CTCP line", u":bob!u@h PRIVMSG me :\u0001PING 1\u0001"_s, u"bob"_s, true,
         u"bob: \u0001PING 1\u0001"_s);
     row("a server line", u":irc.test 372 me :- me"_s, u"Server"_s, false, no);
     row("another's join", u":dave!u@h JOIN #a"_s, u"#a"_s, false, no);
@@ -302,255 +302,256 @@ void TestAttention::decides_data()
     row("a status in a private tab", u":irc.test 604 me bob i h 1 :is online"_s, u"bob"_s, true,
         u"bob: is back online"_s);
     row("a join of the partner", u":bob!u@h JOIN #a"_s, u"bob"_s, true, u"bob: is back online"_s);
-    row("a channel that is none here", u":bob!u@h PRIVMSG &a :hi"_s, u"bob"_s, true, u"bob: hi"_s);
+    row("a channel with another prefix", u":bob!u@h PRIVMSG &a :hi"_s, u"bob"_s, true,
+        u"bob: hi"_s);
 }
 
-void TestAttention::decides()
+void TestAttention::highlightsAndNotifies()
 {
     QFETCH(const QString, line);
     QFETCH(const QString, tab);
     QFETCH(const bool, highlighted);
     QFETCH(const QString, notification);
 
-    Attended attended;
-    QVERIFY(attended.begin());
-    QVERIFY(attended.session.receive(line));
-    QCOMPARE(attended.isHighlighted(tab), highlighted);
-    QCOMPARE(attended.isMarked(tab), highlighted);
-    QCOMPARE(attended.notifications(),
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    QVERIFY(inactive.session.receive(line));
+    QCOMPARE(inactive.isHighlighted(tab), highlighted);
+    QCOMPARE(inactive.isMarked(tab), highlighted);
+    QCOMPARE(inactive.notifications(),
              notification.isNull() ? QStringList() : QStringList{notification});
 }
 
-void TestAttention::decidesByTheNickOfTheMoment()
+void TestAttention::usesTheCurrentNick()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    QVERIFY(attended.session.receive(u":me!u@h NICK new[x"_s));
-    attended.forget();
-    QVERIFY(attended.session.receiveAll(
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    QVERIFY(inactive.session.receive(u":me!u@h NICK new[x"_s));
+    inactive.clearNotifications();
+    QVERIFY(inactive.session.receiveAll(
             {u":bob!u@h PRIVMSG #a :me"_s, u":bob!u@h PRIVMSG #a :hi new[x"_s}));
-    QCOMPARE(attended.notifications(), QStringList{u"#a: bob: hi new[x"_s});
+    QCOMPARE(inactive.notifications(), QStringList{u"#a: bob: hi new[x"_s});
 }
 
-void TestAttention::drawsNoneToTheReservedTabs()
+void TestAttention::ignoresReservedTabs()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    const MainWindowProbe &probe = attended.session.probe;
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    const MainWindowProbe &probe = inactive.session.probe;
     probe.addListTab();
     probe.showTab(u"#a"_s);
-    attended.forget();
+    inactive.clearNotifications();
     probe.appendMessageToTab(u"Server"_s, u"hi me"_s, u"bob"_s);
     QTest::ignoreMessage(QtWarningMsg,
                          QRegularExpression(u"^appendMessageToTab: chatView is null for tab"_s));
     probe.appendMessageToTab(u"List"_s, u"hi me"_s, u"bob"_s);
-    QVERIFY(!attended.isHighlighted(u"Server"_s));
-    QVERIFY(!attended.isHighlighted(u"List"_s));
-    QCOMPARE(attended.notifications(), QStringList());
+    QVERIFY(!inactive.isHighlighted(u"Server"_s));
+    QVERIFY(!inactive.isHighlighted(u"List"_s));
+    QCOMPARE(inactive.notifications(), QStringList());
 }
 
-void TestAttention::takesAPendingNickForItsOwn()
+void TestAttention::treatsAPendingNickAsOwn()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    attended.session.probe.pendingNick() = u"Carol"_s;
-    QVERIFY(attended.session.receiveAll(
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    inactive.session.probe.pendingNick() = u"Carol"_s;
+    QVERIFY(inactive.session.receiveAll(
             {u":carol!u@h PRIVMSG #a :me"_s, u":carol!u@h PRIVMSG me :hi"_s}));
-    QVERIFY(!attended.isHighlighted(u"#a"_s));
-    QVERIFY(!attended.isHighlighted(u"carol"_s));
-    QCOMPARE(attended.notifications(), QStringList());
+    QVERIFY(!inactive.isHighlighted(u"#a"_s));
+    QVERIFY(!inactive.isHighlighted(u"carol"_s));
+    QCOMPARE(inactive.notifications(), QStringList());
 }
 
-void TestAttention::mentionsNobodyWithoutANick()
+void TestAttention::findsNoMentionWithoutANick()
 {
-    Attended attended;
-    const MainWindowProbe &probe = attended.session.probe;
+    InactiveSession inactive;
+    const MainWindowProbe &probe = inactive.session.probe;
     probe.openTabs({u"#a"_s, u"bob"_s});
     probe.showTab(u"Server"_s);
-    QVERIFY(attended.leaveWindow());
-    attended.forget();
+    QVERIFY(inactive.deactivate());
+    inactive.clearNotifications();
     QCOMPARE(probe.connection().currentNick(), QString());
     probe.appendMessageToTab(u"#a"_s, u" me "_s, u"carol"_s);
-    QVERIFY(!attended.isHighlighted(u"#a"_s));
-    // Without a nick a line without a sender is the user's own.
+    QVERIFY(!inactive.isHighlighted(u"#a"_s));
+    // Without a nick, a line without a sender counts as the user's own.
     probe.appendMessageToTab(u"bob"_s, u"a line"_s);
-    QVERIFY(!attended.isHighlighted(u"bob"_s));
+    QVERIFY(!inactive.isHighlighted(u"bob"_s));
     probe.appendMessageToTab(u"bob"_s, u"a line"_s, u"bob"_s);
-    QVERIFY(attended.isHighlighted(u"bob"_s));
-    QCOMPARE(attended.notifications(), QStringList{u"bob: a line"_s});
+    QVERIFY(inactive.isHighlighted(u"bob"_s));
+    QCOMPARE(inactive.notifications(), QStringList{u"bob: a line"_s});
 }
 
-// An away prefix has the user's words in it, which mention whom they like.
-void TestAttention::looksAtTheTextWithoutItsPrefix()
+// The away prefix contains text of the user, which can contain any nick.
+void TestAttention::ignoresTheAwayPrefix()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    attended.session.probe.isAway() = true;
-    attended.session.probe.awayMessage() = u"me"_s;
-    QVERIFY(attended.session.receiveAll(
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    inactive.session.probe.isAway() = true;
+    inactive.session.probe.awayMessage() = u"me"_s;
+    QVERIFY(inactive.session.receiveAll(
             {u":bob!u@h PRIVMSG #a :hello"_s, u":me!u@h PRIVMSG #a :hello"_s}));
-    QVERIFY(!attended.isHighlighted(u"#a"_s));
-    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :me"_s));
-    QCOMPARE(attended.notifications(), QStringList{u"#a: bob: me"_s});
+    QVERIFY(!inactive.isHighlighted(u"#a"_s));
+    QVERIFY(inactive.session.receive(u":bob!u@h PRIVMSG #a :me"_s));
+    QCOMPARE(inactive.notifications(), QStringList{u"#a: bob: me"_s});
 }
 
-void TestAttention::notifiesOfAShortenedText()
+void TestAttention::shortensNotifications()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
     const QString whole = u"me "_s + QString(252, u'x');
-    QVERIFY(attended.session.receiveAll({QString(u":bob!u@h PRIVMSG #a :"_s + whole),
-                                         QString(u":bob!u@h PRIVMSG me :"_s + whole),
-                                         QString(u":bob!u@h PRIVMSG #a :"_s + whole + u'y'),
-                                         QString(u":bob!u@h PRIVMSG me :"_s + whole + u'y')}));
+    QVERIFY(inactive.session.receiveAll({QString(u":bob!u@h PRIVMSG #a :"_s + whole),
+                                     QString(u":bob!u@h PRIVMSG me :"_s + whole),
+                                     QString(u":bob!u@h PRIVMSG #a :"_s + whole + u'y'),
+                                     QString(u":bob!u@h PRIVMSG me :"_s + whole + u'y')}));
     const QString shortened = whole.first(252) + u"..."_s;
-    QCOMPARE(attended.notifications(),
+    QCOMPARE(inactive.notifications(),
              (QStringList{QString(u"#a: bob: "_s + whole), QString(u"bob: "_s + whole),
                           QString(u"#a: bob: "_s + shortened), QString(u"bob: "_s + shortened)}));
-    // What is cut off counts for the mention all the same.
-    attended.forget();
-    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :%1 me"_s.arg(QString(300, u'x'))));
-    QCOMPARE(attended.notifications(), QStringList{u"#a: bob: %1..."_s.arg(QString(252, u'x'))});
+    // A mention in the truncated part counts.
+    inactive.clearNotifications();
+    QVERIFY(inactive.session.receive(u":bob!u@h PRIVMSG #a :%1 me"_s.arg(QString(300, u'x'))));
+    QCOMPARE(inactive.notifications(), QStringList{u"#a: bob: %1..."_s.arg(QString(252, u'x'))});
 }
 
-// As the lines of a WHOIS reply are that was asked for in a private tab.
-void TestAttention::tellsOfALineWithoutSender()
+// For example, the lines of a WHOIS reply in a private tab.
+void TestAttention::notifiesOfALineWithoutSender()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    attended.session.probe.showTab(u"bob"_s);
-    attended.session.probe.typeLine(u"/whois bob"_s);
-    attended.session.probe.showTab(u"Server"_s);
-    attended.forget();
-    QVERIFY(attended.session.receive(u":irc.test 318 me bob :End"_s));
-    QVERIFY(attended.isMarked(u"bob"_s));
-    QCOMPARE(attended.notifications(),
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    inactive.session.probe.showTab(u"bob"_s);
+    inactive.session.probe.typeLine(u"/whois bob"_s);
+    inactive.session.probe.showTab(u"Server"_s);
+    inactive.clearNotifications();
+    QVERIFY(inactive.session.receive(u":irc.test 318 me bob :End"_s));
+    QVERIFY(inactive.isMarked(u"bob"_s));
+    QCOMPARE(inactive.notifications(),
              (QStringList{u": *** WHOIS bob: @ ()"_s, u": *** bob is using  ()"_s}));
 }
 
-// The tab is there, and behind the one on show, by the time its first line is looked at.
-void TestAttention::opensATabWithItsMark()
+// The line opens its tab in the background before it is checked.
+void TestAttention::marksATabThatTheLineOpened()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    attended.session.probe.showTab(u"#a"_s);
-    attended.forget();
-    QVERIFY(attended.session.receive(u":dave!u@h PRIVMSG me :hi"_s));
-    QVERIFY(attended.isMarked(u"dave"_s));
-    QCOMPARE(attended.notifications(), QStringList{u"dave: hi"_s});
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    inactive.session.probe.showTab(u"#a"_s);
+    inactive.clearNotifications();
+    QVERIFY(inactive.session.receive(u":dave!u@h PRIVMSG me :hi"_s));
+    QVERIFY(inactive.isMarked(u"dave"_s));
+    QCOMPARE(inactive.notifications(), QStringList{u"dave: hi"_s});
 
-    // From "Server" one is led to the new tab at once.
-    attended.session.probe.showTab(u"Server"_s);
-    attended.forget();
-    QVERIFY(attended.session.receive(u":erin!u@h PRIVMSG me :hi"_s));
-    QCOMPARE(attended.session.probe.currentTabName(), u"erin"_s);
-    QVERIFY(!attended.isMarked(u"erin"_s));
-    QCOMPARE(attended.notifications(), QStringList());
+    // From "Server", the new tab becomes current.
+    inactive.session.probe.showTab(u"Server"_s);
+    inactive.clearNotifications();
+    QVERIFY(inactive.session.receive(u":erin!u@h PRIVMSG me :hi"_s));
+    QCOMPARE(inactive.session.probe.currentTabName(), u"erin"_s);
+    QVERIFY(!inactive.isMarked(u"erin"_s));
+    QCOMPARE(inactive.notifications(), QStringList());
 }
 
 void TestAttention::marksATabOnce()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    HighlightTabBar &bar = attended.session.probe.tabBar();
-    attended.session.probe.highlightTab(u"#a"_s);
-    QVERIFY(attended.isHighlighted(u"#a"_s));
-    QVERIFY(attended.isMarked(u"#a"_s));
-    // A tab that has its mark is not marked again, even if the bar has lost it.
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    HighlightTabBar &bar = inactive.session.probe.tabBar();
+    inactive.session.probe.highlightTab(u"#a"_s);
+    QVERIFY(inactive.isHighlighted(u"#a"_s));
+    QVERIFY(inactive.isMarked(u"#a"_s));
+    // A highlighted tab is not marked again, even if the bar has removed its mark.
     bar.unhighlightTab(1);
-    attended.session.probe.highlightTab(u"#a"_s);
-    QVERIFY(attended.isHighlighted(u"#a"_s));
-    QVERIFY(!attended.isMarked(u"#a"_s));
+    inactive.session.probe.highlightTab(u"#a"_s);
+    QVERIFY(inactive.isHighlighted(u"#a"_s));
+    QVERIFY(!inactive.isMarked(u"#a"_s));
 }
 
-void TestAttention::keepsSilentAboutTheTabOnShow()
+void TestAttention::doesNotNotifyForTheCurrentTab()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
     for (const QString &tab : {u"#a"_s, u"bob"_s}) {
-        attended.session.probe.showTab(tab);
-        attended.forget();
-        QVERIFY(attended.session.receive(
+        inactive.session.probe.showTab(tab);
+        inactive.clearNotifications();
+        QVERIFY(inactive.session.receive(
                 u":bob!u@h PRIVMSG %1 :hi me"_s.arg(tab == u"bob"_s ? u"me"_s : tab)));
-        QVERIFY(attended.isHighlighted(tab));
-        QVERIFY(!attended.isMarked(tab));
-        QCOMPARE(attended.notifications(), QStringList());
+        QVERIFY(inactive.isHighlighted(tab));
+        QVERIFY(!inactive.isMarked(tab));
+        QCOMPARE(inactive.notifications(), QStringList());
     }
 }
 
-void TestAttention::forgetsAMarkWhenTheTabIsVisited()
+void TestAttention::removesTheMarkWhenTheTabBecomesCurrent()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
     for (int round = 0; round < 2; ++round) {
-        QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
-        QVERIFY(attended.isHighlighted(u"#a"_s));
-        QVERIFY(attended.isMarked(u"#a"_s));
-        attended.session.probe.showTab(u"#a"_s);
-        QVERIFY(!attended.isHighlighted(u"#a"_s));
-        QVERIFY(!attended.isMarked(u"#a"_s));
-        attended.session.probe.showTab(u"Server"_s);
+        QVERIFY(inactive.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
+        QVERIFY(inactive.isHighlighted(u"#a"_s));
+        QVERIFY(inactive.isMarked(u"#a"_s));
+        inactive.session.probe.showTab(u"#a"_s);
+        QVERIFY(!inactive.isHighlighted(u"#a"_s));
+        QVERIFY(!inactive.isMarked(u"#a"_s));
+        inactive.session.probe.showTab(u"Server"_s);
     }
 }
 
-void TestAttention::marksNothingAfterAMentionOnShow()
+void TestAttention::doesNotMarkAfterAMentionInTheCurrentTab()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    attended.session.probe.showTab(u"#a"_s);
-    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
-    attended.session.probe.showTab(u"Server"_s);
-    QVERIFY(attended.isHighlighted(u"#a"_s));
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    inactive.session.probe.showTab(u"#a"_s);
+    QVERIFY(inactive.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
+    inactive.session.probe.showTab(u"Server"_s);
+    QVERIFY(inactive.isHighlighted(u"#a"_s));
 
-    attended.forget();
-    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :me again"_s));
-    QVERIFY(!attended.isMarked(u"#a"_s));
-    QCOMPARE(attended.notifications(), QStringList{u"#a: bob: me again"_s});
+    inactive.clearNotifications();
+    QVERIFY(inactive.session.receive(u":bob!u@h PRIVMSG #a :me again"_s));
+    QVERIFY(!inactive.isMarked(u"#a"_s));
+    QCOMPARE(inactive.notifications(), QStringList{u"#a: bob: me again"_s});
 
-    attended.session.probe.showTab(u"#a"_s);
-    attended.session.probe.showTab(u"Server"_s);
-    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :and me"_s));
-    QVERIFY(attended.isMarked(u"#a"_s));
+    inactive.session.probe.showTab(u"#a"_s);
+    inactive.session.probe.showTab(u"Server"_s);
+    QVERIFY(inactive.session.receive(u":bob!u@h PRIVMSG #a :and me"_s));
+    QVERIFY(inactive.isMarked(u"#a"_s));
 }
 
-void TestAttention::notifiesOfATabThatIsMarkedAlready()
+void TestAttention::notifiesForAMarkedTab()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    QVERIFY(attended.session.receiveAll(
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    QVERIFY(inactive.session.receiveAll(
             {u":bob!u@h PRIVMSG #a :me 1"_s, u":bob!u@h PRIVMSG #a :me 2"_s}));
-    QCOMPARE(attended.notifications(), (QStringList{u"#a: bob: me 1"_s, u"#a: bob: me 2"_s}));
+    QCOMPARE(inactive.notifications(), (QStringList{u"#a: bob: me 1"_s, u"#a: bob: me 2"_s}));
 }
 
-void TestAttention::highlightsNoTabThatIsNotThere()
+void TestAttention::ignoresUnknownTabs()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    const QStringList names = attended.session.probe.tabs().keys();
-    attended.session.probe.highlightTab(u"nobody"_s);
-    QCOMPARE(attended.session.probe.tabs().keys(), names);
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    const QStringList names = inactive.session.probe.tabs().keys();
+    inactive.session.probe.highlightTab(u"nobody"_s);
+    QCOMPARE(inactive.session.probe.tabs().keys(), names);
 }
 
 void TestAttention::highlightsATabWithoutAPage()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    attended.session.probe.tabs().insert(u"lost"_s, MainWindow::TabInfo());
-    attended.session.probe.highlightTab(u"lost"_s);
-    QVERIFY(attended.isHighlighted(u"lost"_s));
-    for (int index = 0; index < attended.session.probe.tabBar().count(); ++index)
-        QVERIFY(!attended.session.probe.tabBar().isHighlighted(index));
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    inactive.session.probe.tabs().insert(u"lost"_s, MainWindow::TabInfo());
+    inactive.session.probe.highlightTab(u"lost"_s);
+    QVERIFY(inactive.isHighlighted(u"lost"_s));
+    for (int index = 0; index < inactive.session.probe.tabBar().count(); ++index)
+        QVERIFY(!inactive.session.probe.tabBar().isHighlighted(index));
 }
 
 void TestAttention::notifiesInTheStatusBar()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    const QStatusBar *bar = attended.session.window.statusBar();
-    QCOMPARE(attended.session.probe.trayIcon(), nullptr);
-    attended.session.probe.showNotification(u"title"_s, u"a text: with %1"_s);
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    const QStatusBar *bar = inactive.session.window.statusBar();
+    QCOMPARE(inactive.session.probe.trayIcon(), nullptr);
+    inactive.session.probe.showNotification(u"title"_s, u"a text: with %1"_s);
     QCOMPARE(bar->currentMessage(), u"title: a text: with %1"_s);
-    // The bar counts down with the one timer that it has, and shows the connection afterwards.
+    // The bar's only timer ends the message; then the bar shows the connection again.
     auto *timer = bar->findChild<QTimer *>();
     QVERIFY(timer != nullptr);
     QVERIFY(timer->isActive());
@@ -559,36 +560,36 @@ void TestAttention::notifiesInTheStatusBar()
     QTRY_COMPARE_WITH_TIMEOUT(bar->currentMessage(), u"Connected to 127.0.0.1 as me"_s,
                               WaitTimeout);
 
-    attended.session.probe.showNotification(QString(), u"a text"_s);
+    inactive.session.probe.showNotification(QString(), u"a text"_s);
     QCOMPARE(bar->currentMessage(), u": a text"_s);
 }
 
-void TestAttention::notifiesNobodyInTheActiveWindow()
+void TestAttention::doesNotNotifyInTheActiveWindow()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
-    QVERIFY(attended.enterWindow());
-    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
-    QCOMPARE(attended.notifications(), QStringList());
-    QVERIFY(attended.isMarked(u"#a"_s));
-    QCOMPARE(attended.session.probe.lastLine(u"#a"_s), u"bob|hi me"_s);
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    QVERIFY(inactive.activate());
+    QVERIFY(inactive.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
+    QCOMPARE(inactive.notifications(), QStringList());
+    QVERIFY(inactive.isMarked(u"#a"_s));
+    QCOMPARE(inactive.session.probe.lastLine(u"#a"_s), u"bob|hi me"_s);
 
-    QVERIFY(attended.leaveWindow());
-    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :me still"_s));
-    QCOMPARE(attended.notifications(), QStringList{u"#a: bob: me still"_s});
+    QVERIFY(inactive.deactivate());
+    QVERIFY(inactive.session.receive(u":bob!u@h PRIVMSG #a :me still"_s));
+    QCOMPARE(inactive.notifications(), QStringList{u"#a: bob: me still"_s});
 }
 
-void TestAttention::leavesTheStatusBarAloneWithATray()
+void TestAttention::doesNotUseTheStatusBarWithATray()
 {
     QVERIFY(QSystemTrayIcon::supportsMessages());
-    Attended attended;
-    QVERIFY(attended.begin());
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
     QSystemTrayIcon tray;
-    attended.session.probe.trayIcon() = &tray;
-    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
-    QCOMPARE(attended.notifications(), QStringList());
-    QVERIFY(attended.isMarked(u"#a"_s));
-    attended.session.probe.trayIcon() = nullptr;
+    inactive.session.probe.trayIcon() = &tray;
+    QVERIFY(inactive.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
+    QCOMPARE(inactive.notifications(), QStringList());
+    QVERIFY(inactive.isMarked(u"#a"_s));
+    inactive.session.probe.trayIcon() = nullptr;
 }
 
 void TestAttention::showsNotificationsAsText_data()
@@ -609,32 +610,32 @@ void TestAttention::showsNotificationsAsText()
 {
     QFETCH(const QString, nick);
     QFETCH(const QString, text);
-    Attended attended;
-    QVERIFY(attended.begin());
-    QVERIFY(attended.session.receive(u':' + nick + u"!u@h PRIVMSG #a :"_s + text));
-    QCOMPARE(attended.notifications(), QStringList{QString(u"#a: "_s + nick + u": "_s + text)});
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    QVERIFY(inactive.session.receive(u':' + nick + u"!u@h PRIVMSG #a :"_s + text));
+    QCOMPARE(inactive.notifications(), QStringList{QString(u"#a: "_s + nick + u": "_s + text)});
 }
 
-void TestAttention::survivesAFlood()
+void TestAttention::handlesAFlood()
 {
-    Attended attended;
-    QVERIFY(attended.begin());
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
     QStringList lines;
     for (int i = 0; i < 1000; ++i) {
         lines.append(u":bob!u@h PRIVMSG #a :me %1"_s.arg(i));
         lines.append(u":p%1!u@h PRIVMSG me :hi"_s.arg(i % 20));
     }
-    QVERIFY(attended.session.receiveAll(lines));
-    QVERIFY(attended.isHighlighted(u"#a"_s));
-    QVERIFY(attended.isMarked(u"#a"_s));
-    QVERIFY(attended.notifications().contains(u"#a: bob: me 999"_s));
+    QVERIFY(inactive.session.receiveAll(lines));
+    QVERIFY(inactive.isHighlighted(u"#a"_s));
+    QVERIFY(inactive.isMarked(u"#a"_s));
+    QVERIFY(inactive.notifications().contains(u"#a: bob: me 999"_s));
 }
 
 void TestAttention::writesNoLog_data()
 {
     QTest::addColumn<QString>("path");
     QTest::newRow("folder") << QString();
-    QTest::newRow("folder that is not there") << u"/missing/logs"_s;
+    QTest::newRow("missing folder") << u"/missing/logs"_s;
 }
 
 void TestAttention::writesNoLog()
@@ -645,15 +646,15 @@ void TestAttention::writesNoLog()
     settings.setValue(u"logEnabled"_s, true);
     settings.setValue(u"logPath"_s, QString(folder.path() + path));
     settings.sync();
-    Attended attended;
-    QVERIFY(attended.begin());
-    QVERIFY(attended.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
+    InactiveSession inactive;
+    QVERIFY(inactive.start());
+    QVERIFY(inactive.session.receive(u":bob!u@h PRIVMSG #a :hi me"_s));
     QVERIFY(QDir(folder.path()).isEmpty());
-    QCOMPARE(attended.session.probe.preferences().value(u"logPath"_s).toString(),
+    QCOMPARE(inactive.session.probe.preferences().value(u"logPath"_s).toString(),
              QString(folder.path() + path));
 }
 
-void TestAttention::givesTheProgramItsIconWithoutATray()
+void TestAttention::setsTheProgramsIconWithoutATray()
 {
     QApplication::setWindowIcon(QIcon());
     const WindowSession session;

@@ -4,6 +4,8 @@
 
 using namespace Qt::StringLiterals;
 
+using Commands::Action;
+
 class TestCommands final : public QObject
 {
     Q_OBJECT
@@ -11,8 +13,10 @@ class TestCommands final : public QObject
 private slots:
     void namesTheCommand_data();
     void namesTheCommand();
-    void splitsWordsAtRunsOfBlanks_data();
-    void splitsWordsAtRunsOfBlanks();
+    void needsWords_data();
+    void needsWords();
+    void splitsWordsAtRunsOfSpaces_data();
+    void splitsWordsAtRunsOfSpaces();
     void countsEmptyFieldsInSections_data();
     void countsEmptyFieldsInSections();
     void keepsTheWholeLine();
@@ -52,8 +56,8 @@ void TestCommands::namesTheCommand_data()
     QTest::newRow("slash alone") << u"/"_s << u""_s;
     QTest::newRow("two slashes") << u"//"_s << u"/"_s;
     QTest::newRow("slash is not escaped") << u"//me waves"_s << u"/me"_s;
-    QTest::newRow("blanks behind the slash") << u"/  join #x"_s << u"join"_s;
-    QTest::newRow("only blanks part words") << u"/join\t#x"_s << u"join\t#x"_s;
+    QTest::newRow("spaces after the slash") << u"/  join #x"_s << u"join"_s;
+    QTest::newRow("only spaces separate words") << u"/join\t#x"_s << u"join\t#x"_s;
 }
 
 void TestCommands::namesTheCommand()
@@ -62,7 +66,38 @@ void TestCommands::namesTheCommand()
     QTEST(Commands::parse(line).name, "name");
 }
 
-void TestCommands::splitsWordsAtRunsOfBlanks_data()
+void TestCommands::needsWords_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<Action>("action");
+
+    QTest::newRow("join") << u"/join"_s << Action::Unknown;
+    QTest::newRow("join with a channel") << u"/J #x"_s << Action::Join;
+    QTest::newRow("part") << u"/part"_s << Action::Part;
+    QTest::newRow("nick") << u"/nick"_s << Action::Unknown;
+    QTest::newRow("nick with a nick") << u"/nick bob"_s << Action::Nick;
+    QTest::newRow("msg without a text") << u"/msg bob"_s << Action::Unknown;
+    QTest::newRow("msg with a text") << u"/msg bob hi"_s << Action::Msg;
+    QTest::newRow("raw") << u"/raw"_s << Action::Unknown;
+    QTest::newRow("raw with a line") << u"/raw VERSION"_s << Action::Raw;
+    QTest::newRow("list") << u"/list"_s << Action::List;
+    QTest::newRow("away") << u"/away"_s << Action::Away;
+    QTest::newRow("back") << u"/back"_s << Action::Back;
+    QTest::newRow("whois") << u"/wc"_s << Action::Unknown;
+    QTest::newRow("whois with a nick") << u"/wc bob"_s << Action::Whois;
+    QTest::newRow("autojoin") << u"/autojoin"_s << Action::Unknown;
+    QTest::newRow("autojoin with a channel") << u"/autojoin #x"_s << Action::Autojoin;
+    QTest::newRow("unknown") << u"/me waves"_s << Action::Unknown;
+    QTest::newRow("slash alone") << u"/"_s << Action::Unknown;
+}
+
+void TestCommands::needsWords()
+{
+    QFETCH(const QString, line);
+    QTEST(Commands::parse(line).action, "action");
+}
+
+void TestCommands::splitsWordsAtRunsOfSpaces_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QStringList>("words");
@@ -71,13 +106,13 @@ void TestCommands::splitsWordsAtRunsOfBlanks_data()
     QTest::newRow("command alone") << u"/raw"_s << QStringList{u"raw"_s};
     QTest::newRow("as typed") << u"/J #Velmora Key"_s
                               << QStringList{u"J"_s, u"#Velmora"_s, u"Key"_s};
-    QTest::newRow("runs of blanks")
+    QTest::newRow("runs of spaces")
             << u"/msg  bob   hi  there"_s << QStringList{u"msg"_s, u"bob"_s, u"hi"_s, u"there"_s};
     QTest::newRow("tab stays in its word")
             << u"/msg bob a\tb"_s << QStringList{u"msg"_s, u"bob"_s, u"a\tb"_s};
 }
 
-void TestCommands::splitsWordsAtRunsOfBlanks()
+void TestCommands::splitsWordsAtRunsOfSpaces()
 {
     QFETCH(const QString, line);
     QTEST(Commands::parse(line).words, "words");
@@ -90,11 +125,11 @@ void TestCommands::countsEmptyFieldsInSections_data()
     QTest::addColumn<QString>("section");
 
     QTest::newRow("message") << u"/msg bob hi there"_s << 2 << u"hi there"_s;
-    QTest::newRow("blanks in a message stay") << u"/msg bob  hi  there"_s << 2 << u" hi  there"_s;
-    QTest::newRow("two blanks behind msg") << u"/msg  bob hi there"_s << 2 << u"bob hi there"_s;
+    QTest::newRow("spaces in a message stay") << u"/msg bob  hi  there"_s << 2 << u" hi  there"_s;
+    QTest::newRow("two spaces after msg") << u"/msg  bob hi there"_s << 2 << u"bob hi there"_s;
     QTest::newRow("raw line") << u"/raw MODE #x +b"_s << 1 << u"MODE #x +b"_s;
-    QTest::newRow("two blanks behind raw") << u"/raw  VERSION"_s << 1 << u" VERSION"_s;
-    QTest::newRow("nothing behind the command") << u"/away"_s << 1 << u""_s;
+    QTest::newRow("two spaces after raw") << u"/raw  VERSION"_s << 1 << u" VERSION"_s;
+    QTest::newRow("nothing after the command") << u"/away"_s << 1 << u""_s;
     QTest::newRow("too few fields") << u"/msg bob"_s << 2 << u""_s;
     QTest::newRow("whole line") << u"/away at lunch"_s << 0 << u"/away at lunch"_s;
 }
