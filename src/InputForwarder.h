@@ -5,7 +5,7 @@
 class QLineEdit;
 class QWidget;
 
-/// Sends what is typed or pasted by keyboard into a conversation to the input line, which gets the
+/// Forwards text that is typed or pasted into a conversation to the input line, which gets the
 /// focus.
 class InputForwarder final : public QObject
 {
@@ -13,8 +13,8 @@ class InputForwarder final : public QObject
     Q_DISABLE_COPY_MOVE(InputForwarder)
 
 public:
-    /// Becomes a child of `source`. `inputLine` must outlive it; while it is hidden, keys stay with
-    /// `source`.
+    /// Becomes a child of `source`. `inputLine` must outlive it. While `inputLine` is hidden,
+    /// nothing is forwarded.
     InputForwarder(QWidget &source, QLineEdit &inputLine);
 
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -29,7 +29,7 @@ LinkOpener::~LinkOpener()
 
 void LinkOpener::open(const QUrl &url)
 {
-    // Qt does not call a handler from within a handler, but asks the platform.
+    // Not recursive: within a handler, QDesktopServices asks the platform.
     if (!QDesktopServices::openUrl(url))
         emit failed(url);
 }

@@ -3,10 +3,10 @@
 #include <QObject>
 #include <QUrl>
 
-/// Opens the links that are clicked anywhere in the program, and reports those that nothing opens.
+/// Opens the links of all views and labels, and reports those that no program opens.
 ///
-/// Views and labels that open external links themselves ignore whether that succeeded, so the
-/// object handles the links' schemes for `QDesktopServices`. There is one at a time.
+/// QTextBrowser and QLabel ignore the result of `QDesktopServices::openUrl`, so this is the handler
+/// of the links' schemes. Only one object may exist.
 class LinkOpener final : public QObject
 {
     Q_OBJECT
@@ -20,5 +20,6 @@ public:
     Q_INVOKABLE void open(const QUrl &url);
 
 signals:
+    /// Emitted when no program opens `url`.
     void failed(const QUrl &url);
 };

@@ -26,8 +26,8 @@ const auto DefaultAction = u"default"_s; // A click on the notification itself.
 const auto Service = u"org.freedesktop.Notifications"_s;
 const auto Path = u"/org/freedesktop/Notifications"_s;
 
-// Unlike QSystemTrayIcon's message this has the program's icon and desktop entry and can be
-// clicked.
+// Unlike QSystemTrayIcon's message, this has the program's icon and desktop entry, and is
+// clickable.
 QDBusMessage notifyCall(const QString &title, const QString &message)
 {
     const QString entry = QGuiApplication::desktopFileName();
@@ -51,20 +51,20 @@ void Notifications::show(QSystemTrayIcon &tray, const QString &title, const QStr
         listen();
     const QDBusPendingCall call =
             QDBusConnection::sessionBus().asyncCall(notifyCall(title, message));
-    // Without a connection to the bus, the watcher's signal is never emitted.
+    // Without a connection to the bus, QDBusPendingCallWatcher never emits finished().
     if (call.isError()) {
         showByTray(tray, title, message, page);
         return;
     }
-    auto *answer = new QDBusPendingCallWatcher(call, &tray);
-    connect(answer, &QDBusPendingCallWatcher::finished, this,
-            [this, answer, &tray, title, message, page = QPointer<QWidget>(page)] {
-                const QDBusPendingReply<uint> id = *answer;
+    auto *watcher = new QDBusPendingCallWatcher(call, &tray);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [this, watcher, &tray, title, message, page = QPointer<QWidget>(page)] {
+                const QDBusPendingReply<uint> id = *watcher;
                 if (id.isError())
                     showByTray(tray, title, message, page);
                 else
                     pages.insert(id.value(), page);
-                answer->deleteLater();
+                watcher->deleteLater();
             });
 #else
     showByTray(tray, title, message, page);
@@ -97,10 +97,10 @@ void Notifications::onActionInvoked(uint id, const QString &action)
 {
     if (pages.contains(id) && action == DefaultAction)
         emit clicked(pages.value(id));
-    qunsetenv(ActivationToken); // Programs that we start must not use it.
+    qunsetenv(ActivationToken); // Child processes must not use it.
 }
 
-// Emitted before the action. Wayland activates a window only for a token of the user's click.
+// Received before the action. Wayland only activates a window with a token of the user's click.
 void Notifications::onActivationToken(uint id, const QString &token)
 {
     if (pages.contains(id))

@@ -7,8 +7,7 @@
 
 class QSystemTrayIcon;
 
-/// Shows notifications by the desktop's notification service or, where there is none, by the tray
-/// icon.
+/// Shows notifications with the desktop's notification service or, without one, with the tray icon.
 class Notifications final : public QObject
 {
     Q_OBJECT
@@ -17,12 +16,12 @@ class Notifications final : public QObject
 public:
     using QObject::QObject;
 
-    /// Shows a notification for five seconds, unless `tray` is hidden. `page` is what a click on it
-    /// should show.
+    /// Shows a notification for five seconds, unless `tray` is hidden. `page` is the argument of
+    /// `clicked`.
     void show(QSystemTrayIcon &tray, const QString &title, const QString &message, QWidget *page);
 
 signals:
-    /// Emitted when a notification is clicked; `page` is null if it has been deleted.
+    /// Emitted when a notification is clicked. `page` is null if it has been deleted.
     void clicked(QWidget *page);
 
 private slots:
@@ -36,5 +35,5 @@ private:
                     QWidget *page);
 
     bool isListening = false;
-    QHash<uint, QPointer<QWidget>> pages; ///< By the service's number of the notification.
+    QHash<uint, QPointer<QWidget>> pages; ///< By notification ID.
 };

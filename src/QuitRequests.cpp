@@ -15,10 +15,10 @@
 
 namespace {
 
-// The handler writes to the first socket, the event loop reads from the second.
+// The signal handler writes to the first socket; the event loop reads from the second.
 std::array<int, 2> sockets{-1, -1};
 
-// Calls nothing that is unsafe in a signal handler.
+// Async-signal-safe.
 void wakeEventLoop(int /*signal*/)
 {
     const int error = errno;
@@ -27,7 +27,7 @@ void wakeEventLoop(int /*signal*/)
     errno = error;
 }
 
-void handle(int signal)
+void installHandler(int signal)
 {
     struct sigaction action = {};
     if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN)
@@ -44,7 +44,7 @@ void handle(int signal)
 QuitRequests::QuitRequests()
 {
 #if QT_CONFIG(sessionmanager)
-    // Queued: the session manager waits for the end of this signal.
+    // Queued, because the session manager waits until the signal returns.
     connect(qApp, &QGuiApplication::commitDataRequest, this, [] {
         QMetaObject::invokeMethod(
                 qApp, [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
@@ -66,6 +66,6 @@ void QuitRequests::watchSignals()
         QCoreApplication::quit();
     });
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
-        handle(signal);
+        installHandler(signal);
 #endif
 }

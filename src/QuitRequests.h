@@ -2,10 +2,9 @@
 
 #include <QObject>
 
-/// Ends the program as its window's closing does when the system asks for it: by SIGTERM, SIGINT or
-/// SIGHUP, where there are signals, or by the session manager at the end of a desktop's session.
+/// Quits the application on SIGTERM, SIGINT and SIGHUP, and at the session manager's request.
 ///
-/// A signal that the program was started to ignore stays ignored. The second of a kind ends the
+/// A signal that is ignored at start stays ignored. A second signal of the same kind ends the
 /// process at once. Create one object, after the application.
 class QuitRequests final : public QObject
 {

@@ -3,16 +3,15 @@
 class QMainWindow;
 class QSystemTrayIcon;
 
-/// The program's place in the system tray, and its icon.
+/// The program's icon, also in the system tray.
 namespace SystemTray {
 
-/// Gives the program its icon and, where the system has a tray, puts an icon there by which
-/// `window` is brought to the front and the program ended.
+/// Sets the application icon and creates a tray icon that raises `window` and can quit the program.
 ///
-/// The icon and its menu belong to `window`. Null is returned where there is no tray.
+/// Returns null if the system has no tray. The icon and its menu belong to `window`.
 [[nodiscard]] QSystemTrayIcon *create(QMainWindow &window);
 
-/// Restores `window` if it is minimised, raises and activates it.
+/// Restores `window` if it is minimised, then raises and activates it.
 void bringToFront(QMainWindow &window);
 
 } // namespace SystemTray
