@@ -49,14 +49,14 @@ class TestInputForwarder final : public QObject
     Q_OBJECT
 
 private slots:
-    void forwards_data();
-    void forwards();
-    void leavesAlone_data();
-    void leavesAlone();
-    void leavesKeysWhileTheLineIsHidden();
+    void forwardsInput_data();
+    void forwardsInput();
+    void ignoresOtherKeys_data();
+    void ignoresOtherKeys();
+    void ignoresKeysWhileTheLineIsHidden();
 };
 
-void TestInputForwarder::forwards_data()
+void TestInputForwarder::forwardsInput_data()
 {
     QTest::addColumn<Key>("key");
     QTest::addColumn<QString>("expected");
@@ -70,7 +70,7 @@ void TestInputForwarder::forwards_data()
                                   << u"before pasted after"_s;
 }
 
-void TestInputForwarder::forwards()
+void TestInputForwarder::forwardsInput()
 {
     QFETCH(const Key, key);
     Window window;
@@ -81,7 +81,7 @@ void TestInputForwarder::forwards()
     QVERIFY(!window.line->hasSelectedText());
 }
 
-void TestInputForwarder::leavesAlone_data()
+void TestInputForwarder::ignoresOtherKeys_data()
 {
     QTest::addColumn<Key>("key");
 
@@ -95,7 +95,7 @@ void TestInputForwarder::leavesAlone_data()
     QTest::newRow("Meta+X") << Key(Qt::Key_X, Qt::MetaModifier);
 }
 
-void TestInputForwarder::leavesAlone()
+void TestInputForwarder::ignoresOtherKeys()
 {
     QFETCH(const Key, key);
     Window window;
@@ -105,7 +105,7 @@ void TestInputForwarder::leavesAlone()
     QVERIFY(window.view->hasFocus());
 }
 
-void TestInputForwarder::leavesKeysWhileTheLineIsHidden()
+void TestInputForwarder::ignoresKeysWhileTheLineIsHidden()
 {
     Window window;
     window.line->hide();

@@ -1,4 +1,4 @@
-// Links that nothing opens: this platform has no programs to open them with.
+// Links that no program opens: the offscreen platform has none.
 
 #include "ModalAnswers.h"
 #include "TemporaryStore.h"
@@ -23,12 +23,12 @@ QString message(const WindowSession &session)
     return session.window.statusBar()->currentMessage();
 }
 
-// Clicks all over `widget` until a click on a link has failed.
+// Clicks points of `widget` until a link could not be opened.
 void clickLink(const WindowSession &session, QWidget &widget)
 {
-    // The platform is asked, and once only.
-    static const QRegularExpression asked(u"QPlatformServices::openUrl"_s);
-    QTest::ignoreMessage(QtWarningMsg, asked);
+    // Qt asks the platform exactly once.
+    static const QRegularExpression warning(u"QPlatformServices::openUrl"_s);
+    QTest::ignoreMessage(QtWarningMsg, warning);
     const QString before = message(session);
     for (int y = 0; y < widget.height() && message(session) == before; y += 4) {
         for (int x = 0; x < widget.width() && message(session) == before; x += 4)
@@ -73,8 +73,8 @@ class TestLinkOpener final : public QObject
 
 private slots:
     void init();
-    void reportsALinkThatNothingOpens_data();
-    void reportsALinkThatNothingOpens();
+    void reportsLinksThatNoProgramOpens_data();
+    void reportsLinksThatNoProgramOpens();
 
 private:
     TemporaryStore store;
@@ -85,7 +85,7 @@ void TestLinkOpener::init()
     store.clear();
 }
 
-void TestLinkOpener::reportsALinkThatNothingOpens_data()
+void TestLinkOpener::reportsLinksThatNoProgramOpens_data()
 {
     QTest::addColumn<Click>("click");
     QTest::addColumn<QString>("link");
@@ -106,7 +106,7 @@ void TestLinkOpener::reportsALinkThatNothingOpens_data()
     QTest::newRow("about") << Click(clickInAbout) << QString() << u"https://velmora.example/"_s;
 }
 
-void TestLinkOpener::reportsALinkThatNothingOpens()
+void TestLinkOpener::reportsLinksThatNoProgramOpens()
 {
     QFETCH(const Click, click);
     QFETCH(const QString, link);

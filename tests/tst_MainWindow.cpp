@@ -36,7 +36,7 @@ QString signatureOf(const QMetaMethod &method)
     return QString::fromLatin1(method.name()) + u'(' + arguments.join(u", "_s) + u')';
 }
 
-// The entries of a menu as the table of a manual would list them.
+// Returns the texts of a menu's entries; "-" is a separator.
 QStringList entriesOf(const QMenu &menu)
 {
     QStringList entries;
@@ -65,28 +65,28 @@ class TestMainWindow final : public QObject
 private slots:
     void init();
 
-    void startsWithPreferencesAtTheirDefaults();
+    void startsWithDefaultPreferences();
     void startsWithoutConversationState();
     void startsWithTheServerTab();
     void startsDisconnected();
-    void startsAtItsSizeWithItsTitle();
+    void hasItsInitialSizeAndTitle();
     void storesTheLightTheme();
-    void opensTheConnectDialogOnceTheLoopRuns();
-    void makesItsConnectionAChildOfItsOwn();
-    void splitsTabsFromUserList();
-    void takesItsOwnTabBar();
-    void keepsUserListReadyForItsMenu();
+    void opensTheConnectDialogFromTheEventLoop();
+    void ownsItsConnection();
+    void laysOutTabsAndUserList();
+    void installsItsTabBar();
+    void configuresTheUserList();
     void stacksInputRowAndSearch();
     void laysOutTheInputRow();
     void completesNicksInAPopup();
-    void closesTabsByTheStandardKey();
+    void hasTheStandardCloseShortcut();
     void showsItsMenus_data();
     void showsItsMenus();
-    void leavesOnlyEntriesWithoutARoleInPlace_data();
-    void leavesOnlyEntriesWithoutARoleInPlace();
-    void quitsByTheStandardKey();
-    void enablesEveryEntry();
-    void keepsTheActionsOfTheUserMenu();
+    void setsMenuRoles_data();
+    void setsMenuRoles();
+    void hasTheStandardQuitShortcut();
+    void enablesAllMenuEntries();
+    void storesTheActionsOfTheUserMenu();
     void declaresItsSlotsInOrder();
     void connectsItsWidgets();
 
@@ -99,7 +99,7 @@ void TestMainWindow::init()
     store.clear();
 }
 
-void TestMainWindow::startsWithPreferencesAtTheirDefaults()
+void TestMainWindow::startsWithDefaultPreferences()
 {
     MainWindow window;
     const QVariantMap preferences = MainWindowProbe(window).preferences();
@@ -181,7 +181,7 @@ void TestMainWindow::startsDisconnected()
     QVERIFY(!MainWindowProbe(window).connection().isConnected());
 }
 
-void TestMainWindow::startsAtItsSizeWithItsTitle()
+void TestMainWindow::hasItsInitialSizeAndTitle()
 {
     MainWindow window;
     QCOMPARE(window.size(), QSize(1280, 720));
@@ -196,7 +196,7 @@ void TestMainWindow::storesTheLightTheme()
     QCOMPARE(MainWindowProbe(window).currentTheme(), u"light"_s);
 }
 
-void TestMainWindow::opensTheConnectDialogOnceTheLoopRuns()
+void TestMainWindow::opensTheConnectDialogFromTheEventLoop()
 {
     MainWindow window;
     window.show();
@@ -208,7 +208,7 @@ void TestMainWindow::opensTheConnectDialogOnceTheLoopRuns()
     QVERIFY(window.isVisible());
 }
 
-void TestMainWindow::makesItsConnectionAChildOfItsOwn()
+void TestMainWindow::ownsItsConnection()
 {
     MainWindow window;
     const QList<IRCConnection *> connections = window.findChildren<IRCConnection *>();
@@ -216,7 +216,7 @@ void TestMainWindow::makesItsConnectionAChildOfItsOwn()
     QCOMPARE(connections.first()->parent(), &window);
 }
 
-void TestMainWindow::splitsTabsFromUserList()
+void TestMainWindow::laysOutTabsAndUserList()
 {
     MainWindow window;
     const MainWindowProbe probe(window);
@@ -236,7 +236,7 @@ void TestMainWindow::splitsTabsFromUserList()
     QCOMPARE(probe.splitter().widget(1), &probe.userList());
 }
 
-void TestMainWindow::takesItsOwnTabBar()
+void TestMainWindow::installsItsTabBar()
 {
     MainWindow window;
     const MainWindowProbe probe(window);
@@ -246,7 +246,7 @@ void TestMainWindow::takesItsOwnTabBar()
     QCOMPARE(probe.tabBar().contextMenuPolicy(), Qt::CustomContextMenu);
 }
 
-void TestMainWindow::keepsUserListReadyForItsMenu()
+void TestMainWindow::configuresTheUserList()
 {
     MainWindow window;
     const MainWindowProbe probe(window);
@@ -308,7 +308,7 @@ void TestMainWindow::completesNicksInAPopup()
     QCOMPARE(completer.completionMode(), QCompleter::PopupCompletion);
 }
 
-void TestMainWindow::closesTabsByTheStandardKey()
+void TestMainWindow::hasTheStandardCloseShortcut()
 {
     MainWindow window;
     const auto *shortcut = window.findChild<QShortcut *>();
@@ -344,7 +344,7 @@ void TestMainWindow::showsItsMenus()
     QTEST(entriesOf(*menus.at(position)->menu()), "entries");
 }
 
-void TestMainWindow::leavesOnlyEntriesWithoutARoleInPlace_data()
+void TestMainWindow::setsMenuRoles_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<bool>("hasNoRole");
@@ -362,7 +362,7 @@ void TestMainWindow::leavesOnlyEntriesWithoutARoleInPlace_data()
     QTest::newRow("help") << u"Help"_s << true;
 }
 
-void TestMainWindow::leavesOnlyEntriesWithoutARoleInPlace()
+void TestMainWindow::setsMenuRoles()
 {
     QFETCH(const QString, text);
     QFETCH(const bool, hasNoRole);
@@ -372,13 +372,13 @@ void TestMainWindow::leavesOnlyEntriesWithoutARoleInPlace()
     QCOMPARE(action->menuRole(), hasNoRole ? QAction::NoRole : QAction::TextHeuristicRole);
 }
 
-void TestMainWindow::quitsByTheStandardKey()
+void TestMainWindow::hasTheStandardQuitShortcut()
 {
     MainWindow window;
     QCOMPARE(entry(window, u"&Quit"_s)->shortcut(), QKeySequence(QKeySequence::Quit));
 }
 
-void TestMainWindow::enablesEveryEntry()
+void TestMainWindow::enablesAllMenuEntries()
 {
     MainWindow window;
     const QList<QAction *> menus = window.menuBar()->actions();
@@ -389,7 +389,7 @@ void TestMainWindow::enablesEveryEntry()
     }
 }
 
-void TestMainWindow::keepsTheActionsOfTheUserMenu()
+void TestMainWindow::storesTheActionsOfTheUserMenu()
 {
     MainWindow window;
     const MainWindowProbe probe(window);
@@ -462,7 +462,7 @@ void TestMainWindow::declaresItsSlotsInOrder()
 
 void TestMainWindow::connectsItsWidgets()
 {
-    // Taking a connection away tells whether it was there.
+    // disconnect() returns true only if there was a connection.
     MainWindow window;
     const MainWindowProbe probe(window);
     QVERIFY(disconnect(&probe.tabBar(), &QTabBar::tabBarDoubleClicked, &window, nullptr));

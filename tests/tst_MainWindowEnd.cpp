@@ -41,16 +41,16 @@ QAction *entry(const MainWindow &window, const QString &text)
     return nullptr;
 }
 
-// Runs the event loop until something ends it; -1 if nothing does.
+// Runs the event loop; returns -1 after a timeout.
 int runEventLoop()
 {
-    QTimer patience;
-    patience.callOnTimeout([] { QCoreApplication::exit(-1); });
-    patience.start(WaitTimeout);
+    QTimer timeout;
+    timeout.callOnTimeout([] { QCoreApplication::exit(-1); });
+    timeout.start(WaitTimeout);
     return QApplication::exec();
 }
 
-// The built program without a display, with that store.
+// Starts the built program without a display, with `store`.
 bool launch(Child &program, const PreparedStore &store)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -69,24 +69,24 @@ class TestMainWindowEnd final : public QObject
 private slots:
     void init();
 
-    void endsTheLoopWhenClosed();
-    void endsTheLoopByItsQuitEntry();
-    void endsTheProgramByItsKey_data();
-    void endsTheProgramByItsKey();
-    void endsTheProgramByASignal_data();
-    void endsTheProgramByASignal();
-    void endsTheProgramWithTheDesktopsSession();
-    void endsWhileNoNameServerAnswers();
-    void saysQuitWhenItGoes();
-    void storesNothingWhenItGoes();
-    void goesWithTabsAndALiveSession();
-    void goesWithAConnectDialogUp();
-    void goesWhileTheServerTalks();
-    void closesWithinARead();
-    void setsTheProgramUp_data();
-    void setsTheProgramUp();
-    void closesTheStoreToOthers_data();
-    void closesTheStoreToOthers();
+    void endsTheEventLoopWhenClosed();
+    void endsTheEventLoopByTheQuitEntry();
+    void quitsByShortcut_data();
+    void quitsByShortcut();
+    void quitsOnSignals_data();
+    void quitsOnSignals();
+    void quitsWithTheDesktopSession();
+    void quitsDuringAHostLookup();
+    void sendsQuitWhenDestroyed();
+    void storesNothingWhenDestroyed();
+    void canBeDestroyedWithTabsAndASession();
+    void canBeDestroyedWithAConnectDialog();
+    void canBeDestroyedWithUnreadInput();
+    void canBeClosedDuringARead();
+    void startsTheProgram_data();
+    void startsTheProgram();
+    void removesPermissionsOfOtherUsers_data();
+    void removesPermissionsOfOtherUsers();
 
 private:
     TemporaryStore store;
@@ -97,7 +97,7 @@ void TestMainWindowEnd::init()
     store.clear();
 }
 
-void TestMainWindowEnd::endsTheLoopWhenClosed()
+void TestMainWindowEnd::endsTheEventLoopWhenClosed()
 {
     WindowSession session;
     QTimer::singleShot(0, &session.window, [&session] { session.window.close(); });
@@ -105,22 +105,22 @@ void TestMainWindowEnd::endsTheLoopWhenClosed()
     QVERIFY(!session.window.isVisible());
 }
 
-void TestMainWindowEnd::endsTheLoopByItsQuitEntry()
+void TestMainWindowEnd::endsTheEventLoopByTheQuitEntry()
 {
     WindowSession session;
     QTimer::singleShot(0, entry(session.window, u"&Quit"_s), &QAction::trigger);
     QCOMPARE(runEventLoop(), 0);
 }
 
-void TestMainWindowEnd::endsTheProgramByItsKey_data()
+void TestMainWindowEnd::quitsByShortcut_data()
 {
     QTest::addColumn<QString>("theme");
 
-    QTest::newRow("platform's key") << QString();
-    QTest::newRow("theme without a key") << u"qt6ct"_s;
+    QTest::newRow("platform's shortcut") << QString();
+    QTest::newRow("theme without a shortcut") << u"qt6ct"_s;
 }
 
-void TestMainWindowEnd::endsTheProgramByItsKey()
+void TestMainWindowEnd::quitsByShortcut()
 {
     QFETCH(const QString, theme);
     VirtualScreen screen;
@@ -137,7 +137,7 @@ void TestMainWindowEnd::endsTheProgramByItsKey()
     QCOMPARE(program.errorOutput(), QString());
 }
 
-void TestMainWindowEnd::endsTheProgramByASignal_data()
+void TestMainWindowEnd::quitsOnSignals_data()
 {
     QTest::addColumn<int>("signal");
 
@@ -146,7 +146,7 @@ void TestMainWindowEnd::endsTheProgramByASignal_data()
     QTest::newRow("SIGHUP") << SIGHUP;
 }
 
-void TestMainWindowEnd::endsTheProgramByASignal()
+void TestMainWindowEnd::quitsOnSignals()
 {
     QFETCH(const int, signal);
     VirtualScreen screen;
@@ -159,7 +159,7 @@ void TestMainWindowEnd::endsTheProgramByASignal()
                             .realName = u"Wanda"_s,
                             .channels = {}});
     ProgramOnScreen program(screen, programStore);
-    // Whoever started us may ignore some signals.
+    // The parent process of the test may ignore some signals.
     QVERIFY(program.start({u"env"_s, u"--default-signal"_s}));
     QVERIFY(program.pressConnect());
     QVERIFY(server.waitForLine(u"NICK wanda"_s));
@@ -169,11 +169,11 @@ void TestMainWindowEnd::endsTheProgramByASignal()
     QCOMPARE(program.exitStatus(), 0);
 }
 
-void TestMainWindowEnd::endsTheProgramWithTheDesktopsSession()
+void TestMainWindowEnd::quitsWithTheDesktopSession()
 {
     const QuitRequests requests;
     WindowSession session;
-    // Only Qt can create a session manager. Nobody looks at this one.
+    // Only Qt can create a session manager. This one is never read.
     alignas(QSessionManager) std::array<std::byte, sizeof(QSessionManager)> manager{};
     QTimer::singleShot(0, &session.window, [&manager] {
         emit qApp->commitDataRequest(*reinterpret_cast<QSessionManager *>(manager.data()));
@@ -182,7 +182,7 @@ void TestMainWindowEnd::endsTheProgramWithTheDesktopsSession()
     QVERIFY(!session.window.isVisible());
 }
 
-void TestMainWindowEnd::endsWhileNoNameServerAnswers()
+void TestMainWindowEnd::quitsDuringAHostLookup()
 {
     VirtualScreen screen;
     QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
@@ -202,13 +202,13 @@ void TestMainWindowEnd::endsWhileNoNameServerAnswers()
     QCOMPARE(program.exitStatus(), 0);
 }
 
-void TestMainWindowEnd::saysQuitWhenItGoes()
+void TestMainWindowEnd::sendsQuitWhenDestroyed()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     QTimer::singleShot(0, &session.window, [&session] { session.window.close(); });
     QCOMPARE(runEventLoop(), 0);
-    // Closing hides the window; the session ends with the object.
+    // Closing only hides the window; its destructor ends the session.
     QVERIFY(session.probe.connection().isConnected());
     QVERIFY(!session.readSent().contains(u"QUIT :Velmora leaving"_s));
     session.destroyWindow();
@@ -217,7 +217,7 @@ void TestMainWindowEnd::saysQuitWhenItGoes()
     QCOMPARE(session.server.lines().count(u"QUIT :Velmora leaving"_s), 1);
 }
 
-void TestMainWindowEnd::storesNothingWhenItGoes()
+void TestMainWindowEnd::storesNothingWhenDestroyed()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -230,7 +230,7 @@ void TestMainWindowEnd::storesNothingWhenItGoes()
     QCOMPARE(QSettings().allKeys(), QStringList());
 }
 
-void TestMainWindowEnd::goesWithTabsAndALiveSession()
+void TestMainWindowEnd::canBeDestroyedWithTabsAndASession()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -238,7 +238,7 @@ void TestMainWindowEnd::goesWithTabsAndALiveSession()
     QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hello"_s));
     QVERIFY(session.receive(u":me!u@h JOIN :#trailing"_s));
     session.probe.tabBar().highlightTab(2);
-    session.probe.closeTab(1); // Its page lives on without a tab.
+    session.probe.closeTab(1); // Its page is not deleted.
     session.probe.inputLine().setText(u"half a line"_s);
     session.probe.showTab(u"bob"_s);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s, QString()}));
@@ -246,7 +246,7 @@ void TestMainWindowEnd::goesWithTabsAndALiveSession()
     QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
 }
 
-void TestMainWindowEnd::goesWithAConnectDialogUp()
+void TestMainWindowEnd::canBeDestroyedWithAConnectDialog()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -256,18 +256,18 @@ void TestMainWindowEnd::goesWithAConnectDialogUp()
     QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
 }
 
-void TestMainWindowEnd::goesWhileTheServerTalks()
+void TestMainWindowEnd::canBeDestroyedWithUnreadInput()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    // What lies in the socket unread when the window goes stays unread.
+    // Input that is unread when the window is destroyed stays unread.
     session.server.sendBytes(":a!u@h PRIVMSG #c :one\r\n:a!u@h PRIVMSG #d :two\r\n:a!u@h PRI"_ba);
     session.destroyWindow();
     session.server.send(u"VMSG #c :three"_s);
     QVERIFY(session.server.waitForEnd());
 }
 
-void TestMainWindowEnd::closesWithinARead()
+void TestMainWindowEnd::canBeClosedDuringARead()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -284,7 +284,7 @@ void TestMainWindowEnd::closesWithinARead()
     QVERIFY(session.server.waitForLine(u"QUIT :Velmora leaving"_s));
 }
 
-void TestMainWindowEnd::setsTheProgramUp_data()
+void TestMainWindowEnd::startsTheProgram_data()
 {
     QTest::addColumn<QString>("storedTheme");
 
@@ -292,7 +292,7 @@ void TestMainWindowEnd::setsTheProgramUp_data()
     QTest::newRow("dark stored") << u"dark"_s;
 }
 
-void TestMainWindowEnd::setsTheProgramUp()
+void TestMainWindowEnd::startsTheProgram()
 {
     QFETCH(const QString, storedTheme);
     PreparedStore programStore;
@@ -300,22 +300,22 @@ void TestMainWindowEnd::setsTheProgramUp()
         programStore.setValue(u"theme"_s, storedTheme);
     Child program;
     QVERIFY(launch(program, programStore));
-    // The store's place follows from the names of the application and of the organisation.
+    // The names of application and organisation determine the store's path.
     QTRY_COMPARE_WITH_TIMEOUT(programStore.value(u"theme"_s).toString(), u"light"_s, WaitTimeout);
     QCOMPARE(program.state(), QProcess::Running);
     program.stop();
 }
 
-void TestMainWindowEnd::closesTheStoreToOthers_data()
+void TestMainWindowEnd::removesPermissionsOfOtherUsers_data()
 {
     QTest::addColumn<QFile::Permissions>("before");
 
     QTest::newRow("first start") << QFile::Permissions();
-    QTest::newRow("open before") << (OwnFile | QFile::ReadGroup | QFile::ReadOther);
-    QTest::newRow("closed before") << OwnFile;
+    QTest::newRow("readable by others before") << (OwnFile | QFile::ReadGroup | QFile::ReadOther);
+    QTest::newRow("private before") << OwnFile;
 }
 
-void TestMainWindowEnd::closesTheStoreToOthers()
+void TestMainWindowEnd::removesPermissionsOfOtherUsers()
 {
     QFETCH(const QFile::Permissions, before);
 

@@ -20,15 +20,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Shortcuts work in the active window only, and without a window manager the closing connect dialog
-// hands this to nobody.
+// Shortcuts need an active window. Without a window manager, none becomes active when the connect
+// dialog closes.
 bool activate(MainWindow &window)
 {
     window.activateWindow();
     return QTest::qWaitForWindowActive(&window, WaitTimeout);
 }
 
-// Makes a session event happen as if the server had caused it.
+// Emits a signal of the session.
 using Event = std::function<void(IRCConnection &)>;
 
 } // namespace
@@ -44,17 +44,17 @@ private slots:
 
     void handlesSessionEvents_data();
     void handlesSessionEvents();
-    void keepsTopics();
-    void followsTheOwnNick();
-    void keepsItsStatusWhileMenusAreUsed();
+    void storesTopics();
+    void updatesOnOwnNickChange();
+    void keepsTheStatusMessageDuringMenus();
     void keepsTheRatioWhenResized();
-    void forgetsADraggedRatioWhenResized();
-    void forgetsADraggedRatioWhenTheTabChanges();
-    void leavesTheServerTabToItsShortcut();
-    void closesTheShownTabByItsShortcut();
-    void trustsTheShownTabsNameInItsShortcut();
+    void resetsADraggedRatioWhenResized();
+    void resetsADraggedRatioWhenTheTabChanges();
+    void keepsTheServerTabOnTheShortcut();
+    void closesTheCurrentTabByShortcut();
+    void checksTheCurrentTabsNameInTheShortcut();
     void closesATabByDoubleClick();
-    void leavesTheServerTabByDoubleClick();
+    void keepsTheServerTabOnDoubleClick();
 
 private:
     TemporaryStore store;
@@ -147,7 +147,7 @@ void TestMainWindowInUse::handlesSessionEvents()
     QCOMPARE(lines.count(line), 1);
 }
 
-void TestMainWindowInUse::keepsTopics()
+void TestMainWindowInUse::storesTopics()
 {
     MainWindow window;
     const MainWindowProbe probe(window);
@@ -155,7 +155,7 @@ void TestMainWindowInUse::keepsTopics()
     QCOMPARE(probe.channelTopics(), (QMap<QString, QString>{{u"#c"_s, u"a topic"_s}}));
 }
 
-void TestMainWindowInUse::followsTheOwnNick()
+void TestMainWindowInUse::updatesOnOwnNickChange()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -173,7 +173,7 @@ void TestMainWindowInUse::followsTheOwnNick()
     QCOMPARE(probe.pendingNick(), QString());
 }
 
-void TestMainWindowInUse::keepsItsStatusWhileMenusAreUsed()
+void TestMainWindowInUse::keepsTheStatusMessageDuringMenus()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -204,7 +204,7 @@ void TestMainWindowInUse::keepsTheRatioWhenResized()
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.splitter().sizes().at(1), 0, WaitTimeout);
 }
 
-void TestMainWindowInUse::forgetsADraggedRatioWhenResized()
+void TestMainWindowInUse::resetsADraggedRatioWhenResized()
 {
     WindowSession session;
     session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
@@ -223,7 +223,7 @@ void TestMainWindowInUse::forgetsADraggedRatioWhenResized()
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, WaitTimeout);
 }
 
-void TestMainWindowInUse::forgetsADraggedRatioWhenTheTabChanges()
+void TestMainWindowInUse::resetsADraggedRatioWhenTheTabChanges()
 {
     WindowSession session;
     session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
@@ -235,7 +235,7 @@ void TestMainWindowInUse::forgetsADraggedRatioWhenTheTabChanges()
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, WaitTimeout);
 }
 
-void TestMainWindowInUse::leavesTheServerTabToItsShortcut()
+void TestMainWindowInUse::keepsTheServerTabOnTheShortcut()
 {
     WindowSession session;
     session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
@@ -246,7 +246,7 @@ void TestMainWindowInUse::leavesTheServerTabToItsShortcut()
     QVERIFY(session.window.isVisible());
 }
 
-void TestMainWindowInUse::closesTheShownTabByItsShortcut()
+void TestMainWindowInUse::closesTheCurrentTabByShortcut()
 {
     WindowSession session;
     session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
@@ -259,7 +259,7 @@ void TestMainWindowInUse::closesTheShownTabByItsShortcut()
     QVERIFY(session.window.isVisible());
 }
 
-void TestMainWindowInUse::trustsTheShownTabsNameInItsShortcut()
+void TestMainWindowInUse::checksTheCurrentTabsNameInTheShortcut()
 {
     WindowSession session;
     session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
@@ -281,12 +281,12 @@ void TestMainWindowInUse::closesATabByDoubleClick()
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
 }
 
-void TestMainWindowInUse::leavesTheServerTabByDoubleClick()
+void TestMainWindowInUse::keepsTheServerTabOnDoubleClick()
 {
     WindowSession session;
     QTest::mouseDClick(&session.probe.tabBar(), Qt::LeftButton, {},
                        session.probe.tabBar().tabRect(0).center());
-    emit session.probe.tabBar().tabBarDoubleClicked(-1); // Beside all tabs.
+    emit session.probe.tabBar().tabBarDoubleClicked(-1); // Outside of all tabs.
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
 }
 

@@ -6,7 +6,7 @@
 
 using namespace Qt::StringLiterals;
 
-/// The program's first windows on a screen, as the window manager places them.
+/// The positions at which the window manager places the program's first windows.
 class TestMainWindowStart final : public QObject
 {
     Q_OBJECT
@@ -26,7 +26,7 @@ void TestMainWindowStart::centresTheFirstDialog()
     QVERIFY(screen.press(u"Escape"_s));
     QVERIFY(screen.waitFor([&] { return screen.activeTitle() == "Velmora"_L1; }));
     const QRect window = screen.waitUntilStable([&] { return screen.activeWindow(); });
-    // The window is not where it would be without a window manager.
+    // The window manager has moved the window.
     QVERIFY(window.topLeft() != QPoint(0, 0));
     const QPoint distance = dialog.center() - window.center();
     QVERIFY2(distance.manhattanLength() <= 2,

@@ -17,7 +17,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The time of the tab's last row.
+// Returns the time text of the tab's last row.
 QString lastTime(const MainWindowProbe &probe, const QString &tabName)
 {
     const QTextTable *table = probe.tabs().value(tabName).table;
@@ -27,14 +27,14 @@ QString lastTime(const MainWindowProbe &probe, const QString &tabName)
     return cursor.selectedText();
 }
 
-// All that a preference could reach by its name: what is on the screen, and what runs unseen.
-struct Surroundings
+// What preferences could affect according to their names.
+struct WindowState
 {
-    explicit Surroundings(WindowSession &session)
+    explicit WindowState(WindowSession &session)
     {
         const MainWindowProbe &probe = session.probe;
         const QTextBrowser *view = probe.tabs().value(u"#a"_s).chatView;
-        picture = session.window.grab().toImage();
+        image = session.window.grab().toImage();
         viewFont = view->font();
         inputFont = probe.inputLine().font();
         const auto found = session.window.findChildren<QTimer *>();
@@ -43,13 +43,13 @@ struct Surroundings
         std::sort(timers.begin(), timers.end());
     }
 
-    QImage picture;
+    QImage image;
     QFont viewFont;
     QFont inputFont;
     QList<QList<int>> timers;
 };
 
-// A channel with a line of a nick and an emoji, whose time is always the same.
+// Shows a channel with a row that contains an emoji and a constant time text.
 [[nodiscard]] bool showConversation(WindowSession &session)
 {
     session.probe.timestampFormat() = u"'now'"_s;
@@ -71,27 +71,27 @@ private slots:
 
     void startsWithTheDefaults_data();
     void startsWithTheDefaults();
-    void storesNothingButTheThemeAtTheFirstStart();
-    void loadsWhatIsStored_data();
-    void loadsWhatIsStored();
-    void keepsItsFontIfNoneIsStored();
-    void keepsItsFontOverOneThatCannotBeRead();
-    void dropsColorsThatCannotStay_data();
-    void dropsColorsThatCannotStay();
+    void storesOnlyTheThemeAtTheFirstStart();
+    void loadsStoredValues_data();
+    void loadsStoredValues();
+    void keepsTheFontIfNoneIsStored();
+    void keepsTheFontIfTheStoredOneIsInvalid();
+    void removesBlackAndInvalidColors_data();
+    void removesBlackAndInvalidColors();
     void keepsOtherColors_data();
     void keepsOtherColors();
-    void forgetsTheColorWhenItIsLoadedWithoutOne();
-    void givesTimesTheFormatOfTheMoment();
-    void takesAnyStoredFormat_data();
-    void takesAnyStoredFormat();
-    void givesTheViewsTheUserListsFont();
-    void keepsTheStoredFontFromTheViews();
-    void changesNothingByTheFormatAlone();
+    void resetsTheColorIfNoneIsStored();
+    void formatsTimesWithTheCurrentFormat();
+    void acceptsAnyStoredFormat_data();
+    void acceptsAnyStoredFormat();
+    void setsTheUserListsFontInViews();
+    void doesNotSetTheStoredFontInViews();
+    void keepsExistingRowsWhenTheFormatChanges();
     void hasPreferencesWithoutEffect_data();
     void hasPreferencesWithoutEffect();
     void writesNoLog();
-    void retriesNoLostConnection();
-    void savesNothingAtTheEnd();
+    void doesNotReconnectByItself();
+    void savesNothingWhenClosed();
 
 private:
     TemporaryStore store;
@@ -114,19 +114,19 @@ void TestPreferences::startsWithTheDefaults()
     QTEST(MainWindowProbe(window).storedPreferences().value(key), "defaultValue");
 }
 
-void TestPreferences::storesNothingButTheThemeAtTheFirstStart()
+void TestPreferences::storesOnlyTheThemeAtTheFirstStart()
 {
     const MainWindow window;
     QCOMPARE(QSettings().allKeys(), QStringList{u"theme"_s});
     QCOMPARE(QSettings().value(u"theme"_s).toString(), u"light"_s);
 }
 
-void TestPreferences::loadsWhatIsStored_data()
+void TestPreferences::loadsStoredValues_data()
 {
     PreferencesForm::addTestRows();
 }
 
-void TestPreferences::loadsWhatIsStored()
+void TestPreferences::loadsStoredValues()
 {
     QFETCH(const QString, key);
     QFETCH(const QString, other);
@@ -142,14 +142,14 @@ void TestPreferences::loadsWhatIsStored()
              (QMap<QString, QString>{{key, other}, {u"theme"_s, u"light"_s}}));
 }
 
-void TestPreferences::keepsItsFontIfNoneIsStored()
+void TestPreferences::keepsTheFontIfNoneIsStored()
 {
     QSettings().setValue(u"chatFont"_s, u""_s);
     MainWindow window;
     QCOMPARE(MainWindowProbe(window).chatFont(), QFont(u"Monaco"_s, 12));
 }
 
-void TestPreferences::keepsItsFontOverOneThatCannotBeRead()
+void TestPreferences::keepsTheFontIfTheStoredOneIsInvalid()
 {
     QSettings().setValue(u"chatFont"_s, u"a,b,c"_s);
     QTest::ignoreMessage(QtWarningMsg, "QFont::fromString: Invalid description 'a,b,c'");
@@ -158,18 +158,18 @@ void TestPreferences::keepsItsFontOverOneThatCannotBeRead()
     QCOMPARE(QSettings().value(u"chatFont"_s).toString(), u"a,b,c"_s);
 }
 
-void TestPreferences::dropsColorsThatCannotStay_data()
+void TestPreferences::removesBlackAndInvalidColors_data()
 {
     QTest::addColumn<QString>("stored");
 
     QTest::newRow("black") << u"#000000"_s;
     QTest::newRow("black in three digits") << u"#000"_s;
     QTest::newRow("black by name") << u"black"_s;
-    QTest::newRow("nonsense") << u"nonsense"_s;
-    QTest::newRow("half a number") << u"#12"_s;
+    QTest::newRow("no color") << u"nonsense"_s;
+    QTest::newRow("too few digits") << u"#12"_s;
 }
 
-void TestPreferences::dropsColorsThatCannotStay()
+void TestPreferences::removesBlackAndInvalidColors()
 {
     QFETCH(const QString, stored);
     QSettings().setValue(u"chatBgColor"_s, stored);
@@ -199,7 +199,7 @@ void TestPreferences::keepsOtherColors()
     QCOMPARE(QSettings().value(u"chatBgColor"_s).toString(), stored);
 }
 
-void TestPreferences::forgetsTheColorWhenItIsLoadedWithoutOne()
+void TestPreferences::resetsTheColorIfNoneIsStored()
 {
     MainWindow window;
     const MainWindowProbe probe(window);
@@ -209,7 +209,7 @@ void TestPreferences::forgetsTheColorWhenItIsLoadedWithoutOne()
     QVERIFY(!QSettings().contains(u"chatBgColor"_s));
 }
 
-void TestPreferences::givesTimesTheFormatOfTheMoment()
+void TestPreferences::formatsTimesWithTheCurrentFormat()
 {
     const WindowSession session;
     session.probe.timestampFormat() = u"'first'"_s;
@@ -223,18 +223,17 @@ void TestPreferences::givesTimesTheFormatOfTheMoment()
     QVERIFY(table->cellAt(1, 0).firstCursorPosition().block().text() == u"first"_s);
 }
 
-void TestPreferences::takesAnyStoredFormat_data()
+void TestPreferences::acceptsAnyStoredFormat_data()
 {
     QTest::addColumn<QString>("format");
     QTest::addColumn<QString>("pattern");
 
-    QTest::newRow("none of the dialog's") << u"'at' yyyy"_s << u"^at \\d{4}$"_s;
-    QTest::newRow("of the dialog's")
-            << u"[hh:mm:ss AP]"_s << u"^\\[\\d\\d:\\d\\d:\\d\\d [AP]M\\]$"_s;
+    QTest::newRow("not in the dialog") << u"'at' yyyy"_s << u"^at \\d{4}$"_s;
+    QTest::newRow("in the dialog") << u"[hh:mm:ss AP]"_s << u"^\\[\\d\\d:\\d\\d:\\d\\d [AP]M\\]$"_s;
     QTest::newRow("empty") << u""_s << u"^$"_s;
 }
 
-void TestPreferences::takesAnyStoredFormat()
+void TestPreferences::acceptsAnyStoredFormat()
 {
     QFETCH(const QString, format);
     QFETCH(const QString, pattern);
@@ -245,7 +244,7 @@ void TestPreferences::takesAnyStoredFormat()
     QVERIFY2(QRegularExpression(pattern).match(time).hasMatch(), qUtf8Printable(time));
 }
 
-void TestPreferences::givesTheViewsTheUserListsFont()
+void TestPreferences::setsTheUserListsFontInViews()
 {
     const WindowSession session;
     session.probe.openTabs({u"#a"_s, u"bob"_s});
@@ -261,7 +260,7 @@ void TestPreferences::givesTheViewsTheUserListsFont()
     }
 }
 
-void TestPreferences::keepsTheStoredFontFromTheViews()
+void TestPreferences::doesNotSetTheStoredFontInViews()
 {
     const QFont font(u"DejaVu Serif"_s, 15);
     QSettings().setValue(u"chatFont"_s, font.toString());
@@ -277,7 +276,7 @@ void TestPreferences::keepsTheStoredFontFromTheViews()
     QCOMPARE(form.fontButton()->text(), u"DejaVu Serif 15"_s);
 }
 
-void TestPreferences::changesNothingByTheFormatAlone()
+void TestPreferences::keepsExistingRowsWhenTheFormatChanges()
 {
     WindowSession session;
     QVERIFY(showConversation(session));
@@ -306,16 +305,16 @@ void TestPreferences::hasPreferencesWithoutEffect()
     QFETCH(const QString, other);
     WindowSession usual;
     QVERIFY(showConversation(usual));
-    const Surroundings expected(usual);
+    const WindowState expected(usual);
     store.clear();
     QSettings().setValue(key, other);
     WindowSession session;
     QVERIFY(showConversation(session));
-    const Surroundings found(session);
+    const WindowState found(session);
     QCOMPARE(found.viewFont, expected.viewFont);
     QCOMPARE(found.inputFont, expected.inputFont);
     QCOMPARE(found.timers, expected.timers);
-    QCOMPARE(found.picture, expected.picture);
+    QCOMPARE(found.image, expected.image);
 }
 
 void TestPreferences::writesNoLog()
@@ -328,7 +327,7 @@ void TestPreferences::writesNoLog()
     QVERIFY(QDir(folder.path()).isEmpty());
 }
 
-void TestPreferences::retriesNoLostConnection()
+void TestPreferences::doesNotReconnectByItself()
 {
     QSettings().setValue(u"autoReconnect"_s, true);
     QSettings().setValue(u"reconnectDelay"_s, 1);
@@ -341,7 +340,7 @@ void TestPreferences::retriesNoLostConnection()
                          [](const QTimer *timer) { return timer->isActive(); }));
 }
 
-void TestPreferences::savesNothingAtTheEnd()
+void TestPreferences::savesNothingWhenClosed()
 {
     {
         MainWindow window;

@@ -29,14 +29,14 @@ void setBackground(const WindowSession &session, const QString &image, const QCo
     session.probe.applyChatBackground();
 }
 
-// What the view shows in its lower half, where no text is.
-QColor shownGround(QTextBrowser *view)
+// Returns the colour in the lower half of the view, where there is no text.
+QColor backgroundColor(QTextBrowser *view)
 {
-    const QImage picture = view->grab().toImage();
-    return picture.pixelColor(picture.width() / 2, picture.height() * 3 / 4);
+    const QImage image = view->grab().toImage();
+    return image.pixelColor(image.width() / 2, image.height() * 3 / 4);
 }
 
-class StyleChanges final : public QObject
+class StyleChangeCounter final : public QObject
 {
 public:
     bool eventFilter(QObject * /*watched*/, QEvent *event) override
@@ -57,29 +57,29 @@ class TestPreferencesBackground final : public QObject
 private slots:
     void init();
 
-    void dressesTheViews_data();
-    void dressesTheViews();
-    void dressesTheScrollBars_data();
-    void dressesTheScrollBars();
-    void turnsThePaletteWhiteUnderAnImage();
-    void fillsTheGround();
-    void passesTabsWithoutAViewBy();
-    void takesTheStoredBackgroundAtTheStart();
+    void stylesTheViews_data();
+    void stylesTheViews();
+    void stylesTheScrollBars_data();
+    void stylesTheScrollBars();
+    void setsAWhitePaletteForAnImage();
+    void fillsTheBackground();
+    void skipsTabsWithoutAView();
+    void appliesTheStoredBackgroundAtStart();
     void prefersAStoredImageToAStoredColor();
-    void leavesViewsAloneThatHaveIt_data();
-    void leavesViewsAloneThatHaveIt();
-    void restoresWhatElseWasChanged_data();
-    void restoresWhatElseWasChanged();
+    void doesNotRestyleUnchangedViews_data();
+    void doesNotRestyleUnchangedViews();
+    void restoresPaletteAndAutoFill_data();
+    void restoresPaletteAndAutoFill();
     void showsAChangedFile();
-    void readsALargeImageOnce();
-    void dressesEachNewTab_data();
-    void dressesEachNewTab();
+    void loadsALargeImageOnce();
+    void stylesEachNewTab_data();
+    void stylesEachNewTab();
     void followsTheTheme();
     void showsTheImage_data();
     void showsTheImage();
-    void writesOrdinaryPathsAsTheyAre_data();
-    void writesOrdinaryPathsAsTheyAre();
-    void showsPlainGroundForAMissingImage();
+    void doesNotEscapeOrdinaryPaths_data();
+    void doesNotEscapeOrdinaryPaths();
+    void showsPlainBackgroundForAMissingImage();
     void keepsTheImageInPlaceWhileTheTextScrolls();
     void keepsTextReadable_data();
     void keepsTextReadable();
@@ -93,7 +93,7 @@ void TestPreferencesBackground::init()
     store.clear();
 }
 
-void TestPreferencesBackground::dressesTheViews_data()
+void TestPreferencesBackground::stylesTheViews_data()
 {
     QTest::addColumn<QString>("theme");
     QTest::addColumn<QString>("image");
@@ -109,8 +109,8 @@ void TestPreferencesBackground::dressesTheViews_data()
     const QString path = PreferencesForm::imagePath();
     const QString image = u"url(\"%1\") 0 0 0 0 stretch stretch"_s.arg(path);
     const QColor blue(u"#1234ab"_s);
-    // Two slashes begin the name of a machine, and none is called so.
-    const QString noPath = u"//[/a.png"_s;
+    // The text after two slashes is a host name, here an invalid one.
+    const QString invalidPath = u"//[/a.png"_s;
 
     QTest::newRow("light") << u"light"_s << u""_s << QColor() << light << u"#ffffff"_s << none
                            << QColor(Qt::white);
@@ -129,11 +129,11 @@ void TestPreferencesBackground::dressesTheViews_data()
                                  << QColor(Qt::white);
     QTest::newRow("image and color")
             << u"light"_s << path << blue << light << u"white"_s << image << QColor(Qt::white);
-    QTest::newRow("no path") << u"light"_s << noPath << blue << light << u"white"_s << none
-                             << QColor(Qt::white);
+    QTest::newRow("invalid path") << u"light"_s << invalidPath << blue << light << u"white"_s
+                                  << none << QColor(Qt::white);
 }
 
-void TestPreferencesBackground::dressesTheViews()
+void TestPreferencesBackground::stylesTheViews()
 {
     QFETCH(const QString, theme);
     QFETCH(const QString, image);
@@ -149,7 +149,7 @@ void TestPreferencesBackground::dressesTheViews()
         QTEST(sheet.value(u"QTextBrowser"_s, u"border"_s), "border");
         QTEST(sheet.value(u"QTextBrowser"_s, u"background-color"_s), "background");
         QTEST(sheet.value(u"QTextBrowser"_s, u"border-image"_s), "borderImage");
-        // Over an image the sheet takes the colours away again.
+        // The sheet of an image removes the palette's colours.
         if (sheet.value(u"QTextBrowser"_s, u"border-image"_s) == "none"_L1) {
             QCOMPARE(view->palette().color(QPalette::Base), paletteColor);
             QCOMPARE(view->palette().color(QPalette::Window), paletteColor);
@@ -157,14 +157,14 @@ void TestPreferencesBackground::dressesTheViews()
     }
 }
 
-void TestPreferencesBackground::dressesTheScrollBars_data()
+void TestPreferencesBackground::stylesTheScrollBars_data()
 {
     QTest::addColumn<QString>("image");
     QTest::newRow("without an image") << QString();
     QTest::newRow("with an image") << PreferencesForm::imagePath();
 }
 
-void TestPreferencesBackground::dressesTheScrollBars()
+void TestPreferencesBackground::stylesTheScrollBars()
 {
     QFETCH(const QString, image);
     const WindowSession session;
@@ -185,29 +185,29 @@ void TestPreferencesBackground::dressesTheScrollBars()
     QCOMPARE(view->horizontalScrollBar()->sizeHint().height(), 8);
 }
 
-void TestPreferencesBackground::turnsThePaletteWhiteUnderAnImage()
+void TestPreferencesBackground::setsAWhitePaletteForAnImage()
 {
     QTextBrowser view;
     const ChatBackground background(u"dark"_s, PreferencesForm::imagePath(), Qt::blue);
     background.applyTo(view);
-    // The sheet lies over the palette as long as the view wears it.
+    // The sheet overrides the palette while it is set.
     view.setStyleSheet(QString());
     QCOMPARE(view.palette().color(QPalette::Base), QColor(Qt::white));
     QCOMPARE(view.palette().color(QPalette::Window), QColor(Qt::white));
 }
 
-void TestPreferencesBackground::fillsTheGround()
+void TestPreferencesBackground::fillsTheBackground()
 {
     const WindowSession session;
     QTextBrowser *view = viewOf(session, u"Server"_s);
     view->setAutoFillBackground(false);
     setBackground(session, QString(), QColor(u"#cfe8cf"_s));
-    QCOMPARE(shownGround(view), QColor(u"#cfe8cf"_s));
+    QCOMPARE(backgroundColor(view), QColor(u"#cfe8cf"_s));
     setBackground(session, QString(), QColor());
-    QCOMPARE(shownGround(view), QColor(Qt::white));
+    QCOMPARE(backgroundColor(view), QColor(Qt::white));
 }
 
-void TestPreferencesBackground::passesTabsWithoutAViewBy()
+void TestPreferencesBackground::skipsTabsWithoutAView()
 {
     const WindowSession session;
     session.probe.addListTab();
@@ -215,11 +215,11 @@ void TestPreferencesBackground::passesTabsWithoutAViewBy()
     QCOMPARE(session.probe.tabs().value(u"List"_s).page->styleSheet(), QString());
 }
 
-void TestPreferencesBackground::takesTheStoredBackgroundAtTheStart()
+void TestPreferencesBackground::appliesTheStoredBackgroundAtStart()
 {
     QSettings().setValue(u"chatBgColor"_s, u"#cfe8cf"_s);
     const WindowSession session;
-    QCOMPARE(shownGround(viewOf(session, u"Server"_s)), QColor(u"#cfe8cf"_s));
+    QCOMPARE(backgroundColor(viewOf(session, u"Server"_s)), QColor(u"#cfe8cf"_s));
 }
 
 void TestPreferencesBackground::prefersAStoredImageToAStoredColor()
@@ -228,14 +228,14 @@ void TestPreferencesBackground::prefersAStoredImageToAStoredColor()
     QSettings().setValue(u"chatBgImage"_s, PreferencesForm::imagePath());
     const WindowSession session;
     QTextBrowser *view = viewOf(session, u"Server"_s);
-    QCOMPARE(shownGround(view), QColor(Qt::red));
+    QCOMPARE(backgroundColor(view), QColor(Qt::red));
     QVERIFY(!view->styleSheet().contains("cfe8cf"_L1));
-    // Neither of the two is given up.
+    // Both stay stored.
     QCOMPARE(session.probe.chatBgColor(), QColor(u"#cfe8cf"_s));
     QCOMPARE(QSettings().value(u"chatBgColor"_s).toString(), u"#cfe8cf"_s);
 }
 
-void TestPreferencesBackground::leavesViewsAloneThatHaveIt_data()
+void TestPreferencesBackground::doesNotRestyleUnchangedViews_data()
 {
     QTest::addColumn<QString>("image");
     QTest::addColumn<QColor>("color");
@@ -244,28 +244,28 @@ void TestPreferencesBackground::leavesViewsAloneThatHaveIt_data()
     QTest::newRow("missing image") << u"/nowhere/image.png"_s << QColor();
 }
 
-void TestPreferencesBackground::leavesViewsAloneThatHaveIt()
+void TestPreferencesBackground::doesNotRestyleUnchangedViews()
 {
     QFETCH(const QString, image);
     QFETCH(const QColor, color);
     const WindowSession session;
     setBackground(session, image, color);
-    StyleChanges changes;
+    StyleChangeCounter changes;
     viewOf(session, u"Server"_s)->installEventFilter(&changes);
     session.probe.openTabs({u"bob"_s});
     session.probe.applyChatBackground();
     QCOMPARE(changes.count, 0);
 }
 
-void TestPreferencesBackground::restoresWhatElseWasChanged_data()
+void TestPreferencesBackground::restoresPaletteAndAutoFill_data()
 {
     QTest::addColumn<QString>("image");
     QTest::newRow("without an image") << QString();
     QTest::newRow("with an image") << PreferencesForm::imagePath();
 }
 
-// Also where the sheet is right.
-void TestPreferencesBackground::restoresWhatElseWasChanged()
+// Even if the style sheet is unchanged.
+void TestPreferencesBackground::restoresPaletteAndAutoFill()
 {
     QFETCH(const QString, image);
     const WindowSession session;
@@ -302,17 +302,19 @@ void TestPreferencesBackground::showsAChangedFile()
     const WindowSession session;
     session.probe.openTabs({u"bob"_s});
     setBackground(session, path, QColor());
-    QCOMPARE(shownGround(viewOf(session, session.probe.currentTabName())), QColor(Qt::red));
+    QCOMPARE(backgroundColor(viewOf(session, session.probe.currentTabName())), QColor(Qt::red));
     QVERIFY(write(Qt::yellow, time.addSecs(10)));
     session.probe.applyChatBackground();
     for (int index = 0; index < session.probe.tabWidget().count(); ++index) {
         session.probe.clickTab(index);
-        QCOMPARE(shownGround(viewOf(session, session.probe.currentTabName())), QColor(Qt::yellow));
+        QCOMPARE(backgroundColor(viewOf(session, session.probe.currentTabName())),
+                 QColor(Qt::yellow));
     }
 }
 
-// A file that is read again would show, since its time and size are those of another one.
-void TestPreferencesBackground::readsALargeImageOnce()
+// The second file has other pixels, but the same size and time, so only loading it again shows
+// them.
+void TestPreferencesBackground::loadsALargeImageOnce()
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"large.bmp"_s);
@@ -328,14 +330,14 @@ void TestPreferencesBackground::readsALargeImageOnce()
     const ChatBackground background(u"light"_s, path, QColor());
     QTextBrowser first;
     background.applyTo(first);
-    QCOMPARE(shownGround(&first), QColor(Qt::red));
+    QCOMPARE(backgroundColor(&first), QColor(Qt::red));
     QVERIFY(write(Qt::yellow));
     QTextBrowser second;
     background.applyTo(second);
-    QCOMPARE(shownGround(&second), QColor(Qt::red));
+    QCOMPARE(backgroundColor(&second), QColor(Qt::red));
 }
 
-void TestPreferencesBackground::dressesEachNewTab_data()
+void TestPreferencesBackground::stylesEachNewTab_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("tab");
@@ -344,7 +346,7 @@ void TestPreferencesBackground::dressesEachNewTab_data()
     QTest::newRow("private message") << u":bob!b@h PRIVMSG me :hi"_s << u"bob"_s;
 }
 
-void TestPreferencesBackground::dressesEachNewTab()
+void TestPreferencesBackground::stylesEachNewTab()
 {
     QFETCH(const QString, line);
     QFETCH(const QString, tab);
@@ -361,9 +363,9 @@ void TestPreferencesBackground::followsTheTheme()
 {
     const WindowSession session;
     session.probe.applyTheme(u"dark"_s);
-    QCOMPARE(shownGround(viewOf(session, u"Server"_s)), QColor(u"#1E1E1E"_s));
+    QCOMPARE(backgroundColor(viewOf(session, u"Server"_s)), QColor(u"#1E1E1E"_s));
     session.probe.applyTheme(u"light"_s);
-    QCOMPARE(shownGround(viewOf(session, u"Server"_s)), QColor(Qt::white));
+    QCOMPARE(backgroundColor(viewOf(session, u"Server"_s)), QColor(Qt::white));
 }
 
 void TestPreferencesBackground::showsTheImage_data()
@@ -371,18 +373,18 @@ void TestPreferencesBackground::showsTheImage_data()
     QTest::addColumn<QString>("name");
 
     QTest::newRow("plain") << u"picture.png"_s;
-    QTest::newRow("blanks") << u"my own picture .png"_s;
+    QTest::newRow("spaces") << u"my own picture .png"_s;
     QTest::newRow("single quote") << u"mum's picture.png"_s;
     QTest::newRow("double quotes") << u"the \"best\" picture.png"_s;
     QTest::newRow("brackets") << u"a (b) [c] {d} <e>.png"_s;
     QTest::newRow("closing brackets") << u"a)b}c].png"_s;
-    QTest::newRow("sheet's punctuation") << u"a;b:c,d.png"_s;
+    QTest::newRow("style sheet's punctuation") << u"a;b:c,d.png"_s;
     QTest::newRow("Cyrillic") << u"картинка.png"_s;
     QTest::newRow("Japanese") << u"絵 日本.png"_s;
     QTest::newRow("umlauts") << u"äöüß.png"_s;
     QTest::newRow("emoji") << u"\U0001F600.png"_s;
-    QTest::newRow("URL's signs") << u"%20#a?b&c.png"_s;
-    QTest::newRow("place holder") << u"%1%2.png"_s;
+    QTest::newRow("URL's special characters") << u"%20#a?b&c.png"_s;
+    QTest::newRow("placeholder") << u"%1%2.png"_s;
     QTest::newRow("backslash") << u"a\\xyz.png"_s;
     QTest::newRow("backslash and digits") << u"a\\dead 12.png"_s;
     QTest::newRow("two backslashes") << u"a\\\\b.png"_s;
@@ -400,8 +402,8 @@ void TestPreferencesBackground::showsTheImage()
     WindowSession session;
     setBackground(session, path, QColor());
     QTextBrowser *view = viewOf(session, u"Server"_s);
-    QCOMPARE(shownGround(view), QColor(Qt::red));
-    // The rules behind the path are still in force.
+    QCOMPARE(backgroundColor(view), QColor(Qt::red));
+    // The rules after the path still apply.
     QCOMPARE(view->verticalScrollBar()->sizeHint().width(), 8);
 
     const PreferencesForm form(session);
@@ -409,19 +411,19 @@ void TestPreferencesBackground::showsTheImage()
     QCOMPARE(preview.pixelColor(preview.rect().center()), QColor(Qt::red));
 }
 
-void TestPreferencesBackground::writesOrdinaryPathsAsTheyAre_data()
+void TestPreferencesBackground::doesNotEscapeOrdinaryPaths_data()
 {
     QTest::addColumn<QString>("path");
 
     QTest::newRow("plain") << u"/a/b.png"_s;
-    QTest::newRow("blanks and brackets") << u"/a b/(c) [d].png"_s;
+    QTest::newRow("spaces and brackets") << u"/a b/(c) [d].png"_s;
     QTest::newRow("single quote") << u"/mum's.png"_s;
     QTest::newRow("letters") << u"/картинка 絵.png"_s;
-    QTest::newRow("place holders") << u"/%1%2.png"_s;
-    QTest::newRow("of a drive") << u"C:/a b.png"_s;
+    QTest::newRow("placeholders") << u"/%1%2.png"_s;
+    QTest::newRow("drive letter") << u"C:/a b.png"_s;
 }
 
-void TestPreferencesBackground::writesOrdinaryPathsAsTheyAre()
+void TestPreferencesBackground::doesNotEscapeOrdinaryPaths()
 {
     QFETCH(const QString, path);
     const WindowSession session;
@@ -431,13 +433,13 @@ void TestPreferencesBackground::writesOrdinaryPathsAsTheyAre()
                     .contains(u"border-image: url(\"%1\") 0 0 0 0 stretch stretch;"_s.arg(path)));
 }
 
-void TestPreferencesBackground::showsPlainGroundForAMissingImage()
+void TestPreferencesBackground::showsPlainBackgroundForAMissingImage()
 {
     const WindowSession session;
     const QTemporaryDir folder;
     setBackground(session, folder.filePath(u"gone.png"_s), QColor());
     QTextBrowser *view = viewOf(session, u"Server"_s);
-    QCOMPARE(shownGround(view), QColor(Qt::white));
+    QCOMPARE(backgroundColor(view), QColor(Qt::white));
     QCOMPARE(view->verticalScrollBar()->sizeHint().width(), 8);
 }
 
@@ -457,11 +459,12 @@ void TestPreferencesBackground::keepsTheImageInPlaceWhileTheTextScrolls()
     QTextBrowser *view = viewOf(session, u"Server"_s);
     for (const int value : {0, 300, view->verticalScrollBar()->maximum()}) {
         view->verticalScrollBar()->setValue(value);
-        const QImage picture = session.window.grab().toImage();
+        const QImage screenshot = session.window.grab().toImage();
         // To the right of the text, near the view's upper and lower edge.
         const QPoint corner = view->mapTo(&session.window, QPoint(view->width() - 60, 0));
-        QCOMPARE(picture.pixelColor(corner + QPoint(0, 40)), QColor(Qt::red));
-        QCOMPARE(picture.pixelColor(corner + QPoint(0, view->height() - 40)), QColor(Qt::yellow));
+        QCOMPARE(screenshot.pixelColor(corner + QPoint(0, 40)), QColor(Qt::red));
+        QCOMPARE(screenshot.pixelColor(corner + QPoint(0, view->height() - 40)),
+                 QColor(Qt::yellow));
     }
 }
 
@@ -482,7 +485,7 @@ void TestPreferencesBackground::keepsTextReadable()
     setBackground(session, image, color);
     session.probe.appendMessageToTab(u"Server"_s, u"\u2588\u2588\u2588\u2588"_s);
     QTextBrowser *view = viewOf(session, u"Server"_s);
-    // Blocks are nothing but the text's colour.
+    // These characters are filled with the text's colour.
     QTextCursor cursor = view->textCursor();
     cursor.movePosition(QTextCursor::Left, QTextCursor::MoveAnchor, 2);
     const QPoint middle = view->viewport()->mapTo(view, view->cursorRect(cursor).center());

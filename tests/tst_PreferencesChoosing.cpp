@@ -19,27 +19,27 @@ private slots:
     void init();
 
     void asksForTheFont();
-    void takesTheFontAtOnce();
-    void keepsTheFontOverCancel();
+    void appliesTheFontAtOnce();
+    void keepsTheFontAfterCancel();
     void storesTheFontWithTheNextApply();
     void asksForTheImage();
     void asksForTheColor_data();
     void asksForTheColor();
     void asksForTheLogPath();
-    void startsWhereTheLastChoiceWas_data();
-    void startsWhereTheLastChoiceWas();
+    void startsInTheLastDirectory_data();
+    void startsInTheLastDirectory();
     void changesNothingIfAChoiceIsCancelled_data();
     void changesNothingIfAChoiceIsCancelled();
-    void showsTheBackgroundOfTheWindow_data();
-    void showsTheBackgroundOfTheWindow();
-    void dropsTheImageForAColor();
-    void dropsTheColorForAnImage();
+    void previewsTheWindowsBackground_data();
+    void previewsTheWindowsBackground();
+    void replacesTheImageByAColor();
+    void replacesTheColorByAnImage();
     void resetsTheBackground_data();
     void resetsTheBackground();
-    void keepsTheBackgroundToItselfUntilSaved();
-    void takesAChosenLogPath();
-    void survivesItsEndWhileAChoiceIsUp_data();
-    void survivesItsEndWhileAChoiceIsUp();
+    void appliesTheBackgroundOnlyWhenSaved();
+    void showsTheChosenLogPath();
+    void survivesDeletionDuringANestedDialog_data();
+    void survivesDeletionDuringANestedDialog();
 
 private:
     TemporaryStore store;
@@ -67,7 +67,7 @@ void TestPreferencesChoosing::asksForTheFont()
     QCOMPARE(form.answers.problems(), QStringList());
 }
 
-void TestPreferencesChoosing::takesTheFontAtOnce()
+void TestPreferencesChoosing::appliesTheFontAtOnce()
 {
     WindowSession session;
     PreferencesForm form(session);
@@ -81,7 +81,7 @@ void TestPreferencesChoosing::takesTheFontAtOnce()
     QCOMPARE(form.answers.problems(), QStringList());
 }
 
-void TestPreferencesChoosing::keepsTheFontOverCancel()
+void TestPreferencesChoosing::keepsTheFontAfterCancel()
 {
     WindowSession session;
     PreferencesForm form(session);
@@ -168,14 +168,14 @@ void TestPreferencesChoosing::asksForTheLogPath()
     QCOMPARE(form.answers.problems(), QStringList());
 }
 
-void TestPreferencesChoosing::startsWhereTheLastChoiceWas_data()
+void TestPreferencesChoosing::startsInTheLastDirectory_data()
 {
     QTest::addColumn<QString>("button");
     QTest::newRow("image") << u"Choose Image..."_s;
     QTest::newRow("log path") << u"..."_s;
 }
 
-void TestPreferencesChoosing::startsWhereTheLastChoiceWas()
+void TestPreferencesChoosing::startsInTheLastDirectory()
 {
     QFETCH(const QString, button);
     const QTemporaryDir last;
@@ -188,7 +188,7 @@ void TestPreferencesChoosing::startsWhereTheLastChoiceWas()
         shown->reject();
     });
     form.button(button)->click();
-    // Neither the image nor the path that is there already says where to look.
+    // Neither the current image nor the current log path determines the directory.
     form.answers.queueForDialog([&](QDialog *shown) {
         QCOMPARE(qobject_cast<QFileDialog *>(shown)->directory().path(), last.path());
         shown->reject();
@@ -228,7 +228,7 @@ void TestPreferencesChoosing::changesNothingIfAChoiceIsCancelled()
     QCOMPARE(session.probe.chatFont(), QFont(u"Monaco"_s, 12));
 }
 
-void TestPreferencesChoosing::showsTheBackgroundOfTheWindow_data()
+void TestPreferencesChoosing::previewsTheWindowsBackground_data()
 {
     QTest::addColumn<QString>("image");
     QTest::addColumn<QColor>("color");
@@ -246,7 +246,7 @@ void TestPreferencesChoosing::showsTheBackgroundOfTheWindow_data()
     QTest::newRow("both") << image << QColor(1, 2, 3) << imageFill << QString() << QColor(Qt::red);
 }
 
-void TestPreferencesChoosing::showsTheBackgroundOfTheWindow()
+void TestPreferencesChoosing::previewsTheWindowsBackground()
 {
     QFETCH(const QString, image);
     QFETCH(const QColor, color);
@@ -259,14 +259,14 @@ void TestPreferencesChoosing::showsTheBackgroundOfTheWindow()
     QCOMPARE(form.preview()->styleSheet(),
              fill + u" border: 1px solid #999; border-radius: 4px;"_s);
     QTEST(form.preview()->text(), "text");
-    const QImage picture = form.preview()->grab().toImage();
+    const QImage screenshot = form.preview()->grab().toImage();
     if (middle.isValid())
-        QCOMPARE(picture.pixelColor(picture.rect().center()), middle);
+        QCOMPARE(screenshot.pixelColor(screenshot.rect().center()), middle);
     else
-        QCOMPARE(picture.pixelColor(20, 20), QColor(u"#f5f5f5"_s));
+        QCOMPARE(screenshot.pixelColor(20, 20), QColor(u"#f5f5f5"_s));
 }
 
-void TestPreferencesChoosing::dropsTheImageForAColor()
+void TestPreferencesChoosing::replacesTheImageByAColor()
 {
     WindowSession session;
     PreferencesForm form(session);
@@ -283,7 +283,7 @@ void TestPreferencesChoosing::dropsTheImageForAColor()
     QCOMPARE(QSettings().value(u"chatBgColor"_s).toString(), u"#010203"_s);
 }
 
-void TestPreferencesChoosing::dropsTheColorForAnImage()
+void TestPreferencesChoosing::replacesTheColorByAnImage()
 {
     WindowSession session;
     PreferencesForm form(session);
@@ -324,7 +324,7 @@ void TestPreferencesChoosing::resetsTheBackground()
     QVERIFY(!session.probe.chatBgColor().isValid());
 }
 
-void TestPreferencesChoosing::keepsTheBackgroundToItselfUntilSaved()
+void TestPreferencesChoosing::appliesTheBackgroundOnlyWhenSaved()
 {
     WindowSession session;
     session.probe.chatBgColor() = QColor(1, 2, 3);
@@ -338,7 +338,7 @@ void TestPreferencesChoosing::keepsTheBackgroundToItselfUntilSaved()
     QCOMPARE(PreferencesForm::stored().keys(), QStringList{u"theme"_s});
 }
 
-void TestPreferencesChoosing::takesAChosenLogPath()
+void TestPreferencesChoosing::showsTheChosenLogPath()
 {
     const QTemporaryDir folder;
     WindowSession session;
@@ -355,7 +355,7 @@ void TestPreferencesChoosing::takesAChosenLogPath()
     QCOMPARE(session.probe.preferences().value(u"logPath"_s).toString(), QString());
 }
 
-void TestPreferencesChoosing::survivesItsEndWhileAChoiceIsUp_data()
+void TestPreferencesChoosing::survivesDeletionDuringANestedDialog_data()
 {
     QTest::addColumn<QString>("button");
     QTest::addColumn<bool>("withWindow");
@@ -366,7 +366,7 @@ void TestPreferencesChoosing::survivesItsEndWhileAChoiceIsUp_data()
     }
 }
 
-void TestPreferencesChoosing::survivesItsEndWhileAChoiceIsUp()
+void TestPreferencesChoosing::survivesDeletionDuringANestedDialog()
 {
     QFETCH(const QString, button);
     QFETCH(const bool, withWindow);

@@ -26,7 +26,7 @@ QStringList itemsOf(const QComboBox *combo)
     return items;
 }
 
-// One row of a page as a user reads it: label, kind and text of what is in it.
+// Describes a row of a page: its label, and the classes and texts of its widgets.
 QString describe(const QFormLayout *form, int row)
 {
     const auto textOf = [](const QWidget *widget) -> QString {
@@ -68,20 +68,20 @@ private slots:
     void init();
 
     void opensFromTheMenu();
-    void opensBesideAnotherOne();
+    void opensASecondDialog();
     void deletesItselfWhenClosed_data();
     void deletesItselfWhenClosed();
-    void isAWindowOfOneSize();
-    void isAsLargeAsItsContents();
+    void hasAFixedSize();
+    void fitsItsContents();
     void laysOutTheWindow();
     void laysOutEachPage_data();
     void laysOutEachPage();
     void listsTheInterfacePage();
     void listsTheChatPage();
     void listsTheNetworkPage();
-    void namesItsFields_data();
-    void namesItsFields();
-    void namesItsButtons();
+    void setsObjectNamesOfFields_data();
+    void setsObjectNamesOfFields();
+    void setsObjectNamesOfButtons();
     void offersTheChoices_data();
     void offersTheChoices();
     void limitsItsNumbers_data();
@@ -90,14 +90,14 @@ private slots:
     void stretchesItsFields();
     void showsThePreview();
     void limitsTheSuffix();
-    void asksForALogPath();
-    void dressesInTheTheme_data();
-    void dressesInTheTheme();
-    void dressesAgainAtEachShow();
-    void namesTheButtonsForTheSheet();
-    void cutsNothingOff_data();
-    void cutsNothingOff();
-    void walksByKeyboard();
+    void showsTheLogPathsPlaceholder();
+    void appliesTheTheme_data();
+    void appliesTheTheme();
+    void appliesTheThemeAtEachShow();
+    void stylesTheButtonBox();
+    void fitsItsTexts_data();
+    void fitsItsTexts();
+    void hasATabOrder();
 
 private:
     TemporaryStore store;
@@ -119,7 +119,7 @@ void TestPreferencesDialog::opensFromTheMenu()
     QVERIFY(QApplication::activeModalWidget() == nullptr);
 }
 
-void TestPreferencesDialog::opensBesideAnotherOne()
+void TestPreferencesDialog::opensASecondDialog()
 {
     WindowSession session;
     const PreferencesForm first(session);
@@ -131,21 +131,21 @@ void TestPreferencesDialog::opensBesideAnotherOne()
 
 void TestPreferencesDialog::deletesItselfWhenClosed_data()
 {
-    QTest::addColumn<QString>("way");
-    for (const QString &way : {u"OK"_s, u"Cancel"_s, u"close"_s, u"Escape"_s})
-        QTest::newRow(qUtf8Printable(way)) << way;
+    QTest::addColumn<QString>("action");
+    for (const QString &action : {u"OK"_s, u"Cancel"_s, u"close"_s, u"Escape"_s})
+        QTest::newRow(qUtf8Printable(action)) << action;
 }
 
 void TestPreferencesDialog::deletesItselfWhenClosed()
 {
-    QFETCH(const QString, way);
+    QFETCH(const QString, action);
     WindowSession session;
     const PreferencesForm form(session);
-    if (way == "OK"_L1)
+    if (action == "OK"_L1)
         form.clickOk();
-    else if (way == "Cancel"_L1)
+    else if (action == "Cancel"_L1)
         form.clickCancel();
-    else if (way == "close"_L1)
+    else if (action == "close"_L1)
         form.dialog->close();
     else
         QTest::keyClick(form.dialog, Qt::Key_Escape);
@@ -154,7 +154,7 @@ void TestPreferencesDialog::deletesItselfWhenClosed()
     QVERIFY(session.window.isVisible());
 }
 
-void TestPreferencesDialog::isAWindowOfOneSize()
+void TestPreferencesDialog::hasAFixedSize()
 {
     WindowSession session;
     const PreferencesForm form(session);
@@ -170,7 +170,7 @@ void TestPreferencesDialog::isAWindowOfOneSize()
     QVERIFY(dialog->height() >= 520);
 }
 
-void TestPreferencesDialog::isAsLargeAsItsContents()
+void TestPreferencesDialog::fitsItsContents()
 {
     WindowSession session;
     const PreferencesForm form(session);
@@ -267,7 +267,7 @@ void TestPreferencesDialog::listsTheNetworkPage()
                      u"QLabel Auth method: | QComboBox"_s}));
 }
 
-void TestPreferencesDialog::namesItsFields_data()
+void TestPreferencesDialog::setsObjectNamesOfFields_data()
 {
     QTest::addColumn<QString>("page");
     QTest::addColumn<QString>("label");
@@ -287,7 +287,7 @@ void TestPreferencesDialog::namesItsFields_data()
     QTest::newRow("auth") << u"Network"_s << u"Auth method:"_s << u"prefsWideCombo"_s;
 }
 
-void TestPreferencesDialog::namesItsFields()
+void TestPreferencesDialog::setsObjectNamesOfFields()
 {
     QFETCH(const QString, page);
     QFETCH(const QString, label);
@@ -296,7 +296,7 @@ void TestPreferencesDialog::namesItsFields()
     QTEST(FormFields::fieldOf(form.page(page), label)->objectName(), "name");
 }
 
-void TestPreferencesDialog::namesItsButtons()
+void TestPreferencesDialog::setsObjectNamesOfButtons()
 {
     WindowSession session;
     const PreferencesForm form(session);
@@ -408,7 +408,7 @@ void TestPreferencesDialog::limitsTheSuffix()
     QCOMPARE(form.edit(u"Nick completion suffix:"_s)->maxLength(), 3);
 }
 
-void TestPreferencesDialog::asksForALogPath()
+void TestPreferencesDialog::showsTheLogPathsPlaceholder()
 {
     WindowSession session;
     const PreferencesForm form(session);
@@ -416,14 +416,14 @@ void TestPreferencesDialog::asksForALogPath()
     QCOMPARE(form.edit(u"Log path:"_s)->placeholderText(), u"Log directory path..."_s);
 }
 
-void TestPreferencesDialog::dressesInTheTheme_data()
+void TestPreferencesDialog::appliesTheTheme_data()
 {
     QTest::addColumn<QString>("theme");
     for (const QString &theme : {u"light"_s, u"dark"_s, u"glass"_s})
         QTest::newRow(qUtf8Printable(theme)) << theme;
 }
 
-void TestPreferencesDialog::dressesInTheTheme()
+void TestPreferencesDialog::appliesTheTheme()
 {
     QFETCH(const QString, theme);
     WindowSession session;
@@ -433,7 +433,7 @@ void TestPreferencesDialog::dressesInTheTheme()
     QVERIFY(!form.dialog->testAttribute(Qt::WA_TranslucentBackground));
 }
 
-void TestPreferencesDialog::dressesAgainAtEachShow()
+void TestPreferencesDialog::appliesTheThemeAtEachShow()
 {
     WindowSession session;
     const PreferencesForm form(session);
@@ -447,7 +447,7 @@ void TestPreferencesDialog::dressesAgainAtEachShow()
     QVERIFY(!form.dialog->testAttribute(Qt::WA_TranslucentBackground));
 }
 
-void TestPreferencesDialog::namesTheButtonsForTheSheet()
+void TestPreferencesDialog::stylesTheButtonBox()
 {
     WindowSession session;
     const PreferencesForm form(session);
@@ -455,22 +455,22 @@ void TestPreferencesDialog::namesTheButtonsForTheSheet()
     QCOMPARE(box->button(QDialogButtonBox::Ok)->objectName(), u"connectButton"_s);
     QCOMPARE(box->button(QDialogButtonBox::Apply)->objectName(), u"connectButton"_s);
     QCOMPARE(box->button(QDialogButtonBox::Cancel)->objectName(), u"cancelButton"_s);
-    const QImage picture = box->button(QDialogButtonBox::Ok)->grab().toImage();
-    QCOMPARE(picture.pixelColor(picture.width() / 2, 4), QColor(u"#007AFF"_s));
+    const QImage image = box->button(QDialogButtonBox::Ok)->grab().toImage();
+    QCOMPARE(image.pixelColor(image.width() / 2, 4), QColor(u"#007AFF"_s));
 }
 
-void TestPreferencesDialog::cutsNothingOff_data()
+void TestPreferencesDialog::fitsItsTexts_data()
 {
     QTest::addColumn<int>("points");
     for (const int points : {9, 12, 18})
         QTest::addRow("%d points", points) << points;
 }
 
-void TestPreferencesDialog::cutsNothingOff()
+void TestPreferencesDialog::fitsItsTexts()
 {
     QFETCH(const int, points);
     const QFont usual = QApplication::font();
-    const auto back = qScopeGuard([&] { QApplication::setFont(usual); });
+    const auto restoreFont = qScopeGuard([&] { QApplication::setFont(usual); });
     QFont font = usual;
     font.setPointSize(points);
     QApplication::setFont(font);
@@ -494,7 +494,7 @@ void TestPreferencesDialog::cutsNothingOff()
     }
 }
 
-void TestPreferencesDialog::walksByKeyboard()
+void TestPreferencesDialog::hasATabOrder()
 {
     WindowSession session;
     const PreferencesForm form(session);

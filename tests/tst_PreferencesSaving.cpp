@@ -22,7 +22,7 @@ QMap<QString, QString> allDefaults()
     return values;
 }
 
-// The fields that no preference stands behind, as they show.
+// Returns the values of the fields without a preference.
 QStringList unboundFields(const PreferencesForm &form)
 {
     const auto state = [&](const QString &text) {
@@ -61,27 +61,27 @@ class TestPreferencesSaving final : public QObject
 private slots:
     void init();
 
-    void carriesEachValueThroughTheCycle_data();
-    void carriesEachValueThroughTheCycle();
+    void savesAndLoadsEachValue_data();
+    void savesAndLoadsEachValue();
     void savesAllFourteenKeys();
     void staysOpenOnApply();
     void savesNothingOnCancel();
-    void writesWhatItsFieldsHold();
-    void showsTheFirstFormatForOneItDoesNotKnow();
+    void overwritesNewerValues();
+    void showsTheFirstFormatForAnUnknownOne();
     void matchesFormatsExactly_data();
     void matchesFormatsExactly();
-    void clampsToTheRangesOfItsFields();
+    void clampsValuesToTheFieldsRanges();
     void trimsTheLogPath_data();
     void trimsTheLogPath();
     void savesUnlimitedAsZero();
     void keepsBlackUntilTheNextStart();
     void appliesTheBackgroundToTheViews();
-    void givesTheViewsTheUserListsFont();
-    void bringsTheLightThemeBack();
-    void changesNewTimesOnly();
-    void forgetsWhatNoPreferenceStandsBehind();
-    void leavesServersAlone();
-    void leavesCompletionAndHighlightsAlone();
+    void setsTheUserListsFontInViews();
+    void restoresTheLightTheme();
+    void changesTimesOfNewRowsOnly();
+    void doesNotSaveUnboundFields();
+    void doesNotChangeServers();
+    void doesNotChangeCompletionAndHighlights();
 
 private:
     TemporaryStore store;
@@ -92,17 +92,17 @@ void TestPreferencesSaving::init()
     store.clear();
 }
 
-void TestPreferencesSaving::carriesEachValueThroughTheCycle_data()
+void TestPreferencesSaving::savesAndLoadsEachValue_data()
 {
     PreferencesForm::addTestRows();
 }
 
-void TestPreferencesSaving::carriesEachValueThroughTheCycle()
+void TestPreferencesSaving::savesAndLoadsEachValue()
 {
     QFETCH(const QString, key);
     QFETCH(const QString, defaultValue);
     QFETCH(const QString, other);
-    // Of a font, family and size; what else a font's text tells is the font dialog's choice.
+    // Of a font only family and size: the font dialog chooses the rest.
     const auto read = [&](const QString &value) { return PreferencesForm::display(key, value); };
     {
         WindowSession session;
@@ -164,7 +164,7 @@ void TestPreferencesSaving::savesNothingOnCancel()
     QCOMPARE(PreferencesForm::stored().keys(), QStringList{u"theme"_s});
 }
 
-void TestPreferencesSaving::writesWhatItsFieldsHold()
+void TestPreferencesSaving::overwritesNewerValues()
 {
     WindowSession session;
     PreferencesForm first(session);
@@ -176,7 +176,7 @@ void TestPreferencesSaving::writesWhatItsFieldsHold()
     QCOMPARE(QSettings().value(u"emojiSize"_s).toInt(), 20);
 }
 
-void TestPreferencesSaving::showsTheFirstFormatForOneItDoesNotKnow()
+void TestPreferencesSaving::showsTheFirstFormatForAnUnknownOne()
 {
     QSettings().setValue(u"timestampFormat"_s, u"yyyy"_s);
     WindowSession session;
@@ -209,7 +209,7 @@ void TestPreferencesSaving::matchesFormatsExactly()
     QTEST(form.combo(u"Timestamp:"_s)->currentIndex(), "index");
 }
 
-void TestPreferencesSaving::clampsToTheRangesOfItsFields()
+void TestPreferencesSaving::clampsValuesToTheFieldsRanges()
 {
     QSettings().setValue(u"emojiSize"_s, 1000);
     QSettings().setValue(u"pingTimeout"_s, -1);
@@ -225,9 +225,9 @@ void TestPreferencesSaving::trimsTheLogPath_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("saved");
-    QTest::newRow("trailing blank") << u"/tmp/logs "_s << u"/tmp/logs"_s;
-    QTest::newRow("blanks inside") << u" /tmp/my logs\t"_s << u"/tmp/my logs"_s;
-    QTest::newRow("blanks only") << u"  "_s << u""_s;
+    QTest::newRow("trailing space") << u"/tmp/logs "_s << u"/tmp/logs"_s;
+    QTest::newRow("spaces inside") << u" /tmp/my logs\t"_s << u"/tmp/my logs"_s;
+    QTest::newRow("spaces only") << u"  "_s << u""_s;
 }
 
 void TestPreferencesSaving::trimsTheLogPath()
@@ -288,7 +288,7 @@ void TestPreferencesSaving::appliesTheBackgroundToTheViews()
     }
 }
 
-void TestPreferencesSaving::givesTheViewsTheUserListsFont()
+void TestPreferencesSaving::setsTheUserListsFontInViews()
 {
     WindowSession session;
     session.probe.userList().setFont(QFont(u"DejaVu Serif"_s, 17));
@@ -300,7 +300,7 @@ void TestPreferencesSaving::givesTheViewsTheUserListsFont()
     QCOMPARE(session.probe.inputLine().font().family(), u"DejaVu Serif"_s);
 }
 
-void TestPreferencesSaving::bringsTheLightThemeBack()
+void TestPreferencesSaving::restoresTheLightTheme()
 {
     WindowSession session;
     session.probe.applyTheme(u"dark"_s);
@@ -313,7 +313,7 @@ void TestPreferencesSaving::bringsTheLightThemeBack()
     QCOMPARE(form.dialog->styleSheet(), ThemeManager::preferencesDialogStyleSheet(u"light"_s));
 }
 
-void TestPreferencesSaving::changesNewTimesOnly()
+void TestPreferencesSaving::changesTimesOfNewRowsOnly()
 {
     WindowSession session;
     session.probe.appendMessageToTab(u"Server"_s, u"one"_s);
@@ -327,7 +327,7 @@ void TestPreferencesSaving::changesNewTimesOnly()
     QVERIFY2(times.match(text).hasMatch(), qUtf8Printable(text));
 }
 
-void TestPreferencesSaving::forgetsWhatNoPreferenceStandsBehind()
+void TestPreferencesSaving::doesNotSaveUnboundFields()
 {
     WindowSession session;
     {
@@ -335,7 +335,7 @@ void TestPreferencesSaving::forgetsWhatNoPreferenceStandsBehind()
         QCOMPARE(unboundFields(form), UnboundDefaults);
         changeUnboundFields(form);
         form.clickApply();
-        // They show what the user did to them until the dialog goes.
+        // They keep the user's values while the dialog is open.
         QVERIFY(unboundFields(form) != UnboundDefaults);
         form.clickOk();
     }
@@ -344,7 +344,7 @@ void TestPreferencesSaving::forgetsWhatNoPreferenceStandsBehind()
     QCOMPARE(unboundFields(form), UnboundDefaults);
 }
 
-void TestPreferencesSaving::leavesServersAlone()
+void TestPreferencesSaving::doesNotChangeServers()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -364,13 +364,13 @@ void TestPreferencesSaving::leavesServersAlone()
     QCOMPARE(readServers(), before);
 }
 
-void TestPreferencesSaving::leavesCompletionAndHighlightsAlone()
+void TestPreferencesSaving::doesNotChangeCompletionAndHighlights()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me @bob +Ann carl"_s));
     const QStringList users = session.probe.users();
-    // Tabs that open do not come to the front, though the box that asks for it is checked.
+    // New tabs do not become current, although the check box for that is checked.
     QVERIFY(session.receive(u":eve!e@h PRIVMSG me :hi"_s));
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
     session.probe.showTab(u"Server"_s);
@@ -379,7 +379,7 @@ void TestPreferencesSaving::leavesCompletionAndHighlightsAlone()
         changeUnboundFields(form);
         form.clickOk();
     }
-    // A message to the user opens its tab or marks it as ever.
+    // Private messages and mentions work as before.
     session.probe.showTab(u"#a"_s);
     QCOMPARE(session.probe.users(), users);
     session.probe.inputLine().setText(u"c"_s);
