@@ -10,8 +10,6 @@
 #include <QStatusBar>
 #include <QTest>
 
-#include <memory>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -25,39 +23,33 @@ class TestAwayInput final : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
 
-    void goesAway_data();
-    void goesAway();
-    void tellsTheConversationsLater();
-    void tellsTheConversationsInOrder();
-    void tellsTheLatestMessage();
-    void tellsWithTheNickOfTheMoment();
-    void leavesOutTheList();
-    void marksWhatIsSaidAway();
+    void setsAway_data();
+    void setsAway();
+    void announcesInConversationsLater();
+    void announcesInNameOrder();
+    void announcesTheLatestMessage();
+    void announcesWithTheCurrentNick();
+    void skipsTheListTab();
+    void marksMessagesSentWhileAway();
 
-    void comesBack_data();
-    void comesBack();
-    void comesBackWithoutHavingBeenAway();
-    void comesBackForANewNick();
-    void staysForANickThatIsMissing();
+    void returnsFromAway_data();
+    void returnsFromAway();
+    void returnsWithoutBeingAway();
+    void returnsOnANickChange();
+    void staysAwayIfTheNickIsMissing();
 
 private:
-    std::unique_ptr<TemporaryStore> store;
+    TemporaryStore store;
 };
-
-void TestAwayInput::initTestCase()
-{
-    store = std::make_unique<TemporaryStore>();
-}
 
 void TestAwayInput::init()
 {
-    store->clear();
+    store.clear();
 }
 
-void TestAwayInput::goesAway_data()
+void TestAwayInput::setsAway_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("message");
@@ -74,7 +66,7 @@ void TestAwayInput::goesAway_data()
     add(u"/ away"_s, u"away"_s);
 }
 
-void TestAwayInput::goesAway()
+void TestAwayInput::setsAway()
 {
     QFETCH(const QString, typed);
     QFETCH(const QString, message);
@@ -89,14 +81,14 @@ void TestAwayInput::goesAway()
     QCOMPARE(session.probe.awayMessage(), message);
     QCOMPARE(session.probe.awayAction().text(), u"Unmark Away"_s);
     QCOMPARE(output.sent(), QStringList{u"AWAY :"_s + message});
-    const QString said = u"me|is away (%1)"_s.arg(message);
+    const QString announced = u"me|is away (%1)"_s.arg(message);
     QCOMPARE(output.lines(),
              (Lines{{u"Server"_s, {u"*** You are marked as away (%1)"_s.arg(message)}},
-                    {u"#a"_s, {said}},
-                    {u"bob"_s, {said}}}));
+                    {u"#a"_s, {announced}},
+                    {u"bob"_s, {announced}}}));
 }
 
-void TestAwayInput::tellsTheConversationsLater()
+void TestAwayInput::announcesInConversationsLater()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -113,15 +105,14 @@ void TestAwayInput::tellsTheConversationsLater()
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"#a"_s), u"me|is back"_s, WaitTimeout);
 }
 
-void TestAwayInput::tellsTheConversationsInOrder()
+void TestAwayInput::announcesInNameOrder()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
-    // "Server" stands in the midst of the names' order.
+    // "Server" sorts in the middle of the names.
     for (const QString &name : {u"bob"_s, u"#b"_s, u"#a"_s, u"Anna"_s})
         session.probe.appendMessageToTab(name, u"hi"_s, u"x"_s);
-    // A conversation closed before its turn is opened again by its line, behind the others: the
-    // order of the turns becomes the order of the tabs.
+    // Each line reopens its closed tab after the others, so the tabs show the order of the lines.
     session.probe.typeLine(u"/away lunch"_s);
     session.probe.showTab(u"Server"_s);
     while (session.probe.tabWidget().count() > 1)
@@ -132,7 +123,7 @@ void TestAwayInput::tellsTheConversationsInOrder()
     QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"me|is away (lunch)"_s});
 }
 
-void TestAwayInput::tellsTheLatestMessage()
+void TestAwayInput::announcesTheLatestMessage()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -149,7 +140,7 @@ void TestAwayInput::tellsTheLatestMessage()
     QCOMPARE(session.probe.awayAction().text(), u"Unmark Away"_s);
 }
 
-void TestAwayInput::tellsWithTheNickOfTheMoment()
+void TestAwayInput::announcesWithTheCurrentNick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -160,7 +151,7 @@ void TestAwayInput::tellsWithTheNickOfTheMoment()
                               WaitTimeout);
 }
 
-void TestAwayInput::leavesOutTheList()
+void TestAwayInput::skipsTheListTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -173,7 +164,7 @@ void TestAwayInput::leavesOutTheList()
     QCOMPARE(output.lines().keys(), (QStringList{u"#a"_s, u"Server"_s}));
 }
 
-void TestAwayInput::marksWhatIsSaidAway()
+void TestAwayInput::marksMessagesSentWhileAway()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -185,16 +176,16 @@ void TestAwayInput::marksWhatIsSaidAway()
     QCOMPARE(output.lines(), (Lines{{u"#a"_s, {u"me|[Away: %2] still %1 here"_s}}}));
 }
 
-void TestAwayInput::comesBack_data()
+void TestAwayInput::returnsFromAway_data()
 {
     QTest::addColumn<QString>("typed");
 
     QTest::newRow("back") << u"/back"_s;
     QTest::newRow("alias") << u"/b"_s;
-    QTest::newRow("capitals and words") << u"/BACK to work"_s;
+    QTest::newRow("upper case and arguments") << u"/BACK to work"_s;
 }
 
-void TestAwayInput::comesBack()
+void TestAwayInput::returnsFromAway()
 {
     QFETCH(const QString, typed);
 
@@ -214,7 +205,7 @@ void TestAwayInput::comesBack()
                                     {u"bob"_s, {u"me|is back"_s}}}));
 }
 
-void TestAwayInput::comesBackWithoutHavingBeenAway()
+void TestAwayInput::returnsWithoutBeingAway()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -226,7 +217,7 @@ void TestAwayInput::comesBackWithoutHavingBeenAway()
              (Lines{{u"Server"_s, {u"*** You are back"_s}}, {u"#a"_s, {u"me|is back"_s}}}));
 }
 
-void TestAwayInput::comesBackForANewNick()
+void TestAwayInput::returnsOnANickChange()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -240,14 +231,14 @@ void TestAwayInput::comesBackForANewNick()
     QCOMPARE(session.probe.pendingNick(), u"new"_s);
     QVERIFY(!session.probe.userList().item(1)->font().italic());
     QCOMPARE(output.sent(), (QStringList{u"AWAY"_s, u"NICK new"_s}));
-    // The conversations hear nothing of it.
+    // Nothing is written to the conversations.
     QCOMPARE(output.lines(), (Lines{{u"Server"_s, {u"*** You are back"_s}}}));
 
     session.probe.typeLine(u"/nick third"_s);
     QCOMPARE(output.sent(), QStringList{u"NICK third"_s});
 }
 
-void TestAwayInput::staysForANickThatIsMissing()
+void TestAwayInput::staysAwayIfTheNickIsMissing()
 {
     WindowSession session;
     QVERIFY(session.registerAs());

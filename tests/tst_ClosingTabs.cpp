@@ -28,31 +28,31 @@ class TestClosingTabs final : public QObject
 private slots:
     void init();
 
-    void drawsACloseButtonOnEveryTab();
-    void coloursTheShownTabsButton();
+    void hasACloseButtonOnEveryTab();
+    void coloursTheCurrentTabsButton();
     void keepsOneButtonPerTab();
-    void closesByTheTabsButton();
-    void leavesTheServerTabToItsButton();
-    void closesTheShownTabByItsOwnButton();
+    void closesATabByItsButton();
+    void keepsTheServerTabWhenItsButtonIsClicked();
+    void closesTheCurrentTabByItsButton();
     void closesTheTabToTheRightByAStaleButton();
-    void numbersItsButtonsAnewWhenTheTabChanges();
-    void closesNothingByTheLastStaleButton();
-    void ignoresIndexesThatNoTabHolds_data();
-    void ignoresIndexesThatNoTabHolds();
-    void closesFromOutside();
-    void partsAChannelThatIsClosed();
-    void closesATabThatAsksForIt();
+    void renumbersItsButtonsWhenTheTabChanges();
+    void closesNothingByAStaleButtonOfTheLastTab();
+    void ignoresInvalidIndexes_data();
+    void ignoresInvalidIndexes();
+    void closesByRequestCloseTab();
+    void partsAClosedChannel();
+    void closesOnTabCloseRequested();
     void closesAChannelSilentlyWhileDisconnected();
-    void unwatchesAPrivateTabThatIsClosed();
-    void forgetsWhomItWatchedWithoutALink();
-    void unwatchesNobodyElse();
-    void forgetsTheListsWidgets();
-    void forgetsWhatBelongsToTheTab();
+    void unwatchesThePeerOfAClosedTab();
+    void forgetsAWatchWhileDisconnected();
+    void leavesOtherWatchesAlone();
+    void clearsTheListWidgetPointers();
+    void forgetsTheDraftAndTopicOfAClosedTab();
     void keepsThePageOfAClosedTab();
     void reopensWithAnEmptyHistory();
-    void movesOnWhenTheShownTabIsClosed();
-    void fallsBackToServerIfTheShownNameIsGone();
-    void closesAllTabsFromWithinTheirButtons();
+    void showsTheNextTabWhenTheCurrentOneCloses();
+    void fallsBackToServerIfTheCurrentNameIsGone();
+    void closesAllTabsByTheirButtons();
     void closesATabWithoutAName();
 
 private:
@@ -64,7 +64,7 @@ void TestClosingTabs::init()
     store.clear();
 }
 
-void TestClosingTabs::drawsACloseButtonOnEveryTab()
+void TestClosingTabs::hasACloseButtonOnEveryTab()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"bob"_s});
@@ -80,7 +80,7 @@ void TestClosingTabs::drawsACloseButtonOnEveryTab()
     }
 }
 
-void TestClosingTabs::coloursTheShownTabsButton()
+void TestClosingTabs::coloursTheCurrentTabsButton()
 {
     const QString sheet =
             u"QPushButton {  background: transparent;  border: none;  font-size: 16px;  "
@@ -88,11 +88,11 @@ void TestClosingTabs::coloursTheShownTabsButton()
             "rgba(0,0,0,0.1);  border-radius: 4px;}"_s;
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"bob"_s});
-    for (const int shown : {1, 2, 0}) {
-        session.probe.clickTab(shown);
+    for (const int current : {1, 2, 0}) {
+        session.probe.clickTab(current);
         for (int index = 0; index < 3; ++index) {
             QCOMPARE(session.probe.closeButton(index)->styleSheet(),
-                     sheet.arg(index == shown ? u"#FFFFFF"_s : u"#999999"_s));
+                     sheet.arg(index == current ? u"#FFFFFF"_s : u"#999999"_s));
         }
     }
 }
@@ -101,7 +101,7 @@ void TestClosingTabs::keepsOneButtonPerTab()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s});
-    session.probe.openTabs({u"#d"_s}); // Behind the one on show.
+    session.probe.openTabs({u"#d"_s}); // In the background.
     session.probe.clickTab(2);
     session.probe.clickTab(0);
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.tabBar().findChildren<QPushButton *>().size(), 3,
@@ -111,7 +111,7 @@ void TestClosingTabs::keepsOneButtonPerTab()
                               WaitTimeout);
 }
 
-void TestClosingTabs::closesByTheTabsButton()
+void TestClosingTabs::closesATabByItsButton()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"#d"_s});
@@ -120,7 +120,7 @@ void TestClosingTabs::closesByTheTabsButton()
     QVERIFY(!session.probe.tabs().contains(u"#d"_s));
 }
 
-void TestClosingTabs::leavesTheServerTabToItsButton()
+void TestClosingTabs::keepsTheServerTabWhenItsButtonIsClicked()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s});
@@ -131,7 +131,7 @@ void TestClosingTabs::leavesTheServerTabToItsButton()
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
 }
 
-void TestClosingTabs::closesTheShownTabByItsOwnButton()
+void TestClosingTabs::closesTheCurrentTabByItsButton()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"#d"_s});
@@ -152,12 +152,12 @@ void TestClosingTabs::closesTheTabToTheRightByAStaleButton()
     session.probe.closeTab(2);
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#a"_s, u"#c"_s, u"#d"_s}));
     QCOMPARE(session.probe.closeButton(2), ofC);
-    // It carries index 3 still, where #d has come to lie.
+    // Intended: its index is still 3, which is that of #d now.
     session.probe.closeButton(2)->click();
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#a"_s, u"#c"_s}));
 }
 
-void TestClosingTabs::numbersItsButtonsAnewWhenTheTabChanges()
+void TestClosingTabs::renumbersItsButtonsWhenTheTabChanges()
 {
     WindowSession session;
     session.probe.openTabs({u"#a"_s, u"#b"_s, u"#c"_s});
@@ -167,7 +167,7 @@ void TestClosingTabs::numbersItsButtonsAnewWhenTheTabChanges()
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#a"_s}));
 }
 
-void TestClosingTabs::closesNothingByTheLastStaleButton()
+void TestClosingTabs::closesNothingByAStaleButtonOfTheLastTab()
 {
     WindowSession session;
     session.probe.openTabs({u"#a"_s, u"#b"_s, u"#c"_s});
@@ -178,22 +178,22 @@ void TestClosingTabs::closesNothingByTheLastStaleButton()
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
 }
 
-void TestClosingTabs::ignoresIndexesThatNoTabHolds_data()
+void TestClosingTabs::ignoresInvalidIndexes_data()
 {
     QTest::addColumn<int>("index");
 
     QTest::newRow("negative") << -1;
     QTest::newRow("server") << 0;
-    QTest::newRow("behind the last") << 3;
-    QTest::newRow("far behind") << 1000;
+    QTest::newRow("after the last") << 3;
+    QTest::newRow("far after the last") << 1000;
 }
 
-void TestClosingTabs::ignoresIndexesThatNoTabHolds()
+void TestClosingTabs::ignoresInvalidIndexes()
 {
     QFETCH(const int, index);
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    session.probe.openTabs({u"#a"_s, QString()}); // A tab without a name, as tabText has none.
+    session.probe.openTabs({u"#a"_s, QString()}); // Empty, like tabText() of an invalid index.
     session.discardSent();
     session.probe.showTab(QString());
     session.probe.closeTab(index);
@@ -203,7 +203,7 @@ void TestClosingTabs::ignoresIndexesThatNoTabHolds()
     QVERIFY(!session.readSent().contains(u"WATCH -"_s));
 }
 
-void TestClosingTabs::closesFromOutside()
+void TestClosingTabs::closesByRequestCloseTab()
 {
     WindowSession session;
     session.probe.openTabs({u"#a"_s, u"#b"_s});
@@ -213,7 +213,7 @@ void TestClosingTabs::closesFromOutside()
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#a"_s}));
 }
 
-void TestClosingTabs::closesATabThatAsksForIt()
+void TestClosingTabs::closesOnTabCloseRequested()
 {
     WindowSession session;
     session.probe.openTabs({u"#a"_s, u"#b"_s});
@@ -221,7 +221,7 @@ void TestClosingTabs::closesATabThatAsksForIt()
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#b"_s}));
 }
 
-void TestClosingTabs::partsAChannelThatIsClosed()
+void TestClosingTabs::partsAClosedChannel()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -233,7 +233,7 @@ void TestClosingTabs::partsAChannelThatIsClosed()
     QVERIFY(session.server.waitForLine(u"PART #c :Leaving"_s));
     QCOMPARE(session.probe.lines(Server).count(u"*** You left #c"_s), 1);
 
-    // The server's echo does not bring the tab back.
+    // The server's echo does not reopen the tab.
     QVERIFY(session.receive(u":me!u@h PART #c :Leaving"_s));
     QCOMPARE(session.probe.tabTexts(), QStringList{Server});
     QCOMPARE(session.readSent(), QStringList{u"PART #c :Leaving"_s});
@@ -249,7 +249,7 @@ void TestClosingTabs::closesAChannelSilentlyWhileDisconnected()
     QCOMPARE(session.probe.lines(Server), before);
 }
 
-void TestClosingTabs::unwatchesAPrivateTabThatIsClosed()
+void TestClosingTabs::unwatchesThePeerOfAClosedTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -265,7 +265,7 @@ void TestClosingTabs::unwatchesAPrivateTabThatIsClosed()
     QCOMPARE(session.probe.lines(Server), before);
 }
 
-void TestClosingTabs::forgetsWhomItWatchedWithoutALink()
+void TestClosingTabs::forgetsAWatchWhileDisconnected()
 {
     WindowSession session;
     session.probe.openTabs({u"Bob"_s});
@@ -281,7 +281,7 @@ void TestClosingTabs::forgetsWhomItWatchedWithoutALink()
     QCOMPARE(session.readSent(), QStringList{u"WATCH +Bob"_s});
 }
 
-void TestClosingTabs::unwatchesNobodyElse()
+void TestClosingTabs::leavesOtherWatchesAlone()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -295,7 +295,7 @@ void TestClosingTabs::unwatchesNobodyElse()
     QCOMPARE(session.probe.watchedNicks(), (QSet<QString>{u"carol"_s, u"#c"_s}));
 }
 
-void TestClosingTabs::forgetsTheListsWidgets()
+void TestClosingTabs::clearsTheListWidgetPointers()
 {
     WindowSession session;
     QTreeWidget tree;
@@ -312,7 +312,7 @@ void TestClosingTabs::forgetsTheListsWidgets()
     QCOMPARE(session.probe.listInfoLabel(), nullptr);
 }
 
-void TestClosingTabs::forgetsWhatBelongsToTheTab()
+void TestClosingTabs::forgetsTheDraftAndTopicOfAClosedTab()
 {
     WindowSession session;
     const MainWindowProbe &probe = session.probe;
@@ -361,25 +361,25 @@ void TestClosingTabs::reopensWithAnEmptyHistory()
     QCOMPARE(session.probe.lines(u"#c"_s), QStringList{u"|new"_s});
 }
 
-void TestClosingTabs::movesOnWhenTheShownTabIsClosed()
+void TestClosingTabs::showsTheNextTabWhenTheCurrentOneCloses()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"#d"_s});
     session.probe.channelUsers().insert(u"#d"_s, {u"alice"_s});
     session.probe.inputDrafts().insert(u"#d"_s, u"draft of d"_s);
     session.probe.closeTab(1);
-    const QString shown =
+    const QString current =
             session.probe.tabWidget().tabText(session.probe.tabWidget().currentIndex());
-    QCOMPARE(session.probe.currentTabName(), shown);
-    QCOMPARE(shown, u"#d"_s);
+    QCOMPARE(session.probe.currentTabName(), current);
+    QCOMPARE(current, u"#d"_s);
     QVERIFY(session.probe.userListShown());
     QCOMPARE(session.probe.users(), QStringList{u"alice"_s});
     QCOMPARE(session.probe.inputLine().text(), u"draft of d"_s);
 }
 
-void TestClosingTabs::fallsBackToServerIfTheShownNameIsGone()
+void TestClosingTabs::fallsBackToServerIfTheCurrentNameIsGone()
 {
-    // Two tabs come to bear one name when a nick changes to that of another open conversation.
+    // After a nick change to that of another open conversation, two tabs have one name.
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     session.probe.openTabs({u"alice"_s, u"bob"_s, u"#c"_s});
@@ -397,7 +397,7 @@ void TestClosingTabs::fallsBackToServerIfTheShownNameIsGone()
     QVERIFY(!session.probe.emojiButton().isVisible());
 }
 
-void TestClosingTabs::closesAllTabsFromWithinTheirButtons()
+void TestClosingTabs::closesAllTabsByTheirButtons()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));

@@ -12,8 +12,6 @@
 #include <QStatusBar>
 #include <QTest>
 
-#include <memory>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -27,17 +25,16 @@ class TestInput final : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
 
     void sendsText_data();
     void sendsText();
-    void refusesTextOnServer();
+    void refusesTextOnTheServerTab();
     void sendsToPrivateConversations();
-    void sendsToTheListAsToANick();
+    void sendsToTheListTabAsToANick();
     void dropsBlankLines_data();
     void dropsBlankLines();
-    void dropsLinesWithoutASession();
+    void dropsLinesWhileDisconnected();
     void clearsLineAndDraft();
     void hasNoHistory();
 
@@ -45,32 +42,27 @@ private slots:
     void sendsCommands();
     void refusesOtherCommands_data();
     void refusesOtherCommands();
-    void runsCommandsOnServer();
-    void partsWhateverIsOnShow();
-    void joinsWithOneSign_data();
-    void joinsWithOneSign();
+    void runsCommandsOnTheServerTab();
+    void partsTheCurrentTab();
+    void addsTheChannelPrefix_data();
+    void addsTheChannelPrefix();
 
     void sendsMessages_data();
     void sendsMessages();
-    void goesOnInAnOpenConversation();
-    void asksForANick();
-    void remembersWhereItAskedForWhois();
+    void continuesAnOpenConversation();
+    void requestsANick();
+    void remembersTheTabOfAWhois();
     void togglesAutojoin();
     void listsOnlyWhenRegistered();
-    void showsTheSearchOnTheList();
+    void showsTheSearchOnTheListTab();
 
 private:
-    std::unique_ptr<TemporaryStore> store;
+    TemporaryStore store;
 };
-
-void TestInput::initTestCase()
-{
-    store = std::make_unique<TemporaryStore>();
-}
 
 void TestInput::init()
 {
-    store->clear();
+    store.clear();
 }
 
 void TestInput::sendsText_data()
@@ -79,12 +71,12 @@ void TestInput::sendsText_data()
     QTest::addColumn<QString>("text");
 
     QTest::newRow("plain") << u"hello"_s << u"hello"_s;
-    QTest::newRow("blanks around") << u" \t hello  you \u00a0"_s << u"hello  you"_s;
+    QTest::newRow("spaces around") << u" \t hello  you \u00a0"_s << u"hello  you"_s;
     QTest::newRow("placeholders") << u"100% %1 %2"_s << u"100% %1 %2"_s;
     QTest::newRow("markup") << u"<b>bold</b> &amp;"_s << u"<b>bold</b> &amp;"_s;
-    QTest::newRow("no command") << u"not /join"_s << u"not /join"_s;
-    QTest::newRow("a colon in front") << u":)"_s << u":)"_s;
-    QTest::newRow("beyond ASCII") << u"häß 😊"_s << u"häß 😊"_s;
+    QTest::newRow("not a command") << u"not /join"_s << u"not /join"_s;
+    QTest::newRow("a leading colon") << u":)"_s << u":)"_s;
+    QTest::newRow("not ASCII") << u"häß 😊"_s << u"häß 😊"_s;
     QTest::newRow("long") << QString(2000, u'x') << QString(2000, u'x');
 }
 
@@ -102,7 +94,7 @@ void TestInput::sendsText()
     QCOMPARE(output.lines(), (Lines{{u"#a"_s, {u"me|"_s + text}}}));
 }
 
-void TestInput::refusesTextOnServer()
+void TestInput::refusesTextOnTheServerTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -125,8 +117,8 @@ void TestInput::sendsToPrivateConversations()
     QCOMPARE(session.probe.lines(u"bob"_s), (QStringList{u"bob|hi"_s, u"me|hello"_s}));
 }
 
-// The search covers the input line on that tab, and its name is one like any other.
-void TestInput::sendsToTheListAsToANick()
+// The List tab hides the input line from users; its name is not reserved.
+void TestInput::sendsToTheListTabAsToANick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -142,8 +134,8 @@ void TestInput::dropsBlankLines_data()
     QTest::addColumn<QString>("typed");
 
     QTest::newRow("nothing") << u""_s;
-    QTest::newRow("blanks") << u"   "_s;
-    QTest::newRow("blanks and tabs") << u" \t\u00a0 "_s;
+    QTest::newRow("spaces") << u"   "_s;
+    QTest::newRow("spaces and tabs") << u" \t\u00a0 "_s;
 }
 
 void TestInput::dropsBlankLines()
@@ -160,7 +152,7 @@ void TestInput::dropsBlankLines()
     QCOMPARE(session.probe.inputLine().text(), QString());
 }
 
-void TestInput::dropsLinesWithoutASession()
+void TestInput::dropsLinesWhileDisconnected()
 {
     WindowSession session;
     for (const QString &typed : {u"hello"_s, u"/join #a"_s, u"/away"_s, u"/nonsense"_s}) {
@@ -226,9 +218,9 @@ void TestInput::sendsCommands_data()
     add(u"/N new"_s, u"NICK new"_s);
     add(u"/raw MODE me +i"_s, u"MODE me +i"_s);
     add(u"/RAW lower case :stays"_s, u"lower case :stays"_s);
-    add(u"/raw  TWO  blanks"_s, u" TWO  blanks"_s);
+    add(u"/raw  TWO  spaces"_s, u" TWO  spaces"_s);
     add(u"/raw %1 %2"_s, u"%1 %2"_s);
-    // The sections are counted from the line as typed, where the command is the second.
+    // After "/ ", the command is section 1.
     add(u"/ raw MODE me"_s, u"raw MODE me"_s);
     add(u"/list"_s, u"LIST"_s);
     add(u"/l"_s, u"LIST"_s);
@@ -263,7 +255,7 @@ void TestInput::refusesOtherCommands_data()
     const auto add = [](const QString &typed, const QString &name) {
         QTest::newRow(qUtf8Printable(typed)) << typed << name;
     };
-    // What the help window lists, or other programs know.
+    // Listed in the help window, or known from other clients.
     add(u"/topic new"_s, u"topic"_s);
     add(u"/kick bob"_s, u"kick"_s);
     add(u"/me waves"_s, u"me"_s);
@@ -274,7 +266,7 @@ void TestInput::refusesOtherCommands_data()
     add(u"/invite bob"_s, u"invite"_s);
     add(u"/who #a"_s, u"who"_s);
     add(u"/help"_s, u"help"_s);
-    // Too few words.
+    // Too few arguments.
     add(u"/join"_s, u"join"_s);
     add(u"/j"_s, u"join"_s);
     add(u"/nick"_s, u"nick"_s);
@@ -288,7 +280,7 @@ void TestInput::refusesOtherCommands_data()
     add(u"/w"_s, u"whois"_s);
     add(u"/wc"_s, u"whois"_s);
     add(u"/autojoin"_s, u"autojoin"_s);
-    // Shapes.
+    // Syntax.
     add(u"/"_s, u""_s);
     add(u"/  "_s, u""_s);
     add(u"//join #x"_s, u"/join"_s);
@@ -312,7 +304,7 @@ void TestInput::refusesOtherCommands()
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
 }
 
-void TestInput::runsCommandsOnServer()
+void TestInput::runsCommandsOnTheServerTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -323,7 +315,7 @@ void TestInput::runsCommandsOnServer()
     QCOMPARE(session.readSent(), QStringList{u"JOIN #x"_s});
 }
 
-void TestInput::partsWhateverIsOnShow()
+void TestInput::partsTheCurrentTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -336,27 +328,27 @@ void TestInput::partsWhateverIsOnShow()
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"bob"_s}));
 }
 
-void TestInput::joinsWithOneSign_data()
+void TestInput::addsTheChannelPrefix_data()
 {
-    QTest::addColumn<QString>("word");
+    QTest::addColumn<QString>("argument");
     QTest::addColumn<QString>("channel");
 
-    QTest::newRow("with") << u"#x"_s << u"#x"_s;
-    QTest::newRow("without") << u"x"_s << u"#x"_s;
-    QTest::newRow("with another") << u"&x"_s << u"#&x"_s;
-    QTest::newRow("with two") << u"##x"_s << u"##x"_s;
+    QTest::newRow("with prefix") << u"#x"_s << u"#x"_s;
+    QTest::newRow("without prefix") << u"x"_s << u"#x"_s;
+    QTest::newRow("with another prefix") << u"&x"_s << u"#&x"_s;
+    QTest::newRow("with two prefixes") << u"##x"_s << u"##x"_s;
 }
 
-void TestInput::joinsWithOneSign()
+void TestInput::addsTheChannelPrefix()
 {
-    QFETCH(const QString, word);
+    QFETCH(const QString, argument);
     QFETCH(const QString, channel);
 
     WindowSession session;
     QVERIFY(session.registerAs());
-    session.probe.typeLine(u"/join "_s + word);
+    session.probe.typeLine(u"/join "_s + argument);
     QCOMPARE(session.readSent(), QStringList{u"JOIN "_s + channel});
-    // No tab before the server has agreed.
+    // The tab opens when the server confirms the join.
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
 }
 
@@ -373,7 +365,7 @@ void TestInput::sendsMessages_data()
     add(u"/m bob hello"_s, u"bob"_s, u"hello"_s);
     add(u"/MSG Bob Hello"_s, u"Bob"_s, u"Hello"_s);
     add(u"/msg #b hello"_s, u"#b"_s, u"hello"_s);
-    add(u"/msg bob  two  blanks"_s, u"bob"_s, u" two  blanks"_s);
+    add(u"/msg bob  two  spaces"_s, u"bob"_s, u" two  spaces"_s);
     add(u"/msg  bob hello"_s, u"bob"_s, u"bob hello"_s);
     add(u"/ msg bob hello"_s, u"bob"_s, u"bob hello"_s);
     add(u"/msg %2 %1 %2"_s, u"%2"_s, u"%1 %2"_s);
@@ -398,7 +390,7 @@ void TestInput::sendsMessages()
     QCOMPARE(session.probe.currentTabName(), u"#a"_s);
 }
 
-void TestInput::goesOnInAnOpenConversation()
+void TestInput::continuesAnOpenConversation()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -411,7 +403,7 @@ void TestInput::goesOnInAnOpenConversation()
     QCOMPARE(session.probe.lastLine(u"Server"_s), u"to nobody"_s);
 }
 
-void TestInput::asksForANick()
+void TestInput::requestsANick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -422,7 +414,7 @@ void TestInput::asksForANick()
     QCOMPARE(session.readSent(), QStringList{u"NICK new"_s});
 }
 
-void TestInput::remembersWhereItAskedForWhois()
+void TestInput::remembersTheTabOfAWhois()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -467,7 +459,7 @@ void TestInput::listsOnlyWhenRegistered()
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
 }
 
-void TestInput::showsTheSearchOnTheList()
+void TestInput::showsTheSearchOnTheListTab()
 {
     WindowSession session;
     session.window.resize(800, 600);

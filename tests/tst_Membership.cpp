@@ -4,27 +4,12 @@
 #include "WindowSession.h"
 
 #include <QTest>
-#include <QTextTable>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 const QColor Grey(136, 136, 136);
-
-// Colour of the text in the tab's last row; invalid if it has the default one.
-QColor lastTextColor(const WindowSession &session, const QString &tab)
-{
-    const QTextTable *table = session.probe.tabs().value(tab).table;
-    if (table == nullptr)
-        return {};
-    QTextCursor cursor = table->cellAt(table->rows() - 1, 2).firstCursorPosition();
-    cursor.movePosition(QTextCursor::NextCharacter);
-    const QBrush brush = cursor.charFormat().foreground();
-    return brush.style() == Qt::NoBrush ? QColor() : brush.color();
-}
 
 } // namespace
 
@@ -33,56 +18,50 @@ class TestMembership final : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
 
-    void putsMessagesIntoTheirTab_data();
-    void putsMessagesIntoTheirTab();
+    void showsMessagesInTheirTab_data();
+    void showsMessagesInTheirTab();
     void comparesTheTargetExactly();
-    void tellsOfEvents_data();
-    void tellsOfEvents();
+    void showsEvents_data();
+    void showsEvents();
 
-    void opensTheTabOfTheFirstJoin();
-    void goesOnInTheOldTab();
-    void addsWhoJoins_data();
-    void addsWhoJoins();
-    void addsWhoJoinsOutOfSight();
-    void opensATabForAStrangersJoin();
+    void opensATabOnTheFirstJoin();
+    void reusesTheTabOnAnotherJoin();
+    void addsAJoiningUser_data();
+    void addsAJoiningUser();
+    void addsAJoiningUserToABackgroundChannel();
+    void opensATabOnAnotherUsersJoin();
     void listsJoinsInOrderOfArrival();
-    void losesRankWithAJoin();
-    void comesThroughANetSplit();
-    void tellsAPrivateTabOfAReturn();
-    void tellsNobodyOfItsOwnReturn();
+    void sortsByTextOnAJoin();
+    void handlesANetSplit();
+    void showsAReturnInThePrivateTab();
+    void showsNoReturnOfTheOwnNick();
 
-    void takesOutWhoParts_data();
-    void takesOutWhoParts();
-    void ignoresTheEchoOfAClosedTab();
-    void keepsTheTabAfterItsOwnPart();
-    void opensATabForAStrangersPart();
+    void removesAPartingUser_data();
+    void removesAPartingUser();
+    void ignoresTheOwnPartOfAClosedTab();
+    void keepsTheTabOnTheOwnPart();
+    void opensATabOnAnUnknownUsersPart();
 
-    void takesOutWhoQuitsEverywhere();
-    void bringsAClosedTabBackWithAQuit();
+    void removesAQuittingUserEverywhere();
+    void reopensAClosedTabOnAQuit();
 
-    void takesOutWhoIsKicked();
-    void losesTheChannelWhenKicked();
-    void keepsTheVisibleListWhenKickedElsewhere();
+    void removesAKickedUser();
+    void forgetsTheChannelWhenKicked();
+    void keepsTheVisibleListWhenKickedFromAnotherChannel();
     void fillsTheChannelAgainAfterAKick();
 
 private:
-    std::unique_ptr<TemporaryStore> store;
+    TemporaryStore store;
 };
-
-void TestMembership::initTestCase()
-{
-    store = std::make_unique<TemporaryStore>();
-}
 
 void TestMembership::init()
 {
-    store->clear();
+    store.clear();
 }
 
-void TestMembership::putsMessagesIntoTheirTab_data()
+void TestMembership::showsMessagesInTheirTab_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("tab");
@@ -98,7 +77,7 @@ void TestMembership::putsMessagesIntoTheirTab_data()
     add("placeholders", u":%2!u@h PRIVMSG #a :%1 %2"_s, u"#a"_s, u"%2|%1 %2"_s);
 }
 
-void TestMembership::putsMessagesIntoTheirTab()
+void TestMembership::showsMessagesInTheirTab()
 {
     QFETCH(const QString, line);
     QFETCH(const QString, tab);
@@ -109,12 +88,12 @@ void TestMembership::putsMessagesIntoTheirTab()
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     QVERIFY(session.receive(line));
     QCOMPARE(session.probe.lastLine(tab), shown);
-    QVERIFY(!lastTextColor(session, tab).isValid());
+    QVERIFY(!session.probe.lastTextColor(tab).isValid());
     QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s}));
 }
 
-// The session tells a private message with its sender as the target, so the user's own nick comes
-// only from elsewhere.
+// IRCConnection reports the sender as the target of a private message, so the test emits the own
+// nick.
 void TestMembership::comparesTheTargetExactly()
 {
     WindowSession session;
@@ -126,7 +105,7 @@ void TestMembership::comparesTheTargetExactly()
     QCOMPARE(session.probe.lines(u"ME"_s), QStringList{u"bob|two"_s});
 }
 
-void TestMembership::tellsOfEvents_data()
+void TestMembership::showsEvents_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("inChannel");
@@ -146,13 +125,14 @@ void TestMembership::tellsOfEvents_data()
     add("kick", u":alice!u@h KICK #a bob :be good"_s, u"bob|was kicked by alice (be good)"_s, {});
     add("kick without reason", u":alice!u@h KICK #a bob"_s, u"bob|was kicked by alice ()"_s, {});
     add("kick with placeholders", u":%2!u@h KICK #a bob :%1"_s, u"bob|was kicked by %2 (%1)"_s, {});
-    add("kick of a stranger", u":alice!u@h KICK #a eve :x"_s, u"eve|was kicked by alice (x)"_s, {});
+    add("kick of an unknown nick", u":alice!u@h KICK #a eve :x"_s, u"eve|was kicked by alice (x)"_s,
+        {});
     add("nick", u":bob!u@h NICK rob"_s, u"bob|is now known as rob"_s, u"bob|is now known as rob"_s);
     add("nick with placeholders", u":bob!u@h NICK %1"_s, u"bob|is now known as %1"_s,
         u"bob|is now known as %1"_s);
 }
 
-void TestMembership::tellsOfEvents()
+void TestMembership::showsEvents()
 {
     QFETCH(const QString, line);
     QFETCH(const QString, inChannel);
@@ -167,18 +147,18 @@ void TestMembership::tellsOfEvents()
     QVERIFY(session.receive(line));
 
     QCOMPARE(session.probe.lines(u"#a"_s), channelLines + QStringList{inChannel});
-    QCOMPARE(lastTextColor(session, u"#a"_s), Grey);
+    QCOMPARE(session.probe.lastTextColor(u"#a"_s), Grey);
     const QString privateTab = session.probe.tabTexts().at(2);
     QStringList privateLines{u"bob|hi"_s};
     if (!inPrivate.isEmpty())
         privateLines.append(inPrivate);
     QCOMPARE(session.probe.lines(privateTab), privateLines);
-    QCOMPARE(lastTextColor(session, privateTab), inPrivate.isEmpty() ? QColor() : Grey);
+    QCOMPARE(session.probe.lastTextColor(privateTab), inPrivate.isEmpty() ? QColor() : Grey);
     QCOMPARE(session.probe.lines(u"Server"_s), serverLines);
     QCOMPARE(session.probe.tabTexts().size(), 3);
 }
 
-void TestMembership::opensTheTabOfTheFirstJoin()
+void TestMembership::opensATabOnTheFirstJoin()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -191,7 +171,7 @@ void TestMembership::opensTheTabOfTheFirstJoin()
     QCOMPARE(session.probe.users(), QStringList());
 }
 
-void TestMembership::goesOnInTheOldTab()
+void TestMembership::reusesTheTabOnAnotherJoin()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -204,7 +184,7 @@ void TestMembership::goesOnInTheOldTab()
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"alice"_s, u"me"_s}));
 }
 
-void TestMembership::addsWhoJoins_data()
+void TestMembership::addsAJoiningUser_data()
 {
     QTest::addColumn<QString>("names");
     QTest::addColumn<QString>("nick");
@@ -220,14 +200,14 @@ void TestMembership::addsWhoJoins_data()
     add("known in another case", u"me BOB"_s, u"bob"_s, {u"BOB"_s, u"me"_s}, {u"BOB"_s, u"me"_s});
     add("known with a rank", u"me @bob"_s, u"bob"_s, {u"@bob"_s, u"bob"_s, u"me"_s},
         {u"@bob"_s, u"me"_s, u"bob"_s});
-    add("the user's nick in another case", u"me"_s, u"ME2"_s, {u"me"_s, u"ME2"_s},
+    add("a longer nick in another case", u"me"_s, u"ME2"_s, {u"me"_s, u"ME2"_s},
         {u"me"_s, u"ME2"_s});
     add("every rank", u"~e &d @c %b +a zz"_s, u"mm"_s,
         {u"%b"_s, u"&d"_s, u"+a"_s, u"@c"_s, u"mm"_s, u"zz"_s, u"~e"_s},
         {u"~e"_s, u"&d"_s, u"@c"_s, u"%b"_s, u"+a"_s, u"zz"_s, u"mm"_s});
 }
 
-void TestMembership::addsWhoJoins()
+void TestMembership::addsAJoiningUser()
 {
     QFETCH(const QString, names);
     QFETCH(const QString, nick);
@@ -243,7 +223,7 @@ void TestMembership::addsWhoJoins()
     QCOMPARE(session.probe.lastLine(u"#a"_s), QString(nick + u"|joined #a"_s));
 }
 
-void TestMembership::addsWhoJoinsOutOfSight()
+void TestMembership::addsAJoiningUserToABackgroundChannel()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -254,12 +234,12 @@ void TestMembership::addsWhoJoinsOutOfSight()
     QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"me"_s}));
     QCOMPARE(session.probe.channelUsers().value(u"#b"_s),
              (QStringList{u"bob"_s, u"me"_s, u"zoe"_s}));
-    // Only the exact nick is the user's own.
+    // The own nick is compared case-sensitively.
     QVERIFY(session.receive(u":ME!u@h JOIN #c"_s));
     QCOMPARE(session.probe.channelUsers().value(u"#c"_s), QStringList{u"ME"_s});
 }
 
-void TestMembership::opensATabForAStrangersJoin()
+void TestMembership::opensATabOnAnotherUsersJoin()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -283,7 +263,7 @@ void TestMembership::listsJoinsInOrderOfArrival()
     QCOMPARE(session.probe.users(), (QStringList{u"@op"_s, u"adam"_s, u"me"_s, u"zoe"_s}));
 }
 
-void TestMembership::losesRankWithAJoin()
+void TestMembership::sortsByTextOnAJoin()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -295,25 +275,25 @@ void TestMembership::losesRankWithAJoin()
              (QStringList{u"@op"_s, u"me"_s, u"zoe"_s, u"~owner"_s}));
 }
 
-void TestMembership::comesThroughANetSplit()
+void TestMembership::handlesANetSplit()
 {
     constexpr int Users = 5000;
     const auto nick = [](int number) { return u"u%1"_s.arg(number, 4, 10, QChar(u'0')); };
-    const auto isCutOff = [](int number) { return number % 5 == 0; };
+    const auto isSplit = [](int number) { return number % 5 == 0; };
     QStringList operators;
     QStringList others{u"me"_s};
     QStringList names = others;
     for (int number = 0; number < Users; ++number) {
         const QString entry = number % 3 == 0 ? QString(u'@' + nick(number)) : nick(number);
         names.append(entry);
-        if (!isCutOff(number))
+        if (!isSplit(number))
             (number % 3 == 0 ? operators : others).append(entry);
     }
     QStringList quits;
     QStringList joins;
     QStringList returning;
     for (int number = Users - 1; number >= 0; --number) {
-        if (!isCutOff(number))
+        if (!isSplit(number))
             continue;
         quits.append(u":%1!u@h QUIT :*.net *.split"_s.arg(nick(number)));
         joins.append(u":%1!u@h JOIN #a"_s.arg(nick(number)));
@@ -326,8 +306,7 @@ void TestMembership::comesThroughANetSplit()
     QVERIFY(session.receiveAll(quits));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), operators + others);
     QCOMPARE(session.probe.users(), operators + others);
-    // They come back without their ranks: at the end of the list on show, and in the order of their
-    // nicks in the channel's own.
+    // They return without ranks: at the end of the visible list, sorted by nick in the channel's.
     QVERIFY(session.receiveAll(joins));
     QCOMPARE(session.probe.users(), operators + others + returning);
     QStringList everybody = others + returning;
@@ -335,21 +314,21 @@ void TestMembership::comesThroughANetSplit()
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), operators + everybody);
 }
 
-void TestMembership::tellsAPrivateTabOfAReturn()
+void TestMembership::showsAReturnInThePrivateTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me @bob"_s));
     QVERIFY(session.receive(u":Bob!u@h PRIVMSG me :hi"_s));
-    // Known or not, in the tab's case or not, with each join.
+    // On each join, whether the nick was listed or not, and in any case.
     QVERIFY(session.receiveAll({u":BOB!u@h JOIN #a"_s, u":BOB!u@h JOIN #a"_s}));
     QCOMPARE(session.probe.lines(u"Bob"_s),
              (QStringList{u"Bob|hi"_s, u"Bob|is back online"_s, u"Bob|is back online"_s}));
-    QCOMPARE(lastTextColor(session, u"Bob"_s), Grey);
+    QCOMPARE(session.probe.lastTextColor(u"Bob"_s), Grey);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"Bob"_s}));
 }
 
-void TestMembership::tellsNobodyOfItsOwnReturn()
+void TestMembership::showsNoReturnOfTheOwnNick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -358,7 +337,7 @@ void TestMembership::tellsNobodyOfItsOwnReturn()
     QCOMPARE(session.probe.lines(u"me"_s), QStringList{u"me|hi"_s});
 }
 
-void TestMembership::takesOutWhoParts_data()
+void TestMembership::removesAPartingUser_data()
 {
     QTest::addColumn<QString>("nick");
     QTest::addColumn<QStringList>("model");
@@ -368,10 +347,11 @@ void TestMembership::takesOutWhoParts_data()
     QTest::newRow("with two ranks") << u"@c"_s << QStringList{u"@bob"_s, u"bob"_s, u"zoe"_s};
     QTest::newRow("in another case")
             << u"ZOE"_s << QStringList{u"@bob"_s, u"+@c"_s, u"bob"_s, u"zoe"_s};
-    QTest::newRow("a stranger") << u"eve"_s << QStringList{u"@bob"_s, u"+@c"_s, u"bob"_s, u"zoe"_s};
+    QTest::newRow("an unknown nick")
+            << u"eve"_s << QStringList{u"@bob"_s, u"+@c"_s, u"bob"_s, u"zoe"_s};
 }
 
-void TestMembership::takesOutWhoParts()
+void TestMembership::removesAPartingUser()
 {
     QFETCH(const QString, nick);
     QFETCH(const QStringList, model);
@@ -386,7 +366,7 @@ void TestMembership::takesOutWhoParts()
     QCOMPARE(session.probe.lastLine(u"#a"_s), QString(nick + u"|left #a ()"_s));
 }
 
-void TestMembership::ignoresTheEchoOfAClosedTab()
+void TestMembership::ignoresTheOwnPartOfAClosedTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -396,12 +376,12 @@ void TestMembership::ignoresTheEchoOfAClosedTab()
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"alice"_s, u"me"_s}));
     QCOMPARE(session.probe.lastLine(u"Server"_s), u"*** You left #a"_s);
-    // Only the user's exact nick is an echo.
+    // Another spelling of the nick is another user.
     QVERIFY(session.receive(u":ME!u@h PART #a"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
 }
 
-void TestMembership::keepsTheTabAfterItsOwnPart()
+void TestMembership::keepsTheTabOnTheOwnPart()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -413,7 +393,7 @@ void TestMembership::keepsTheTabAfterItsOwnPart()
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), QStringList{u"alice"_s});
 }
 
-void TestMembership::opensATabForAStrangersPart()
+void TestMembership::opensATabOnAnUnknownUsersPart()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -422,7 +402,7 @@ void TestMembership::opensATabForAStrangersPart()
     QVERIFY(!session.probe.channelUsers().contains(u"#new"_s));
 }
 
-void TestMembership::takesOutWhoQuitsEverywhere()
+void TestMembership::removesAQuittingUserEverywhere()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -448,7 +428,7 @@ void TestMembership::takesOutWhoQuitsEverywhere()
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"bob|quit (gone)"_s);
 }
 
-void TestMembership::bringsAClosedTabBackWithAQuit()
+void TestMembership::reopensAClosedTabOnAQuit()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -458,14 +438,14 @@ void TestMembership::bringsAClosedTabBackWithAQuit()
     session.probe.closeTab(1);
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
     QVERIFY(session.receive(u":bob!u@h QUIT :gone"_s));
-    // In the order of their names; the first one comes to the front.
+    // In name order; the first one becomes current.
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"#b"_s}));
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"bob|quit (gone)"_s});
     QCOMPARE(session.probe.lines(u"#b"_s), QStringList{u"bob|quit (gone)"_s});
     QCOMPARE(session.probe.users(), QStringList{u"me"_s});
 }
 
-void TestMembership::takesOutWhoIsKicked()
+void TestMembership::removesAKickedUser()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -481,13 +461,13 @@ void TestMembership::takesOutWhoIsKicked()
     QCOMPARE(session.probe.lines(u"#new"_s), QStringList{u"bob|was kicked by alice (x)"_s});
 }
 
-void TestMembership::losesTheChannelWhenKicked()
+void TestMembership::forgetsTheChannelWhenKicked()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"@me alice"_s));
     session.discardSent();
-    // Only the exact nick is the user's own.
+    // The own nick is compared case-sensitively.
     QVERIFY(session.receive(u":alice!u@h KICK #a ME :x"_s));
     QVERIFY(session.probe.channelUsers().contains(u"#a"_s));
     QVERIFY(session.receive(u":alice!u@h KICK #a me :out"_s));
@@ -499,7 +479,7 @@ void TestMembership::losesTheChannelWhenKicked()
     QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #a :hello?"_s});
 }
 
-void TestMembership::keepsTheVisibleListWhenKickedElsewhere()
+void TestMembership::keepsTheVisibleListWhenKickedFromAnotherChannel()
 {
     WindowSession session;
     QVERIFY(session.registerAs());

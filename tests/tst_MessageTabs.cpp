@@ -25,8 +25,8 @@ const QTextTable &tableOf(const MainWindowProbe &probe, const QString &tabName)
     return *probe.tabs().value(tabName).table;
 }
 
-// What may be left to scroll is the document's margin, which no cursor stands in.
-bool isAtTheEnd(const QTextBrowser &view)
+// The document's margin may be left to scroll: no cursor can be in it.
+bool isAtEnd(const QTextBrowser &view)
 {
     const int left = view.verticalScrollBar()->maximum() - view.verticalScrollBar()->value();
     return left <= qCeil(view.document()->documentMargin());
@@ -41,25 +41,25 @@ class TestMessageTabs final : public QObject
 private slots:
     void init();
 
-    void opensATabBehindTheShownOne();
-    void opensATabInFrontOfServer();
+    void opensATabInTheBackground();
+    void showsATabOpenedFromServer();
     void opensAChannelWithItsTopicWidgets();
     void opensAConversationWithItsPeer();
     void watchesAPeerOnce();
-    void watchesAPeerAgainOnlyIfItWasForgotten();
+    void watchesAPeerAgainOnlyIfForgotten();
     void watchesNobodyForOtherTabs();
-    void watchesWithoutAConnection();
-    void showsNoTopicBeforeTheTabWasShown();
+    void recordsAWatchWhileDisconnected();
+    void showsNoTopicUntilTheTabIsCurrent();
     void dropsLinesForATabWithoutAView();
-    void bringsAReaderBackToTheEnd();
-    void scrollsTabsThatAreNotShown();
-    void writesTheLinesOfAReadInTheirOrder();
-    void writesTheLinesOfTwoReadsInTheirOrder();
-    void writesALineThatIsCutInTwoReads();
+    void scrollsToTheEndOnANewLine();
+    void scrollsBackgroundTabs();
+    void writesTheLinesOfAReadInOrder();
+    void writesTheLinesOfTwoReadsInOrder();
+    void writesALineSplitAcrossTwoReads();
     void writesTheLinesOfAReadToTheirTabs();
-    void writesTheLinesOfAReadThroughARename();
+    void writesTheLinesOfAReadWithANickChange();
     void writesTheLinesOfAReadThatEndsTheSession();
-    void writesTheRowsOfAReadForAClosedTab();
+    void dropsTheRowsOfAReadForAClosedTab();
 
 private:
     TemporaryStore store;
@@ -70,7 +70,7 @@ void TestMessageTabs::init()
     store.clear();
 }
 
-void TestMessageTabs::opensATabBehindTheShownOne()
+void TestMessageTabs::opensATabInTheBackground()
 {
     WindowSession session;
     session.probe.appendMessageToTab(u"#a"_s, u"x"_s);
@@ -82,7 +82,7 @@ void TestMessageTabs::opensATabBehindTheShownOne()
     QVERIFY(session.probe.closeButton(3) != nullptr);
 }
 
-void TestMessageTabs::opensATabInFrontOfServer()
+void TestMessageTabs::showsATabOpenedFromServer()
 {
     WindowSession session;
     session.probe.appendMessageToTab(u"bob"_s, u"x"_s);
@@ -133,12 +133,12 @@ void TestMessageTabs::watchesAPeerOnce()
     QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
 }
 
-void TestMessageTabs::watchesAPeerAgainOnlyIfItWasForgotten()
+void TestMessageTabs::watchesAPeerAgainOnlyIfForgotten()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     QVERIFY(session.receive(u":Bob!u@h PRIVMSG me :one"_s));
-    // Closing forgets the nick. One that is watched still, for whatever reason, is not asked for.
+    // Closing forgets the nick. A nick that is still recorded is not watched again.
     session.probe.closeTab(1);
     session.probe.watchedNicks().insert(u"bob"_s);
     QVERIFY(session.receive(u":BOB!u@h PRIVMSG me :two"_s));
@@ -158,21 +158,21 @@ void TestMessageTabs::watchesNobodyForOtherTabs()
     QVERIFY(session.probe.watchedNicks().isEmpty());
 }
 
-void TestMessageTabs::watchesWithoutAConnection()
+void TestMessageTabs::recordsAWatchWhileDisconnected()
 {
     WindowSession session;
     session.probe.appendMessageToTab(u"Bob"_s, u"x"_s);
     QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
-    QVERIFY(session.probe.lines(Server).isEmpty()); // That nothing went out is no error.
+    QVERIFY(session.probe.lines(Server).isEmpty()); // No error, though nothing was sent.
 }
 
-void TestMessageTabs::showsNoTopicBeforeTheTabWasShown()
+void TestMessageTabs::showsNoTopicUntilTheTabIsCurrent()
 {
     WindowSession session;
     session.probe.appendMessageToTab(u"bob"_s, u"x"_s);
     session.probe.channelTopics().insert(u"#c"_s, u"topic"_s);
     session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
-    // The label is filled by name, and the name is known only once the tab stands.
+    // The label is found by the tab's record, which is added after the page.
     QCOMPARE(session.probe.tabs().value(u"#c"_s).topicLabel->text(), QString());
     session.probe.showTab(u"#c"_s);
     QCOMPARE(session.probe.tabs().value(u"#c"_s).topicLabel->text(), u"topic"_s);
@@ -192,22 +192,22 @@ void TestMessageTabs::dropsLinesForATabWithoutAView()
     QVERIFY(session.probe.lines(Server).isEmpty());
 }
 
-void TestMessageTabs::bringsAReaderBackToTheEnd()
+void TestMessageTabs::scrollsToTheEndOnANewLine()
 {
     WindowSession session;
     for (int number = 0; number < 60; ++number)
         session.probe.appendMessageToTab(u"#c"_s, QString::number(number), u"alice"_s);
     const QTextBrowser &view = *session.probe.tabs().value(u"#c"_s).chatView;
     QTRY_VERIFY_WITH_TIMEOUT(view.verticalScrollBar()->maximum() > 0, WaitTimeout);
-    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(isAtEnd(view), WaitTimeout);
     view.verticalScrollBar()->setValue(0);
-    QVERIFY(!isAtTheEnd(view));
+    QVERIFY(!isAtEnd(view));
     session.probe.appendMessageToTab(u"#c"_s, u"last"_s, u"alice"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(isAtEnd(view), WaitTimeout);
     QVERIFY(view.textCursor().atEnd());
 }
 
-void TestMessageTabs::scrollsTabsThatAreNotShown()
+void TestMessageTabs::scrollsBackgroundTabs()
 {
     WindowSession session;
     for (int number = 0; number < 60; ++number)
@@ -219,10 +219,10 @@ void TestMessageTabs::scrollsTabsThatAreNotShown()
     session.probe.appendMessageToTab(u"#c"_s, u"last"_s, u"alice"_s);
     QVERIFY(view.textCursor().atEnd());
     session.probe.showTab(u"#c"_s);
-    QTRY_VERIFY_WITH_TIMEOUT(isAtTheEnd(view), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(isAtEnd(view), WaitTimeout);
 }
 
-void TestMessageTabs::writesTheLinesOfAReadInTheirOrder()
+void TestMessageTabs::writesTheLinesOfAReadInOrder()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -237,11 +237,11 @@ void TestMessageTabs::writesTheLinesOfAReadInTheirOrder()
     QCOMPARE(tableOf(session.probe, u"#c"_s).rows(), 51);
 }
 
-void TestMessageTabs::writesTheLinesOfTwoReadsInTheirOrder()
+void TestMessageTabs::writesTheLinesOfTwoReadsInOrder()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
-    // The second read comes while the first is being handled: a slot runs the loop meanwhile.
+    // The second read arrives in a nested event loop of a slot that handles the first.
     bool nested = false;
     connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,
             [&](const QString &line) {
@@ -258,13 +258,13 @@ void TestMessageTabs::writesTheLinesOfTwoReadsInTheirOrder()
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"#d"_s), QStringList{u"b|x"_s}, WaitTimeout);
     QVERIFY(nested);
     QStringList lines = session.probe.lines(u"#c"_s);
-    // The loop within may come before or after the line that it was run for; nothing is lost, and
-    // nothing is written twice.
+    // The nested read may be written before or after the line whose slot ran the loop; no line is
+    // lost or written twice.
     lines.sort();
     QCOMPARE(lines, (QStringList{u"a|one"_s, u"a|three"_s, u"a|two"_s, u"b|four"_s}));
 }
 
-void TestMessageTabs::writesALineThatIsCutInTwoReads()
+void TestMessageTabs::writesALineSplitAcrossTwoReads()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -287,7 +287,7 @@ void TestMessageTabs::writesTheLinesOfAReadToTheirTabs()
     QCOMPARE(session.probe.lines(Server).last(), u"<< :irc.test NOTICE * :hello"_s);
 }
 
-void TestMessageTabs::writesTheLinesOfAReadThroughARename()
+void TestMessageTabs::writesTheLinesOfAReadWithANickChange()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -297,7 +297,7 @@ void TestMessageTabs::writesTheLinesOfAReadThroughARename()
                               WaitTimeout);
     QCOMPARE(session.probe.lines(u"b"_s),
              (QStringList{u"a|one"_s, u"a|is now known as b"_s, u"b|two"_s}));
-    // The conversation that lost its record keeps what was said in it.
+    // The page whose record was replaced keeps its lines.
     const auto *view = session.probe.tabWidget().widget(2)->findChild<QTextBrowser *>();
     QVERIFY(view->toPlainText().contains(u"other"_s));
 }
@@ -318,9 +318,9 @@ void TestMessageTabs::writesTheLinesOfAReadThatEndsTheSession()
     QCOMPARE(session.probe.lines(u"#c"_s), (QStringList{u"a|one"_s, u"a|two"_s, u"a|three"_s}));
 }
 
-void TestMessageTabs::writesTheRowsOfAReadForAClosedTab()
+void TestMessageTabs::dropsTheRowsOfAReadForAClosedTab()
 {
-    // A tab that is closed before the read has ended takes its lines with it.
+    // A tab that closes before the read ends loses its pending rows.
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     connect(&session.probe.connection(), &IRCConnection::rawMessageReceived, &session.window,

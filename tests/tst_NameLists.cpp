@@ -6,8 +6,6 @@
 #include <QListWidget>
 #include <QTest>
 
-#include <memory>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -25,7 +23,7 @@ bool looksAway(const QListWidgetItem *item)
            && item->foreground() == QBrush(AwayGrey, Qt::SolidPattern);
 }
 
-bool looksBack(const QListWidgetItem *item)
+bool looksPresent(const QListWidgetItem *item)
 {
     return item != nullptr && !item->font().italic()
            && item->foreground() == QBrush(QColor(), Qt::SolidPattern);
@@ -43,44 +41,38 @@ class TestNameLists final : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
 
-    void gathersNamesUntilTheirEnd();
+    void collectsNamesUntilTheirEnd();
     void ordersNamesByRank_data();
     void ordersNamesByRank();
-    void replacesWhatItKnew();
+    void replacesTheOldList();
     void emptiesTheListWithoutNames();
-    void keepsUnfinishedNamesThroughADisconnect();
-    void keepsNamesOutOfSight();
+    void keepsIncompleteNamesThroughADisconnect();
+    void storesNamesOfAChannelWithoutATab();
     void keepsTheStaleListAfterAReconnect();
 
     void showsTheTopic();
-    void keepsATopicForLater();
-    void ignoresLiveTopicsAndModes();
+    void keepsATopicUntilTheTabOpens();
+    void ignoresTopicAndModeMessages();
 
-    void dressesTheOwnEntry_data();
-    void dressesTheOwnEntry();
-    void dressesTheOwnEntryAgain();
-    void leavesJoinsPlain();
-    void dressesNobodyInAHiddenList();
-    void clearsTheListOnShowOnly();
+    void stylesTheOwnEntry_data();
+    void stylesTheOwnEntry();
+    void stylesTheOwnEntryAgain();
+    void leavesJoiningEntriesPlain();
+    void stylesNothingInAHiddenList();
+    void clearsOnlyTheCurrentChannelsList();
 
 private:
-    std::unique_ptr<TemporaryStore> store;
+    TemporaryStore store;
 };
-
-void TestNameLists::initTestCase()
-{
-    store = std::make_unique<TemporaryStore>();
-}
 
 void TestNameLists::init()
 {
-    store->clear();
+    store.clear();
 }
 
-void TestNameLists::gathersNamesUntilTheirEnd()
+void TestNameLists::collectsNamesUntilTheirEnd()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -106,13 +98,13 @@ void TestNameLists::ordersNamesByRank_data()
 
     QTest::newRow("all ranks") << u"f +e %d @c &b ~a"_s
                                << QStringList{u"~a"_s, u"&b"_s, u"@c"_s, u"%d"_s, u"+e"_s, u"f"_s};
-    QTest::newRow("cases mixed") << u"@Zoe @adam Bob alice Carl"_s
-                                 << QStringList{u"@adam"_s, u"@Zoe"_s, u"alice"_s, u"Bob"_s,
-                                                u"Carl"_s};
+    QTest::newRow("mixed case") << u"@Zoe @adam Bob alice Carl"_s
+                                << QStringList{u"@adam"_s, u"@Zoe"_s, u"alice"_s, u"Bob"_s,
+                                               u"Carl"_s};
     QTest::newRow("two ranks") << u"bob +@nick @op"_s
                                << QStringList{u"@op"_s, u"+@nick"_s, u"bob"_s};
-    QTest::newRow("other signs") << u"bob !odd *star"_s
-                                 << QStringList{u"!odd"_s, u"*star"_s, u"bob"_s};
+    QTest::newRow("other prefixes")
+            << u"bob !odd *star"_s << QStringList{u"!odd"_s, u"*star"_s, u"bob"_s};
 }
 
 void TestNameLists::ordersNamesByRank()
@@ -127,7 +119,7 @@ void TestNameLists::ordersNamesByRank()
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), order);
 }
 
-void TestNameLists::replacesWhatItKnew()
+void TestNameLists::replacesTheOldList()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -150,7 +142,7 @@ void TestNameLists::emptiesTheListWithoutNames()
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), QStringList());
 }
 
-void TestNameLists::keepsUnfinishedNamesThroughADisconnect()
+void TestNameLists::keepsIncompleteNamesThroughADisconnect()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -164,7 +156,7 @@ void TestNameLists::keepsUnfinishedNamesThroughADisconnect()
     QCOMPARE(session.probe.users(), (QStringList{u"me"_s, u"new"_s, u"old"_s}));
 }
 
-void TestNameLists::keepsNamesOutOfSight()
+void TestNameLists::storesNamesOfAChannelWithoutATab()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -206,7 +198,7 @@ void TestNameLists::showsTheTopic()
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"me|joined #a"_s});
 }
 
-void TestNameLists::keepsATopicForLater()
+void TestNameLists::keepsATopicUntilTheTabOpens()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -217,7 +209,7 @@ void TestNameLists::keepsATopicForLater()
     QVERIFY2(shown.contains(u"Early"_s), qUtf8Printable(shown));
 }
 
-void TestNameLists::ignoresLiveTopicsAndModes()
+void TestNameLists::ignoresTopicAndModeMessages()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -231,7 +223,7 @@ void TestNameLists::ignoresLiveTopicsAndModes()
     QCOMPARE(session.probe.lines(u"Server"_s), serverLines);
 }
 
-void TestNameLists::dressesTheOwnEntry_data()
+void TestNameLists::stylesTheOwnEntry_data()
 {
     QTest::addColumn<QString>("names");
     QTest::addColumn<QString>("own");
@@ -243,7 +235,7 @@ void TestNameLists::dressesTheOwnEntry_data()
     QTest::newRow("the first of two") << u"me @me"_s << u"@me"_s << u"me"_s;
 }
 
-void TestNameLists::dressesTheOwnEntry()
+void TestNameLists::stylesTheOwnEntry()
 {
     QFETCH(const QString, names);
     QFETCH(const QString, own);
@@ -252,17 +244,17 @@ void TestNameLists::dressesTheOwnEntry()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, names));
-    QVERIFY(looksBack(itemOf(session, own)));
+    QVERIFY(looksPresent(itemOf(session, own)));
     QVERIFY(looksPlain(itemOf(session, other)));
     session.probe.typeLine(u"/away lunch"_s);
     QVERIFY(looksAway(itemOf(session, own)));
     QVERIFY(looksPlain(itemOf(session, other)));
     session.probe.typeLine(u"/back"_s);
-    QVERIFY(looksBack(itemOf(session, own)));
+    QVERIFY(looksPresent(itemOf(session, own)));
     QVERIFY(looksPlain(itemOf(session, other)));
 }
 
-void TestNameLists::dressesTheOwnEntryAgain()
+void TestNameLists::stylesTheOwnEntryAgain()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -276,7 +268,7 @@ void TestNameLists::dressesTheOwnEntryAgain()
     QVERIFY(session.join(u"#a"_s, u"me alice"_s));
     QVERIFY(looksAway(itemOf(session, u"me"_s)));
 
-    // A rename makes a new entry, after the dressing that the new nick brings.
+    // The nick change styles the list first, and then replaces the entry.
     QVERIFY(session.receive(u":me!u@h NICK new"_s));
     QVERIFY(looksPlain(itemOf(session, u"new"_s)));
     session.probe.showTab(u"Server"_s);
@@ -284,10 +276,10 @@ void TestNameLists::dressesTheOwnEntryAgain()
     QVERIFY(looksAway(itemOf(session, u"new"_s)));
 
     session.probe.typeLine(u"/nick third"_s);
-    QVERIFY(looksBack(itemOf(session, u"new"_s)));
+    QVERIFY(looksPresent(itemOf(session, u"new"_s)));
 }
 
-void TestNameLists::leavesJoinsPlain()
+void TestNameLists::leavesJoiningEntriesPlain()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -295,12 +287,12 @@ void TestNameLists::leavesJoinsPlain()
     session.probe.typeLine(u"/away lunch"_s);
     QVERIFY(session.receive(u":Me!u@h JOIN #a"_s));
     QVERIFY(looksPlain(itemOf(session, u"Me"_s)));
-    // The new nick finds the entry that came with that join.
+    // The nick change styles the entry that the join added.
     QVERIFY(session.receive(u":me!u@h NICK ME"_s));
     QVERIFY(looksAway(itemOf(session, u"Me"_s)));
 }
 
-void TestNameLists::dressesNobodyInAHiddenList()
+void TestNameLists::stylesNothingInAHiddenList()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -313,7 +305,7 @@ void TestNameLists::dressesNobodyInAHiddenList()
     QVERIFY(looksAway(itemOf(session, u"me"_s)));
 }
 
-void TestNameLists::clearsTheListOnShowOnly()
+void TestNameLists::clearsOnlyTheCurrentChannelsList()
 {
     WindowSession session;
     QVERIFY(session.registerAs());

@@ -1,4 +1,4 @@
-// What comes to pass while a menu, a box, a prompt, a form or a choice waits for its user.
+// Interruptions while a menu or a dialog runs a nested event loop.
 
 #include "IRCConnection.h"
 #include "Interruptions.h"
@@ -14,17 +14,15 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Happening = bool (*)(WindowSession &session);
-
-const QList<std::pair<QString, Happening>> AllHappenings{
+const QList<std::pair<QString, Interruption>> AllInterruptions{
         {u"link"_s, Interruptions::dropLink},
         {u"flood"_s, Interruptions::flood},
         {u"lost channel"_s, Interruptions::loseChannel},
 };
 
-// The tests of these menus and dialogs look more closely at what comes of it, and no link is there
-// when joining is refused.
-bool isLeftOut(const QString &loop, const QString &happening)
+// The tests of these menus and dialogs cover these interruptions in more detail. A refusal to join
+// appears only while disconnected.
+bool isLeftOut(const QString &loop, const QString &interruption)
 {
     static const QMap<QString, QStringList> Left{
             {u"menu of a tab"_s, {u"link"_s}},
@@ -36,11 +34,11 @@ bool isLeftOut(const QString &loop, const QString &happening)
             {u"away prompt"_s, {u"link"_s, u"flood"_s}},
             {u"nick prompt"_s, {u"link"_s, u"flood"_s}},
     };
-    return Left.value(loop).contains(happening);
+    return Left.value(loop).contains(interruption);
 }
 
-// Whether the window takes in and shows what it is told, in a new session if the old one has ended.
-bool goesOn(WindowSession &session)
+// Whether the window still shows a received line. Reconnects first if it is disconnected.
+bool stillReceives(WindowSession &session)
 {
     if (!session.probe.connection().isConnected() && !session.registerAs())
         return false;
@@ -50,7 +48,7 @@ bool goesOn(WindowSession &session)
 
 } // namespace
 
-Q_DECLARE_METATYPE(Happening)
+Q_DECLARE_METATYPE(Interruption)
 Q_DECLARE_METATYPE(NestedLoop)
 
 class TestNestedLoops final : public QObject
@@ -60,9 +58,9 @@ class TestNestedLoops final : public QObject
 private slots:
     void init();
 
-    void goesOnAfterWhatHappened_data();
-    void goesOnAfterWhatHappened();
-    void goesOnWhenTheLinkComesUp();
+    void continuesAfterAnInterruption_data();
+    void continuesAfterAnInterruption();
+    void continuesWhenTheConnectionOpens();
     void hasATransientParent_data();
     void hasATransientParent();
 
@@ -75,29 +73,29 @@ void TestNestedLoops::init()
     store.clear();
 }
 
-void TestNestedLoops::goesOnAfterWhatHappened_data()
+void TestNestedLoops::continuesAfterAnInterruption_data()
 {
     QTest::addColumn<NestedLoop>("loop");
-    QTest::addColumn<Happening>("happening");
+    QTest::addColumn<Interruption>("interruption");
 
     for (const NestedLoop &loop : NestedLoop::all()) {
-        for (const auto &[name, happening] : AllHappenings) {
+        for (const auto &[name, interruption] : AllInterruptions) {
             if (!isLeftOut(QString::fromLatin1(loop.name), name))
-                QTest::addRow("%s, %s", loop.name, qPrintable(name)) << loop << happening;
+                QTest::addRow("%s, %s", loop.name, qPrintable(name)) << loop << interruption;
         }
     }
 }
 
-void TestNestedLoops::goesOnAfterWhatHappened()
+void TestNestedLoops::continuesAfterAnInterruption()
 {
     QFETCH(const NestedLoop, loop);
-    QFETCH(const Happening, happening);
+    QFETCH(const Interruption, interruption);
     NestedLoopFixture fixture;
     QVERIFY(fixture.joinChannels());
     bool happened = false;
     bool stayed = false;
     fixture.inside = [&](QWidget *shown) {
-        happened = happening(fixture.session);
+        happened = interruption(fixture.session);
         stayed = shown->isVisible();
         loop.answer(shown);
     };
@@ -108,10 +106,10 @@ void TestNestedLoops::goesOnAfterWhatHappened()
     QVERIFY(loop.isDone(fixture));
     QCOMPARE(QApplication::activeModalWidget(), nullptr);
     QCOMPARE(QApplication::activePopupWidget(), nullptr);
-    QVERIFY(goesOn(fixture.session));
+    QVERIFY(stillReceives(fixture.session));
 }
 
-void TestNestedLoops::goesOnWhenTheLinkComesUp()
+void TestNestedLoops::continuesWhenTheConnectionOpens()
 {
     NestedLoopFixture fixture;
     WindowSession &session = fixture.session;
@@ -125,7 +123,7 @@ void TestNestedLoops::goesOnWhenTheLinkComesUp()
     session.choose(u"&Join channel..."_s);
     QCOMPARE(fixture.answers.problems(), QStringList());
     QVERIFY(isUp);
-    QVERIFY(goesOn(session));
+    QVERIFY(stillReceives(session));
 }
 
 void TestNestedLoops::hasATransientParent_data()

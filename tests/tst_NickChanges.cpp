@@ -6,8 +6,6 @@
 #include <QListWidget>
 #include <QTest>
 
-#include <memory>
-
 using namespace Qt::StringLiterals;
 
 class TestNickChanges final : public QObject
@@ -15,39 +13,33 @@ class TestNickChanges final : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
 
     void renamesEntries_data();
     void renamesEntries();
-    void renamesEntriesOutOfSight();
-    void bringsAClosedTabBack();
+    void renamesEntriesOfBackgroundChannels();
+    void reopensAClosedTab();
 
     void renamesThePrivateTab();
-    void renamesThePrivateTabOnShow();
-    void renamesWhatIsOnShowInAnyCase();
+    void renamesTheCurrentPrivateTab();
+    void changesTheCurrentNameInAnyCase();
     void findsThePrivateTabInAnyCase();
     void renamesOnePrivateTabOnly();
-    void keepsWhatIsWatchedAndDrafted();
-    void overwritesTheTabOfTheNewNick();
+    void keepsTheWatchAndTheDraft();
+    void replacesTheRecordOfTheNewNick();
     void leavesChannelsAlone();
     void renamesThePrivateTabOfTheOldNickOnly();
 
-    void followsTheUsersOwnNick();
+    void followsTheOwnNick();
     void triesAnotherNickAtRegistration();
 
 private:
-    std::unique_ptr<TemporaryStore> store;
+    TemporaryStore store;
 };
-
-void TestNickChanges::initTestCase()
-{
-    store = std::make_unique<TemporaryStore>();
-}
 
 void TestNickChanges::init()
 {
-    store->clear();
+    store.clear();
 }
 
 void TestNickChanges::renamesEntries_data()
@@ -69,7 +61,7 @@ void TestNickChanges::renamesEntries_data()
         {u"bob"_s, u"+new"_s});
     add("the bare entry before a ranked one", u"@bob bob"_s, u"bob"_s, {u"@bob"_s, u"new"_s},
         {u"@bob"_s, u"new"_s});
-    add("a nick that looks ranked", u"@bob zoe"_s, u"@bob"_s, {u"new"_s, u"zoe"_s},
+    add("a nick that starts with a rank", u"@bob zoe"_s, u"@bob"_s, {u"new"_s, u"zoe"_s},
         {u"zoe"_s, u"new"_s});
 }
 
@@ -83,7 +75,7 @@ void TestNickChanges::renamesEntries()
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, names));
-    // Nobody there has that nick in this case.
+    // No entry has that nick in upper case.
     QVERIFY(session.receive(u":%1!u@h NICK new"_s.arg(oldNick.toUpper())));
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"me|joined #a"_s});
 
@@ -94,7 +86,7 @@ void TestNickChanges::renamesEntries()
              (QStringList{u"me|joined #a"_s, QString(oldNick + u"|is now known as new"_s)}));
 }
 
-void TestNickChanges::renamesEntriesOutOfSight()
+void TestNickChanges::renamesEntriesOfBackgroundChannels()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -112,7 +104,7 @@ void TestNickChanges::renamesEntriesOutOfSight()
     QCOMPARE(session.probe.lastLine(u"#c"_s), u"bob|is now known as rob"_s);
 }
 
-void TestNickChanges::bringsAClosedTabBack()
+void TestNickChanges::reopensAClosedTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -121,7 +113,8 @@ void TestNickChanges::bringsAClosedTabBack()
     QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"bob|is now known as rob"_s});
-    // The tab came with the new entry in its list, and the rename adds one; the next look is right.
+    // The reopened tab lists the new nick already, and the nick change adds it again. The next tab
+    // change corrects it.
     QCOMPARE(session.probe.users(), (QStringList{u"rob"_s, u"me"_s, u"rob"_s}));
     session.probe.showTab(u"Server"_s);
     session.probe.showTab(u"#a"_s);
@@ -154,7 +147,7 @@ void TestNickChanges::renamesThePrivateTab()
     QCOMPARE(session.probe.tabTexts().size(), 3);
 }
 
-void TestNickChanges::renamesThePrivateTabOnShow()
+void TestNickChanges::renamesTheCurrentPrivateTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -168,8 +161,8 @@ void TestNickChanges::renamesThePrivateTabOnShow()
     QCOMPARE(session.probe.lastLine(u"rob"_s), u"me|hello"_s);
 }
 
-// With two conversations that differ in case alone, the one on show takes the other's new name.
-void TestNickChanges::renamesWhatIsOnShowInAnyCase()
+// With two tabs that differ only in case, currentTabName becomes the other tab's new name.
+void TestNickChanges::changesTheCurrentNameInAnyCase()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -190,7 +183,7 @@ void TestNickChanges::findsThePrivateTabInAnyCase()
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"rob"_s}));
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"Bob"_s, u"me"_s}));
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|joined #a"_s);
-    // Nothing but the case may change as well.
+    // A change of case alone counts as well.
     QVERIFY(session.receive(u":rob!u@h NICK ROB"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"ROB"_s}));
     QCOMPARE(session.probe.lastLine(u"ROB"_s), u"rob|is now known as ROB"_s);
@@ -203,14 +196,14 @@ void TestNickChanges::renamesOnePrivateTabOnly()
     QVERIFY(session.join(u"#a"_s, u"me"_s));
     QVERIFY(session.receiveAll({u":bob!u@h PRIVMSG me :small"_s, u":Bob!u@h PRIVMSG me :big"_s}));
     QVERIFY(session.receive(u":bob!u@h NICK rob"_s));
-    // Capitals come first in the order of the names.
+    // Upper case sorts first, so "Bob" is renamed.
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"bob"_s, u"rob"_s}));
     QCOMPARE(session.probe.lines(u"rob"_s),
              (QStringList{u"Bob|big"_s, u"bob|is now known as rob"_s}));
     QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"bob|small"_s});
 }
 
-void TestNickChanges::keepsWhatIsWatchedAndDrafted()
+void TestNickChanges::keepsTheWatchAndTheDraft()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -226,7 +219,7 @@ void TestNickChanges::keepsWhatIsWatchedAndDrafted()
     QCOMPARE(session.probe.inputLine().text(), QString());
 }
 
-void TestNickChanges::overwritesTheTabOfTheNewNick()
+void TestNickChanges::replacesTheRecordOfTheNewNick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -242,7 +235,7 @@ void TestNickChanges::overwritesTheTabOfTheNewNick()
     QCOMPARE(session.probe.lines(u"rob"_s),
              (QStringList{u"bob|second"_s, u"bob|is now known as rob"_s}));
 
-    // Both can still be looked at and closed, and the nick opens a new tab then.
+    // Both can still be shown and closed. Then the nick opens a new tab.
     session.probe.tabWidget().setCurrentIndex(2);
     QCOMPARE(session.probe.currentTabName(), u"rob"_s);
     session.probe.closeTab(3);
@@ -259,7 +252,7 @@ void TestNickChanges::leavesChannelsAlone()
     QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
     QVERIFY(session.receive(u":bob!u@h NICK #odd"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#odd"_s}));
-    // Under such a name the tab counts as a channel's.
+    // With such a name, the tab counts as a channel's.
     QVERIFY(session.receive(u":#odd!u@h NICK bob"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#odd"_s}));
     QCOMPARE(session.probe.lastLine(u"#odd"_s), u"bob|is now known as #odd"_s);
@@ -276,7 +269,7 @@ void TestNickChanges::renamesThePrivateTabOfTheOldNickOnly()
     QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"bob|hi"_s});
 }
 
-void TestNickChanges::followsTheUsersOwnNick()
+void TestNickChanges::followsTheOwnNick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -289,7 +282,7 @@ void TestNickChanges::followsTheUsersOwnNick()
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"@new"_s, u"alice"_s}));
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|is now known as new"_s);
 
-    // Another's change leaves alone what the user has asked for.
+    // Another user's nick change keeps the requested nick.
     session.probe.pendingNick() = u"wanted"_s;
     QVERIFY(session.receive(u":alice!u@h NICK ally"_s));
     QCOMPARE(session.probe.pendingNick(), u"wanted"_s);

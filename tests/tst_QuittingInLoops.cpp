@@ -1,4 +1,4 @@
-// The ways to end the program while a menu, a box, a prompt, a form or a choice waits for its user.
+// Ends the program while a menu or a dialog runs a nested event loop.
 
 #include "Child.h"
 #include "NestedLoops.h"
@@ -16,12 +16,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// With this argument and the name of a loop the program is one that quits inside the loop.
+// With this argument and the name of a loop, this program quits inside the loop.
 constexpr QLatin1StringView QuitInside = "--quit-inside"_L1;
 
 using Ending = void (*)(NestedLoopFixture &fixture);
 
-// The tray's menu does the same.
+// The entry of the tray menu does the same.
 void quitByMenu(NestedLoopFixture &fixture)
 {
     std::puts("Inside");
@@ -32,12 +32,12 @@ void quitByMenu(NestedLoopFixture &fixture)
 void closeWindow(NestedLoopFixture &fixture)
 {
     fixture.session.window.close();
-    // That the last window has gone is a word to quit, which is posted.
+    // The end of the last window posts a quit event.
     QCoreApplication::sendPostedEvents();
 }
 
-// As when a desktop's session ends: first the windows are closed, so that each may refuse, and then
-// the program is told to go.
+// Like the end of a desktop session: the windows are closed, which each may refuse, and then the
+// program quits.
 void endSession(NestedLoopFixture &)
 {
     QApplication::closeAllWindows();
@@ -45,8 +45,8 @@ void endSession(NestedLoopFixture &)
     QCoreApplication::sendEvent(qApp, &event);
 }
 
-// Runs the event loop as the program's start does, and the ending inside the nested loop; -1 if
-// nothing ends it.
+// Opens the nested loop from the main event loop and calls `ending` in it. Returns the exit code,
+// or -1 if the loops do not end.
 int run(NestedLoopFixture &fixture, const NestedLoop &loop, Ending ending)
 {
     bool isOver = false;
@@ -55,9 +55,9 @@ int run(NestedLoopFixture &fixture, const NestedLoop &loop, Ending ending)
         loop.open(fixture);
         isOver = true;
     });
-    QTimer patience;
-    patience.callOnTimeout([] { QCoreApplication::exit(-1); });
-    patience.start(WaitTimeout);
+    QTimer timeout;
+    timeout.callOnTimeout([] { QCoreApplication::exit(-1); });
+    timeout.start(WaitTimeout);
     const int status = QApplication::exec();
     return isOver ? status : -1;
 }
@@ -127,8 +127,8 @@ void TestQuittingInLoops::endsTheLoops_data()
     QTest::addColumn<NestedLoop>("loop");
     QTest::addColumn<Ending>("ending");
     for (const NestedLoop &loop : NestedLoop::all()) {
-        QTest::addRow("%s, window", loop.name) << loop << Ending(closeWindow);
-        QTest::addRow("%s, session", loop.name) << loop << Ending(endSession);
+        QTest::addRow("%s, window closed", loop.name) << loop << Ending(closeWindow);
+        QTest::addRow("%s, desktop session ended", loop.name) << loop << Ending(endSession);
     }
 }
 

@@ -13,11 +13,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString Green = u"QStatusBar { background-color: #d4edda; }"_s;
-const QString Red = u"QStatusBar { background-color: #f8d7da; }"_s;
+constexpr auto ConnectedSheet = MainWindowProbe::ConnectedSheet;
+constexpr auto DisconnectedSheet = MainWindowProbe::DisconnectedSheet;
 
-// Whether somebody waits for a single shot of one second: Qt keeps those with its event loop.
-bool waitsForASecond()
+// Whether a one-second single shot is pending. Qt makes those children of the event dispatcher.
+bool isReconnectPending()
 {
     QAbstractEventDispatcher *dispatcher = QAbstractEventDispatcher::instance();
     const QObjectList shots = dispatcher->children();
@@ -31,8 +31,7 @@ bool waitsForASecond()
     return false;
 }
 
-// A server on the port that a reconnect dials, on one of the loopback's addresses where that port
-// is free.
+// Listens on the port that a reconnect uses, at the first loopback address where it is free.
 std::unique_ptr<ScriptedServer> listenOnStandardPort(QHostAddress &address)
 {
     const quint32 first = QHostAddress(QHostAddress::LocalHost).toIPv4Address();
@@ -52,30 +51,24 @@ class TestReconnection final : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
 
     void replacesALiveSession();
-    void staysDownWhenTheServerGoes_data();
-    void staysDownWhenTheServerGoes();
+    void staysDisconnectedWhenTheServerCloses_data();
+    void staysDisconnectedWhenTheServerCloses();
     void doesNotReconnectALostSession();
     void reconnectsToTheStandardPort();
-    void reconnectsWithTheRecordsTls();
-    void goesInSilenceWithALiveSession();
-    void mayGoBeforeItReconnects();
+    void reconnectsWithTheTlsOfTheRecord();
+    void emitsNothingWhenDestroyedWhileConnected();
+    void canBeDestroyedBeforeItReconnects();
 
 private:
-    std::unique_ptr<TemporaryStore> store;
+    TemporaryStore store;
 };
-
-void TestReconnection::initTestCase()
-{
-    store = std::make_unique<TemporaryStore>();
-}
 
 void TestReconnection::init()
 {
-    store->clear();
+    store.clear();
 }
 
 void TestReconnection::replacesALiveSession()
@@ -92,7 +85,7 @@ void TestReconnection::replacesALiveSession()
     QCOMPARE(session.probe.lines(u"Server"_s).mid(before),
              (QStringList{u"*** Disconnected."_s, u"*** Connected to server."_s,
                           u"Connected and registered."_s}));
-    QCOMPARE(session.window.statusBar()->styleSheet(), Green);
+    QCOMPARE(session.window.statusBar()->styleSheet(), ConnectedSheet);
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as again"_s);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
 
@@ -103,32 +96,33 @@ void TestReconnection::replacesALiveSession()
     QVERIFY(session.server.isConnected());
 }
 
-void TestReconnection::staysDownWhenTheServerGoes_data()
+void TestReconnection::staysDisconnectedWhenTheServerCloses_data()
 {
-    QTest::addColumn<bool>("cut");
+    QTest::addColumn<bool>("isReset");
 
-    QTest::newRow("closes the link") << false;
-    QTest::newRow("resets the link") << true;
+    QTest::newRow("closes the connection") << false;
+    QTest::newRow("resets the connection") << true;
 }
 
-void TestReconnection::staysDownWhenTheServerGoes()
+void TestReconnection::staysDisconnectedWhenTheServerCloses()
 {
-    QFETCH(const bool, cut);
+    QFETCH(const bool, isReset);
 
     WindowSession session;
     QVERIFY(session.registerAs());
     const qsizetype before = session.probe.lines(u"Server"_s).size();
-    if (cut)
+    if (isReset)
         session.server.abort();
     else
         session.server.close();
-    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, WaitTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), DisconnectedSheet,
+                              WaitTimeout);
     const QStringList lines = session.probe.lines(u"Server"_s).mid(before);
     QCOMPARE(lines.size(), 2);
     QVERIFY2(lines.at(0).startsWith(u"*** Error: "_s), qUtf8Printable(lines.at(0)));
     QCOMPARE(lines.at(1), u"*** Disconnected."_s);
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Disconnected"_s);
-    QVERIFY(!waitsForASecond());
+    QVERIFY(!isReconnectPending());
     QCOMPARE(session.server.clientCount(), 1);
 }
 
@@ -136,14 +130,15 @@ void TestReconnection::doesNotReconnectALostSession()
 {
     WindowSession session;
     session.choose(u"&Reconnect"_s);
-    QVERIFY(!waitsForASecond());
+    QVERIFY(!isReconnectPending());
 
     QVERIFY(session.registerAs());
     session.server.close();
-    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, WaitTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), DisconnectedSheet,
+                              WaitTimeout);
     const QStringList lines = session.probe.lines(u"Server"_s);
     session.choose(u"&Reconnect"_s);
-    QVERIFY(!waitsForASecond());
+    QVERIFY(!isReconnectPending());
     QCOMPARE(session.probe.lines(u"Server"_s), lines);
 }
 
@@ -165,8 +160,8 @@ void TestReconnection::reconnectsToTheStandardPort()
     QVERIFY(first.waitForLine(u"USER me 0 * :My Self"_s));
 
     session.choose(u"&Reconnect"_s);
-    QVERIFY(waitsForASecond());
-    // The record counts as it is when the second is over.
+    QVERIFY(isReconnectPending());
+    // The record is read after the delay.
     config.realName = u"Her Self"_s;
     connection.setServerConfig(config);
     QVERIFY(first.waitForLine(u"QUIT :Velmora leaving"_s));
@@ -182,7 +177,7 @@ void TestReconnection::reconnectsToTheStandardPort()
     QVERIFY(standard->waitForLine(u"JOIN #a"_s));
 }
 
-void TestReconnection::reconnectsWithTheRecordsTls()
+void TestReconnection::reconnectsWithTheTlsOfTheRecord()
 {
     QHostAddress address;
     const auto standard = listenOnStandardPort(address);
@@ -204,10 +199,10 @@ void TestReconnection::reconnectsWithTheRecordsTls()
     QTRY_VERIFY_WITH_TIMEOUT(standard->received().startsWith('\x16'), WaitTimeout);
 }
 
-void TestReconnection::goesInSilenceWithALiveSession()
+void TestReconnection::emitsNothingWhenDestroyedWhileConnected()
 {
     ScriptedServer server;
-    int told = 0;
+    int emitted = 0;
     {
         MainWindow window;
         window.show();
@@ -221,26 +216,26 @@ void TestReconnection::goesInSilenceWithALiveSession()
         QVERIFY(server.waitForLine(u"NAMES #a"_s));
         QTRY_COMPARE_WITH_TIMEOUT(probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s, u"alice"_s}),
                                   WaitTimeout);
-        connect(&connection, &IRCConnection::disconnected, this, [&] { ++told; });
-        connect(&connection, &IRCConnection::errorOccurred, this, [&] { ++told; });
-        connect(&connection, &IRCConnection::rawMessageReceived, this, [&] { ++told; });
-        // On its way when the window goes.
+        connect(&connection, &IRCConnection::disconnected, this, [&] { ++emitted; });
+        connect(&connection, &IRCConnection::errorOccurred, this, [&] { ++emitted; });
+        connect(&connection, &IRCConnection::rawMessageReceived, this, [&] { ++emitted; });
+        // In transit when the window is destroyed.
         server.send(u":alice!u@h PRIVMSG me :too late"_s);
     }
     QVERIFY(server.waitForEnd());
     QCOMPARE(server.lines().last(), u"QUIT :Velmora leaving"_s);
-    QCOMPARE(told, 0);
+    QCOMPARE(emitted, 0);
 }
 
-void TestReconnection::mayGoBeforeItReconnects()
+void TestReconnection::canBeDestroyedBeforeItReconnects()
 {
     {
         WindowSession session;
         QVERIFY(session.registerAs());
         session.choose(u"&Reconnect"_s);
-        QVERIFY(waitsForASecond());
+        QVERIFY(isReconnectPending());
     }
-    QTRY_VERIFY_WITH_TIMEOUT(!waitsForASecond(), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(!isReconnectPending(), WaitTimeout);
 }
 
 QTEST_MAIN(TestReconnection)

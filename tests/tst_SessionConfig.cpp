@@ -1,15 +1,12 @@
 #include "ConnectDialog.h"
 #include "IRCConnection.h"
+#include "Interruptions.h"
 #include "TemporaryStore.h"
-#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QFile>
 #include <QSettings>
 #include <QTest>
-
-#include <algorithm>
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -29,7 +26,7 @@ ServerConfig sampleConfig()
     return config;
 }
 
-// Key and value of all that is stored for a server.
+// All keys and values that are stored for a server.
 QMap<QString, QVariant> storedGroup(const QString &id)
 {
     QMap<QString, QVariant> values;
@@ -72,44 +69,38 @@ class TestSessionConfig final : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
 
     void savesTheRecord();
     void savesNothingWithoutAServer();
-    void savesTheAddressOfPlainIdsOnly_data();
-    void savesTheAddressOfPlainIdsOnly();
+    void savesTheAddressOfUnambiguousIdsOnly_data();
+    void savesTheAddressOfUnambiguousIdsOnly();
     void writesAReadableFile();
 
     void loadsTheRecord();
-    void keepsWhatIsNotStored();
+    void keepsValuesThatAreNotStored();
     void loadsNothingWithoutAServer();
 
-    void savesTheDialogsChoice();
-    void savesBeforeAnotherChoice();
-    void savesNothingBeforeAChoice_data();
-    void savesNothingBeforeAChoice();
-    void savesTheRecordWhenLeaving_data();
-    void savesTheRecordWhenLeaving();
+    void savesAnAcceptedDialog();
+    void savesWhenTheDialogOpens();
+    void savesNothingWhenTheDialogOpens_data();
+    void savesNothingWhenTheDialogOpens();
+    void savesTheRecordOnDisconnect_data();
+    void savesTheRecordOnDisconnect();
     void savesNothingAtExit();
 
     void togglesAChannel_data();
     void togglesAChannel();
-    void takesOutEveryOccurrence();
+    void removesEveryOccurrence();
     void togglesWithoutAServer();
 
 private:
-    std::unique_ptr<TemporaryStore> store;
+    TemporaryStore store;
 };
-
-void TestSessionConfig::initTestCase()
-{
-    store = std::make_unique<TemporaryStore>();
-}
 
 void TestSessionConfig::init()
 {
-    store->clear();
+    store.clear();
 }
 
 void TestSessionConfig::savesTheRecord()
@@ -133,24 +124,24 @@ void TestSessionConfig::savesNothingWithoutAServer()
     QCOMPARE(QSettings().allKeys(), keys);
 }
 
-void TestSessionConfig::savesTheAddressOfPlainIdsOnly_data()
+void TestSessionConfig::savesTheAddressOfUnambiguousIdsOnly_data()
 {
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("before");
     QTest::addColumn<QVariant>("after");
 
-    QTest::newRow("plain") << u"host_1"_s << u""_s << QVariant(u"host:1"_s);
-    QTest::newRow("plain, with another stored")
+    QTest::newRow("host and port") << u"host_1"_s << u""_s << QVariant(u"host:1"_s);
+    QTest::newRow("host and port, with another stored")
             << u"host_1"_s << u"old:1"_s << QVariant(u"host:1"_s);
     QTest::newRow("an underscore in the host") << u"my_host_1"_s << u""_s << QVariant();
     QTest::newRow("the same, with one stored")
             << u"my_host_1"_s << u"my_host:1"_s << QVariant(u"my_host:1"_s);
     QTest::newRow("an empty host") << u"_1"_s << u""_s << QVariant(u":1"_s);
     QTest::newRow("no underscore") << u"host"_s << u""_s << QVariant();
-    QTest::newRow("two side by side") << u"host__1"_s << u""_s << QVariant();
+    QTest::newRow("two underscores side by side") << u"host__1"_s << u""_s << QVariant();
 }
 
-void TestSessionConfig::savesTheAddressOfPlainIdsOnly()
+void TestSessionConfig::savesTheAddressOfUnambiguousIdsOnly()
 {
     QFETCH(const QString, id);
     QFETCH(const QString, before);
@@ -176,7 +167,7 @@ void TestSessionConfig::writesAReadableFile()
     session.probe.connection().setServerConfig(config);
     session.probe.currentServerId() = u"irc.test_6697"_s;
     session.probe.saveCurrentServerConfig();
-    const QByteArray content = contentOf(store->fileName());
+    const QByteArray content = contentOf(store.fileName());
     const QList<QByteArray> lines = content.split('\n');
     for (const QByteArray &line :
          {"[servers]"_ba, "irc.test_6697\\nickname=nick"_ba, "irc.test_6697\\altnick=other"_ba,
@@ -210,7 +201,7 @@ void TestSessionConfig::loadsTheRecord()
     QCOMPARE(session.probe.autojoinChannels(), (QStringList{u"#b"_s, u"#a"_s}));
 }
 
-void TestSessionConfig::keepsWhatIsNotStored()
+void TestSessionConfig::keepsValuesThatAreNotStored()
 {
     const WindowSession session;
     session.probe.connection().setServerConfig(sampleConfig());
@@ -241,7 +232,7 @@ void TestSessionConfig::loadsNothingWithoutAServer()
     QCOMPARE(session.probe.autojoinChannels(), QStringList{u"#kept"_s});
 }
 
-void TestSessionConfig::savesTheDialogsChoice()
+void TestSessionConfig::savesAnAcceptedDialog()
 {
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s, u"#b a"_s));
@@ -258,7 +249,7 @@ void TestSessionConfig::savesTheDialogsChoice()
     QCOMPARE(group.value(u"address"_s).toString(), QString(u"127.0.0.1:"_s + port));
 }
 
-void TestSessionConfig::savesBeforeAnotherChoice()
+void TestSessionConfig::savesWhenTheDialogOpens()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -269,7 +260,7 @@ void TestSessionConfig::savesBeforeAnotherChoice()
     QCOMPARE(storedAutojoin(id), QStringList{u"#now"_s});
 }
 
-void TestSessionConfig::savesNothingBeforeAChoice_data()
+void TestSessionConfig::savesNothingWhenTheDialogOpens_data()
 {
     QTest::addColumn<bool>("connected");
 
@@ -277,7 +268,7 @@ void TestSessionConfig::savesNothingBeforeAChoice_data()
     QTest::newRow("no server") << true;
 }
 
-void TestSessionConfig::savesNothingBeforeAChoice()
+void TestSessionConfig::savesNothingWhenTheDialogOpens()
 {
     QFETCH(const bool, connected);
 
@@ -287,8 +278,7 @@ void TestSessionConfig::savesNothingBeforeAChoice()
     if (connected) {
         session.probe.currentServerId().clear();
     } else {
-        session.server.close();
-        QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
+        QVERIFY(Interruptions::dropLink(session));
     }
     session.probe.autojoinChannels() = QStringList{u"#now"_s};
     session.choose(u"&Connect..."_s);
@@ -296,18 +286,18 @@ void TestSessionConfig::savesNothingBeforeAChoice()
     QCOMPARE(storedAutojoin(id), QStringList());
 }
 
-void TestSessionConfig::savesTheRecordWhenLeaving_data()
+void TestSessionConfig::savesTheRecordOnDisconnect_data()
 {
     QTest::addColumn<QString>("entry");
     QTest::addColumn<bool>("connected");
 
     QTest::newRow("disconnect") << u"&Disconnect"_s << true;
     QTest::newRow("reconnect") << u"&Reconnect"_s << true;
-    QTest::newRow("disconnect without a session") << u"&Disconnect"_s << false;
-    QTest::newRow("reconnect without a session") << u"&Reconnect"_s << false;
+    QTest::newRow("disconnect while disconnected") << u"&Disconnect"_s << false;
+    QTest::newRow("reconnect while disconnected") << u"&Reconnect"_s << false;
 }
 
-void TestSessionConfig::savesTheRecordWhenLeaving()
+void TestSessionConfig::savesTheRecordOnDisconnect()
 {
     QFETCH(const QString, entry);
     QFETCH(const bool, connected);
@@ -316,8 +306,7 @@ void TestSessionConfig::savesTheRecordWhenLeaving()
     QVERIFY(session.registerAs());
     const QString id = session.probe.currentServerId();
     if (!connected) {
-        session.server.close();
-        QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
+        QVERIFY(Interruptions::dropLink(session));
     }
     session.probe.connection().setServerConfig(sampleConfig());
     session.probe.autojoinChannels() = QStringList{u"#not in the record"_s};
@@ -352,15 +341,15 @@ void TestSessionConfig::togglesAChannel_data()
         QTest::newRow(name) << channel << enable << list << line;
     };
     add("on", u"#c"_s, true, {u"#b"_s, u"#a"_s, u"#c"_s}, u"*** Added #c to autojoin list"_s);
-    add("on, without a sign", u"c"_s, true, {u"#b"_s, u"#a"_s, u"#c"_s},
+    add("on, without a prefix", u"c"_s, true, {u"#b"_s, u"#a"_s, u"#c"_s},
         u"*** Added #c to autojoin list"_s);
-    add("on, with another sign", u"&c"_s, true, {u"#b"_s, u"#a"_s, u"#&c"_s},
+    add("on, with another prefix", u"&c"_s, true, {u"#b"_s, u"#a"_s, u"#&c"_s},
         u"*** Added #&c to autojoin list"_s);
     add("on again", u"#a"_s, true, {u"#b"_s, u"#a"_s}, u"*** Added #a to autojoin list"_s);
     add("on in another case", u"#A"_s, true, {u"#b"_s, u"#a"_s, u"#A"_s},
         u"*** Added #A to autojoin list"_s);
     add("off", u"#b"_s, false, {u"#a"_s}, u"*** Removed #b from autojoin list"_s);
-    add("off, without a sign", u"b"_s, false, {u"#a"_s}, u"*** Removed #b from autojoin list"_s);
+    add("off, without a prefix", u"b"_s, false, {u"#a"_s}, u"*** Removed #b from autojoin list"_s);
     add("off in another case", u"#B"_s, false, {u"#b"_s, u"#a"_s},
         u"*** Removed #B from autojoin list"_s);
     add("placeholders", u"%1"_s, true, {u"#b"_s, u"#a"_s, u"#%1"_s},
@@ -386,7 +375,7 @@ void TestSessionConfig::togglesAChannel()
     QCOMPARE(session.probe.lines(u"Server"_s), QStringList{line});
 }
 
-void TestSessionConfig::takesOutEveryOccurrence()
+void TestSessionConfig::removesEveryOccurrence()
 {
     const WindowSession session;
     session.probe.currentServerId() = u"irc.test_6697"_s;

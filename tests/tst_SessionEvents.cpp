@@ -11,14 +11,12 @@
 #include <QStatusBar>
 #include <QTest>
 
-#include <memory>
-
 using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString Green = u"QStatusBar { background-color: #d4edda; }"_s;
-const QString Red = u"QStatusBar { background-color: #f8d7da; }"_s;
+constexpr auto ConnectedSheet = MainWindowProbe::ConnectedSheet;
+constexpr auto DisconnectedSheet = MainWindowProbe::DisconnectedSheet;
 
 QString groupOf(const WindowSession &session)
 {
@@ -32,49 +30,43 @@ class TestSessionEvents final : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
 
-    void offersTheDialogAtTheStart();
-    void offersTheDialogFromTheMenu();
-    void acceptsInSilence();
-    void tellsOfAConnection();
+    void opensTheDialogAtTheStart();
+    void opensTheDialogFromTheMenu();
+    void writesNothingOnAccept();
+    void reportsAConnection();
     void showsTheSessionInTheStatusBar();
     void keepsPlaceholdersInTheStatusBar();
 
-    void triesTheStoredOtherNick();
+    void triesTheStoredAlternativeNick();
     void joinsTheDialogsChannelsIfNoneAreStored();
     void joinsTheStoredChannelsInstead();
     void skipsEntriesThatAreNoChannels();
     void readsNoStoreWithoutAServer();
 
-    void tellsOfErrors_data();
-    void tellsOfErrors();
-    void tellsOfAnAttemptThatFails();
-    void tellsOfAPingTimeout();
+    void reportsErrors_data();
+    void reportsErrors();
+    void reportsAFailedAttempt();
+    void reportsAPingTimeout();
 
     void forgetsTheSessionWhenItEnds();
     void keepsTheConversationsWhenTheSessionEnds();
-    void leavesFromTheMenu();
-    void leavesInSilenceWithoutASession();
+    void disconnectsFromTheMenu();
+    void ignoresDisconnectWhileDisconnected();
 
-    void hearsOfItsOwnNickFirst();
+    void handlesTheOwnNickChangeFirst();
 
 private:
-    std::unique_ptr<TemporaryStore> store;
+    TemporaryStore store;
 };
-
-void TestSessionEvents::initTestCase()
-{
-    store = std::make_unique<TemporaryStore>();
-}
 
 void TestSessionEvents::init()
 {
-    store->clear();
+    store.clear();
 }
 
-void TestSessionEvents::offersTheDialogAtTheStart()
+void TestSessionEvents::opensTheDialogAtTheStart()
 {
     MainWindow window;
     window.show();
@@ -87,7 +79,7 @@ void TestSessionEvents::offersTheDialogAtTheStart()
     QTRY_VERIFY_WITH_TIMEOUT(dialog.isNull(), WaitTimeout);
 }
 
-void TestSessionEvents::offersTheDialogFromTheMenu()
+void TestSessionEvents::opensTheDialogFromTheMenu()
 {
     WindowSession session;
     session.probe.currentTheme() = u"dark"_s;
@@ -101,17 +93,17 @@ void TestSessionEvents::offersTheDialogFromTheMenu()
     QCOMPARE(dialog->styleSheet(), dark.styleSheet());
 }
 
-void TestSessionEvents::acceptsInSilence()
+void TestSessionEvents::writesNothingOnAccept()
 {
     WindowSession session;
     QVERIFY(session.clickConnect(u"me"_s));
     QCOMPARE(session.probe.lines(u"Server"_s), QStringList());
-    QCOMPARE(session.window.statusBar()->styleSheet(), Red);
+    QCOMPARE(session.window.statusBar()->styleSheet(), DisconnectedSheet);
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Disconnected"_s);
     QCOMPARE(session.probe.currentServerId(), u"127.0.0.1_%1"_s.arg(session.server.port()));
 }
 
-void TestSessionEvents::tellsOfAConnection()
+void TestSessionEvents::reportsAConnection()
 {
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s, u"#b, #a"_s));
@@ -131,20 +123,20 @@ void TestSessionEvents::showsTheSessionInTheStatusBar()
 {
     WindowSession session;
     const QStatusBar *bar = session.window.statusBar();
-    QCOMPARE(bar->styleSheet(), Red);
+    QCOMPARE(bar->styleSheet(), DisconnectedSheet);
     QCOMPARE(bar->currentMessage(), u"Disconnected"_s);
 
     QVERIFY(session.acceptDialog(u"me"_s));
-    QTRY_COMPARE_WITH_TIMEOUT(bar->styleSheet(), Green, WaitTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(bar->styleSheet(), ConnectedSheet, WaitTimeout);
     QCOMPARE(bar->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
 
     QVERIFY(session.receive(u":irc.test 001 me :Welcome"_s));
     QVERIFY(session.receive(u":me!u@h NICK Other"_s));
-    QCOMPARE(bar->styleSheet(), Green);
+    QCOMPARE(bar->styleSheet(), ConnectedSheet);
     QCOMPARE(bar->currentMessage(), u"Connected to 127.0.0.1 as Other"_s);
 
     session.choose(u"&Disconnect"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(bar->styleSheet(), Red, WaitTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(bar->styleSheet(), DisconnectedSheet, WaitTimeout);
     QCOMPARE(bar->currentMessage(), u"Disconnected"_s);
 }
 
@@ -156,8 +148,8 @@ void TestSessionEvents::keepsPlaceholdersInTheStatusBar()
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as %1%2"_s);
 }
 
-// The session takes the other nick from the record when it connects, so the record comes first.
-void TestSessionEvents::triesTheStoredOtherNick()
+// IRCConnection reads the alternative nick when it connects, so the record must be loaded before.
+void TestSessionEvents::triesTheStoredAlternativeNick()
 {
     WindowSession session;
     QSettings settings;
@@ -223,7 +215,7 @@ void TestSessionEvents::readsNoStoreWithoutAServer()
     QCOMPARE(session.readSent().mid(2), QStringList{u"JOIN #typed"_s});
 }
 
-void TestSessionEvents::tellsOfErrors_data()
+void TestSessionEvents::reportsErrors_data()
 {
     QTest::addColumn<bool>("listing");
     QTest::addColumn<QString>("error");
@@ -234,7 +226,7 @@ void TestSessionEvents::tellsOfErrors_data()
     QTest::newRow("during a listing") << true << u"It broke"_s;
 }
 
-void TestSessionEvents::tellsOfErrors()
+void TestSessionEvents::reportsErrors()
 {
     QFETCH(const bool, listing);
     QFETCH(const QString, error);
@@ -247,27 +239,28 @@ void TestSessionEvents::tellsOfErrors()
     QCOMPARE(session.window.statusBar()->currentMessage(), message);
 }
 
-void TestSessionEvents::tellsOfAnAttemptThatFails()
+void TestSessionEvents::reportsAFailedAttempt()
 {
     WindowSession session;
     session.server.stopListening();
     QVERIFY(session.clickConnect(u"me"_s));
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lines(u"Server"_s),
                               QStringList{u"*** Error: Connection refused"_s}, WaitTimeout);
-    QCOMPARE(session.window.statusBar()->styleSheet(), Red);
+    QCOMPARE(session.window.statusBar()->styleSheet(), DisconnectedSheet);
     QCOMPARE(session.probe.tabTexts(), QStringList{u"Server"_s});
 }
 
-// The timeout itself takes the session a minute and a half; here is what the window makes of it.
-void TestSessionEvents::tellsOfAPingTimeout()
+// A real ping timeout takes 90 s, so the test emits the signal.
+void TestSessionEvents::reportsAPingTimeout()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
     const qsizetype before = session.probe.lines(u"Server"_s).size();
     emit session.probe.connection().errorOccurred(u"Ping timeout: no response to PING for 45s"_s);
-    QCOMPARE(session.window.statusBar()->styleSheet(), Green);
+    QCOMPARE(session.window.statusBar()->styleSheet(), ConnectedSheet);
     session.probe.connection().disconnectFromServer();
-    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, WaitTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), DisconnectedSheet,
+                              WaitTimeout);
     QCOMPARE(session.probe.lines(u"Server"_s).mid(before),
              (QStringList{u"*** Error: Ping timeout: no response to PING for 45s"_s,
                           u"*** Disconnected."_s}));
@@ -287,7 +280,8 @@ void TestSessionEvents::forgetsTheSessionWhenItEnds()
     QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"me"_s}));
 
     session.choose(u"&Disconnect"_s);
-    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, WaitTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), DisconnectedSheet,
+                              WaitTimeout);
     QCOMPARE(session.probe.users(), QStringList());
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayMessage(), QString());
@@ -307,7 +301,8 @@ void TestSessionEvents::keepsTheConversationsWhenTheSessionEnds()
     const QString id = session.probe.currentServerId();
 
     session.server.close();
-    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), Red, WaitTimeout);
+    QTRY_COMPARE_WITH_TIMEOUT(session.window.statusBar()->styleSheet(), DisconnectedSheet,
+                              WaitTimeout);
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
     QCOMPARE(session.probe.lines(u"#a"_s), lines);
     QCOMPARE(session.probe.channelUsers().value(u"#a"_s), (QStringList{u"alice"_s, u"me"_s}));
@@ -319,7 +314,7 @@ void TestSessionEvents::keepsTheConversationsWhenTheSessionEnds()
     QCOMPARE(session.probe.users(), (QStringList{u"alice"_s, u"me"_s}));
 }
 
-void TestSessionEvents::leavesFromTheMenu()
+void TestSessionEvents::disconnectsFromTheMenu()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -331,7 +326,7 @@ void TestSessionEvents::leavesFromTheMenu()
     QCOMPARE(session.server.lines().last(), u"QUIT :Velmora leaving"_s);
 }
 
-void TestSessionEvents::leavesInSilenceWithoutASession()
+void TestSessionEvents::ignoresDisconnectWhileDisconnected()
 {
     WindowSession session;
     session.probe.pendingNick() = u"wanted"_s;
@@ -342,25 +337,27 @@ void TestSessionEvents::leavesInSilenceWithoutASession()
     QCOMPARE(session.probe.pendingNick(), u"wanted"_s);
 }
 
-void TestSessionEvents::hearsOfItsOwnNickFirst()
+void TestSessionEvents::handlesTheOwnNickChangeFirst()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"@me"_s));
     session.probe.pendingNick() = u"new"_s;
-    QStringList atOwn;
-    QStringList atAll;
+    QStringList seenOnOwnChange;
+    QStringList seenOnChange;
     IRCConnection &connection = session.probe.connection();
     connect(&connection, &IRCConnection::ownNickChanged, this, [&](const QString &newNick) {
-        atOwn << newNick << connection.currentNick() << session.window.statusBar()->currentMessage()
-              << session.probe.pendingNick() << session.probe.channelUsers().value(u"#a"_s);
+        seenOnOwnChange << newNick << connection.currentNick()
+                        << session.window.statusBar()->currentMessage()
+                        << session.probe.pendingNick()
+                        << session.probe.channelUsers().value(u"#a"_s);
     });
     connect(&connection, &IRCConnection::nickChanged, this,
-            [&] { atAll << session.probe.channelUsers().value(u"#a"_s); });
+            [&] { seenOnChange << session.probe.channelUsers().value(u"#a"_s); });
     QVERIFY(session.receive(u":me!u@h NICK new"_s));
-    QCOMPARE(atOwn, (QStringList{u"new"_s, u"new"_s, u"Connected to 127.0.0.1 as new"_s, u""_s,
-                                 u"@me"_s}));
-    QCOMPARE(atAll, QStringList{u"@new"_s});
+    QCOMPARE(seenOnOwnChange, (QStringList{u"new"_s, u"new"_s, u"Connected to 127.0.0.1 as new"_s,
+                                           u""_s, u"@me"_s}));
+    QCOMPARE(seenOnChange, QStringList{u"@new"_s});
 }
 
 QTEST_MAIN(TestSessionEvents)

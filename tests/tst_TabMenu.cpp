@@ -1,8 +1,8 @@
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
+#include "Interruptions.h"
 #include "ModalAnswers.h"
 #include "TemporaryStore.h"
-#include "Waiting.h"
 #include "WindowSession.h"
 
 #include <QApplication>
@@ -19,8 +19,8 @@ const auto Server = u"Server"_s;
 
 void requestContextMenu(const MainWindowProbe &probe, int index)
 {
-    const QPoint place = index < 0 ? QPoint(-10, -10) : probe.tabBar().tabRect(index).center();
-    emit probe.tabBar().customContextMenuRequested(place);
+    const QPoint pos = index < 0 ? QPoint(-10, -10) : probe.tabBar().tabRect(index).center();
+    emit probe.tabBar().customContextMenuRequested(pos);
 }
 
 } // namespace
@@ -36,16 +36,16 @@ private slots:
     void showsNoTabMenu();
     void showsTheTabMenu_data();
     void showsTheTabMenu();
-    void placesTheTabMenuAtThePointer();
+    void opensTheTabMenuAtThePointer();
     void opensTheCurrentTabsMenuByKey_data();
     void opensTheCurrentTabsMenuByKey();
     void closesFromTheTabMenu();
     void doesNothingIfTheTabMenuIsDismissed();
     void togglesAutojoinFromTheTabMenu();
     void offersAutojoinOnPrivateTabs();
-    void survivesATabThatVanishesUnderItsMenu();
-    void survivesALinkThatDropsUnderTheMenu();
-    void survivesARenameUnderTheMenu();
+    void survivesATabThatClosesDuringItsMenu();
+    void survivesADisconnectDuringTheMenu();
+    void survivesANickChangeDuringTheMenu();
 
 private:
     TemporaryStore store;
@@ -86,7 +86,7 @@ void TestTabMenu::showsTheTabMenu_data()
     QTest::newRow("autojoined channel") << u"#auto"_s << true;
     QTest::newRow("in another case") << u"#Auto"_s << false;
     QTest::newRow("private") << u"bob"_s << false;
-    QTest::newRow("private on the list") << u"carol"_s << true;
+    QTest::newRow("private in the autojoin list") << u"carol"_s << true;
 }
 
 void TestTabMenu::showsTheTabMenu()
@@ -102,8 +102,7 @@ void TestTabMenu::showsTheTabMenu()
     bool isChecked = false;
     answers.queueForMenu([&](QMenu *menu) {
         const QList<QAction *> actions = menu->actions();
-        for (const QAction *action : actions)
-            texts.append(action->text());
+        texts = ModalAnswers::entriesOf(*menu);
         closeIsCheckable = actions.first()->isCheckable();
         isCheckable = actions.last()->isCheckable();
         isChecked = actions.last()->isChecked();
@@ -117,18 +116,18 @@ void TestTabMenu::showsTheTabMenu()
     QTEST(isChecked, "isChecked");
 }
 
-void TestTabMenu::placesTheTabMenuAtThePointer()
+void TestTabMenu::opensTheTabMenuAtThePointer()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s});
     ModalAnswers answers;
-    QPoint place;
-    answers.queueForMenu([&place](QMenu *menu) {
-        place = menu->pos();
+    QPoint pos;
+    answers.queueForMenu([&pos](QMenu *menu) {
+        pos = menu->pos();
         menu->close();
     });
     requestContextMenu(session.probe, 1);
-    QCOMPARE(place, session.probe.tabBar().mapToGlobal(session.probe.tabBar().tabRect(1).center()));
+    QCOMPARE(pos, session.probe.tabBar().mapToGlobal(session.probe.tabBar().tabRect(1).center()));
 }
 
 void TestTabMenu::opensTheCurrentTabsMenuByKey_data()
@@ -150,17 +149,17 @@ void TestTabMenu::opensTheCurrentTabsMenuByKey()
     const QRect tab = bar.tabRect(bar.currentIndex());
 
     ModalAnswers answers;
-    QPoint place;
+    QPoint pos;
     answers.queueForMenu([&](QMenu *menu) {
-        place = bar.mapFromGlobal(menu->pos());
+        pos = bar.mapFromGlobal(menu->pos());
         ModalAnswers::choosing(u"Close"_s)(menu);
     });
-    // As Qt asks for it: at the middle of the bar, where the text cursor would be.
+    // Qt sends the event at the middle of the bar.
     QContextMenuEvent event(QContextMenuEvent::Keyboard, bar.rect().center(),
                             bar.mapToGlobal(bar.rect().center()));
     QApplication::sendEvent(&bar, &event);
     QCOMPARE(answers.problems(), QStringList());
-    QVERIFY(tab.contains(place));
+    QVERIFY(tab.contains(pos));
     QVERIFY(!session.probe.tabTexts().contains(current));
     QCOMPARE(session.probe.tabTexts().size(), 3);
 }
@@ -222,7 +221,7 @@ void TestTabMenu::offersAutojoinOnPrivateTabs()
     QCOMPARE(session.probe.lines(Server), QStringList{u"*** Added #bob to autojoin list"_s});
 }
 
-void TestTabMenu::survivesATabThatVanishesUnderItsMenu()
+void TestTabMenu::survivesATabThatClosesDuringItsMenu()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"#d"_s});
@@ -233,11 +232,11 @@ void TestTabMenu::survivesATabThatVanishesUnderItsMenu()
     });
     requestContextMenu(session.probe, 2);
     QCOMPARE(answers.problems(), QStringList());
-    // The entry stands for the place, at which there is no tab any more.
+    // The entry closes by index, which no tab has any more.
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s}));
 }
 
-void TestTabMenu::survivesALinkThatDropsUnderTheMenu()
+void TestTabMenu::survivesADisconnectDuringTheMenu()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -246,9 +245,7 @@ void TestTabMenu::survivesALinkThatDropsUnderTheMenu()
     bool dropped = false;
     answers.queueForMenu([&](QMenu *menu) {
         session.server.sendBytes(":a!u@h PRIVMSG #c :last words\r\n"_ba);
-        session.server.close();
-        dropped = QTest::qWaitFor([&] { return !session.probe.connection().isConnected(); },
-                                  WaitTimeout);
+        dropped = Interruptions::dropLink(session);
         ModalAnswers::choosing(u"Close"_s)(menu);
     });
     requestContextMenu(session.probe, 1);
@@ -259,23 +256,23 @@ void TestTabMenu::survivesALinkThatDropsUnderTheMenu()
     QVERIFY(!session.probe.lines(Server).contains(u"*** You left #c"_s));
 }
 
-void TestTabMenu::survivesARenameUnderTheMenu()
+void TestTabMenu::survivesANickChangeDuringTheMenu()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hello"_s));
     ModalAnswers answers;
-    bool heard = false;
+    bool received = false;
     answers.queueForMenu([&](QMenu *menu) {
-        heard = session.receive(u":bob!u@h NICK rob"_s);
+        received = session.receive(u":bob!u@h NICK rob"_s);
         ModalAnswers::choosing(u"Close"_s)(menu);
     });
     requestContextMenu(session.probe, 1);
     QCOMPARE(answers.problems(), QStringList());
-    QVERIFY(heard);
+    QVERIFY(received);
     QCOMPARE(session.probe.tabTexts(), QStringList{Server});
     QCOMPARE(session.probe.tabs().keys(), QStringList{Server});
-    // The watch stays with the old nick, which is no longer the tab's.
+    // The old nick stays watched, though no tab has it any more.
     QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
 }
 

@@ -1,5 +1,6 @@
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
+#include "Interruptions.h"
 #include "MyTabWidget.h"
 #include "TemporaryStore.h"
 #include "Waiting.h"
@@ -28,25 +29,25 @@ class TestTabs final : public QObject
 private slots:
     void init();
 
-    void tellsTheKindByTheName_data();
-    void tellsTheKindByTheName();
+    void derivesTheKindFromTheName_data();
+    void derivesTheKindFromTheName();
     void keepsNamesThatDifferInCaseApart();
     void namesTabsByTheirKeys();
     void findsPrivateTabs_data();
     void findsPrivateTabs();
     void findsTheFirstPrivateTabInKeyOrder();
     void ignoresANegativeIndex();
-    void keepsAHalfTypedLineWithItsTab();
-    void losesAHalfTypedLineWithItsTab();
-    void keepsNoDraftWithoutAShownTab();
-    void takesTheHighlightOffTheShownTab();
+    void keepsADraftForEachTab();
+    void dropsTheDraftOfAClosedTab();
+    void keepsNoDraftWithoutACurrentTab();
+    void clearsTheHighlightOfTheCurrentTab();
     void showsTheUsersInTheStoredOrder();
     void clearsTheUserListOnOtherTabs();
-    void showsTheTopicOfTheShownChannel();
-    void bringsTheTopicBarBack();
-    void marksTheOwnUserOnTheShownChannel();
+    void showsTheTopicOfTheCurrentChannel();
+    void showsTheTopicBarAgain();
+    void stylesTheOwnUserOnTheCurrentChannel();
     void showsTheSearchFieldOnTheListTab();
-    void setsTheRatioOnceTheLayoutHasSettled();
+    void setsTheRatioAfterTheLayout();
     void fillsTheUserListAgainAfterADisconnect();
     void removesNoTabOnADisconnect();
     void opensATabWithoutAName();
@@ -60,7 +61,7 @@ void TestTabs::init()
     store.clear();
 }
 
-void TestTabs::tellsTheKindByTheName_data()
+void TestTabs::derivesTheKindFromTheName_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("peerNick");
@@ -72,16 +73,16 @@ void TestTabs::tellsTheKindByTheName_data()
     QTest::newRow("server") << Server << QString() << false << false << u"Type a command..."_s;
     QTest::newRow("list") << u"List"_s << QString() << false << false << message;
     QTest::newRow("channel") << u"#c"_s << QString() << true << true << message;
-    QTest::newRow("mark alone") << u"#"_s << QString() << true << true << message;
-    QTest::newRow("two marks") << u"##c"_s << QString() << true << true << message;
+    QTest::newRow("prefix alone") << u"#"_s << QString() << true << true << message;
+    QTest::newRow("two prefixes") << u"##c"_s << QString() << true << true << message;
     QTest::newRow("private") << u"bob"_s << u"bob"_s << false << true << message;
-    QTest::newRow("mark later on") << u"a#c"_s << u"a#c"_s << false << true << message;
+    QTest::newRow("prefix inside") << u"a#c"_s << u"a#c"_s << false << true << message;
     QTest::newRow("local channel") << u"&c"_s << u"&c"_s << false << true << message;
     QTest::newRow("server in lower case") << u"server"_s << u"server"_s << false << true << message;
     QTest::newRow("list in upper case") << u"LIST"_s << u"LIST"_s << false << true << message;
 }
 
-void TestTabs::tellsTheKindByTheName()
+void TestTabs::derivesTheKindFromTheName()
 {
     QFETCH(const QString, name);
     QFETCH(const bool, isChannel);
@@ -103,7 +104,7 @@ void TestTabs::tellsTheKindByTheName()
     QCOMPARE(tab.topicBar != nullptr, isChannel);
     QCOMPARE(tab.topicLabel != nullptr, isChannel);
     QCOMPARE(tab.editTopicBtn != nullptr, isChannel);
-    // Its own state: on the list's tab the whole row is out of sight.
+    // Not isVisible(): the List tab hides the whole row.
     QTEST(!probe.emojiButton().isHidden(), "hasEmoji");
     QTEST(probe.inputLine().placeholderText(), "placeholder");
 
@@ -143,9 +144,9 @@ void TestTabs::findsPrivateTabs_data()
     QTest::addColumn<QString>("nick");
     QTest::addColumn<QString>("key");
 
-    QTest::newRow("as it stands") << u"bob"_s << u"bob"_s;
+    QTest::newRow("in the same case") << u"bob"_s << u"bob"_s;
     QTest::newRow("in another case") << u"BOB"_s << u"bob"_s;
-    QTest::newRow("stranger") << u"carol"_s << QString();
+    QTest::newRow("unknown nick") << u"carol"_s << QString();
     QTest::newRow("part of a name") << u"bo"_s << QString();
     QTest::newRow("channel") << u"#c"_s << QString();
     QTest::newRow("server") << u"Server"_s << QString();
@@ -185,7 +186,7 @@ void TestTabs::ignoresANegativeIndex()
     QVERIFY(!session.probe.inputDrafts().contains(u"#c"_s));
 }
 
-void TestTabs::keepsAHalfTypedLineWithItsTab()
+void TestTabs::keepsADraftForEachTab()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"bob"_s});
@@ -201,7 +202,7 @@ void TestTabs::keepsAHalfTypedLineWithItsTab()
     QCOMPARE(session.probe.inputLine().text(), u"to bob"_s);
 }
 
-void TestTabs::losesAHalfTypedLineWithItsTab()
+void TestTabs::dropsTheDraftOfAClosedTab()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s});
@@ -215,7 +216,7 @@ void TestTabs::losesAHalfTypedLineWithItsTab()
     QCOMPARE(session.probe.inputLine().text(), QString());
 }
 
-void TestTabs::keepsNoDraftWithoutAShownTab()
+void TestTabs::keepsNoDraftWithoutACurrentTab()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s});
@@ -226,7 +227,7 @@ void TestTabs::keepsNoDraftWithoutAShownTab()
     QCOMPARE(session.probe.inputDrafts(), (QMap<QString, QString>()));
 }
 
-void TestTabs::takesTheHighlightOffTheShownTab()
+void TestTabs::clearsTheHighlightOfTheCurrentTab()
 {
     WindowSession session;
     const MainWindowProbe &probe = session.probe;
@@ -241,7 +242,7 @@ void TestTabs::takesTheHighlightOffTheShownTab()
     QVERIFY(probe.tabs().value(u"#e"_s).highlighted);
     QVERIFY(probe.tabBar().isHighlighted(3));
 
-    // The mark of the bar goes with the mark of the record only.
+    // The bar's highlight is cleared only if the tab's record has one.
     probe.tabs()[u"#e"_s].highlighted = false;
     probe.clickTab(3);
     QVERIFY(probe.tabBar().isHighlighted(3));
@@ -270,11 +271,11 @@ void TestTabs::clearsTheUserListOnOtherTabs()
         session.probe.clickTab(other);
         QCOMPARE(session.probe.users(), QStringList());
     }
-    // Looking at a channel that nobody is known in makes no entry for it.
+    // Showing a channel without known users adds no entry for it.
     QVERIFY(!session.probe.channelUsers().contains(u"#d"_s));
 }
 
-void TestTabs::showsTheTopicOfTheShownChannel()
+void TestTabs::showsTheTopicOfTheCurrentChannel()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"#d"_s});
@@ -289,7 +290,7 @@ void TestTabs::showsTheTopicOfTheShownChannel()
     QCOMPARE(label->text(), QString());
 }
 
-void TestTabs::bringsTheTopicBarBack()
+void TestTabs::showsTheTopicBarAgain()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"#d"_s});
@@ -299,7 +300,7 @@ void TestTabs::bringsTheTopicBarBack()
     QVERIFY(bar->isVisible());
 }
 
-void TestTabs::marksTheOwnUserOnTheShownChannel()
+void TestTabs::stylesTheOwnUserOnTheCurrentChannel()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -324,13 +325,13 @@ void TestTabs::showsTheSearchFieldOnTheListTab()
     QVERIFY(session.probe.inputLine().isVisible());
 }
 
-void TestTabs::setsTheRatioOnceTheLayoutHasSettled()
+void TestTabs::setsTheRatioAfterTheLayout()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"#d"_s});
     QVERIFY(session.settleRatio());
     session.probe.showTab(u"#d"_s);
-    // Whatever the layout makes of the change, the ratio is imposed behind it.
+    // The ratio is set again after the layout has changed the sizes.
     session.probe.splitter().setSizes({500, 500});
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), 20, WaitTimeout);
 }
@@ -355,12 +356,11 @@ void TestTabs::removesNoTabOnADisconnect()
     QVERIFY(session.receive(u":me!u@h JOIN #c"_s));
     QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hello"_s));
     const QStringList names{Server, u"#c"_s, u"bob"_s};
-    session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
+    QVERIFY(Interruptions::dropLink(session));
     QCOMPARE(session.probe.tabTexts(), names);
     QCOMPARE(session.probe.tabs().size(), 3);
 
-    // The channel that is joined again goes on in its old tab.
+    // A second join reuses the tab.
     QVERIFY(session.registerAs(u"me"_s));
     QCOMPARE(session.probe.tabTexts(), names);
     QVERIFY(session.receive(u":me!u@h JOIN #c"_s));
@@ -370,7 +370,7 @@ void TestTabs::removesNoTabOnADisconnect()
 
 void TestTabs::opensATabWithoutAName()
 {
-    // What comes of a server that writes the channel of a JOIN as a trailing parameter.
+    // Some servers send the channel of JOIN as a trailing parameter.
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     QVERIFY(session.receive(u":me!u@h JOIN :#x"_s));
@@ -381,7 +381,7 @@ void TestTabs::opensATabWithoutAName()
     QVERIFY(session.probe.emojiButton().isVisible());
     QVERIFY(session.server.waitForLine(u"NAMES "_s));
 
-    // The channel's own tab opens with the first line spoken in it.
+    // The channel's own tab opens with its first message.
     QVERIFY(session.receive(u":bob!u@h PRIVMSG #x :hello"_s));
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, QString(), u"#x"_s}));
     session.probe.clickTab(2);

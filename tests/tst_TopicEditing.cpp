@@ -1,6 +1,7 @@
 #include "EditTopicDialog.h"
 #include "EmojiPicker.h"
 #include "IRCConnection.h"
+#include "Interruptions.h"
 #include "IrcText.h"
 #include "LoggingProxy.h"
 #include "ModalAnswers.h"
@@ -25,7 +26,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A window whose user is an operator in #a, which is on show.
+/// A window with #a as the current tab, where the user is an operator.
 struct Operator
 {
     [[nodiscard]] bool enter(const QString &names = u"@me alice bob"_s)
@@ -43,7 +44,7 @@ struct Operator
     {
         return session.probe.tabs().value(channel).topicLabel;
     }
-    /// Whether the channel offers its button, be the channel on show or not.
+    /// Whether the button is shown whenever the channel's tab is current.
     [[nodiscard]] bool offers(const QString &channel = u"#a"_s) const
     {
         return !button(channel)->isHidden();
@@ -61,7 +62,7 @@ QTextEdit *edit(const QDialog *dialog)
     return dialog->findChild<QTextEdit *>();
 }
 
-// Writes `text` instead of the topic, and saves.
+// Replaces the topic by `text` and saves.
 std::function<void(QDialog *)> save(const QString &text)
 {
     return [text](QDialog *dialog) {
@@ -72,7 +73,7 @@ std::function<void(QDialog *)> save(const QString &text)
 
 } // namespace
 
-// The window's part in the editing of topics: who may, and what becomes of it.
+// The window's part in editing topics: who may, and the effects.
 class TestTopicEditing final : public QObject
 {
     Q_OBJECT
@@ -83,22 +84,22 @@ private slots:
 
     void offersTheButtonToOperators_data();
     void offersTheButtonToOperators();
-    void offersTheButtonOutOfSight();
-    void looksAgainWhenSomebodyGoes_data();
-    void looksAgainWhenSomebodyGoes();
-    void doesNotLookAgain_data();
-    void doesNotLookAgain();
-    void looksAgainWhenTheTabIsShown();
-    void looksAgainWhenItJoins();
-    void keepsTheButtonThroughItsOwnRename();
-    void leavesTheButtonOfATabThatOpensUnseen();
-    void hasNoButtonElsewhere();
+    void updatesTheButtonOfABackgroundChannel();
+    void updatesTheButtonOnAnEvent_data();
+    void updatesTheButtonOnAnEvent();
+    void keepsTheButtonOnOtherEvents_data();
+    void keepsTheButtonOnOtherEvents();
+    void updatesTheButtonWhenTheTabIsShown();
+    void updatesTheButtonOnTheOwnJoin();
+    void keepsTheButtonOnTheOwnNickChange();
+    void hidesTheButtonOfATabOpenedInTheBackground();
+    void hasNoButtonOnOtherTabs();
 
     void opensTheDialogOnTheTopic();
     void opensTheDialogWithoutATopic();
     void opensTheDialogInTheWindowsTheme();
     void doesNothingWhileDisconnected();
-    void refusesWhoIsNoOperatorAnyMore();
+    void refusesAFormerOperator();
     void sendsAndShowsTheTopic_data();
     void sendsAndShowsTheTopic();
     void sendsAnUnchangedTopic();
@@ -106,14 +107,14 @@ private slots:
     void clearsTheTopic();
     void savesByControlReturn();
     void cancelsByEscape();
-    void takesTheServersWordForIt();
-    void editsTheTopicOfATabThatIsBack();
-    void passesTheButtonsChannelOn();
+    void followsTheServersTopic();
+    void editsTheTopicOfAReopenedTab();
+    void editsTheTopicOfTheButtonsChannel();
 
-    void survivesALinkThatDrops();
+    void survivesADisconnect();
     void survivesATabThatCloses();
     void survivesALossOfStatus();
-    void survivesATopicThatChanges();
+    void survivesATopicChange();
 
     void reachesTheOthersOnARealServer();
 
@@ -143,7 +144,7 @@ void TestTopicEditing::offersTheButtonToOperators_data()
     QTest::newRow("operator") << u"alice @me"_s << true;
     QTest::newRow("half-operator") << u"alice %me"_s << true;
     QTest::newRow("voice") << u"@alice +me"_s << false;
-    QTest::newRow("nobody") << u"@alice me"_s << false;
+    QTest::newRow("no rank") << u"@alice me"_s << false;
     QTest::newRow("another case") << u"@ME me"_s << false;
     QTest::newRow("not there") << u"@alice"_s << false;
     QTest::newRow("a longer nick") << u"@mean me"_s << false;
@@ -158,7 +159,7 @@ void TestTopicEditing::offersTheButtonToOperators()
     QTEST(op.button()->isVisible(), "offered");
 }
 
-void TestTopicEditing::offersTheButtonOutOfSight()
+void TestTopicEditing::updatesTheButtonOfABackgroundChannel()
 {
     Operator op;
     QVERIFY(op.enter());
@@ -167,12 +168,12 @@ void TestTopicEditing::offersTheButtonOutOfSight()
     QCOMPARE(op.session.probe.currentTabName(), u"#a"_s);
     QVERIFY(op.offers(u"#b"_s));
     QVERIFY(!op.offers(u"#c"_s));
-    // The name list is the one event that is told of a channel out of sight.
+    // Only a name list updates the button of a background channel.
     QVERIFY(op.session.receiveAll({u":irc.test 353 me = #b :me"_s, u":irc.test 366 me #b :End"_s}));
     QVERIFY(!op.offers(u"#b"_s));
 }
 
-void TestTopicEditing::looksAgainWhenSomebodyGoes_data()
+void TestTopicEditing::updatesTheButtonOnAnEvent_data()
 {
     QTest::addColumn<QString>("line");
 
@@ -186,7 +187,7 @@ void TestTopicEditing::looksAgainWhenSomebodyGoes_data()
     QTest::newRow("own join") << u":me!u@h JOIN #a"_s;
 }
 
-void TestTopicEditing::looksAgainWhenSomebodyGoes()
+void TestTopicEditing::updatesTheButtonOnAnEvent()
 {
     QFETCH(const QString, line);
     Operator op;
@@ -198,21 +199,21 @@ void TestTopicEditing::looksAgainWhenSomebodyGoes()
     QVERIFY(!op.offers());
 }
 
-void TestTopicEditing::doesNotLookAgain_data()
+void TestTopicEditing::keepsTheButtonOnOtherEvents_data()
 {
     QTest::addColumn<QString>("line");
 
     QTest::newRow("message") << u":bob!u@h PRIVMSG #a :hello"_s;
     QTest::newRow("topic") << u":irc.test 332 me #a :topic"_s;
     QTest::newRow("mode") << u":alice!u@h MODE #a -o me"_s;
-    QTest::newRow("join of another") << u":zoe!u@h JOIN #a"_s;
-    QTest::newRow("nick of another") << u":bob!u@h NICK rob"_s;
-    QTest::newRow("part of a stranger") << u":zoe!u@h PART #a"_s;
-    QTest::newRow("quit of a stranger") << u":zoe!u@h QUIT :x"_s;
-    QTest::newRow("kick of a stranger") << u":alice!u@h KICK #a zoe :x"_s;
+    QTest::newRow("another user's join") << u":zoe!u@h JOIN #a"_s;
+    QTest::newRow("another user's nick change") << u":bob!u@h NICK rob"_s;
+    QTest::newRow("unknown nick's part") << u":zoe!u@h PART #a"_s;
+    QTest::newRow("unknown nick's quit") << u":zoe!u@h QUIT :x"_s;
+    QTest::newRow("unknown nick's kick") << u":alice!u@h KICK #a zoe :x"_s;
 }
 
-void TestTopicEditing::doesNotLookAgain()
+void TestTopicEditing::keepsTheButtonOnOtherEvents()
 {
     QFETCH(const QString, line);
     Operator op;
@@ -222,7 +223,7 @@ void TestTopicEditing::doesNotLookAgain()
     QVERIFY(op.offers());
 }
 
-void TestTopicEditing::looksAgainWhenTheTabIsShown()
+void TestTopicEditing::updatesTheButtonWhenTheTabIsShown()
 {
     Operator op;
     QVERIFY(op.enter());
@@ -233,21 +234,20 @@ void TestTopicEditing::looksAgainWhenTheTabIsShown()
     QVERIFY(!op.offers());
 }
 
-void TestTopicEditing::looksAgainWhenItJoins()
+void TestTopicEditing::updatesTheButtonOnTheOwnJoin()
 {
     Operator op;
     QVERIFY(op.enter());
-    op.session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!op.session.probe.connection().isConnected(), WaitTimeout);
+    QVERIFY(Interruptions::dropLink(op.session));
     QVERIFY(op.offers());
-    // Under another nick, the old entry is somebody else's.
+    // With another nick, the old entry is another user's.
     QVERIFY(op.session.registerAs(u"other"_s));
     QVERIFY(op.offers());
     QVERIFY(op.session.receive(u":other!u@h JOIN #a"_s));
     QVERIFY(!op.offers());
 }
 
-void TestTopicEditing::keepsTheButtonThroughItsOwnRename()
+void TestTopicEditing::keepsTheButtonOnTheOwnNickChange()
 {
     Operator op;
     QVERIFY(op.enter());
@@ -256,15 +256,15 @@ void TestTopicEditing::keepsTheButtonThroughItsOwnRename()
     QCOMPARE(op.session.probe.connection().currentNick(), u"you"_s);
 }
 
-void TestTopicEditing::leavesTheButtonOfATabThatOpensUnseen()
+void TestTopicEditing::hidesTheButtonOfATabOpenedInTheBackground()
 {
     Operator op;
     QVERIFY(op.enter());
     QVERIFY(op.session.receiveAll({u":irc.test 353 me = #b :@me"_s, u":irc.test 366 me #b :End"_s,
                                    u":irc.test 332 me #b :topic"_s,
                                    u":bob!u@h PRIVMSG #b :hello"_s}));
-    // While its first line opens it, a tab has no record yet that the label and the button are
-    // found by; they are put right when it is first shown.
+    // While the first line opens a tab, label and button have no record yet to be found by. Both
+    // are updated when the tab is first shown.
     QVERIFY(!op.offers(u"#b"_s));
     QCOMPARE(op.label(u"#b"_s)->text(), QString());
     op.session.probe.showTab(u"#b"_s);
@@ -272,7 +272,7 @@ void TestTopicEditing::leavesTheButtonOfATabThatOpensUnseen()
     QCOMPARE(op.label(u"#b"_s)->text(), u"topic"_s);
 }
 
-void TestTopicEditing::hasNoButtonElsewhere()
+void TestTopicEditing::hasNoButtonOnOtherTabs()
 {
     Operator op;
     QVERIFY(op.enter());
@@ -331,8 +331,7 @@ void TestTopicEditing::doesNothingWhileDisconnected()
 {
     Operator op;
     QVERIFY(op.enter());
-    op.session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!op.session.probe.connection().isConnected(), WaitTimeout);
+    QVERIFY(Interruptions::dropLink(op.session));
     const QStringList lines = op.session.probe.lines(u"Server"_s);
     QTest::mouseClick(op.button(), Qt::LeftButton);
     QCoreApplication::processEvents();
@@ -342,7 +341,7 @@ void TestTopicEditing::doesNothingWhileDisconnected()
     QCOMPARE(op.session.readSent(), QStringList());
 }
 
-void TestTopicEditing::refusesWhoIsNoOperatorAnyMore()
+void TestTopicEditing::refusesAFormerOperator()
 {
     Operator op;
     QVERIFY(op.enter());
@@ -370,7 +369,7 @@ void TestTopicEditing::sendsAndShowsTheTopic_data()
     QTest::addColumn<QString>("topic");
 
     QTest::newRow("plain") << u"All about cats"_s << u"All about cats"_s;
-    QTest::newRow("blanks at both ends") << u"  All about cats \n"_s << u"All about cats"_s;
+    QTest::newRow("spaces at both ends") << u"  All about cats \n"_s << u"All about cats"_s;
     QTest::newRow("codes") << u"\u0002bold\u0002 \u001Di\u001D \u001Fu\u001F \u0003"
                               "4,1red\u0003"_s
                            << u"\u0002bold\u0002 \u001Di\u001D \u001Fu\u001F \u0003"
@@ -381,7 +380,7 @@ void TestTopicEditing::sendsAndShowsTheTopic_data()
     QTest::newRow("emoji") << u"I ❤\uFE0F IRC"_s << u"I ❤\uFE0F IRC"_s;
     QTest::newRow("a link") << u"see https://example.org/?a=1&b=2"_s
                             << u"see https://example.org/?a=1&b=2"_s;
-    // Sent as typed; to the server the rest is a line of its own.
+    // Sent verbatim; the server reads the rest as another line.
     QTest::newRow("line break") << u"one\ntwo"_s << u"one\ntwo"_s;
 }
 
@@ -394,7 +393,7 @@ void TestTopicEditing::sendsAndShowsTheTopic()
     QVERIFY(op.session.receive(u":irc.test 332 me #a :old"_s));
     answers->queueForDialog(save(text));
     QTest::mouseClick(op.button(), Qt::LeftButton);
-    // Without a word from the server.
+    // Before any reply from the server.
     QCOMPARE(op.label()->text(), IrcText::toHtml(topic));
     QCOMPARE(op.session.probe.channelTopics().value(u"#a"_s), topic);
     QCOMPARE(op.session.readSent(), QStringList{QString(u"TOPIC #a :"_s + topic)});
@@ -463,7 +462,7 @@ void TestTopicEditing::cancelsByEscape()
     QCOMPARE(op.session.probe.channelTopics().value(u"#a"_s), u"old"_s);
 }
 
-void TestTopicEditing::takesTheServersWordForIt()
+void TestTopicEditing::followsTheServersTopic()
 {
     Operator op;
     QVERIFY(op.enter());
@@ -475,7 +474,7 @@ void TestTopicEditing::takesTheServersWordForIt()
     QCOMPARE(op.label()->text(), u"theirs"_s);
 }
 
-void TestTopicEditing::editsTheTopicOfATabThatIsBack()
+void TestTopicEditing::editsTheTopicOfAReopenedTab()
 {
     Operator op;
     QVERIFY(op.enter());
@@ -488,7 +487,7 @@ void TestTopicEditing::editsTheTopicOfATabThatIsBack()
     QCOMPARE(op.label()->text(), u"again"_s);
 }
 
-void TestTopicEditing::passesTheButtonsChannelOn()
+void TestTopicEditing::editsTheTopicOfTheButtonsChannel()
 {
     Operator op;
     QVERIFY(op.enter());
@@ -501,15 +500,13 @@ void TestTopicEditing::passesTheButtonsChannelOn()
     QCOMPARE(op.label()->text(), QString());
 }
 
-void TestTopicEditing::survivesALinkThatDrops()
+void TestTopicEditing::survivesADisconnect()
 {
     Operator op;
     QVERIFY(op.enter());
     bool dropped = false;
     answers->queueForDialog([&](QDialog *dialog) {
-        op.session.server.close();
-        dropped = QTest::qWaitFor([&] { return !op.session.probe.connection().isConnected(); },
-                                  WaitTimeout);
+        dropped = Interruptions::dropLink(op.session);
         save(u"too late"_s)(dialog);
     });
     op.button()->click();
@@ -552,19 +549,19 @@ void TestTopicEditing::survivesALossOfStatus()
     QCOMPARE(op.label()->text(), u"all the same"_s);
 }
 
-void TestTopicEditing::survivesATopicThatChanges()
+void TestTopicEditing::survivesATopicChange()
 {
     Operator op;
     QVERIFY(op.enter());
-    bool heard = false;
+    bool received = false;
     QString before;
     answers->queueForDialog([&](QDialog *dialog) {
-        heard = op.session.receive(u":irc.test 332 me #a :theirs"_s);
+        received = op.session.receive(u":irc.test 332 me #a :theirs"_s);
         before = op.label()->text();
         save(u"mine"_s)(dialog);
     });
     op.button()->click();
-    QVERIFY(heard);
+    QVERIFY(received);
     QCOMPARE(before, u"theirs"_s);
     QCOMPARE(op.label()->text(), u"mine"_s);
 }
@@ -579,7 +576,7 @@ void TestTopicEditing::reachesTheOthersOnARealServer()
     connection.connectToServer(u"127.0.0.1"_s, proxy.port(), u"wanda"_s, u"Wanda"_s, false);
     QTRY_VERIFY_WITH_TIMEOUT(connection.isRegistered(), WaitTimeout);
     connection.joinChannel(u"#room"_s);
-    // Whoever comes first is the operator.
+    // The first user to join is the operator.
     QTRY_VERIFY_WITH_TIMEOUT(op.button(u"#room"_s) != nullptr && op.offers(u"#room"_s),
                              WaitTimeout);
     PlainClient bob;
@@ -605,7 +602,7 @@ void TestTopicEditing::reachesTheOthersOnARealServer()
              u"<b>All about cats</b> &amp; "
              "<span style=\"color:#ff0000;background-color:#000000;\">dogs</span> ❤\uFE0F"_s);
 
-    // Whoever comes later is told of it, and is no operator.
+    // A user who joins later receives the topic and is no operator.
     bob.send(u"PART #room"_s);
     bob.send(u"JOIN #room"_s);
     QVERIFY(bob.waitFor(u" 332 bob #room :"_s + topic));

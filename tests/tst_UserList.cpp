@@ -1,4 +1,5 @@
 #include "IRCConnection.h"
+#include "Interruptions.h"
 #include "MyTabWidget.h"
 #include "SessionOutput.h"
 #include "TemporaryStore.h"
@@ -19,9 +20,9 @@ const auto Server = u"Server"_s;
 void doubleClick(const MainWindowProbe &probe, const QString &entry)
 {
     QWidget *viewport = probe.userList().viewport();
-    const QPoint place(10, probe.positionOfUser(entry).y());
-    QTest::mouseClick(viewport, Qt::LeftButton, {}, place);
-    QTest::mouseDClick(viewport, Qt::LeftButton, {}, place);
+    const QPoint pos(10, probe.positionOfUser(entry).y());
+    QTest::mouseClick(viewport, Qt::LeftButton, {}, pos);
+    QTest::mouseDClick(viewport, Qt::LeftButton, {}, pos);
 }
 
 } // namespace
@@ -35,34 +36,34 @@ private slots:
 
     void opensAPrivateChat_data();
     void opensAPrivateChat();
-    void paintsTheChatsBackground();
-    void opensWhatIsOpenAlready();
-    void opensAnotherCaseOnItsOwn();
+    void appliesTheChatBackground();
+    void showsAnOpenChat();
+    void opensAnotherSpellingSeparately();
     void watchesANickOnce();
-    void opensNoChatWithOneself_data();
-    void opensNoChatWithOneself();
-    void opensNoChatWithTheNickAskedFor();
-    void opensNoChatWithoutALink();
+    void opensNoChatWithTheOwnNick_data();
+    void opensNoChatWithTheOwnNick();
+    void opensNoChatWithTheRequestedNick();
+    void opensNoChatWhileDisconnected();
     void opensNoChatWithoutAnItem();
     void opensTheReservedTabs();
-    void talksInTheChat();
+    void sendsAndReceivesInTheChat();
 
-    void tellsOperators_data();
-    void tellsOperators();
-    void tellsOperatorsOfTheChannel();
-    void tellsNoOperatorWithoutALink();
-    void followsTheNameListAlone();
+    void detectsOperators_data();
+    void detectsOperators();
+    void detectsOperatorsOfTheChannel();
+    void detectsNoOperatorWhileDisconnected();
+    void followsOnlyTheNameList();
 
-    void showsOnChannelsOnly_data();
-    void showsOnChannelsOnly();
-    void goesWithItsTab();
-    void takesAFifth_data();
-    void takesAFifth();
-    void takesNothingWhileHidden();
+    void isShownOnlyOnChannels_data();
+    void isShownOnlyOnChannels();
+    void isHiddenWhenItsTabCloses();
+    void takesAFifthOfTheWidth_data();
+    void takesAFifthOfTheWidth();
+    void takesNoWidthWhileHidden();
     void leavesTheRatioAlone_data();
     void leavesTheRatioAlone();
-    void takesHostileNicks_data();
-    void takesHostileNicks();
+    void showsHostileNicks_data();
+    void showsHostileNicks();
 
 private:
     TemporaryStore store;
@@ -81,9 +82,9 @@ void TestUserList::opensAPrivateChat_data()
     QTest::newRow("plain") << u"Alice"_s << u"Alice"_s;
     QTest::newRow("with a rank") << u"@alice"_s << u"alice"_s;
     QTest::newRow("with two ranks") << u"+@alice"_s << u"@alice"_s;
-    QTest::newRow("with a mark") << u"\u25CF alice"_s << u"alice"_s;
-    QTest::newRow("with a mark and a rank") << u"\u25CF ~alice"_s << u"alice"_s;
-    QTest::newRow("with a mark in the midst") << u"@\u25CF alice"_s << u"\u25CF alice"_s;
+    QTest::newRow("with a presence mark") << u"\u25CF alice"_s << u"alice"_s;
+    QTest::newRow("with a presence mark and a rank") << u"\u25CF ~alice"_s << u"alice"_s;
+    QTest::newRow("with a presence mark after a rank") << u"@\u25CF alice"_s << u"\u25CF alice"_s;
 }
 
 void TestUserList::opensAPrivateChat()
@@ -115,7 +116,7 @@ void TestUserList::opensAPrivateChat()
     QVERIFY(session.probe.closeButton(2) != nullptr);
 }
 
-void TestUserList::paintsTheChatsBackground()
+void TestUserList::appliesTheChatBackground()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -126,7 +127,7 @@ void TestUserList::paintsTheChatsBackground()
     QCOMPARE(session.probe.tabs().value(u"bob"_s).chatView->styleSheet(), sheet);
 }
 
-void TestUserList::opensWhatIsOpenAlready()
+void TestUserList::showsAnOpenChat()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -142,7 +143,7 @@ void TestUserList::opensWhatIsOpenAlready()
     QCOMPARE(session.probe.lines(u"bob"_s), QStringList{u"bob|hi"_s});
 }
 
-void TestUserList::opensAnotherCaseOnItsOwn()
+void TestUserList::opensAnotherSpellingSeparately()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -153,7 +154,7 @@ void TestUserList::opensAnotherCaseOnItsOwn()
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s, u"bob"_s, u"Bob"_s}));
     QCOMPARE(session.probe.currentTabName(), u"Bob"_s);
     QCOMPARE(session.probe.tabs().value(u"Bob"_s).peerNick, u"Bob"_s);
-    // The watch knows no case.
+    // Watches ignore case.
     QCOMPARE(output.sent(), QStringList());
 }
 
@@ -170,19 +171,19 @@ void TestUserList::watchesANickOnce()
     QCOMPARE(session.probe.watchedNicks(), QSet<QString>{u"bob"_s});
 }
 
-void TestUserList::opensNoChatWithOneself_data()
+void TestUserList::opensNoChatWithTheOwnNick_data()
 {
     QTest::addColumn<QString>("entry");
 
     QTest::newRow("the own nick") << u"me"_s;
     QTest::newRow("with a rank") << u"@me"_s;
     QTest::newRow("in another case") << u"ME"_s;
-    QTest::newRow("with a mark") << u"\u25CF +Me"_s;
+    QTest::newRow("with a presence mark") << u"\u25CF +Me"_s;
     QTest::newRow("a rank without a nick") << u"@"_s;
-    QTest::newRow("a mark without a nick") << u"\u25CF "_s;
+    QTest::newRow("a presence mark without a nick") << u"\u25CF "_s;
 }
 
-void TestUserList::opensNoChatWithOneself()
+void TestUserList::opensNoChatWithTheOwnNick()
 {
     QFETCH(const QString, entry);
     WindowSession session;
@@ -195,7 +196,7 @@ void TestUserList::opensNoChatWithOneself()
     QCOMPARE(session.probe.watchedNicks(), QSet<QString>());
 }
 
-void TestUserList::opensNoChatWithTheNickAskedFor()
+void TestUserList::opensNoChatWithTheRequestedNick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -208,7 +209,7 @@ void TestUserList::opensNoChatWithTheNickAskedFor()
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, u"#c"_s, u"Newer"_s}));
 }
 
-void TestUserList::opensNoChatWithoutALink()
+void TestUserList::opensNoChatWhileDisconnected()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"bob"_s});
@@ -228,7 +229,7 @@ void TestUserList::opensNoChatWithoutAnItem()
     QCOMPARE(session.probe.tabTexts(), QStringList{Server});
 }
 
-// Whoever bears the name of a tab that is there leads to that tab.
+// A nick that equals the name of an open tab shows that tab.
 void TestUserList::opensTheReservedTabs()
 {
     WindowSession session;
@@ -244,7 +245,7 @@ void TestUserList::opensTheReservedTabs()
     QCOMPARE(session.readSent(), QStringList());
 }
 
-void TestUserList::talksInTheChat()
+void TestUserList::sendsAndReceivesInTheChat()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -257,7 +258,7 @@ void TestUserList::talksInTheChat()
     QCOMPARE(session.probe.lines(u"bob"_s), (QStringList{u"me|hello"_s, u"bob|hi"_s}));
 }
 
-void TestUserList::tellsOperators_data()
+void TestUserList::detectsOperators_data()
 {
     QTest::addColumn<QStringList>("entries");
     QTest::addColumn<bool>("isOperator");
@@ -277,12 +278,12 @@ void TestUserList::tellsOperators_data()
     add("the first entry counts", {u"me"_s, u"@me"_s}, false);
     add("the first entry counts, ranked", {u"@me"_s, u"me"_s}, true);
     add("two ranks", {u"@+me"_s}, false);
-    add("another sign", {u"!me"_s, u"@bob"_s}, false);
-    add("nobody", {}, false);
+    add("another prefix", {u"!me"_s, u"@bob"_s}, false);
+    add("no entries", {}, false);
     add("empty entries", {QString(), u"@"_s}, false);
 }
 
-void TestUserList::tellsOperators()
+void TestUserList::detectsOperators()
 {
     QFETCH(const QStringList, entries);
     WindowSession session;
@@ -291,7 +292,7 @@ void TestUserList::tellsOperators()
     QTEST(session.probe.isUserOperator(u"#c"_s), "isOperator");
 }
 
-void TestUserList::tellsOperatorsOfTheChannel()
+void TestUserList::detectsOperatorsOfTheChannel()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -301,25 +302,24 @@ void TestUserList::tellsOperatorsOfTheChannel()
     QVERIFY(!session.probe.isUserOperator(u"#C"_s));
     QVERIFY(!session.probe.isUserOperator(u"#e"_s));
     QCOMPARE(session.probe.channelUsers().size(), 2);
-    // A nick that is asked for is not the nick yet.
+    // A requested nick does not count before it is confirmed.
     session.probe.channelUsers().insert(u"#f"_s, {u"@newer"_s});
     session.probe.pendingNick() = u"newer"_s;
     QVERIFY(!session.probe.isUserOperator(u"#f"_s));
 }
 
-void TestUserList::tellsNoOperatorWithoutALink()
+void TestUserList::detectsNoOperatorWhileDisconnected()
 {
     WindowSession session;
     session.probe.channelUsers() = {{u"#c"_s, {u"@me"_s, u"@"_s, QString()}}};
     QVERIFY(!session.probe.isUserOperator(u"#c"_s));
     QVERIFY(session.registerAs());
     QVERIFY(session.probe.isUserOperator(u"#c"_s));
-    session.server.close();
-    QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
+    QVERIFY(Interruptions::dropLink(session));
     QVERIFY(!session.probe.isUserOperator(u"#c"_s));
 }
 
-void TestUserList::followsTheNameListAlone()
+void TestUserList::followsOnlyTheNameList()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -332,7 +332,7 @@ void TestUserList::followsTheNameListAlone()
     QVERIFY(session.probe.isUserOperator(u"#c"_s));
 }
 
-void TestUserList::showsOnChannelsOnly_data()
+void TestUserList::isShownOnlyOnChannels_data()
 {
     QTest::addColumn<QString>("tab");
     QTest::addColumn<bool>("isShown");
@@ -344,7 +344,7 @@ void TestUserList::showsOnChannelsOnly_data()
     QTest::newRow("list") << u"List"_s << false;
 }
 
-void TestUserList::showsOnChannelsOnly()
+void TestUserList::isShownOnlyOnChannels()
 {
     QFETCH(const QString, tab);
     QFETCH(const bool, isShown);
@@ -359,7 +359,7 @@ void TestUserList::showsOnChannelsOnly()
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.shareOfUserList(), isShown ? 20 : 0, WaitTimeout);
 }
 
-void TestUserList::goesWithItsTab()
+void TestUserList::isHiddenWhenItsTabCloses()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s});
@@ -370,19 +370,19 @@ void TestUserList::goesWithItsTab()
     QCOMPARE(session.probe.shareOfUserList(), 0);
 }
 
-void TestUserList::takesAFifth_data()
+void TestUserList::takesAFifthOfTheWidth_data()
 {
     QTest::addColumn<int>("width");
     QTest::addColumn<QList<int>>("sizes");
 
-    // A splitter keeps the sum of what it is given only where its handle takes nothing.
+    // QSplitter keeps the sum of its sizes only with a handle of no width.
     QTest::newRow("even") << 1000 << QList<int>{800, 200};
     QTest::newRow("a remainder") << 1004 << QList<int>{804, 200};
-    QTest::newRow("nearly the next") << 1009 << QList<int>{808, 201};
-    QTest::newRow("no width to speak of") << 4 << QList<int>{4, 0};
+    QTest::newRow("nearly the next pixel") << 1009 << QList<int>{808, 201};
+    QTest::newRow("hardly any width") << 4 << QList<int>{4, 0};
 }
 
-void TestUserList::takesAFifth()
+void TestUserList::takesAFifthOfTheWidth()
 {
     QFETCH(const int, width);
     WindowSession session;
@@ -395,7 +395,7 @@ void TestUserList::takesAFifth()
     QTEST(splitter.sizes(), "sizes");
 }
 
-void TestUserList::takesNothingWhileHidden()
+void TestUserList::takesNoWidthWhileHidden()
 {
     WindowSession session;
     QSplitter &splitter = session.probe.splitter();
@@ -430,7 +430,7 @@ void TestUserList::leavesTheRatioAlone()
     QCOMPARE(splitter.saveState(), before);
 }
 
-void TestUserList::takesHostileNicks_data()
+void TestUserList::showsHostileNicks_data()
 {
     QTest::addColumn<QString>("nick");
 
@@ -439,11 +439,11 @@ void TestUserList::takesHostileNicks_data()
     QTest::newRow("combining") << QString(u'a' + QString(200, u'\u0301'));
     QTest::newRow("control characters") << u"a\u0001\u0002\u001B[31m\u0007b"_s;
     QTest::newRow("markup") << u"<b>a</b><img/src='x'>&amp;"_s;
-    QTest::newRow("beyond the first plane") << u"a\uFFFD\U0001F60A"_s;
+    QTest::newRow("outside the BMP") << u"a\uFFFD\U0001F60A"_s;
     QTest::newRow("a path") << u"../../etc/passwd"_s;
 }
 
-void TestUserList::takesHostileNicks()
+void TestUserList::showsHostileNicks()
 {
     QFETCH(const QString, nick);
     WindowSession session;

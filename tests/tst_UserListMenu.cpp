@@ -7,7 +7,6 @@
 #include "WindowSession.h"
 
 #include <QClipboard>
-#include <QContextMenuEvent>
 #include <QDialog>
 #include <QGuiApplication>
 #include <QLineEdit>
@@ -21,34 +20,18 @@ namespace {
 
 const auto Separator = u"-"_s;
 
-void rightClick(const MainWindowProbe &probe, QPoint place)
-{
-    QWidget *viewport = probe.userList().viewport();
-    QContextMenuEvent event(QContextMenuEvent::Mouse, place, viewport->mapToGlobal(place));
-    QCoreApplication::sendEvent(viewport, &event);
-}
-
 void rightClick(const MainWindowProbe &probe, const QString &entry)
 {
-    rightClick(probe, probe.positionOfUser(entry));
+    ModalAnswers::rightClick(*probe.userList().viewport(), probe.positionOfUser(entry));
 }
 
-QStringList entriesOf(const QMenu &menu)
-{
-    QStringList texts;
-    const QList<QAction *> actions = menu.actions();
-    for (const QAction *action : actions)
-        texts.append(action->isSeparator() ? Separator : action->text());
-    return texts;
-}
-
-// The menu's entries for whoever is clicked on; empty if no menu comes.
+// The entries of the menu that a right click on `entry` opens.
 QStringList menuFor(const MainWindowProbe &probe, const QString &entry)
 {
     QStringList entries;
     ModalAnswers answers;
     answers.queueForMenu([&entries](QMenu *menu) {
-        entries = entriesOf(*menu);
+        entries = ModalAnswers::entriesOf(*menu);
         menu->close();
     });
     rightClick(probe, entry);
@@ -63,20 +46,18 @@ const auto ChannelMenu =
 const auto OtherMenu =
         QStringList{u"Open Private Chat"_s, u"Whois"_s, Separator, u"Copy Nickname"_s};
 
-// What can come to pass under an open menu.
-using Happening = bool (*)(WindowSession &session);
 using Interruptions::dropLink;
 
-bool closeTheTab(WindowSession &session)
+bool closeTab(WindowSession &session)
 {
     session.probe.closeTab(1);
     return session.probe.tabTexts() == QStringList{u"Server"_s};
 }
 
 template <int Number>
-bool sayIt(WindowSession &session)
+bool receiveLines(WindowSession &session)
 {
-    static const QList<QStringList> Said{
+    static const QList<QStringList> Received{
             {u":bob!u@h QUIT :gone"_s},
             {u":bob!u@h PART #c :gone"_s},
             {u":op!u@h KICK #c bob :gone"_s},
@@ -85,18 +66,20 @@ bool sayIt(WindowSession &session)
             {u":irc.test 353 me = #c :me zoe"_s, u":irc.test 366 me #c :End"_s},
             {u":irc.test 366 me #c :End"_s},
     };
-    return session.receiveAll(Said.at(Number));
+    return session.receiveAll(Received.at(Number));
 }
 
-const QList<std::pair<const char *, Happening>> AllHappenings{
-        {"quit", sayIt<0>},       {"part", sayIt<1>},   {"kick", sayIt<2>},
-        {"own kick", sayIt<3>},   {"rename", sayIt<4>}, {"name list", sayIt<5>},
-        {"empty list", sayIt<6>}, {"link", dropLink},   {"closed tab", closeTheTab},
+const QList<std::pair<const char *, Interruption>> AllInterruptions{
+        {"quit", receiveLines<0>},       {"part", receiveLines<1>},
+        {"kick", receiveLines<2>},       {"own kick", receiveLines<3>},
+        {"rename", receiveLines<4>},     {"name list", receiveLines<5>},
+        {"empty list", receiveLines<6>}, {"disconnect", dropLink},
+        {"closed tab", closeTab},
 };
 
 } // namespace
 
-Q_DECLARE_METATYPE(Happening)
+Q_DECLARE_METATYPE(Interruption)
 
 class TestUserListMenu final : public QObject
 {
@@ -111,14 +94,14 @@ private slots:
     void showsTheMenuInAChannel();
     void showsTheMenuOnOtherTabs_data();
     void showsTheMenuOnOtherTabs();
-    void knowsTheUserByTheNickAskedFor();
-    void showsTheMenuWithoutALink();
-    void placesTheMenuAtThePointer();
+    void knowsTheUserByTheRequestedNick();
+    void showsTheMenuWhileDisconnected();
+    void opensTheMenuAtThePointer();
 
-    void speaksToTheServer_data();
-    void speaksToTheServer();
+    void sendsToTheServer_data();
+    void sendsToTheServer();
     void doesNothingIfDismissed();
-    void sendsTheWhoisOutputToTheTabOnShow();
+    void printsAWhoisOnTheCurrentTab();
     void copiesTheNick_data();
     void copiesTheNick();
     void opensAPrivateChat();
@@ -126,14 +109,14 @@ private slots:
     void unmarksTheUser();
     void changesTheUsersNick();
 
-    void usesTheNickTakenBefore_data();
-    void usesTheNickTakenBefore();
-    void usesTheNickTakenBeforeForAChat_data();
-    void usesTheNickTakenBeforeForAChat();
-    void opensNoChatWithWhoHasBecomeTheUser();
-    void staysOnOneselfUnderTheMenu_data();
-    void staysOnOneselfUnderTheMenu();
-    void survivesAFloodUnderTheMenu();
+    void keepsTheClickedNick_data();
+    void keepsTheClickedNick();
+    void keepsTheClickedNickForAChat_data();
+    void keepsTheClickedNickForAChat();
+    void opensNoChatWithANickThatBecameOwn();
+    void keepsTheOwnNicksMenu_data();
+    void keepsTheOwnNicksMenu();
+    void survivesAFloodDuringTheMenu();
 
 private:
     TemporaryStore store;
@@ -165,7 +148,8 @@ void TestUserListMenu::showsNoMenu()
     if (session.probe.users().contains(entry))
         rightClick(session.probe, entry);
     else
-        rightClick(session.probe, list.viewport()->rect().bottomLeft() + QPoint(20, -10));
+        ModalAnswers::rightClick(*list.viewport(),
+                                 list.viewport()->rect().bottomLeft() + QPoint(20, -10));
     QCoreApplication::processEvents();
     QCOMPARE(answers.problems(), QStringList());
 }
@@ -180,19 +164,19 @@ void TestUserListMenu::showsTheMenuInAChannel_data()
                         const QStringList &menu) {
         QTest::newRow(name) << entry << isAway << menu;
     };
-    add("oneself", u"me"_s, false, OwnMenu);
-    add("oneself, away", u"me"_s, true, OwnMenuWhileAway);
-    add("oneself in another case", u"ME"_s, false, OwnMenu);
-    add("oneself with a rank", u"~Me"_s, true, OwnMenuWhileAway);
-    add("oneself with a mark", u"\u25CF me"_s, false, OwnMenu);
-    add("oneself with a mark and a rank", u"\u25CF @me"_s, false, OwnMenu);
-    add("someone else", u"bob"_s, false, ChannelMenu);
-    add("someone else while away", u"bob"_s, true, ChannelMenu);
+    add("own nick", u"me"_s, false, OwnMenu);
+    add("own nick, away", u"me"_s, true, OwnMenuWhileAway);
+    add("own nick in another case", u"ME"_s, false, OwnMenu);
+    add("own nick with a rank", u"~Me"_s, true, OwnMenuWhileAway);
+    add("own nick with a presence mark", u"\u25CF me"_s, false, OwnMenu);
+    add("own nick with a presence mark and a rank", u"\u25CF @me"_s, false, OwnMenu);
+    add("another user", u"bob"_s, false, ChannelMenu);
+    add("another user while away", u"bob"_s, true, ChannelMenu);
     add("an operator", u"@bob"_s, false, ChannelMenu);
-    add("two ranks of oneself's nick", u"@+me"_s, false, ChannelMenu);
-    add("a nick that starts alike", u"men"_s, false, ChannelMenu);
-    add("a mark without a blank", u"\u25CFme"_s, false, ChannelMenu);
-    add("a mark behind a rank", u"@\u25CF me"_s, false, ChannelMenu);
+    add("own nick with two ranks", u"@+me"_s, false, ChannelMenu);
+    add("a nick with the same start", u"men"_s, false, ChannelMenu);
+    add("a presence mark without a space", u"\u25CFme"_s, false, ChannelMenu);
+    add("a presence mark after a rank", u"@\u25CF me"_s, false, ChannelMenu);
 }
 
 void TestUserListMenu::showsTheMenuInAChannel()
@@ -214,8 +198,8 @@ void TestUserListMenu::showsTheMenuOnOtherTabs_data()
     QTest::addColumn<QStringList>("menu");
 
     for (const QString &tab : {u"Server"_s, u"List"_s, u"zoe"_s, u"&local"_s}) {
-        QTest::addRow("someone else on %s", qPrintable(tab)) << tab << u"@bob"_s << OtherMenu;
-        QTest::addRow("oneself on %s", qPrintable(tab)) << tab << u"@me"_s << OwnMenu;
+        QTest::addRow("another user on %s", qPrintable(tab)) << tab << u"@bob"_s << OtherMenu;
+        QTest::addRow("own nick on %s", qPrintable(tab)) << tab << u"@me"_s << OwnMenu;
     }
 }
 
@@ -237,7 +221,7 @@ void TestUserListMenu::showsTheMenuOnOtherTabs()
     QTEST(menuFor(session.probe, entry), "menu");
 }
 
-void TestUserListMenu::knowsTheUserByTheNickAskedFor()
+void TestUserListMenu::knowsTheUserByTheRequestedNick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -247,13 +231,13 @@ void TestUserListMenu::knowsTheUserByTheNickAskedFor()
     QCOMPARE(menuFor(session.probe, u"@Newer"_s), OwnMenu);
     QCOMPARE(menuFor(session.probe, u"me"_s), OwnMenu);
     QCOMPARE(menuFor(session.probe, u"bob"_s), ChannelMenu);
-    // Confirmed by the server, it is the nick itself that counts.
+    // Once confirmed, it is the current nick.
     QVERIFY(session.receive(u":me!u@h NICK newer"_s));
     QCOMPARE(menuFor(session.probe, u"@Newer"_s), OwnMenu);
     QCOMPARE(menuFor(session.probe, u"bob"_s), ChannelMenu);
 }
 
-void TestUserListMenu::showsTheMenuWithoutALink()
+void TestUserListMenu::showsTheMenuWhileDisconnected()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -270,34 +254,34 @@ void TestUserListMenu::showsTheMenuWithoutALink()
         QCOMPARE(answers.problems(), QStringList());
     }
     QCOMPARE(output.sent(), QStringList());
-    // One for each line that could not go out: two for the last entry, none for the chat.
+    // One for each line that was not sent: two for the last entry, none for the chat.
     const QStringList errors(5, u"*** Error: Socket is not connected"_s);
     QCOMPARE(output.lines(), (SessionOutput::Lines{{u"Server"_s, errors}}));
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
 }
 
-void TestUserListMenu::placesTheMenuAtThePointer()
+void TestUserListMenu::opensTheMenuAtThePointer()
 {
     WindowSession session;
-    // At the screen's edge a menu makes way.
+    // Qt moves a menu away from the screen's edges.
     session.window.setGeometry(0, 0, 500, 300);
     session.probe.openTabs({u"#c"_s});
     session.probe.userList().addItem(u"bob"_s);
     ModalAnswers answers;
-    QPoint place;
+    QPoint pos;
     bool hasParent = true;
     answers.queueForMenu([&](QMenu *menu) {
-        place = menu->pos();
+        pos = menu->pos();
         hasParent = menu->parent() != nullptr;
         menu->close();
     });
     rightClick(session.probe, u"bob"_s);
     QCOMPARE(answers.problems(), QStringList());
-    QCOMPARE(place, session.probe.userList().mapToGlobal(session.probe.positionOfUser(u"bob"_s)));
+    QCOMPARE(pos, session.probe.userList().mapToGlobal(session.probe.positionOfUser(u"bob"_s)));
     QVERIFY(!hasParent);
 }
 
-void TestUserListMenu::speaksToTheServer_data()
+void TestUserListMenu::sendsToTheServer_data()
 {
     QTest::addColumn<QString>("entry");
     QTest::addColumn<QString>("choice");
@@ -316,7 +300,7 @@ void TestUserListMenu::speaksToTheServer_data()
     add(u"%%2"_s, u"Kick/Ban"_s, {u"MODE #c +b %2!*@*"_s, u"KICK #c %2 :Banned"_s});
 }
 
-void TestUserListMenu::speaksToTheServer()
+void TestUserListMenu::sendsToTheServer()
 {
     QFETCH(const QString, entry);
     QFETCH(const QString, choice);
@@ -329,7 +313,7 @@ void TestUserListMenu::speaksToTheServer()
     rightClick(session.probe, entry);
     QCOMPARE(answers.problems(), QStringList());
     QTEST(output.sent(), "sent");
-    // What the server makes of it is all that there is to see.
+    // The window writes nothing until the server replies.
     QCOMPARE(output.lines(), SessionOutput::Lines());
 }
 
@@ -350,7 +334,7 @@ void TestUserListMenu::doesNothingIfDismissed()
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
 }
 
-void TestUserListMenu::sendsTheWhoisOutputToTheTabOnShow()
+void TestUserListMenu::printsAWhoisOnTheCurrentTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -451,9 +435,9 @@ void TestUserListMenu::changesTheUsersNick()
     QCOMPARE(output.sent(), QStringList{u"NICK newer"_s});
 }
 
-void TestUserListMenu::usesTheNickTakenBefore_data()
+void TestUserListMenu::keepsTheClickedNick_data()
 {
-    QTest::addColumn<Happening>("happening");
+    QTest::addColumn<Interruption>("interruption");
     QTest::addColumn<QString>("choice");
     QTest::addColumn<QStringList>("sent");
 
@@ -463,19 +447,19 @@ void TestUserListMenu::usesTheNickTakenBefore_data()
             {u"Ban"_s, {u"MODE #c +b bob!*@*"_s}},
             {u"Kick/Ban"_s, {u"MODE #c +b bob!*@*"_s, u"KICK #c bob :Banned"_s}},
     };
-    for (const auto &[name, happening] : AllHappenings) {
+    for (const auto &[name, interruption] : AllInterruptions) {
         for (const auto &[choice, sent] : choices) {
-            QStringList expected = happening == dropLink ? QStringList() : sent;
-            if (happening == closeTheTab)
+            QStringList expected = interruption == dropLink ? QStringList() : sent;
+            if (interruption == closeTab)
                 expected.prepend(u"PART #c :Leaving"_s);
-            QTest::addRow("%s, %s", name, qPrintable(choice)) << happening << choice << expected;
+            QTest::addRow("%s, %s", name, qPrintable(choice)) << interruption << choice << expected;
         }
     }
 }
 
-void TestUserListMenu::usesTheNickTakenBefore()
+void TestUserListMenu::keepsTheClickedNick()
 {
-    QFETCH(const Happening, happening);
+    QFETCH(const Interruption, interruption);
     QFETCH(const QString, choice);
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -484,7 +468,7 @@ void TestUserListMenu::usesTheNickTakenBefore()
     ModalAnswers answers;
     bool happened = false;
     answers.queueForMenu([&](QMenu *menu) {
-        happened = happening(session);
+        happened = interruption(session);
         ModalAnswers::choosing(choice)(menu);
     });
     rightClick(session.probe, u"@bob"_s);
@@ -493,33 +477,33 @@ void TestUserListMenu::usesTheNickTakenBefore()
     QTEST(output.sent(), "sent");
 }
 
-void TestUserListMenu::usesTheNickTakenBeforeForAChat_data()
+void TestUserListMenu::keepsTheClickedNickForAChat_data()
 {
-    QTest::addColumn<Happening>("happening");
-    for (const auto &[name, happening] : AllHappenings)
-        QTest::newRow(name) << happening;
+    QTest::addColumn<Interruption>("interruption");
+    for (const auto &[name, interruption] : AllInterruptions)
+        QTest::newRow(name) << interruption;
 }
 
-void TestUserListMenu::usesTheNickTakenBeforeForAChat()
+void TestUserListMenu::keepsTheClickedNickForAChat()
 {
-    QFETCH(const Happening, happening);
+    QFETCH(const Interruption, interruption);
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@bob me"_s));
     ModalAnswers answers;
     bool happened = false;
     answers.queueForMenu([&](QMenu *menu) {
-        happened = happening(session);
+        happened = interruption(session);
         ModalAnswers::choosing(u"Open Private Chat"_s)(menu);
     });
     rightClick(session.probe, u"@bob"_s);
     QCOMPARE(answers.problems(), QStringList());
     QVERIFY(happened);
-    QCOMPARE(session.probe.currentTabName() == "bob"_L1, happening != dropLink);
-    QCOMPARE(session.probe.tabs().contains(u"bob"_s), happening != dropLink);
+    QCOMPARE(session.probe.currentTabName() == "bob"_L1, interruption != dropLink);
+    QCOMPARE(session.probe.tabs().contains(u"bob"_s), interruption != dropLink);
 }
 
-void TestUserListMenu::opensNoChatWithWhoHasBecomeTheUser()
+void TestUserListMenu::opensNoChatWithANickThatBecameOwn()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -536,41 +520,41 @@ void TestUserListMenu::opensNoChatWithWhoHasBecomeTheUser()
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#c"_s}));
 }
 
-void TestUserListMenu::staysOnOneselfUnderTheMenu_data()
+void TestUserListMenu::keepsTheOwnNicksMenu_data()
 {
-    usesTheNickTakenBeforeForAChat_data();
+    keepsTheClickedNickForAChat_data();
 }
 
-void TestUserListMenu::staysOnOneselfUnderTheMenu()
+void TestUserListMenu::keepsTheOwnNicksMenu()
 {
-    QFETCH(const Happening, happening);
+    QFETCH(const Interruption, interruption);
     for (const QString &choice : OwnMenu) {
         WindowSession session;
         QVERIFY(session.registerAs());
         QVERIFY(session.join(u"#c"_s, u"@bob me"_s));
         ModalAnswers answers;
         bool happened = false;
-        bool asked = false;
+        bool prompted = false;
         answers.queueForMenu([&](QMenu *menu) {
-            happened = happening(session);
+            happened = interruption(session);
             ModalAnswers::choosing(choice)(menu);
         });
-        // Without a link there is nobody to tell, and nothing is asked.
-        if (happening != dropLink) {
-            answers.queueForDialog([&asked](QDialog *dialog) {
-                asked = true;
+        // While disconnected, the entries do nothing.
+        if (interruption != dropLink) {
+            answers.queueForDialog([&prompted](QDialog *dialog) {
+                prompted = true;
                 dialog->reject();
             });
         }
         rightClick(session.probe, u"me"_s);
         QCOMPARE(answers.problems(), QStringList());
         QVERIFY(happened);
-        QCOMPARE(asked, happening != dropLink);
+        QCOMPARE(prompted, interruption != dropLink);
         QVERIFY(!session.probe.isAway());
     }
 }
 
-void TestUserListMenu::survivesAFloodUnderTheMenu()
+void TestUserListMenu::survivesAFloodDuringTheMenu()
 {
     WindowSession session;
     QVERIFY(session.registerAs());

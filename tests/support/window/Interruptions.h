@@ -2,7 +2,10 @@
 
 class WindowSession;
 
-/// What can come to pass while something waits for the user. Each is true once it has.
+/// Makes something happen to the window; true once it has.
+using Interruption = bool (*)(WindowSession &session);
+
+/// What can happen while a menu or a dialog waits for the user.
 namespace Interruptions {
 
 /// The server ends the link.

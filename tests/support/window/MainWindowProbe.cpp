@@ -109,6 +109,18 @@ QString MainWindowProbe::lastLine(const QString &tabName) const
     return all.isEmpty() ? QString() : all.last();
 }
 
+QColor MainWindowProbe::lastTextColor(const QString &tabName) const
+{
+    const QTextTable *table = window.tabs.value(tabName).table;
+    if (table == nullptr)
+        return {};
+    const int textColumn = table->columns() - 1;
+    QTextCursor cursor = table->cellAt(table->rows() - 1, textColumn).firstCursorPosition();
+    cursor.movePosition(QTextCursor::NextCharacter);
+    const QBrush brush = cursor.charFormat().foreground();
+    return brush.style() == Qt::NoBrush ? QColor() : brush.color();
+}
+
 QStringList MainWindowProbe::users() const
 {
     QStringList texts;

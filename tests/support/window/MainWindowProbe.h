@@ -13,6 +13,11 @@
 class MainWindowProbe final
 {
 public:
+    // Style sheets of the status bar.
+    static constexpr QLatin1StringView ConnectedSheet{"QStatusBar { background-color: #d4edda; }"};
+    static constexpr QLatin1StringView DisconnectedSheet{
+            "QStatusBar { background-color: #f8d7da; }"};
+
     explicit MainWindowProbe(MainWindow &probed)
         : window(probed)
     {
@@ -120,6 +125,8 @@ public:
     [[nodiscard]] QStringList lines(const QString &tabName) const;
     /// The last of them, or an empty text if there is none.
     [[nodiscard]] QString lastLine(const QString &tabName) const;
+    /// Colour of the text in the tab's last line; invalid if it has the default one.
+    [[nodiscard]] QColor lastTextColor(const QString &tabName) const;
     /// The texts of the visible user list from top to bottom.
     [[nodiscard]] QStringList users() const;
     /// Where the entry with this text stands in the visible user list, at its middle.

@@ -1,6 +1,7 @@
 #include "ModalAnswers.h"
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QDialog>
 #include <QEvent>
 #include <QMenu>
@@ -46,6 +47,21 @@ std::function<void(QMenu *)> ModalAnswers::choosing(const QString &text)
             }
         }
     };
+}
+
+QStringList ModalAnswers::entriesOf(const QMenu &menu)
+{
+    QStringList texts;
+    const QList<QAction *> actions = menu.actions();
+    for (const QAction *action : actions)
+        texts.append(action->isSeparator() ? u"-"_s : action->text());
+    return texts;
+}
+
+void ModalAnswers::rightClick(QWidget &widget, QPoint position)
+{
+    QContextMenuEvent event(QContextMenuEvent::Mouse, position, widget.mapToGlobal(position));
+    QCoreApplication::sendEvent(&widget, &event);
 }
 
 QStringList ModalAnswers::problems() const

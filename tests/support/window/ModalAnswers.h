@@ -37,6 +37,12 @@ public:
     /// a problem.
     [[nodiscard]] static std::function<void(QMenu *)> choosing(const QString &text);
 
+    /// The texts of the menu's entries; "-" for a separator.
+    [[nodiscard]] static QStringList entriesOf(const QMenu &menu);
+
+    /// Right-clicks the widget at `position`, which may open a menu.
+    static void rightClick(QWidget &widget, QPoint position);
+
     /// What was not as it should be up to now: a dialog without an answer, an answer that found
     /// something else or did not end it, an answer that nothing came for. Empty if all went well.
     [[nodiscard]] QStringList problems() const;

@@ -11,7 +11,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QColorDialog>
-#include <QContextMenuEvent>
 #include <QDir>
 #include <QFontDialog>
 #include <QLabel>
@@ -31,12 +30,6 @@ namespace {
 
 const auto Autojoin = u"Autojoin on connect"_s;
 const auto NewServer = u"irc.example.org"_s;
-
-void rightClick(QWidget &widget, QPoint place)
-{
-    QContextMenuEvent event(QContextMenuEvent::Mouse, place, widget.mapToGlobal(place));
-    QCoreApplication::sendEvent(&widget, &event);
-}
 
 template <typename Wanted>
 Wanted *childWithText(const QObject *parent, const QString &text)
@@ -67,13 +60,13 @@ void openTabMenu(NestedLoopFixture &fixture)
 {
     fixture.awaitMenu();
     HighlightTabBar &bar = fixture.session.probe.tabBar();
-    rightClick(bar, bar.tabRect(1).center());
+    ModalAnswers::rightClick(bar, bar.tabRect(1).center());
 }
 
 void openMenuOfUser(NestedLoopFixture &fixture, const QString &entry)
 {
     const MainWindowProbe &probe = fixture.session.probe;
-    rightClick(*probe.userList().viewport(), probe.positionOfUser(entry));
+    ModalAnswers::rightClick(*probe.userList().viewport(), probe.positionOfUser(entry));
 }
 
 void openUserMenu(NestedLoopFixture &fixture)
@@ -95,7 +88,8 @@ void openListMenu(NestedLoopFixture &fixture)
     fixture.awaitMenu();
     fixture.session.probe.showTab(u"List"_s);
     QTreeWidget *tree = fixture.session.probe.listTree();
-    rightClick(*tree->viewport(), tree->visualItemRect(tree->topLevelItem(0)).center());
+    ModalAnswers::rightClick(*tree->viewport(),
+                             tree->visualItemRect(tree->topLevelItem(0)).center());
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -208,7 +202,7 @@ void openMenuOfServer(NestedLoopFixture &fixture)
     openConnectDialog(fixture);
     QListWidget *list = serverList(fixture);
     list->scrollToItem(list->currentItem());
-    rightClick(*list->viewport(), list->visualItemRect(list->currentItem()).center());
+    ModalAnswers::rightClick(*list->viewport(), list->visualItemRect(list->currentItem()).center());
 }
 
 void openServerMenu(NestedLoopFixture &fixture)
