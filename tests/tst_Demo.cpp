@@ -15,13 +15,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int DemoPatience = 5 * WaitTimeout; // In ms; the demo gives itself a little less.
+constexpr int DemoTimeout = 5 * WaitTimeout; // In ms; the demo's own timeout is shorter.
 
-constexpr QRgb MaraColour = qRgb(0x2e, 0x7d, 0x32); // Of one who talks in the demo.
-constexpr int NickPoints = 20; // A short nick has more points of its colour than this.
+constexpr QRgb MaraColour = qRgb(0x2e, 0x7d, 0x32); // The colour of a nick in the demo.
+constexpr int NickPixels = 20; // A short nick has more pixels of its colour than this.
 
-// Whether nothing runs any more of what we started, or what that started in its turn.
-bool nothingIsLeft()
+// Whether all child processes and their descendants have ended.
+bool hasNoChildren()
 {
     while (waitpid(-1, nullptr, WNOHANG) > 0) {
     }
@@ -37,10 +37,10 @@ class TestDemo final : public QObject
 private slots:
     void initTestCase();
 
-    void waitsForThePersonOnADisplay();
+    void runsUntilTheUserClosesTheWindow();
     void showsTheConversationAndEndsByItself();
-    void leavesNothingBehindWhenStopped_data();
-    void leavesNothingBehindWhenStopped();
+    void endsItsChildrenWhenStopped_data();
+    void endsItsChildrenWhenStopped();
 
 private:
     void start(const QStringList &arguments);
@@ -51,7 +51,7 @@ private:
 
 void TestDemo::initTestCase()
 {
-    // Whose parent ends becomes our child, so that we notice what stays behind.
+    // Orphaned descendants become children of this process, so that hasNoChildren() finds them.
     QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
 }
 
@@ -62,7 +62,7 @@ void TestDemo::start(const QStringList &arguments)
     QVERIFY(demo.waitForStarted(WaitTimeout));
 }
 
-void TestDemo::waitsForThePersonOnADisplay()
+void TestDemo::runsUntilTheUserClosesTheWindow()
 {
     VirtualScreen screen;
     QVERIFY2(screen.start(), qPrintable(screen.failure()));
@@ -74,32 +74,32 @@ void TestDemo::waitsForThePersonOnADisplay()
     QVERIFY(waitForWindow(u"Connect to IRC Server"_s));
     QVERIFY(screen.press(u"Return"_s));
     QVERIFY(waitForWindow(u"Velmora"_s));
-    QVERIFY(screen.waitFor([&] { return screen.countPixels(MaraColour) > NickPoints; }));
+    QVERIFY(screen.waitFor([&] { return screen.countPixels(MaraColour) > NickPixels; }));
     QVERIFY(screen.press(u"alt+F4"_s));
 
-    QVERIFY(demo.waitForFinished(DemoPatience));
-    const QString told = QString::fromLocal8Bit(demo.readAll());
-    QVERIFY2(demo.exitStatus() == QProcess::NormalExit && demo.exitCode() == 0, qPrintable(told));
-    QVERIFY2(told.contains("Press Connect"_L1), qPrintable(told));
+    QVERIFY(demo.waitForFinished(DemoTimeout));
+    const QString output = QString::fromLocal8Bit(demo.readAll());
+    QVERIFY2(demo.exitStatus() == QProcess::NormalExit && demo.exitCode() == 0, qPrintable(output));
+    QVERIFY2(output.contains("Press Connect"_L1), qPrintable(output));
 }
 
 void TestDemo::showsTheConversationAndEndsByItself()
 {
     start({u"--screenshots"_s, folder.path()});
-    QVERIFY(demo.waitForFinished(DemoPatience));
-    const QString told = QString::fromLocal8Bit(demo.readAll());
-    QVERIFY2(demo.exitStatus() == QProcess::NormalExit && demo.exitCode() == 0, qPrintable(told));
-    QVERIFY(told.endsWith("The conversation was seen on the wire and on the screen.\n"_L1));
+    QVERIFY(demo.waitForFinished(DemoTimeout));
+    const QString output = QString::fromLocal8Bit(demo.readAll());
+    QVERIFY2(demo.exitStatus() == QProcess::NormalExit && demo.exitCode() == 0, qPrintable(output));
+    QVERIFY(output.endsWith("The server and the screen show the whole conversation.\n"_L1));
     for (const auto &name :
          {u"connect-dialog"_s, u"main-window"_s, u"channel-list"_s, u"preferences"_s}) {
         const QString file = folder.filePath(name + u".png");
-        QVERIFY2(told.contains(u"Screenshot: %1\n"_s.arg(file)), qPrintable(told));
+        QVERIFY2(output.contains(u"Screenshot: %1\n"_s.arg(file)), qPrintable(output));
         QVERIFY2(!QImage(file).isNull(), qPrintable(file));
     }
-    QTRY_VERIFY_WITH_TIMEOUT(nothingIsLeft(), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(hasNoChildren(), WaitTimeout);
 }
 
-void TestDemo::leavesNothingBehindWhenStopped_data()
+void TestDemo::endsItsChildrenWhenStopped_data()
 {
     QTest::addColumn<int>("signal");
     QTest::newRow("interrupted") << SIGINT;
@@ -107,19 +107,19 @@ void TestDemo::leavesNothingBehindWhenStopped_data()
     QTest::newRow("killed") << SIGKILL;
 }
 
-void TestDemo::leavesNothingBehindWhenStopped()
+void TestDemo::endsItsChildrenWhenStopped()
 {
     QFETCH(const int, signal);
     start({u"--screenshots"_s, folder.path()});
-    QByteArray told;
-    QTRY_VERIFY_WITH_TIMEOUT((told += demo.readAll()).contains("Watching")
+    QByteArray output;
+    QTRY_VERIFY_WITH_TIMEOUT((output += demo.readAll()).contains("Watching")
                                      || demo.state() == QProcess::NotRunning,
-                             DemoPatience);
-    QVERIFY2(demo.state() == QProcess::Running, told.constData());
+                             DemoTimeout);
+    QVERIFY2(demo.state() == QProcess::Running, output.constData());
     QCOMPARE(::kill(pid_t(demo.processId()), signal), 0);
-    QVERIFY(demo.waitForFinished(DemoPatience));
+    QVERIFY(demo.waitForFinished(DemoTimeout));
     QVERIFY(demo.exitStatus() == QProcess::CrashExit || demo.exitCode() != 0);
-    QTRY_VERIFY_WITH_TIMEOUT(nothingIsLeft(), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(hasNoChildren(), WaitTimeout);
 }
 
 QTEST_GUILESS_MAIN(TestDemo)

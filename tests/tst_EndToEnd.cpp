@@ -1,5 +1,5 @@
-// The built program in a real window, on a real server, with other people on it. What it does is
-// read off the wire; the screen is looked at for what the wire can't tell.
+// End-to-end tests of the built program in a real window, with a real server and another user. They
+// check the lines sent and received, and the screen for what the lines do not show.
 
 #include "Ngircd.h"
 #include "Scenario.h"
@@ -23,24 +23,24 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QRgb BobColour = qRgb(0xad, 0x14, 0x57);
-constexpr int NickPoints = 20; // A short nick has more points of its colour than this.
+constexpr int NickPixels = 20; // A short nick has more pixels of its colour than this.
 
-// A command that runs another in a system whose certificates are those of the folder. Programs
-// look for authorities in the system's own places only, so we lay the folder over these, in a mount
-// namespace where nobody else sees it.
-QStringList inASystemWithCertificates(const QString &folder)
+// Returns a command prefix that replaces the system's trusted certificates with those in `folder`.
+// Programs read only the system's certificate folders, so it mounts the folder over them, in a
+// mount namespace of its own.
+QStringList withSystemCertificates(const QString &folder)
 {
     QStringList command{u"unshare"_s, u"--mount"_s};
     if (geteuid() != 0)
         command.append(u"--map-root-user"_s);
     else if (QProcess::execute(u"unshare"_s, {u"--mount"_s, u"true"_s}) != 0)
-        command.append({u"--propagation"_s, u"unchanged"_s}); // As in a changed root folder.
+        command.append({u"--propagation"_s, u"unchanged"_s}); // Needed in a chroot.
     return command
            + QStringList{u"sh"_s, u"-c"_s, u"mount --bind \"$0\" /etc/ssl/certs && exec \"$@\""_s,
                          folder};
 }
 
-// Puts the authority's certificate into the folder in the form in which it is looked for.
+// Installs the authority's certificate in the folder, with the hashed name that OpenSSL looks for.
 bool install(const TlsAuthority &authority, const QString &folder)
 {
     return QFile::copy(authority.certificateFile(), folder + u"/authority.pem"_s)
@@ -62,17 +62,17 @@ private slots:
     void talksBothWays();
     void runsItsCommands();
     void refusesAnUnknownCommand();
-    void hearsAPrivateMessage();
-    void asksAboutSomebody();
-    void takesAnotherNickWhenItsOwnIsInUse();
-    void outlivesTheServerAndConnectsAgain();
-    void takesItsLeaveWhenTheWindowCloses();
-    void livesWithAJoinWhoseChannelIsTrailing();
+    void receivesAPrivateMessage();
+    void requestsWhois();
+    void usesAnotherNickWhenItsOwnIsInUse();
+    void survivesTheServerAndReconnects();
+    void sendsQuitWhenTheWindowCloses();
+    void handlesAJoinWithATrailingChannel();
     void trustsAnAuthorityOfTheSystem();
-    void refusesACertificateThatVouchesForItself();
+    void refusesASelfSignedCertificate();
 
 private:
-    /// Puts a server that speaks TLS before the program's dialog.
+    // Stores a TLS server on this port for the connect dialog.
     bool prepareTls(quint16 port);
 
     VirtualScreen screen;
@@ -134,7 +134,7 @@ void TestEndToEnd::talksBothWays()
     const int bobBefore = screen.countPixels(BobColour);
     scenario->bob.send(u"PRIVMSG #room :Good evening, Wanda"_s);
     QVERIFY(scenario->program.waitForLines(3));
-    QVERIFY(screen.waitFor([&] { return screen.countPixels(BobColour) > bobBefore + NickPoints; }));
+    QVERIFY(screen.waitFor([&] { return screen.countPixels(BobColour) > bobBefore + NickPixels; }));
 }
 
 void TestEndToEnd::runsItsCommands()
@@ -185,33 +185,33 @@ void TestEndToEnd::refusesAnUnknownCommand()
     QCOMPARE(scenario->sentByProgram().filter(u"frobnicate"_s, Qt::CaseInsensitive), QStringList());
 }
 
-void TestEndToEnd::hearsAPrivateMessage()
+void TestEndToEnd::receivesAPrivateMessage()
 {
     QVERIFY(scenario->start());
     const QRect before = screen.waitUntilStable([this] { return scenario->program.tabs(); });
     QVERIFY(!before.isEmpty());
     scenario->bob.send(u"PRIVMSG wanda :psst"_s);
-    // The conversation opens, and its partner is watched from then on.
+    // The conversation opens and its partner is watched.
     QVERIFY(scenario->proxy->waitForProgram(u"WATCH +bob"_s));
     QVERIFY(screen.waitFor([&] { return scenario->program.tabs().right() > before.right(); }));
 }
 
-void TestEndToEnd::asksAboutSomebody()
+void TestEndToEnd::requestsWhois()
 {
     QVERIFY(scenario->start());
     QVERIFY(scenario->program.typeLine(u"/whois bob"_s));
     QVERIFY(scenario->proxy->waitForProgram(u"WHOIS bob"_s));
     QVERIFY(scenario->proxy->waitForServer(u" 318 wanda bob "_s));
-    // Who it is, by which server, idle for how long, and in which channels.
+    // User, server, idle time and channels.
     QVERIFY(scenario->program.waitForLines(1 + 4));
 
-    // Of somebody who is not there, the lines that are always printed.
+    // For an unknown nick, only the lines that are always printed.
     QVERIFY(scenario->program.typeLine(u"/whois nosuch"_s));
     QVERIFY(scenario->proxy->waitForServer(u" 318 wanda nosuch "_s));
     QVERIFY(scenario->program.waitForLines(1 + 6));
 }
 
-void TestEndToEnd::takesAnotherNickWhenItsOwnIsInUse()
+void TestEndToEnd::usesAnotherNickWhenItsOwnIsInUse()
 {
     QVERIFY(scenario->prepare(LoggingProxy::Joins::Rewritten, u"bob"_s, {u"#room"_s}));
     QVERIFY(scenario->program.start());
@@ -223,7 +223,7 @@ void TestEndToEnd::takesAnotherNickWhenItsOwnIsInUse()
     QVERIFY(scenario->bob.waitFor(u":bob_!"_s));
 }
 
-void TestEndToEnd::outlivesTheServerAndConnectsAgain()
+void TestEndToEnd::survivesTheServerAndReconnects()
 {
     QVERIFY(scenario->start());
     scenario->server->kill();
@@ -239,7 +239,7 @@ void TestEndToEnd::outlivesTheServerAndConnectsAgain()
     QVERIFY(scenario->waitForStatus(Scenario::Green));
 }
 
-void TestEndToEnd::takesItsLeaveWhenTheWindowCloses()
+void TestEndToEnd::sendsQuitWhenTheWindowCloses()
 {
     QVERIFY(scenario->start());
     QVERIFY(scenario->program.close());
@@ -251,16 +251,16 @@ void TestEndToEnd::takesItsLeaveWhenTheWindowCloses()
     QVERIFY(scenario->bob.waitFor(u" QUIT "_s));
 }
 
-void TestEndToEnd::livesWithAJoinWhoseChannelIsTrailing()
+void TestEndToEnd::handlesAJoinWithATrailingChannel()
 {
     QVERIFY(scenario->prepare(LoggingProxy::Joins::Unchanged, u"wanda"_s, {u"#room"_s}));
     QVERIFY(scenario->program.start());
     QVERIFY(scenario->program.pressConnect());
     QVERIFY(scenario->proxy->waitForServer(u" JOIN :#room"_s));
-    // The channel is lost on the way, so the names are asked of no channel.
+    // Intended: a trailing channel is ignored, so NAMES has no channel.
     QVERIFY(scenario->proxy->waitForProgram(u"NAMES "_s));
 
-    // The first line that is spoken opens the channel all the same, and so does our own.
+    // The first message to the channel, or the user's own, opens its tab.
     const QRect before = screen.waitUntilStable([this] { return scenario->program.tabs(); });
     QVERIFY(!before.isEmpty());
     scenario->bob.send(u"PRIVMSG #room :anybody here?"_s);
@@ -277,7 +277,7 @@ void TestEndToEnd::trustsAnAuthorityOfTheSystem()
 
     const QTemporaryDir certificates;
     QVERIFY(install(authority, certificates.path()));
-    QVERIFY(scenario->program.start(inASystemWithCertificates(certificates.path())));
+    QVERIFY(scenario->program.start(withSystemCertificates(certificates.path())));
     QVERIFY(scenario->program.pressConnect());
     QVERIFY(server.waitForClient());
     QVERIFY(server.waitForLine(u"NICK wanda"_s));
@@ -287,7 +287,7 @@ void TestEndToEnd::trustsAnAuthorityOfTheSystem()
     QVERIFY(scenario->waitForStatus(Scenario::Green));
 }
 
-void TestEndToEnd::refusesACertificateThatVouchesForItself()
+void TestEndToEnd::refusesASelfSignedCertificate()
 {
     const TlsAuthority authority;
     QSslServer server;
@@ -299,7 +299,7 @@ void TestEndToEnd::refusesACertificateThatVouchesForItself()
     QVERIFY(scenario->program.start());
     QVERIFY(scenario->program.pressConnect());
     QTRY_VERIFY_WITH_TIMEOUT(!refusal.isEmpty(), WaitTimeout);
-    // That it was connected, the error, and that it is disconnected.
+    // Connected, the error, disconnected.
     QVERIFY(scenario->program.waitForLines(3));
     QVERIFY(scenario->waitForStatus(Scenario::Red));
     QVERIFY(scenario->program.isRunning());

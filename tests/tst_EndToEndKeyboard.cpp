@@ -1,5 +1,4 @@
-// The built program in a real window, on a real server: where the keyboard goes, and what is copied
-// and pasted.
+// End-to-end tests of the keyboard focus, and of copy and paste, with a real window and server.
 
 #include "InspIrcd.h"
 #include "Scenario.h"
@@ -14,11 +13,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// From the upper left of the main window.
+// Relative to the upper left corner of the main window.
 constexpr QPoint InConversation{600, 400};
 constexpr int MiddleButton = 2;
-constexpr int PointsOfMenu = 1000; // Fewer than change when a menu opens.
-constexpr int OneTry = 5000;       // In ms, of several.
+constexpr int MenuPixels = 1000;     // Opening a menu changes more pixels than this.
+constexpr int AttemptTimeout = 5000; // In ms, for one of several attempts.
 
 } // namespace
 
@@ -111,9 +110,9 @@ void TestEndToEndKeyboard::copiesRowsAsOneLineOfInput()
     static const QRegularExpression expected(
             uR"(^>> PRIVMSG #room :\[[\d:]+\] wanda joined #room \[[\d:]+\] bob one  two )"
             uR"(\[[\d:]+\] bob QUIT :three$)"_s);
-    const QStringList said = scenario->sentByProgram().filter(u"PRIVMSG"_s);
-    QCOMPARE(said.size(), 1);
-    QVERIFY2(expected.match(said.first()).hasMatch(), qPrintable(said.first()));
+    const QStringList sent = scenario->sentByProgram().filter(u"PRIVMSG"_s);
+    QCOMPARE(sent.size(), 1);
+    QVERIFY2(expected.match(sent.first()).hasMatch(), qPrintable(sent.first()));
 }
 
 void TestEndToEndKeyboard::switchesTabs()
@@ -123,7 +122,7 @@ void TestEndToEndKeyboard::switchesTabs()
     QVERIFY(screen.press(u"ctrl+Tab"_s));
     QVERIFY(typeLine(u"one"_s));
     QVERIFY(scenario->proxy->waitForProgram(u"PRIVMSG #hall :one"_s));
-    // The input line has the keyboard now.
+    // Now from the input line.
     QVERIFY(screen.press(u"ctrl+shift+Tab"_s));
     QVERIFY(typeLine(u"two"_s));
     QVERIFY(scenario->proxy->waitForProgram(u"PRIVMSG #room :two"_s));
@@ -133,7 +132,7 @@ void TestEndToEndKeyboard::switchesTabs()
     QVERIFY(screen.press(u"ctrl+Prior"_s));
     QVERIFY(typeLine(u"four"_s));
     QVERIFY(scenario->proxy->waitForProgram(u"PRIVMSG #room :four"_s));
-    // From the channel list and the line that searches it, too.
+    // Also from the search line of the channel list.
     QVERIFY(typeLine(u"/list"_s));
     QVERIFY(scenario->proxy->waitForServer(u" 323 wanda "_s));
     QVERIFY(screen.press(u"ctrl+Prior"_s));
@@ -144,41 +143,41 @@ void TestEndToEndKeyboard::switchesTabs()
 void TestEndToEndKeyboard::choosesAnEmoji_data()
 {
     QTest::addColumn<QStringList>("keys");
-    QTest::addColumn<QString>("said");
+    QTest::addColumn<QString>("sent");
     QTest::newRow("by Return") << QStringList{u"Right"_s, u"Down"_s, u"Return"_s} << u"oh 🙂"_s;
-    QTest::newRow("not, by Escape") << QStringList{u"Right"_s, u"Escape"_s} << u"oh"_s;
+    QTest::newRow("closes by Escape") << QStringList{u"Right"_s, u"Escape"_s} << u"oh"_s;
 }
 
 void TestEndToEndKeyboard::choosesAnEmoji()
 {
     QFETCH(const QStringList, keys);
-    QFETCH(const QString, said);
+    QFETCH(const QString, sent);
     QVERIFY(scenario->start());
     QVERIFY(screen.type(u"oh "_s));
     QVERIFY(screen.press(u"Tab"_s));
     QVERIFY(screen.press(u"space"_s));
     for (const QString &key : keys)
         QVERIFY(screen.press(key));
-    // The picker takes what is typed before it has closed.
+    // Repeated, since the picker receives keys until it has closed.
     QVERIFY(screen.waitFor([&] {
         return screen.click(scenario->program.inputLine()) && screen.press(u"Return"_s)
                && QTest::qWaitFor(
                        [&] {
-                           return scenario->proxy->countFromProgram(u"PRIVMSG #room :"_s + said)
+                           return scenario->proxy->countFromProgram(u"PRIVMSG #room :"_s + sent)
                                   > 0;
                        },
-                       OneTry);
+                       AttemptTimeout);
     }));
 }
 
 void TestEndToEndKeyboard::reachesBothMenusWithOneMnemonic()
 {
     QVERIFY(scenario->start());
-    // The first press goes to Server, the second one to Settings.
+    // The first press opens Server, the second one Settings.
     for (int i = 0; i < 2; ++i) {
         const QImage before = screen.screenshot();
         QVERIFY(screen.press(u"alt+s"_s));
-        QVERIFY(screen.waitFor([&] { return screen.countChangedPixels(before) > PointsOfMenu; }));
+        QVERIFY(screen.waitFor([&] { return screen.countChangedPixels(before) > MenuPixels; }));
     }
     QVERIFY(screen.press(u"p"_s));
     QVERIFY(screen.waitFor([this] { return screen.activeTitle() == u"Preferences"_s; }));

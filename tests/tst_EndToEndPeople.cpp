@@ -1,5 +1,5 @@
-// The built program in a real window, on a real server that tells who comes and goes: what is done
-// there with channels and people by mouse.
+// End-to-end tests of channels and users by mouse, with a real window and a real server that
+// supports WATCH.
 
 #include "InspIrcd.h"
 #include "Scenario.h"
@@ -13,25 +13,24 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int OneTry = 5000; // In ms, of several.
+constexpr int AttemptTimeout = 5000; // In ms, for one of several attempts.
 
-// The text of lists and menus. The edges of letters are mixed with the ground, and the frames
-// around are much paler.
+// Text of lists and menus. The distance includes anti-aliased edges of letters, but not the much
+// paler frames.
 constexpr QRgb TextColour = qRgb(0x33, 0x33, 0x33);
 constexpr int TextDistance = 60;
-constexpr int TwoRows = 20; // The text of two rows is higher than this, that of one is not.
+constexpr int TwoRows = 20; // Two rows of text are higher than this; one is not.
 
 constexpr QRgb BlinkColour = qRgb(0xff, 0xb8, 0x00);
 constexpr int BlinkDistance = 30;
 
-// From the upper left of a first row, the lower left of a last one, and the upper left of a tab.
-constexpr QPoint IntoFirstRow{6, 5};
-constexpr QPoint IntoLastRow{6, -4};
-constexpr QPoint ToCloseButton{13, 17};
+constexpr QPoint InFirstRow{6, 5};    // Relative to the upper left corner of the first row.
+constexpr QPoint InLastRow{6, -4};    // Relative to the lower left corner of the last row.
+constexpr QPoint CloseButton{13, 17}; // Relative to the upper left corner of a tab.
 
-// From where the right button was pressed to the menu's second entry, which lies beside the names,
-// and to where there is nothing but the menu.
-constexpr QPoint ToWhois{40, 27};
+// Relative to the position of the right click: the menu's second entry, and an area that only the
+// menu covers.
+constexpr QPoint WhoisEntry{40, 27};
 constexpr QRect MenuBelowNames{20, 40, 120, 60};
 
 } // namespace
@@ -46,26 +45,27 @@ private slots:
     void cleanup();
 
     void joinsFromTheChannelList();
-    void asksAboutSomebodyFromTheUserList();
+    void requestsWhoisFromTheUserList();
     void chatsInPrivateFromTheUserList_data();
     void chatsInPrivateFromTheUserList();
-    void tellsWhenThePartnerComesAndGoes();
+    void reportsWhenThePartnerComesAndGoes();
     void blinksForAMentionUntilTheVisit();
 
 private:
     QRect shownText(const QRect &area) const;
-    /// The same, once two rows or more are there and nothing changes any more.
+    // Waits until the area shows at least two rows and does not change any more.
     QRect shownRows(const QRect &area) const;
-    /// A place on the first entry of the user list: bob's, who is the operator.
-    QPoint placeOfBob() const;
-    /// Double clicks until the program sends this line: a busy machine may take the clicks for two
-    /// single ones. For what may be done twice.
-    bool doubleClickFor(const QString &line, QPoint place) const;
-    /// Opens a private conversation with bob by a double click on his name.
+    // Returns a point in the first entry of the user list, which is bob, the operator.
+    QPoint positionOfBob() const;
+    // Repeats a double-click until the program sends this line, since a busy machine may handle the
+    // clicks as two single ones. Use it for actions that may happen twice.
+    bool doubleClickFor(const QString &line, QPoint position) const;
+    // Opens a private conversation with bob by a double-click on his nick.
     bool openChat();
-    /// Where tabs are in the blink colour now.
+    // Returns the bounding rectangle of tab text that is in the blink colour now.
     QRect blinkingText() const;
-    /// Where tabs blink, watched until all of it has come and gone twice. Nothing if it does not.
+    // Waits until tabs have blinked twice and returns their bounding rectangle; empty at the
+    // timeout.
     QRect watchBlinking() const;
 
     VirtualScreen screen;
@@ -104,23 +104,23 @@ QRect TestEndToEndPeople::shownRows(const QRect &area) const
     });
 }
 
-QPoint TestEndToEndPeople::placeOfBob() const
+QPoint TestEndToEndPeople::positionOfBob() const
 {
-    return shownRows(scenario->program.userNames()).topLeft() + IntoFirstRow;
+    return shownRows(scenario->program.userNames()).topLeft() + InFirstRow;
 }
 
-bool TestEndToEndPeople::doubleClickFor(const QString &line, QPoint place) const
+bool TestEndToEndPeople::doubleClickFor(const QString &line, QPoint position) const
 {
     return screen.waitFor([&] {
-        return screen.doubleClick(place)
+        return screen.doubleClick(position)
                && QTest::qWaitFor([&] { return scenario->proxy->countFromProgram(line) > 0; },
-                                  OneTry);
+                                  AttemptTimeout);
     });
 }
 
 bool TestEndToEndPeople::openChat()
 {
-    return doubleClickFor(u"WATCH +bob"_s, placeOfBob())
+    return doubleClickFor(u"WATCH +bob"_s, positionOfBob())
            && scenario->proxy->waitForServer(u" 604 wanda bob "_s);
 }
 
@@ -133,12 +133,12 @@ QRect TestEndToEndPeople::watchBlinking() const
 {
     QRect found;
     for (const bool isOn : {true, false, true, false}) {
-        const auto hasTurned = [&] {
+        const auto hasChanged = [&] {
             const QRect now = blinkingText();
             found |= now;
             return now.isEmpty() != isOn;
         };
-        if (!screen.waitFor(hasTurned))
+        if (!screen.waitFor(hasChanged))
             return {};
     }
     return found;
@@ -155,7 +155,7 @@ void TestEndToEndPeople::joinsFromTheChannelList()
     QVERIFY(scenario->proxy->waitForServer(u" 323 wanda "_s));
     const QRect names = scenario->program.channelNames();
     QVERIFY(!shownRows(names).isEmpty());
-    // The line below the list has the keyboard, and only what it finds stays.
+    // The search line has the focus and filters the list.
     QVERIFY(screen.type(u"hall"_s));
     QVERIFY(screen.waitFor([&] { return shownText(names).height() < TwoRows; }));
     QVERIFY(screen.press(u"ctrl+a"_s));
@@ -163,26 +163,26 @@ void TestEndToEndPeople::joinsFromTheChannelList()
     const QRect rows = shownRows(names);
     QVERIFY(!rows.isEmpty());
 
-    // The channel with fewer people is the lower one.
-    QVERIFY(doubleClickFor(u"JOIN #hall"_s, rows.bottomLeft() + IntoLastRow));
+    // The channel with fewer users is the lower one.
+    QVERIFY(doubleClickFor(u"JOIN #hall"_s, rows.bottomLeft() + InLastRow));
     QVERIFY(scenario->bob.waitFor(u" JOIN :#hall"_s));
     QVERIFY(scenario->program.typeLine(u"here I am"_s));
     QVERIFY(scenario->bob.waitFor(u"PRIVMSG #hall :here I am"_s));
 }
 
-void TestEndToEndPeople::asksAboutSomebodyFromTheUserList()
+void TestEndToEndPeople::requestsWhoisFromTheUserList()
 {
     QVERIFY(scenario->start());
-    const QPoint bob = placeOfBob();
+    const QPoint bob = positionOfBob();
     const QRect menu = MenuBelowNames.translated(bob);
     QVERIFY(shownText(menu).isEmpty());
     QVERIFY(screen.click(bob, 3));
     QVERIFY(screen.waitFor([&] { return !shownText(menu).isEmpty(); }));
 
-    QVERIFY(screen.click(bob + ToWhois));
+    QVERIFY(screen.click(bob + WhoisEntry));
     QVERIFY(scenario->proxy->waitForProgram(u"WHOIS bob"_s));
     QVERIFY(scenario->proxy->waitForServer(u" 318 wanda bob "_s));
-    // Behind our own join: who it is, by which server, idle for how long, and in which channels.
+    // The user's own join, then user, server, idle time and channels.
     QVERIFY(scenario->program.waitForLines(1 + 4));
 }
 
@@ -206,7 +206,7 @@ void TestEndToEndPeople::chatsInPrivateFromTheUserList()
 
     QCOMPARE(scenario->proxy->countFromProgram(u"WATCH -bob"_s), 0);
     const QRect chat = screen.waitUntilStable(currentTab);
-    QVERIFY(isClosedByMouse ? screen.click(chat.topLeft() + ToCloseButton)
+    QVERIFY(isClosedByMouse ? screen.click(chat.topLeft() + CloseButton)
                             : screen.press(u"ctrl+w"_s));
     QVERIFY(scenario->proxy->waitForProgram(u"WATCH -bob"_s));
     QVERIFY(scenario->proxy->waitForServer(u" 602 wanda bob "_s));
@@ -214,18 +214,18 @@ void TestEndToEndPeople::chatsInPrivateFromTheUserList()
     QCOMPARE(scenario->proxy->countFromProgram(u"WATCH +bob"_s), 1);
 }
 
-void TestEndToEndPeople::tellsWhenThePartnerComesAndGoes()
+void TestEndToEndPeople::reportsWhenThePartnerComesAndGoes()
 {
     QVERIFY(scenario->start());
     QVERIFY(openChat());
     QVERIFY(scenario->program.typeLine(u"are you there?"_s));
     QVERIFY(scenario->bob.waitFor(u"PRIVMSG bob :are you there?"_s));
-    // That he is there, which the server tells at once, and the question.
+    // That bob is online, which the server reports at once, and the question.
     QVERIFY(scenario->program.waitForLines(2));
 
     scenario->bob.send(u"QUIT :off"_s);
     QVERIFY(scenario->proxy->waitForServer(u" 601 wanda bob "_s));
-    // The server tells it twice: to the channel's people and to those who watch.
+    // The server reports it to the channel's users and to those who watch bob.
     QVERIFY(scenario->program.waitForLines(4));
 
     PlainClient again;
@@ -245,7 +245,7 @@ void TestEndToEndPeople::blinksForAMentionUntilTheVisit()
 
     QVERIFY(screen.click(hall.center()));
     QVERIFY(screen.waitFor([&] { return scenario->program.currentTab().contains(hall.center()); }));
-    // While the channel that was left blinks, the visited one is seen to be still.
+    // The other channel blinks now; the visited one does not.
     scenario->bob.send(u"PRIVMSG #room :and back, wanda"_s);
     const QRect room = watchBlinking();
     QVERIFY(!room.isEmpty());

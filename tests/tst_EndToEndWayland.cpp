@@ -1,5 +1,5 @@
-// The built program in a Wayland session. Popups are read off its log of the protocol, what it
-// sends off the wire.
+// End-to-end tests of the built program in a Wayland session. The log of its protocol messages
+// shows the popups, a scripted server what it sends.
 
 #include "Child.h"
 #include "PreparedStore.h"
@@ -32,7 +32,7 @@ constexpr int Left = 1;
 constexpr int Middle = 2;
 constexpr int Right = 3;
 
-// From the corners of the main window.
+// Relative to the corners of the main window.
 constexpr QPoint SettingsMenu(190, 10);
 constexpr QPoint RoomTab(130, 45);
 constexpr QPoint View(400, 300);
@@ -40,14 +40,14 @@ constexpr QPoint InputFromBottomLeft(200, -50);
 constexpr int InputHeight = 36;
 constexpr QPoint EmojiFromBottomRight(-28, -50);
 
-// From the upper left corner of the picker or the dialog.
+// Relative to the upper left corner of the picker or the dialog.
 constexpr QPoint FirstEmoji(28, 50);
 constexpr QPoint TimestampCombo(350, 130);
 
-// With this argument the program is another one, which only shows a window.
-constexpr QLatin1StringView ShowAWindow = "--show-a-window"_L1;
+// With this argument, the test program only shows a window.
+constexpr QLatin1StringView ShowWindow = "--show-window"_L1;
 
-int showAWindow(int argc, char **argv)
+int showWindow(int argc, char **argv)
 {
     const QApplication application(argc, argv);
     QWidget window;
@@ -57,12 +57,12 @@ int showAWindow(int argc, char **argv)
     return QApplication::exec();
 }
 
-/// The program with a session in #room, where alice and bob are.
+// The program with a session in #room with alice and bob.
 class Scene final
 {
 public:
-    explicit Scene(WaylandScreen &shownOn)
-        : screen(shownOn)
+    explicit Scene(WaylandScreen &waylandScreen)
+        : screen(waylandScreen)
     {
         log.setFileName(folder.filePath(u"log"_s));
     }
@@ -77,7 +77,7 @@ public:
         QProcessEnvironment environment = screen.environment();
         environment.insert(u"XDG_CONFIG_HOME"_s, store.configHome());
         environment.insert(u"WAYLAND_DEBUG"_s, u"client"_s);
-        // Qt's Wayland plugin does not delete its clipboard's contents and events at the end.
+        // Qt's Wayland plugin leaks clipboard contents and events at exit.
         environment.insert(u"ASAN_OPTIONS"_s,
                            qEnvironmentVariable("ASAN_OPTIONS") + u":detect_leaks=0"_s);
         program.setProcessEnvironment(environment);
@@ -86,8 +86,8 @@ public:
                && !screen.waitForFocus(ConnectTitle).isEmpty();
     }
 
-    /// Connects by keyboard and joins the channel.
-    [[nodiscard]] bool enter()
+    // Connects by keyboard and joins the channel.
+    [[nodiscard]] bool joinChannel()
     {
         if (!start() || !screen.input.press(u"Return"_s) || !server.waitForClient()
             || !server.waitForLine(u"USER wanda 0 * :Wanda"_s))
@@ -99,22 +99,26 @@ public:
         server.send(u":irc.test 353 wanda = #room :wanda @alice bob bobby bertha"_s);
         server.send(u":irc.test 366 wanda #room :End"_s);
         if (screen.waitForFocus(MainTitle).isEmpty() || !server.waitForLine(u"NAMES #room"_s)
-            || !say(u"hello"_s))
+            || !typeLine(u"hello"_s))
             return false;
         window = screen.waitForFocus(MainTitle);
         return !window.isEmpty();
     }
 
-    /// Types the text into the input line, presses Return and waits for the server to get it.
-    [[nodiscard]] bool say(const QString &text) { return screen.input.type(text) && sends(text); }
-    /// Presses Return in the input line and waits for the server to get this text.
+    // Types the text into the input line, presses Return and waits until the server has received
+    // it.
+    [[nodiscard]] bool typeLine(const QString &text)
+    {
+        return screen.input.type(text) && sends(text);
+    }
+    // Presses Return in the input line and waits until the server has received this text.
     [[nodiscard]] bool sends(const QString &text)
     {
         return screen.input.press(u"Return"_s) && server.waitForLine(u"PRIVMSG #room :"_s + text);
     }
 
-    /// Does something and waits for the popup that it opens. Returns the popup's area on the
-    /// screen; empty if none opens.
+    // Does something and waits for the popup that it opens. Returns the popup's area on the screen;
+    // empty if none opens.
     template <typename Action>
     [[nodiscard]] QRect popupOf(const Action &action)
     {
@@ -162,7 +166,7 @@ public:
         return QTest::qWaitFor([&] { return titles() == expected; }, WaitTimeout);
     }
 
-    /// Returns what the program has printed beside the log of the protocol.
+    // Returns what the program has printed except the protocol log.
     [[nodiscard]] QStringList warnings()
     {
         log.seek(0);
@@ -191,7 +195,7 @@ qint64 cpuTime(qint64 process)
     QFile file(u"/proc/%1/stat"_s.arg(process));
     if (!file.open(QIODevice::ReadOnly))
         return -1;
-    // The second field is a name in brackets; user and system time are the 14th and the 15th.
+    // The second field is a name in parentheses; user and system time are fields 14 and 15.
     const QList<QByteArray> fields = file.readAll().split(')').last().simplified().split(' ');
     return (fields.value(11).toLongLong() + fields.value(12).toLongLong()) * 1000
            / ::sysconf(_SC_CLK_TCK);
@@ -217,7 +221,7 @@ private slots:
     void completesANickAboveTheLine();
     void keepsThePreferencesOpenWhenAListCloses_data();
     void keepsThePreferencesOpenWhenAListCloses();
-    void needsLittleWhileIdle();
+    void usesLittleCpuWhileIdle();
 
 private:
     WaylandScreen screen;
@@ -236,7 +240,7 @@ void TestEndToEndWayland::initTestCase()
 void TestEndToEndWayland::init()
 {
     scene = std::make_unique<Scene>(screen);
-    QVERIFY(scene->enter());
+    QVERIFY(scene->joinChannel());
 }
 
 void TestEndToEndWayland::cleanup()
@@ -252,9 +256,9 @@ void TestEndToEndWayland::cleanup()
 
 void TestEndToEndWayland::talksBothWays()
 {
-    QVERIFY(scene->say(u"Good evening, alice!"_s));
+    QVERIFY(scene->typeLine(u"Good evening, alice!"_s));
     scene->server.send(u":alice!u@h PRIVMSG #room :Good evening, wanda"_s);
-    // All of the conversation goes to the clipboard.
+    // Copy the whole conversation to the clipboard.
     const auto isShown = [this] {
         return screen.input.click(scene->window.topLeft() + View, Left)
                && screen.input.press(u"ctrl+a"_s) && screen.input.press(u"ctrl+c"_s)
@@ -296,12 +300,12 @@ void TestEndToEndWayland::joinsFromTheMenuByKeyboard()
     QVERIFY(scene->server.waitForLine(u"JOIN #other"_s));
 }
 
-// Without a transient parent the menu would be a window of its own.
+// Without a transient parent, the menu would be a toplevel window.
 void TestEndToEndWayland::opensATabsMenuOverTheInactiveWindow()
 {
     Child other;
     other.setProcessEnvironment(screen.environment());
-    QVERIFY(other.launch(QCoreApplication::applicationFilePath(), {ShowAWindow}));
+    QVERIFY(other.launch(QCoreApplication::applicationFilePath(), {ShowWindow}));
     QVERIFY(!screen.waitForFocus(OtherTitle).isEmpty());
     const QPoint tab = scene->window.topLeft() + RoomTab;
     const QRect menu = scene->popupOf([&] { return screen.input.click(tab, Right); });
@@ -324,7 +328,7 @@ void TestEndToEndWayland::insertsAnEmoji()
 
 void TestEndToEndWayland::completesANickAboveTheLine()
 {
-    // The list gets shorter with each letter.
+    // Each letter makes the list shorter.
     for (const QString &letter : {u"b"_s, u"o"_s}) {
         const QRect popup = scene->popupOf([&] { return screen.input.type(letter); });
         const int distance = scene->inputLine().top() - popup.bottom();
@@ -354,7 +358,7 @@ void TestEndToEndWayland::keepsThePreferencesOpenWhenAListCloses()
     const QPoint combo = dialog.topLeft() + TimestampCombo;
     QVERIFY(!scene->popupOf([&] { return screen.input.click(combo, Left); }).isEmpty());
     QVERIFY(screen.input.press(key));
-    // The list opens again, so its dialog is still there.
+    // The list opens again, so the dialog is still open.
     QVERIFY(!scene->popupOf([&] { return screen.input.press(u" "_s); }).isEmpty());
     QCOMPARE(scene->titles(), (QStringList{PreferencesTitle, MainTitle}));
     QVERIFY(screen.input.press(u"Escape"_s));
@@ -362,8 +366,8 @@ void TestEndToEndWayland::keepsThePreferencesOpenWhenAListCloses()
     QVERIFY(scene->waitForTitles({MainTitle}));
 }
 
-// With a blinking cursor.
-void TestEndToEndWayland::needsLittleWhileIdle()
+// The cursor blinks meanwhile.
+void TestEndToEndWayland::usesLittleCpuWhileIdle()
 {
     constexpr int Period = 20'000; // In ms.
 #ifdef __SANITIZE_ADDRESS__
@@ -380,8 +384,8 @@ void TestEndToEndWayland::needsLittleWhileIdle()
 
 int main(int argc, char **argv)
 {
-    if (argc > 1 && QLatin1StringView(argv[1]) == ShowAWindow)
-        return showAWindow(argc, argv);
+    if (argc > 1 && QLatin1StringView(argv[1]) == ShowWindow)
+        return showWindow(argc, argv);
     QCoreApplication application(argc, argv);
     TestEndToEndWayland test;
     return QTest::qExec(&test, argc, argv);

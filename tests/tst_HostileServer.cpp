@@ -19,7 +19,7 @@ namespace {
 
 constexpr int Huge = 100'000;
 
-// Bytes of every value, CR and LF among them.
+// Returns random bytes, including CR and LF.
 QByteArray noise(quint32 seed, int size)
 {
     QRandomGenerator generator(seed);
@@ -29,13 +29,13 @@ QByteArray noise(quint32 seed, int size)
     return bytes;
 }
 
-// A session of "me" in #a with alice and bob, who have said nothing yet.
+// Registers as "me" and joins #a with alice and bob.
 bool begin(WindowSession &session)
 {
     return session.registerAs() && session.join(u"#a"_s, u"me @alice bob"_s);
 }
 
-// Whether that session is still all right: people come, speak and go, and the user is heard.
+// Whether that session still works: users join, speak and leave, and the user's line is sent.
 bool isAlive(WindowSession &session)
 {
     session.discardSent();
@@ -63,32 +63,32 @@ private slots:
     void initTestCase();
     void init();
 
-    void outlivesBadLines_data();
-    void outlivesBadLines();
-    void outlivesNoise_data();
-    void outlivesNoise();
-    void outlivesCutLines();
-    void waitsForEndlessLines();
-    void takesManyLinesAtOnce();
+    void survivesBadLines_data();
+    void survivesBadLines();
+    void survivesNoise_data();
+    void survivesNoise();
+    void survivesSplitLines();
+    void survivesVeryLongLines();
+    void handlesManyLinesAtOnce();
 
     void showsOddText_data();
     void showsOddText();
-    void showsAnEndlessWord();
+    void showsAVeryLongWord();
     void keepsItsWidthUnderALongTopic();
-    void takesOddNames_data();
-    void takesOddNames();
-    void takesHugeNames();
-    void takesHugeNameLists();
+    void handlesOddNames_data();
+    void handlesOddNames();
+    void handlesHugeNames();
+    void handlesHugeNameLists();
     void keepsEachLineInOneRow_data();
     void keepsEachLineInOneRow();
 
-    void takesItsOwnNamesForOthers_data();
-    void takesItsOwnNamesForOthers();
-    void takesNamesThatAreEmpty();
-    void takesAServerThatNeverWelcomes();
-    void takesAServerThatWelcomesAgain();
-    void takesALinkCutAnywhere_data();
-    void takesALinkCutAnywhere();
+    void handlesItsOwnNamesUsedByOthers_data();
+    void handlesItsOwnNamesUsedByOthers();
+    void handlesEmptyNames();
+    void handlesAServerThatNeverWelcomes();
+    void handlesARepeatedWelcome();
+    void handlesALinkCutAnywhere_data();
+    void handlesALinkCutAnywhere();
 
 private:
     std::unique_ptr<TemporaryStore> store;
@@ -104,15 +104,15 @@ void TestHostileServer::init()
     store->clear();
 }
 
-void TestHostileServer::outlivesBadLines_data()
+void TestHostileServer::survivesBadLines_data()
 {
     QTest::addColumn<QByteArray>("bytes");
 
     const auto add = [](const char *name, const QByteArray &bytes) {
         QTest::newRow(name) << bytes;
     };
-    add("nothing but ends", "\r\n\r\n\r\n"_ba);
-    add("blanks", "   \r\n \r\n\t\r\n"_ba);
+    add("only line ends", "\r\n\r\n\r\n"_ba);
+    add("spaces", "   \r\n \r\n\t\r\n"_ba);
     add("colons", ":\r\n::\r\n: :\r\n: : :\r\n"_ba);
     add("a prefix alone", ":alice!u@h\r\n:alice!u@h \r\n:!@ \r\n"_ba);
     add("commands alone", "PRIVMSG\r\nJOIN\r\nPART\r\nQUIT\r\nNICK\r\nKICK\r\nPING\r\nPONG\r\n"_ba);
@@ -126,15 +126,14 @@ void TestHostileServer::outlivesBadLines_data()
     add("numbers out of range",
         ":s 322 me #x 99999999999999999999 :t\r\n:s 322 me #x -2147483648 :t\r\n"
         ":s 317 me x 99999999999999 1 :t\r\n:s 99999 me :x\r\n:s -01 me :x\r\n"_ba);
-    add("bytes that are no UTF-8", ":\xff\xfe!u@h PRIVMSG #a :\xc3\x28\xf0\x9f\xed\xa0\x80\r\n"_ba);
+    add("invalid UTF-8", ":\xff\xfe!u@h PRIVMSG #a :\xc3\x28\xf0\x9f\xed\xa0\x80\r\n"_ba);
     add("zeros", "\0\0\0\r\n:\0!u@h PRIVMSG #a :\0\0\r\nPRIVMSG \0 :x\r\n"_ba);
     add("line ends of other systems", "one\ntwo\rthree\n\rfour\r\r\n\n\r\n"_ba);
-    add("names that are no names",
-        ":s 353 me = #a\r\n:s 353 me = #a :\r\n:s 353 me = #a :@ + % @@@ ~&@%+\r\n"
-        ":s 366 me #a :x\r\n"_ba);
+    add("invalid names", ":s 353 me = #a\r\n:s 353 me = #a :\r\n:s 353 me = #a :@ + % @@@ ~&@%+\r\n"
+                         ":s 366 me #a :x\r\n"_ba);
 }
 
-void TestHostileServer::outlivesBadLines()
+void TestHostileServer::survivesBadLines()
 {
     QFETCH(const QByteArray, bytes);
 
@@ -145,7 +144,7 @@ void TestHostileServer::outlivesBadLines()
     QVERIFY(isAlive(session));
 }
 
-void TestHostileServer::outlivesNoise_data()
+void TestHostileServer::survivesNoise_data()
 {
     QTest::addColumn<QByteArray>("bytes");
 
@@ -164,7 +163,7 @@ void TestHostileServer::outlivesNoise_data()
     }
 }
 
-void TestHostileServer::outlivesNoise()
+void TestHostileServer::survivesNoise()
 {
     QFETCH(const QByteArray, bytes);
 
@@ -175,8 +174,8 @@ void TestHostileServer::outlivesNoise()
     QVERIFY(isAlive(session));
 }
 
-// However the stream is cut into pieces, the lines are the same.
-void TestHostileServer::outlivesCutLines()
+// The lines do not depend on how the stream is split.
+void TestHostileServer::survivesSplitLines()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -191,7 +190,7 @@ void TestHostileServer::outlivesCutLines()
     QVERIFY(isAlive(session));
 }
 
-void TestHostileServer::waitsForEndlessLines()
+void TestHostileServer::survivesVeryLongLines()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -206,7 +205,7 @@ void TestHostileServer::waitsForEndlessLines()
     QVERIFY(isAlive(session));
 }
 
-void TestHostileServer::takesManyLinesAtOnce()
+void TestHostileServer::handlesManyLinesAtOnce()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -236,11 +235,11 @@ void TestHostileServer::showsOddText_data()
                     "04,05d\u0007e\u000ff\u0016g\u001fh\u007fi"_s);
     add("an action", u"\u0001ACTION waves\u0001"_s);
     add("tabs and feeds", u"a\tb\vc\fd"_s);
-    add("marks without width", u"a\u200bb\u200dc\ufeffd\u2060e"_s);
-    add("letters piled up", u"e"_s + QString(1000, QChar(0x0301)));
-    add("beyond sixteen bits", u"😊𝔘𝔫𝔦 👨‍👩‍👧"_s);
-    add("an object's place", u"a\ufffcb"_s);
-    add("no characters", u"a\ufffeb\uffffc"_s);
+    add("zero-width characters", u"a\u200bb\u200dc\ufeffd\u2060e"_s);
+    add("combining characters", u"e"_s + QString(1000, QChar(0x0301)));
+    add("surrogate pairs", u"😊𝔘𝔫𝔦 👨‍👩‍👧"_s);
+    add("object replacement character", u"a\ufffcb"_s);
+    add("noncharacters", u"a\ufffeb\uffffc"_s);
     add("huge", QString(Huge, u'x'));
     add("huge, in words", u"word "_s.repeated(Huge / 5) + u"end"_s);
     add("placeholders", u"%1%2%99%n%L1"_s);
@@ -265,8 +264,8 @@ void TestHostileServer::showsOddText()
     QVERIFY(isAlive(session));
 }
 
-// To look through the rest of such a word for each of its lines would take longer than we wait.
-void TestHostileServer::showsAnEndlessWord()
+// This fails at the timeout if the layout searches the rest of the word for each of its lines.
+void TestHostileServer::showsAVeryLongWord()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -284,12 +283,12 @@ void TestHostileServer::keepsItsWidthUnderALongTopic()
     const QWidget *bar = session.probe.tabs().value(u"#a"_s).topicBar;
     const int narrowest = bar->minimumSizeHint().width();
     QVERIFY(session.receive(u":s 332 me #a :"_s + QString(400, u'x')));
-    // The bar's layout is asked anew, and so will be those around it.
+    // minimumSizeHint() recomputes the bar's layout, as the layouts around it will do.
     QCOMPARE(bar->minimumSizeHint().width(), narrowest);
     QCOMPARE(session.window.width(), 1280);
 }
 
-void TestHostileServer::takesOddNames_data()
+void TestHostileServer::handlesOddNames_data()
 {
     QTest::addColumn<QString>("name");
 
@@ -298,12 +297,12 @@ void TestHostileServer::takesOddNames_data()
     QTest::newRow("right to left") << u"\u202e\u05e9\u05dc\u05d5\u05dd"_s;
     QTest::newRow("controls") << u"a\u0001\u0002\u0007\u001f\u007fb"_s;
     QTest::newRow("a zero") << u"a"_s + QChar(0) + u"b"_s;
-    QTest::newRow("shortcuts") << u"&a&&b&"_s;
+    QTest::newRow("mnemonics") << u"&a&&b&"_s;
     QTest::newRow("placeholders") << u"%1%2%3"_s;
     QTest::newRow("separators") << u"a/b\\c;d=e[f]"_s;
 }
 
-void TestHostileServer::takesOddNames()
+void TestHostileServer::handlesOddNames()
 {
     QFETCH(const QString, name);
 
@@ -322,7 +321,7 @@ void TestHostileServer::takesOddNames()
     QVERIFY(session.probe.tabs().contains(u"short"_s));
     QVERIFY(session.receive(u":bob!u@h NICK %1"_s.arg(name)));
     QVERIFY(session.receive(u":me!u@h NICK me%1"_s.arg(name)));
-    // The line about it names the user in a tab that is not on show, and is notified here.
+    // The line about the change mentions the user in another tab, which shows a notification.
     session.probe.updateStatusBar();
     QCOMPARE(session.window.statusBar()->currentMessage(),
              QString(u"Connected to 127.0.0.1 as me"_s + name));
@@ -331,7 +330,7 @@ void TestHostileServer::takesOddNames()
     QVERIFY(isAlive(session));
 }
 
-void TestHostileServer::takesHugeNames()
+void TestHostileServer::handlesHugeNames()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -350,7 +349,7 @@ void TestHostileServer::takesHugeNames()
     QVERIFY(isAlive(session));
 }
 
-void TestHostileServer::takesHugeNameLists()
+void TestHostileServer::handlesHugeNameLists()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -396,9 +395,9 @@ void TestHostileServer::keepsEachLineInOneRow()
     QVERIFY(isAlive(session));
 }
 
-void TestHostileServer::takesItsOwnNamesForOthers_data()
+void TestHostileServer::handlesItsOwnNamesUsedByOthers_data()
 {
-    QTest::addColumn<QStringList>("said");
+    QTest::addColumn<QStringList>("lines");
 
     QTest::newRow("a user called Server")
             << QStringList{u":Server!u@h PRIVMSG me :hi"_s, u":Server!u@h QUIT :x"_s};
@@ -415,19 +414,19 @@ void TestHostileServer::takesItsOwnNamesForOthers_data()
             u":s 332 me #a :t"_s, u":alice!u@h PART #a"_s};
     QTest::newRow("the user becomes Server") << QStringList{
             u":me!u@h NICK Server"_s, u":bob!u@h PRIVMSG Server :hi"_s, u":Server!u@h NICK me"_s};
-    QTest::newRow("the user's own nick taken by another") << QStringList{
+    QTest::newRow("another user's own nick is the user's") << QStringList{
             u":bob!u@h NICK me"_s, u":me!u@h PRIVMSG me :hi"_s, u":me!u@h QUIT :x"_s};
-    QTest::newRow("a kick out of nowhere")
+    QTest::newRow("a kick from an unknown channel")
             << QStringList{u":x!u@h KICK #zz me :x"_s, u":x!u@h KICK"_s, u":x!u@h KICK #a"_s};
 }
 
-void TestHostileServer::takesItsOwnNamesForOthers()
+void TestHostileServer::handlesItsOwnNamesUsedByOthers()
 {
-    QFETCH(const QStringList, said);
+    QFETCH(const QStringList, lines);
 
     WindowSession session;
     QVERIFY(begin(session));
-    QVERIFY(session.receiveAll(said));
+    QVERIFY(session.receiveAll(lines));
     for (int index = 0; index < session.probe.tabWidget().count(); ++index)
         session.probe.tabWidget().setCurrentIndex(index);
     QVERIFY(isAlive(session));
@@ -436,7 +435,7 @@ void TestHostileServer::takesItsOwnNamesForOthers()
     QVERIFY(session.settle());
 }
 
-void TestHostileServer::takesNamesThatAreEmpty()
+void TestHostileServer::handlesEmptyNames()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -451,7 +450,7 @@ void TestHostileServer::takesNamesThatAreEmpty()
     QVERIFY(isAlive(session));
 }
 
-void TestHostileServer::takesAServerThatNeverWelcomes()
+void TestHostileServer::handlesAServerThatNeverWelcomes()
 {
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s));
@@ -466,7 +465,7 @@ void TestHostileServer::takesAServerThatNeverWelcomes()
     QVERIFY(session.probe.connection().isConnected());
 }
 
-void TestHostileServer::takesAServerThatWelcomesAgain()
+void TestHostileServer::handlesARepeatedWelcome()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s, u"#a"_s));
@@ -476,7 +475,7 @@ void TestHostileServer::takesAServerThatWelcomesAgain()
     QVERIFY(isAlive(session));
 }
 
-void TestHostileServer::takesALinkCutAnywhere_data()
+void TestHostileServer::handlesALinkCutAnywhere_data()
 {
     QTest::addColumn<QByteArray>("bytes");
 
@@ -487,7 +486,7 @@ void TestHostileServer::takesALinkCutAnywhere_data()
     QTest::newRow("in a name list") << ":s 353 me = #a :eve\r\n:s 353 me = #a :mal"_ba;
 }
 
-void TestHostileServer::takesALinkCutAnywhere()
+void TestHostileServer::handlesALinkCutAnywhere()
 {
     QFETCH(const QByteArray, bytes);
 
@@ -497,7 +496,7 @@ void TestHostileServer::takesALinkCutAnywhere()
     session.server.close();
     QTRY_COMPARE_WITH_TIMEOUT(session.probe.lastLine(u"Server"_s), u"*** Disconnected."_s,
                               WaitTimeout);
-    // What was left over stands in front of the next session's first line.
+    // The incomplete line precedes the first line of the next connection.
     QVERIFY(session.acceptDialog(u"me"_s));
     session.server.sendBytes("\r\n");
     QVERIFY(session.receive(u":s 001 me :Welcome"_s));

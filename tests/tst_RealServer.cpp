@@ -10,7 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-// Sessions with a server that others wrote, and what it was recorded to say.
+// Sessions with a real server, and lines recorded from it.
 class TestRealServer final : public QObject
 {
     Q_OBJECT
@@ -20,8 +20,8 @@ private slots:
 
     void readsRecordedLines_data();
     void readsRecordedLines();
-    void passesOnARecordedWelcome();
-    void passesOnRecordedErrors();
+    void reportsARecordedWelcome();
+    void reportsRecordedErrors();
 
     void registersAndTalks();
     void fallsBackOnANickInUse();
@@ -37,7 +37,7 @@ void TestRealServer::init()
     session = std::make_unique<TestSession>();
 }
 
-// What a real server said to alice; she is the session.
+// The lines were sent to alice, who is the session's user.
 void TestRealServer::readsRecordedLines_data()
 {
     QTest::addColumn<QStringList>("calls");
@@ -51,7 +51,7 @@ void TestRealServer::readsRecordedLines_data()
                            u"irc.velmora.test, running version ngircd-26.1 "
                            u"(x86_64/pc/linux-gnu)\")"_s}
             << QStringList{u"NICK alice_"_s};
-    // This server names the channel in the trailing parameter, which is not looked at.
+    // Intended: this server sends the channel as the trailing parameter, which the parser ignores.
     QTest::newRow("join")
             << QStringList{uR"(joinReceived("alice", ""))"_s,
                            uR"(topicReceived("#velmora", "All about Velmora"))"_s,
@@ -120,7 +120,7 @@ void TestRealServer::readsRecordedLines()
     QTEST(session->sent(), "answers");
 }
 
-void TestRealServer::passesOnARecordedWelcome()
+void TestRealServer::reportsARecordedWelcome()
 {
     const QStringList lines = recordedLines(u"ngircd-registration.txt"_s);
     QStringList calls{uR"(serverMessage("Connected and registered."))"_s, u"registered()"_s};
@@ -132,7 +132,7 @@ void TestRealServer::passesOnARecordedWelcome()
     QCOMPARE(session->log.entries(), calls);
 }
 
-void TestRealServer::passesOnRecordedErrors()
+void TestRealServer::reportsRecordedErrors()
 {
     const QStringList lines = recordedLines(u"ngircd-errors.txt"_s);
     QStringList calls;
@@ -153,47 +153,46 @@ void TestRealServer::registersAndTalks()
     Ngircd ngircd;
     QVERIFY(ngircd.start());
     IRCConnection alice;
-    SessionLog heard(alice);
+    SessionLog log(alice);
     alice.connectToServer(u"127.0.0.1"_s, ngircd.port(), u"alice"_s, u"Alice Real"_s, false);
-    QVERIFY(heard.waitFor(u"registered()"_s));
+    QVERIFY(log.waitFor(u"registered()"_s));
     QVERIFY(alice.isRegistered());
-    QCOMPARE(heard.parsed().mid(0, 3),
+    QCOMPARE(log.parsed().mid(0, 3),
              (QStringList{u"connected()"_s, uR"(serverMessage("Connected and registered."))"_s,
                           u"registered()"_s}));
 
     IRCConnection bob;
-    SessionLog heardByBob(bob);
+    SessionLog bobLog(bob);
     bob.connectToServer(u"127.0.0.1"_s, ngircd.port(), u"bob"_s, QString(), false);
-    QVERIFY(heardByBob.waitFor(u"registered()"_s));
+    QVERIFY(bobLog.waitFor(u"registered()"_s));
 
     alice.joinChannel(u"#velmora"_s);
-    QVERIFY(heard.waitFor(uR"(joinReceived("alice", ""))"_s));
+    QVERIFY(log.waitFor(uR"(joinReceived("alice", ""))"_s));
     bob.joinChannel(u"#velmora"_s);
-    QVERIFY(heard.waitFor(uR"(joinReceived("bob", ""))"_s));
-    QVERIFY(heardByBob.waitFor(uR"(namesListFinished("#velmora"))"_s));
+    QVERIFY(log.waitFor(uR"(joinReceived("bob", ""))"_s));
+    QVERIFY(bobLog.waitFor(uR"(namesListFinished("#velmora"))"_s));
 
     alice.sendPrivmsg(u"#velmora"_s, u"Grüße: 你好 🙂"_s);
-    QVERIFY(heardByBob.waitFor(
-            uR"(privmsgReceived("alice", "#velmora", "Grüße: 你好 🙂"))"_s));
+    QVERIFY(bobLog.waitFor(uR"(privmsgReceived("alice", "#velmora", "Grüße: 你好 🙂"))"_s));
     bob.sendPrivmsg(u"alice"_s, u"psst"_s);
-    QVERIFY(heard.waitFor(uR"(privmsgReceived("bob", "bob", "psst"))"_s));
+    QVERIFY(log.waitFor(uR"(privmsgReceived("bob", "bob", "psst"))"_s));
 
     alice.changeNick(u"alicia"_s);
-    QVERIFY(heard.waitFor(uR"(ownNickChanged("alicia"))"_s));
-    QVERIFY(heardByBob.waitFor(uR"(nickChanged("alice", "alicia"))"_s));
+    QVERIFY(log.waitFor(uR"(ownNickChanged("alicia"))"_s));
+    QVERIFY(bobLog.waitFor(uR"(nickChanged("alice", "alicia"))"_s));
 
     bob.sendWhois(u"alicia"_s);
-    QVERIFY(heardByBob.waitFor(uR"(whoisEndReceived("alicia", "alicia"))"_s));
-    QVERIFY(heardByBob.parsed().contains(
+    QVERIFY(bobLog.waitFor(uR"(whoisEndReceived("alicia", "alicia"))"_s));
+    QVERIFY(bobLog.parsed().contains(
             uR"(whoisUserReceived("alicia", "~alice", "127.0.0.1", "Alice Real"))"_s));
 
     bob.partChannel(u"#velmora"_s);
-    QVERIFY(heard.waitFor(uR"(partReceived("bob", "#velmora", "Leaving"))"_s));
+    QVERIFY(log.waitFor(uR"(partReceived("bob", "#velmora", "Leaving"))"_s));
     bob.joinChannel(u"#velmora"_s);
-    QVERIFY(heard.waitFor(uR"(joinReceived("bob", ""))"_s, 2));
+    QVERIFY(log.waitFor(uR"(joinReceived("bob", ""))"_s, 2));
     alice.disconnectFromServer();
-    QVERIFY(heard.waitFor(u"disconnected()"_s));
-    QVERIFY(heardByBob.waitFor(uR"(quitReceived("alicia", ""Velmora leaving""))"_s));
+    QVERIFY(log.waitFor(u"disconnected()"_s));
+    QVERIFY(bobLog.waitFor(uR"(quitReceived("alicia", ""Velmora leaving""))"_s));
 }
 
 void TestRealServer::fallsBackOnANickInUse()
@@ -201,27 +200,27 @@ void TestRealServer::fallsBackOnANickInUse()
     Ngircd ngircd;
     QVERIFY(ngircd.start());
     IRCConnection first;
-    SessionLog heardByFirst(first);
+    SessionLog firstLog(first);
     first.connectToServer(u"127.0.0.1"_s, ngircd.port(), u"alice"_s, u"One"_s, false);
-    QVERIFY(heardByFirst.waitFor(u"registered()"_s));
+    QVERIFY(firstLog.waitFor(u"registered()"_s));
 
     IRCConnection second;
-    SessionLog heard(second);
+    SessionLog log(second);
     ServerConfig config;
     config.altNickname = u"alina"_s;
     second.setServerConfig(config);
     second.connectToServer(u"127.0.0.1"_s, ngircd.port(), u"alice"_s, u"Two"_s, false);
-    QVERIFY(heard.waitFor(u"registered()"_s));
-    QCOMPARE(heard.parsed().mid(0, 4),
+    QVERIFY(log.waitFor(u"registered()"_s));
+    QCOMPARE(log.parsed().mid(0, 4),
              (QStringList{u"connected()"_s, uR"(nickChanged("alice", "alina"))"_s,
                           uR"(serverMessage("Connected and registered."))"_s, u"registered()"_s}));
     QCOMPARE(second.currentNick(), u"alina"_s);
 
     IRCConnection third;
-    SessionLog heardByThird(third);
+    SessionLog thirdLog(third);
     third.setServerConfig(config);
     third.connectToServer(u"127.0.0.1"_s, ngircd.port(), u"alice"_s, u"Three"_s, false);
-    QVERIFY(heardByThird.waitFor(u"registered()"_s));
+    QVERIFY(thirdLog.waitFor(u"registered()"_s));
     QCOMPARE(third.currentNick(), u"alice_"_s);
 }
 
@@ -230,18 +229,18 @@ void TestRealServer::survivesTheServersDeath()
     auto ngircd = std::make_unique<Ngircd>();
     QVERIFY(ngircd->start());
     IRCConnection alice;
-    SessionLog heard(alice);
+    SessionLog log(alice);
     alice.connectToServer(u"127.0.0.1"_s, ngircd->port(), u"alice"_s, u"Alice"_s, false);
-    QVERIFY(heard.waitFor(u"registered()"_s));
-    heard.clear();
+    QVERIFY(log.waitFor(u"registered()"_s));
+    log.clear();
     ngircd->kill();
-    QVERIFY(heard.waitFor(u"disconnected()"_s));
-    QCOMPARE(heard.parsed().filter(u"errorOccurred"_s).size(), 1);
+    QVERIFY(log.waitFor(u"disconnected()"_s));
+    QCOMPARE(log.parsed().filter(u"errorOccurred"_s).size(), 1);
 
     ngircd = std::make_unique<Ngircd>();
     QVERIFY(ngircd->start());
     alice.connectToServer(u"127.0.0.1"_s, ngircd->port(), u"alice"_s, u"Alice"_s, false);
-    QVERIFY(heard.waitFor(u"registered()"_s));
+    QVERIFY(log.waitFor(u"registered()"_s));
 }
 
 QTEST_GUILESS_MAIN(TestRealServer)

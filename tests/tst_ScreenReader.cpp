@@ -300,7 +300,7 @@ void TestScreenReader::findsANameAndARole()
     }
     int count = 0;
     QStringList faults;
-    scene.bus.walk(scene.windowInFocus(), [&](const AccessibleNode &node) {
+    scene.bus.visitAll(scene.windowInFocus(), [&](const AccessibleNode &node) {
         const QString role = scene.bus.role(node);
         // Qt reports "filler" for a tab widget, which passes its focus on to the tab bar.
         const bool isControl = scene.bus.hasState(node, Focusable) && role != "filler"_L1;

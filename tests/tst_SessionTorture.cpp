@@ -1,8 +1,8 @@
-// Whole sessions that go as badly as they can: links that end anywhere, reads that end anywhere,
-// and users and servers that do anything at any time.
+// Stress tests of whole sessions: connections and reads that end at any byte, and random actions of
+// the user and the server.
 //
-// What chance there is comes from seeds, which each failure names. The environment says how much
-// is done, see CONTRIBUTING.md.
+// Each failure names its random seed. Environment variables set the amount of testing, see
+// CONTRIBUTING.md.
 
 #include "IRCConnection.h"
 #include "RandomSource.h"
@@ -25,8 +25,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Of the recording; each session that is to be cut goes on from the start of such a piece.
-constexpr int LinesOfPiece = 8;
+constexpr int LinesPerPiece = 8; // Each test row cuts the connection within one piece.
 
 int setting(const char *name, int defaultValue)
 {
@@ -40,8 +39,8 @@ int firstSeed()
     return setting("VELMORA_TORTURE_SEED", 1);
 }
 
-// The recording's server names the channel of a JOIN in a way that most don't, and that the client
-// doesn't look at.
+// The recorded server sends the channel of a JOIN as a trailing parameter, which the client
+// ignores.
 QStringList recording()
 {
     QStringList lines = recordedLines(u"ngircd-session.txt"_s);
@@ -49,22 +48,21 @@ QStringList recording()
     return lines;
 }
 
-QByteArray asBytes(const QStringList &lines)
+QByteArray toBytes(const QStringList &lines)
 {
     return lines.join(u"\r\n"_s).toUtf8() + "\r\n";
 }
 
-// How many bytes lead up to the middle of the first character that has more than one; 0 if there
-// is none.
-qsizetype placeWithinCharacter(const QByteArray &bytes)
+// Returns an offset within the first multibyte character; 0 if there is none.
+qsizetype offsetWithinCharacter(const QByteArray &bytes)
 {
     const auto isContinued = [](char byte) { return (byte & 0xC0) == 0x80; };
     const auto found = std::find_if(bytes.cbegin(), bytes.cend(), isContinued);
     return found == bytes.cend() ? 0 : found - bytes.cbegin();
 }
 
-/// All that a window shows of its conversations.
-struct Picture
+// All that a window shows of its conversations.
+struct Snapshot
 {
     QStringList tabs;
     QMap<QString, QStringList> lines;
@@ -73,17 +71,17 @@ struct Picture
     QStringList shownUsers;
 };
 
-Picture pictureOf(const MainWindowProbe &probe)
+Snapshot takeSnapshot(const MainWindowProbe &probe)
 {
-    Picture picture{
+    Snapshot snapshot{
             probe.tabTexts(), {}, probe.channelUsers(), probe.channelTopics(), probe.users()};
     const QStringList keys = probe.tabs().keys();
     for (const QString &key : keys)
-        picture.lines.insert(key, probe.lines(key));
-    return picture;
+        snapshot.lines.insert(key, probe.lines(key));
+    return snapshot;
 }
 
-/// Replays bytes to a window in pieces of which each is read by itself.
+// Replays bytes to a window in pieces, each of which is read separately.
 class Replay final
 {
 public:
@@ -91,7 +89,6 @@ public:
     {
         if (!session.acceptDialog(u"alice"_s))
             return false;
-        // The latest is the one in use; the window has had no other.
         const auto *socket = session.probe.connection().findChild<QTcpSocket *>();
         QObject::connect(socket, &QIODevice::readyRead, &session.window, [this] { ++reads; });
         return true;
@@ -109,22 +106,23 @@ private:
     int reads = 0;
 };
 
-/// A window whose link ends again and again.
+// A window that loses its connection repeatedly.
 class CutSession final
 {
 public:
-    /// Connects, hears `bytes` and loses the link. Returns what is wrong then, or an empty text.
-    [[nodiscard]] QString hearAndLose(const QByteArray &bytes, bool abruptly)
+    // Connects, receives `bytes` and loses the connection. Returns a description of the first
+    // failure; empty if there is none.
+    [[nodiscard]] QString receiveAndLose(const QByteArray &bytes, bool abruptly)
     {
         if (!session.acceptDialog(u"alice"_s))
-            return u"no link comes up"_s;
+            return u"cannot connect"_s;
         model.connectByDialog();
-        // What was left of the last session stands in front of this.
+        // The incomplete line of the previous connection precedes this one.
         session.server.send(u":irc.velmora.test 001 alice :Welcome"_s);
         session.server.sendBytes(bytes);
         if (!abruptly && bytes.endsWith("\r\n")) {
             if (!session.settle())
-                return u"lines are not heard any more"_s;
+                return u"lines are not received any more"_s;
             const QStringList sent = session.readSent();
             const QStringList expected = model.readExpected();
             if (sent != expected) {
@@ -137,7 +135,7 @@ public:
         else
             session.server.close();
         if (!waitUntil([&] { return model.disconnects > before; }))
-            return u"the end of the link is not noticed"_s;
+            return u"the end of the connection is not noticed"_s;
         const QString difference = SessionInvariants::findDifference(session.probe, model);
         return difference.isEmpty() ? SessionInvariants::findViolation(session.probe) : difference;
     }
@@ -159,8 +157,8 @@ private slots:
 
     void survivesACutAfterEveryByte_data();
     void survivesACutAfterEveryByte();
-    void saysTheSameHoweverItIsSplit_data();
-    void saysTheSameHoweverItIsSplit();
+    void showsTheSameForAnySplit_data();
+    void showsTheSameForAnySplit();
     void survivesRandomActions_data();
     void survivesRandomActions();
 
@@ -185,41 +183,40 @@ void TestSessionTorture::survivesACutAfterEveryByte_data()
 {
     QTest::addColumn<int>("first");
 
-    for (int first = 0; first < lines.size(); first += LinesOfPiece)
+    for (int first = 0; first < lines.size(); first += LinesPerPiece)
         QTest::addRow("seed %d, from line %d", firstSeed(), first + 1) << first;
 }
 
-// A link that ended after each byte of the whole would have everything said half a thousand times,
-// so it is pieces that are said again; what came before is said once.
+// Sends the lines before a piece once and then repeats only the piece: repeating the whole
+// recording for each cut would take too long.
 void TestSessionTorture::survivesACutAfterEveryByte()
 {
     QFETCH(const int, first);
 
     const int stride = qMax(1, setting("VELMORA_TORTURE_STRIDE", 61));
     RandomSource random(static_cast<quint32>(firstSeed() + first));
-    const QByteArray piece = asBytes(lines.mid(first, LinesOfPiece));
-    // Wherever the strides lead, a cut is made between CR and LF, within a character and at the
-    // end.
-    QSet<qsizetype> cuts{piece.indexOf('\r') + 1, placeWithinCharacter(piece), piece.size()};
+    const QByteArray piece = toBytes(lines.mid(first, LinesPerPiece));
+    // Always cut between CR and LF, within a character and at the end.
+    QSet<qsizetype> cuts{piece.indexOf('\r') + 1, offsetWithinCharacter(piece), piece.size()};
     for (qsizetype size = 1 + (firstSeed() + first) % stride; size <= piece.size(); size += stride)
         cuts.insert(size);
 
     CutSession session;
-    QString problem = session.hearAndLose(asBytes(lines.mid(0, first)), false);
+    QString problem = session.receiveAndLose(toBytes(lines.mid(0, first)), false);
     for (qsizetype size = 1; size <= piece.size() && problem.isEmpty(); ++size) {
         if (!cuts.contains(size))
             continue;
-        problem = session.hearAndLose(piece.left(size), random.chance(25));
+        problem = session.receiveAndLose(piece.left(size), random.chance(25));
         if (!problem.isEmpty())
             problem += u", after byte %1"_s.arg(size);
     }
     QVERIFY2(problem.isEmpty(), qPrintable(problem));
 }
 
-void TestSessionTorture::saysTheSameHoweverItIsSplit_data()
+void TestSessionTorture::showsTheSameForAnySplit_data()
 {
     QTest::addColumn<quint32>("seed"); // 0 for pieces of one byte each.
-    QTest::addColumn<int>("longest");  // Of the pieces.
+    QTest::addColumn<int>("longest");  // Maximum size of a piece.
 
     QTest::newRow("byte by byte") << quint32(0) << 1;
     const auto seed = static_cast<quint32>(firstSeed());
@@ -228,14 +225,14 @@ void TestSessionTorture::saysTheSameHoweverItIsSplit_data()
     QTest::addRow("seed %u, many bytes", seed + 2) << seed + 2 << 5000;
 }
 
-void TestSessionTorture::saysTheSameHoweverItIsSplit()
+void TestSessionTorture::showsTheSameForAnySplit()
 {
     QFETCH(const quint32, seed);
     QFETCH(const int, longest);
 
     RandomSource random(seed);
-    // What is cut within a character loses that character, and nothing else; so none is cut here.
-    QString text = QString::fromUtf8(asBytes(lines));
+    // Characters are not split here, since the client loses a character that is split.
+    QString text = QString::fromUtf8(toBytes(lines));
     if (longest == 1) {
         for (QChar &unit : text)
             unit = unit.unicode() < 0x80 ? unit : QChar(u'?');
@@ -257,8 +254,8 @@ void TestSessionTorture::saysTheSameHoweverItIsSplit()
     }
     QVERIFY(split.session.settle());
 
-    const Picture expected = pictureOf(whole.session.probe);
-    const Picture actual = pictureOf(split.session.probe);
+    const Snapshot expected = takeSnapshot(whole.session.probe);
+    const Snapshot actual = takeSnapshot(split.session.probe);
     QVERIFY(expected.lines.size() > 4);
     QCOMPARE(actual.tabs, expected.tabs);
     for (auto tab = expected.lines.cbegin(); tab != expected.lines.cend(); ++tab)
@@ -293,10 +290,10 @@ void TestSessionTorture::survivesRandomActions()
                                             QString::number(seed), QString::number(step), problem,
                                             user.recentSteps())));
     }
-    const RandomUser::Counts tally = user.counts();
-    qInfo("%d steps, %d lines sent, %d dialogs and menus answered, %d links lost", steps,
-          tally.linesSent, tally.answers, tally.linksLost);
-    QVERIFY(tally.linesSent > 0 && tally.answers > 0 && tally.linksLost > 0);
+    const RandomUser::Counts counts = user.counts();
+    qInfo("%d steps, %d lines sent, %d dialogs and menus answered, %d connections lost", steps,
+          counts.linesSent, counts.answers, counts.linksLost);
+    QVERIFY(counts.linesSent > 0 && counts.answers > 0 && counts.linksLost > 0);
 }
 
 QTEST_MAIN(TestSessionTorture)

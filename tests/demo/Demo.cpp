@@ -23,28 +23,27 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int TimeForAll =
-        4 * WaitTimeout;            // In ms; it takes half a minute where nothing else runs.
-constexpr auto SignalCheck = 200ms; // How soon a signal is noticed.
+constexpr int DemoTimeout = 4 * WaitTimeout; // In ms; on an idle machine it takes half a minute.
+constexpr auto SignalCheck = 200ms;          // Interval of the checks for a signal.
 
-// The colours in which the program writes two of the nicks.
+// The colours of two nicks.
 constexpr QRgb MaraColour = qRgb(0x2e, 0x7d, 0x32);
 constexpr QRgb HugoColour = qRgb(0xad, 0x14, 0x57);
-constexpr int ColourDistance = 24; // The edges of letters are mixed with the background.
-constexpr int NickPoints = 40;     // A written nick has more points of its colour than this.
+constexpr int ColourDistance = 24; // Anti-aliasing blends the edges of letters.
+constexpr int NickPixels = 40;     // A nick has more pixels of its colour than this.
 
 const auto Remark = u"I am, if I may. I'll bring the coffee."_s;
 
 constexpr QRgb BlinkColour = qRgb(0xff, 0xb8, 0x00);
 constexpr QRgb TextColour = qRgb(0x33, 0x33, 0x33);
-constexpr int ListHeight = 150; // The server's channels take more than this.
+constexpr int ListHeight = 150; // The list of the server's channels is higher than this.
 
-constexpr QMargins Frame{1, 20, 1, 1}; // What the window manager draws around a window.
-constexpr QPoint OutOfTheWay{1399, 899};
+constexpr QMargins Frame{1, 20, 1, 1}; // The window manager's frame.
+constexpr QPoint OutsideWindows{1399, 899};
 
 volatile std::sig_atomic_t interrupted = 0;
 
-void tell(const QString &text)
+void print(const QString &text)
 {
     QTextStream(stdout) << text << Qt::endl;
 }
@@ -58,12 +57,12 @@ PreparedStore::Server guest(const DemoServer &server)
             .channels = {u"#velmora"_s}};
 }
 
-/// The unattended demo. Each step gives back nothing when it worked, else the reason.
-class Tour final
+// The unattended demo. Each step returns the reason for a failure; empty if it succeeded.
+class UnattendedDemo final
 {
 public:
-    explicit Tour(const QString &pictures)
-        : folder(pictures)
+    explicit UnattendedDemo(const QString &screenshots)
+        : folder(screenshots)
     {
     }
 
@@ -73,21 +72,21 @@ public:
     QString lookAround();
     QString leave();
 
-    /// Keeps a picture of the whole screen and names the file.
-    void keepScreen(const QString &name) const;
-    /// Says how the program is and what it has written to its error output.
-    void tellAboutProgram();
+    // Saves a screenshot of the whole screen.
+    void saveScreen(const QString &name) const;
+    // Prints the program's exit status and standard error.
+    void printProgramState();
 
 private:
-    /// Keeps a picture of the window that has the keyboard.
-    void keepWindow(const QString &name) const;
-    void keep(const QString &name, const QImage &picture) const;
+    // Saves a screenshot of the active window.
+    void saveWindow(const QString &name) const;
+    void save(const QString &name, const QImage &image) const;
     bool waitFor(const std::function<bool()> &condition) const;
     bool shows(QRgb colour, int before) const;
-    bool seesBlink() const;
+    bool hasBlinkingTab() const;
 
     QDir folder;
-    QDeadlineTimer deadline{TimeForAll};
+    QDeadlineTimer deadline{DemoTimeout};
     VirtualScreen screen;
     DemoServer server;
     PreparedStore store;
@@ -96,111 +95,112 @@ private:
     int hugoBefore = 0;
 };
 
-QString Tour::connect()
+QString UnattendedDemo::connect()
 {
     if (!screen.start())
         return screen.failure();
     if (server.port() == 0)
         return u"the server found no free port"_s;
     store.addServer(guest(server));
-    // Nothing is to look as if the mouse was on it.
-    screen.moveMouse(OutOfTheWay);
+    // No widget may be painted as hovered.
+    screen.moveMouse(OutsideWindows);
     if (!program.start())
-        return u"the program doesn't open its connect dialog"_s;
-    keepWindow(u"connect-dialog"_s);
+        return u"the program does not open its connect dialog"_s;
+    saveWindow(u"connect-dialog"_s);
     maraBefore = screen.countPixels(MaraColour, ColourDistance);
     hugoBefore = screen.countPixels(HugoColour, ColourDistance);
-    tell(u"Pressing Connect"_s);
+    print(u"Pressing Connect"_s);
     if (!program.pressConnect())
-        return u"the connect dialog doesn't close"_s;
-    if (!waitFor([this] { return server.hasHeard(u"JOIN #velmora"_s); }))
-        return u"the program doesn't join #velmora"_s;
+        return u"the connect dialog does not close"_s;
+    if (!waitFor([this] { return server.hasReceived(u"JOIN #velmora"_s); }))
+        return u"the program does not join #velmora"_s;
     return {};
 }
 
-QString Tour::watchConversation()
+QString UnattendedDemo::watchConversation()
 {
-    tell(u"Watching the conversation"_s);
-    if (!waitFor([this] { return server.conversationIsOver(); }))
-        return u"the conversation doesn't come to its end"_s;
+    print(u"Watching the conversation"_s);
+    if (!waitFor([this] { return server.isConversationOver(); }))
+        return u"the conversation does not end"_s;
     if (!waitFor([this] { return shows(MaraColour, maraBefore) && shows(HugoColour, hugoBefore); }))
-        return u"the conversation isn't seen on the screen"_s;
+        return u"the screen does not show the conversation"_s;
     return {};
 }
 
-QString Tour::speak()
+QString UnattendedDemo::speak()
 {
-    tell(u"Saying something"_s);
+    print(u"Sending a message"_s);
     const int before = screen.countPixels(MaraColour, ColourDistance);
     if (!program.typeLine(Remark)
-        || !waitFor([this] { return server.hasHeard(u"PRIVMSG #velmora :"_s + Remark); }))
-        return u"what is typed doesn't reach the server"_s;
+        || !waitFor([this] { return server.hasReceived(u"PRIVMSG #velmora :"_s + Remark); }))
+        return u"the server does not receive the message"_s;
     if (!waitFor([this] { return server.answerCount() > 0; }))
-        return u"nobody answers"_s;
+        return u"the server does not answer"_s;
     if (!waitFor([&] { return shows(MaraColour, before); }))
-        return u"the answer isn't seen on the screen"_s;
-    if (!waitFor([this] { return !seesBlink(); }) || !waitFor([this] { return seesBlink(); }))
-        return u"nothing blinks for what is said in private"_s;
-    keepWindow(u"main-window"_s);
+        return u"the screen does not show the answer"_s;
+    if (!waitFor([this] { return !hasBlinkingTab(); })
+        || !waitFor([this] { return hasBlinkingTab(); }))
+        return u"no tab blinks for the private message"_s;
+    saveWindow(u"main-window"_s);
     return {};
 }
 
-QString Tour::lookAround()
+QString UnattendedDemo::lookAround()
 {
-    tell(u"Looking at the channel list and the preferences"_s);
+    print(u"Opening the channel list and the preferences"_s);
     const auto showsList = [this] {
         return screen.findPixels(program.channelNames(), TextColour, ColourDistance).height()
                > ListHeight;
     };
     if (!program.typeLine(u"/list"_s) || !waitFor(showsList))
-        return u"the channel list isn't seen on the screen"_s;
-    keepWindow(u"channel-list"_s);
+        return u"the screen does not show the channel list"_s;
+    saveWindow(u"channel-list"_s);
     if (!program.openPreferences())
-        return u"the preferences don't open"_s;
-    keepWindow(u"preferences"_s);
-    return program.closeDialog() ? QString() : u"the preferences don't close"_s;
+        return u"the preferences do not open"_s;
+    saveWindow(u"preferences"_s);
+    return program.closeDialog() ? QString() : u"the preferences do not close"_s;
 }
 
-QString Tour::leave()
+QString UnattendedDemo::leave()
 {
-    tell(u"Closing the window"_s);
+    print(u"Closing the window"_s);
     if (!program.close())
-        return u"the program doesn't end when its window is closed"_s;
+        return u"the program does not exit when its window is closed"_s;
     if (program.exitStatus() != 0)
-        return u"the program ends with the exit status %1"_s.arg(program.exitStatus());
-    if (!waitFor([this] { return server.hasHeard(u"QUIT :Velmora leaving"_s); }))
-        return u"the program doesn't take its leave"_s;
+        return u"the program exits with status %1"_s.arg(program.exitStatus());
+    if (!waitFor([this] { return server.hasReceived(u"QUIT :Velmora leaving"_s); }))
+        return u"the program does not send QUIT"_s;
     return {};
 }
 
-void Tour::keepScreen(const QString &name) const
+void UnattendedDemo::saveScreen(const QString &name) const
 {
-    keep(name, screen.screenshot());
+    save(name, screen.screenshot());
 }
 
-void Tour::keepWindow(const QString &name) const
+void UnattendedDemo::saveWindow(const QString &name) const
 {
     const QRect window = screen.activeWindow();
-    screen.moveMouse(OutOfTheWay);
-    keep(name, screen.screenshot().copy(window.marginsAdded(Frame)));
+    screen.moveMouse(OutsideWindows);
+    save(name, screen.screenshot().copy(window.marginsAdded(Frame)));
 }
 
-void Tour::keep(const QString &name, const QImage &picture) const
+void UnattendedDemo::save(const QString &name, const QImage &image) const
 {
     const QString file = folder.absoluteFilePath(name + u".png");
-    if (folder.mkpath(u"."_s) && picture.save(file))
-        tell(u"Screenshot: %1"_s.arg(file));
+    if (folder.mkpath(u"."_s) && image.save(file))
+        print(u"Screenshot: %1"_s.arg(file));
 }
 
-void Tour::tellAboutProgram()
+void UnattendedDemo::printProgramState()
 {
     if (!program.isRunning())
-        tell(u"The program isn't running; its exit status was %1."_s.arg(program.exitStatus()));
+        print(u"The program is not running; its exit status was %1."_s.arg(program.exitStatus()));
     if (const QString errors = program.errorOutput(); !errors.isEmpty())
-        tell(u"The program wrote:\n%1"_s.arg(errors));
+        print(u"The program wrote:\n%1"_s.arg(errors));
 }
 
-bool Tour::waitFor(const std::function<bool()> &condition) const
+bool UnattendedDemo::waitFor(const std::function<bool()> &condition) const
 {
     bool holds = false;
     const auto isOver = [&] {
@@ -210,12 +210,12 @@ bool Tour::waitFor(const std::function<bool()> &condition) const
     return screen.waitFor(isOver) && holds && interrupted == 0;
 }
 
-bool Tour::shows(QRgb colour, int before) const
+bool UnattendedDemo::shows(QRgb colour, int before) const
 {
-    return screen.countPixels(colour, ColourDistance) >= before + NickPoints;
+    return screen.countPixels(colour, ColourDistance) >= before + NickPixels;
 }
 
-bool Tour::seesBlink() const
+bool UnattendedDemo::hasBlinkingTab() const
 {
     return !screen.findPixels(program.tabBar(), BlinkColour, ColourDistance).isEmpty();
 }
@@ -250,11 +250,11 @@ int Demo::runAttended()
     check.start(SignalCheck);
 
     if (server.port() == 0 || !program.launch(ProgramOnScreen::path())) {
-        tell(u"error: the demo can't start: %1"_s.arg(program.errorString()));
+        print(u"error: the demo cannot start: %1"_s.arg(program.errorString()));
         return EXIT_FAILURE;
     }
-    tell(u"The server listens on 127.0.0.1, port %1."_s.arg(server.port()));
-    tell(u"Press Connect in the dialog. The demo ends when you close Velmora's window."_s);
+    print(u"The server listens on 127.0.0.1, port %1."_s.arg(server.port()));
+    print(u"Press Connect in the dialog. The demo ends when you close Velmora's window."_s);
     loop.exec();
     if (interrupted != 0)
         return EXIT_FAILURE;
@@ -263,17 +263,18 @@ int Demo::runAttended()
 
 int Demo::runUnattended(const QString &folder)
 {
-    Tour tour(folder);
-    for (const auto step : {&Tour::connect, &Tour::watchConversation, &Tour::speak,
-                            &Tour::lookAround, &Tour::leave}) {
+    UnattendedDemo tour(folder);
+    for (const auto step :
+         {&UnattendedDemo::connect, &UnattendedDemo::watchConversation, &UnattendedDemo::speak,
+          &UnattendedDemo::lookAround, &UnattendedDemo::leave}) {
         const QString reason = (tour.*step)();
         if (reason.isEmpty())
             continue;
-        tell(u"error: %1"_s.arg(interrupted != 0 ? u"interrupted"_s : reason));
-        tour.keepScreen(u"failure"_s);
-        tour.tellAboutProgram();
+        print(u"error: %1"_s.arg(interrupted != 0 ? u"interrupted"_s : reason));
+        tour.saveScreen(u"failure"_s);
+        tour.printProgramState();
         return EXIT_FAILURE;
     }
-    tell(u"The conversation was seen on the wire and on the screen."_s);
+    print(u"The server and the screen show the whole conversation."_s);
     return EXIT_SUCCESS;
 }

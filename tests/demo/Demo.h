@@ -2,21 +2,21 @@
 
 #include <QString>
 
-/// The demo in its two forms: a server with people who talk, and the program connected to it.
-/// What is started here ends here, also when the demo itself is told to end.
+/// The demo: a server with users who talk, and the program connected to it, attended or unattended.
+/// All child processes end with the demo, also when a signal ends it.
 ///
-/// Each function takes as long as the demo does and gives back the exit status of the process.
+/// The functions block until the demo has ended and return the exit status for the process.
 namespace Demo {
 
-/// Lets SIGINT, SIGTERM and SIGHUP end a running demo in an orderly way.
+/// Makes SIGINT, SIGTERM and SIGHUP end a running demo and its child processes.
 void endOnSignals();
 
-/// Shows the program on the display of the person who started it, until they close it.
+/// Shows the program on the user's display until the user closes it.
 [[nodiscard]] int runAttended();
 
-/// Drives the program on a screen in memory until the conversation was seen on the wire and on
-/// the screen, and leaves pictures in `folder`, which is made if it is not there: of the connect
-/// dialog, the main window, the channel list and the preferences, or of a failure.
+/// Runs the program on a virtual screen and checks the conversation on the server and on the
+/// screen. Saves screenshots of the connect dialog, the main window, the channel list and the
+/// preferences, or of a failure, in `folder`, which is created if necessary.
 [[nodiscard]] int runUnattended(const QString &folder);
 
 } // namespace Demo

@@ -9,19 +9,19 @@ using namespace std::chrono_literals;
 
 namespace {
 
-enum class Deed { Speaks, Whispers, Joins };
+enum class Action { Speaks, Whispers, Joins };
 
 struct Line
 {
-    QLatin1StringView who;
-    Deed deed = Deed::Speaks;
+    QLatin1StringView nick;
+    Action action = Action::Speaks;
     QStringView text;
 };
 
-struct Room
+struct ListedChannel
 {
     QLatin1StringView name;
-    int people = 0;
+    int userCount = 0;
     QLatin1StringView topic;
 };
 
@@ -34,28 +34,28 @@ constexpr auto Mara = "mara"_L1;
 constexpr auto Hugo = "hugo"_L1;
 constexpr auto Greta = "greta"_L1;
 constexpr auto Nils = "nils"_L1;
-constexpr auto Yuki = "yuki"_L1; // Comes later.
+constexpr auto Yuki = "yuki"_L1; // Joins later.
 
-constexpr auto Pace = 900ms; // Between two lines, so that a reader can follow.
+constexpr auto Pace = 900ms; // Between two lines, so that users can read them.
 
 constexpr std::array Conversation{
-        Line{Mara, Deed::Speaks, u"Good evening! We are just talking about the weekend."},
-        Line{Hugo, Deed::Speaks, u"They say it will stay dry until Sunday."},
-        Line{Nils, Deed::Speaks,
+        Line{Mara, Action::Speaks, u"Good evening! We are just talking about the weekend."},
+        Line{Hugo, Action::Speaks, u"They say it will stay dry until Sunday."},
+        Line{Nils, Action::Speaks,
              u"Then let's go up to the lake. Here is the way: "
              u"https://www.openstreetmap.org/search?query=lake"},
-        Line{Greta, Deed::Speaks, u"All the way round, or only as far as the mill?"},
-        Line{Nils, Deed::Speaks,
+        Line{Greta, Action::Speaks, u"All the way round, or only as far as the mill?"},
+        Line{Nils, Action::Speaks,
              u"All the way round. That's four hours and a half with a rest at the mill, and from "
              u"the ridge behind it you can see the whole valley down to the town, which is worth "
              u"the climb, even for those of us who would rather sit in the shade and read."},
-        Line{Yuki, Deed::Joins, {}},
-        Line{Yuki, Deed::Speaks, u"Did somebody say lake? Is there room for one more? 🙂"},
-        Line{Hugo, Deed::Speaks, u"Always. But bring something to eat, the mill is closed."},
-        Line{Nils, Deed::Whispers, u"Could you take me along to the station?"},
-        Line{Greta, Deed::Speaks, u"I'll make my Käsekuchen, or a τυρόπιτα if the oven agrees."},
-        Line{Yuki, Deed::Speaks, u"Both! 🍰"},
-        Line{Mara, Deed::Speaks, u"Nine o'clock at the station, then. Who else is coming?"},
+        Line{Yuki, Action::Joins, {}},
+        Line{Yuki, Action::Speaks, u"Did somebody say lake? Is there room for one more? 🙂"},
+        Line{Hugo, Action::Speaks, u"Always. But bring something to eat, the mill is closed."},
+        Line{Nils, Action::Whispers, u"Could you take me along to the station?"},
+        Line{Greta, Action::Speaks, u"I'll make my Käsekuchen, or a τυρόπιτα if the oven agrees."},
+        Line{Yuki, Action::Speaks, u"Both! 🍰"},
+        Line{Mara, Action::Speaks, u"Nine o'clock at the station, then. Who else is coming?"},
 };
 
 constexpr std::array<QStringView, 4> Answers{
@@ -65,25 +65,26 @@ constexpr std::array<QStringView, 4> Answers{
         u"Try /away and /back, %1, or /nick with a new name.",
 };
 
-constexpr std::array Rooms{
-        Room{"#astronomy"_L1, 58, "Clear skies | Jupiter is up all night this month"_L1},
-        Room{"#books"_L1, 87, "What are you reading? | This month: short stories"_L1},
-        Room{"#chess"_L1, 34, "Blitz on Fridays at 20:00 UTC"_L1},
-        Room{"#cinema"_L1, 73, "No endings without a warning, please"_L1},
-        Room{"#cooking"_L1, 212, "Soup season! | Ask for the recipe of the week"_L1},
-        Room{"#cycling"_L1, 46, ""_L1},
-        Room{"#gardening"_L1, 61, "It's not too late for the garlic"_L1},
-        Room{"#help"_L1, 143, "Ask your question and wait a while: somebody will come by"_L1},
-        Room{"#linux"_L1, 655,
-             "Say which distribution you use | Long output goes to a paste site"_L1},
-        Room{"#lobby"_L1, 301, "Welcome! Be kind to one another"_L1},
-        Room{"#music"_L1, 176, "Now playing: whatever you like"_L1},
-        Room{"#photography"_L1, 65, "This week: reflections"_L1},
-        Room{"#trains"_L1, 41, "The night train is back"_L1},
-        Room{Channel, 6, "Walks and talks"_L1},
+constexpr std::array ListedChannels{
+        ListedChannel{"#astronomy"_L1, 58, "Clear skies | Jupiter is up all night this month"_L1},
+        ListedChannel{"#books"_L1, 87, "What are you reading? | This month: short stories"_L1},
+        ListedChannel{"#chess"_L1, 34, "Blitz on Fridays at 20:00 UTC"_L1},
+        ListedChannel{"#cinema"_L1, 73, "No endings without a warning, please"_L1},
+        ListedChannel{"#cooking"_L1, 212, "Soup season! | Ask for the recipe of the week"_L1},
+        ListedChannel{"#cycling"_L1, 46, ""_L1},
+        ListedChannel{"#gardening"_L1, 61, "It's not too late for the garlic"_L1},
+        ListedChannel{"#help"_L1, 143,
+                      "Ask your question and wait a while: somebody will come by"_L1},
+        ListedChannel{"#linux"_L1, 655,
+                      "Say which distribution you use | Long output goes to a paste site"_L1},
+        ListedChannel{"#lobby"_L1, 301, "Welcome! Be kind to one another"_L1},
+        ListedChannel{"#music"_L1, 176, "Now playing: whatever you like"_L1},
+        ListedChannel{"#photography"_L1, 65, "This week: reflections"_L1},
+        ListedChannel{"#trains"_L1, 41, "The night train is back"_L1},
+        ListedChannel{Channel, 6, "Walks and talks"_L1},
 };
 
-bool isInTheCast(const QString &nick)
+bool isScriptedUser(const QString &nick)
 {
     return nick == Mara || nick == Hugo || nick == Greta || nick == Nils || nick == Yuki;
 }
@@ -101,8 +102,8 @@ DemoServer::DemoServer(QObject *parent)
     connect(&server, &ScriptedServer::lineReceived, this, &DemoServer::onLine);
     connect(&server, &ScriptedServer::clientLeft, this,
             [this](int client) { guests.remove(client); });
-    talk.setInterval(Pace);
-    connect(&talk, &QTimer::timeout, this, &DemoServer::sayNextLine);
+    conversationTimer.setInterval(Pace);
+    connect(&conversationTimer, &QTimer::timeout, this, &DemoServer::sendNextLine);
 }
 
 quint16 DemoServer::port() const
@@ -110,12 +111,12 @@ quint16 DemoServer::port() const
     return server.port();
 }
 
-bool DemoServer::conversationIsOver() const
+bool DemoServer::isConversationOver() const
 {
-    return saidLines == int(Conversation.size());
+    return sentLines == int(Conversation.size());
 }
 
-bool DemoServer::hasHeard(const QString &line) const
+bool DemoServer::hasReceived(const QString &line) const
 {
     for (int client = 0; client < server.clientCount(); ++client) {
         if (server.lines(client).contains(line))
@@ -155,26 +156,26 @@ void DemoServer::onLine(int client, const QString &line)
         onWhois(client, word);
     else if (command == "QUIT"_L1)
         server.close(client);
-    // Clients watch the partners of private conversations; many servers don't know how and
-    // would say so each time.
+    // Like servers without WATCH, but without an error for each private conversation.
     else if (command != "WATCH"_L1)
         reply(client, "421"_L1, u"%1 :Unknown command"_s.arg(command));
 }
 
-void DemoServer::sayNextLine()
+void DemoServer::sendNextLine()
 {
-    if (conversationIsOver()) {
-        talk.stop();
+    if (isConversationOver()) {
+        conversationTimer.stop();
         return;
     }
-    const Line &line = Conversation.at(size_t(saidLines++));
+    const Line &line = Conversation.at(size_t(sentLines++));
     for (auto guest = guests.cbegin(); guest != guests.cend(); ++guest) {
-        if (!guest->inChannel)
+        if (!guest->isInChannel)
             continue;
-        const QString target = line.deed == Deed::Whispers ? guest->nick : QString(Channel);
-        const QString deed = line.deed == Deed::Joins ? u"JOIN "_s + target
-                                                      : u"PRIVMSG %1 :%2"_s.arg(target, line.text);
-        server.send(sourceOf(line.who) + u' ' + deed, guest.key());
+        const QString target = line.action == Action::Whispers ? guest->nick : QString(Channel);
+        const QString message = line.action == Action::Joins
+                                        ? u"JOIN "_s + target
+                                        : u"PRIVMSG %1 :%2"_s.arg(target, line.text);
+        server.send(sourceOf(line.nick) + u' ' + message, guest.key());
     }
 }
 
@@ -182,24 +183,24 @@ void DemoServer::answer(int client, const QString &target)
 {
     const auto guest = guests.constFind(client);
     if (guest == guests.cend())
-        return; // Gone before the answer was ready.
-    const int turn = answers++;
-    const QString text = Answers.at(size_t(turn) % Answers.size()).toString().arg(guest->nick);
-    // In the channel two of them take turns; in private the one who was spoken to answers.
-    const bool inPrivate = target != Channel;
-    const QString who = inPrivate ? target : QString(turn % 2 == 0 ? Mara : Hugo);
-    const QString where = inPrivate ? guest->nick : target;
-    server.send(u"%1 PRIVMSG %2 :%3"_s.arg(sourceOf(who), where, text), client);
+        return; // The client has disconnected.
+    const int number = answers++;
+    const QString text = Answers.at(size_t(number) % Answers.size()).toString().arg(guest->nick);
+    // In the channel, two users answer in turn.
+    const bool isPrivate = target != Channel;
+    const QString sender = isPrivate ? target : QString(number % 2 == 0 ? Mara : Hugo);
+    const QString recipient = isPrivate ? guest->nick : target;
+    server.send(u"%1 PRIVMSG %2 :%3"_s.arg(sourceOf(sender), recipient, text), client);
 }
 
 void DemoServer::onNick(int client, const QString &nick)
 {
     Guest &guest = guests[client];
-    if (isInTheCast(nick)) {
+    if (isScriptedUser(nick)) {
         reply(client, "433"_L1, nick + u" :Nickname is already in use"_s);
         return;
     }
-    if (guest.welcomed)
+    if (guest.isRegistered)
         echo(client, u"NICK "_s + nick);
     guest.nick = nick;
 }
@@ -207,7 +208,7 @@ void DemoServer::onNick(int client, const QString &nick)
 void DemoServer::onUser(int client)
 {
     Guest &guest = guests[client];
-    guest.welcomed = true;
+    guest.isRegistered = true;
     reply(client, "001"_L1, u":Welcome to the demo, "_s + guest.nick);
     reply(client, "002"_L1, u":Your host is demo, on your own machine"_s);
     reply(client, "375"_L1, u":- demo message of the day"_s);
@@ -219,12 +220,12 @@ void DemoServer::onUser(int client)
 
 void DemoServer::onJoin(int client, const QString &channel)
 {
-    // The channel goes out as a middle parameter, as the largest networks send it.
+    // The channel is a middle parameter, as the largest networks send it.
     echo(client, u"JOIN "_s + channel);
     if (channel == Channel) {
-        guests[client].inChannel = true;
+        guests[client].isInChannel = true;
         reply(client, "332"_L1, channel + u" :"_s + Topic);
-        talk.start();
+        conversationTimer.start();
     }
     sendNames(client, channel);
 }
@@ -233,12 +234,12 @@ void DemoServer::onPart(int client, const QString &channel)
 {
     echo(client, u"PART %1 :Leaving"_s.arg(channel));
     if (channel == Channel)
-        guests[client].inChannel = false;
+        guests[client].isInChannel = false;
 }
 
 void DemoServer::onPrivmsg(int client, const QString &target)
 {
-    if (target != Channel && !isInTheCast(target)) {
+    if (target != Channel && !isScriptedUser(target)) {
         reply(client, "401"_L1, target + u" :No such nick/channel"_s);
         return;
     }
@@ -256,15 +257,15 @@ void DemoServer::onAway(int client, bool away)
 void DemoServer::onList(int client)
 {
     reply(client, "321"_L1, u"Channel :Users  Name"_s);
-    for (const Room &room : Rooms)
+    for (const ListedChannel &listed : ListedChannels)
         reply(client, "322"_L1,
-              u"%1 %2 :%3"_s.arg(room.name, QString::number(room.people), room.topic));
+              u"%1 %2 :%3"_s.arg(listed.name, QString::number(listed.userCount), listed.topic));
     reply(client, "323"_L1, u":End of LIST"_s);
 }
 
 void DemoServer::onWhois(int client, const QString &nick)
 {
-    if (isInTheCast(nick)) {
+    if (isScriptedUser(nick)) {
         reply(client, "311"_L1, u"%1 %1 demo * :Written in advance"_s.arg(nick));
         reply(client, "319"_L1, u"%1 :@%2"_s.arg(nick, Channel));
     }
@@ -273,15 +274,15 @@ void DemoServer::onWhois(int client, const QString &nick)
 
 void DemoServer::sendNames(int client, const QString &channel)
 {
-    QString people;
+    QString names;
     if (channel == Channel) {
-        people = u"@%1 +%2 %3 %4 "_s.arg(Mara, Hugo, Nils, Greta);
-        const auto heard = Conversation.cbegin() + saidLines;
-        if (std::any_of(Conversation.cbegin(), heard,
-                        [](const Line &line) { return line.deed == Deed::Joins; }))
-            people += Yuki + u' ';
+        names = u"@%1 +%2 %3 %4 "_s.arg(Mara, Hugo, Nils, Greta);
+        const auto sentEnd = Conversation.cbegin() + sentLines;
+        if (std::any_of(Conversation.cbegin(), sentEnd,
+                        [](const Line &line) { return line.action == Action::Joins; }))
+            names += Yuki + u' ';
     }
-    reply(client, "353"_L1, u"= %1 :%2%3"_s.arg(channel, people, guests[client].nick));
+    reply(client, "353"_L1, u"= %1 :%2%3"_s.arg(channel, names, guests[client].nick));
     reply(client, "366"_L1, channel + u" :End of NAMES list"_s);
 }
 

@@ -5,8 +5,8 @@
 #include <QHash>
 #include <QTimer>
 
-/// A small IRC server on the loopback where a few people talk to each other in #velmora and
-/// answer whoever speaks to them. Its list has more channels. For the demo and its tests.
+/// A small IRC server on the loopback for the demo. A few scripted users talk to each other in
+/// #velmora and answer messages. Its channel list contains more channels.
 class DemoServer final : public QObject
 {
     Q_OBJECT
@@ -15,26 +15,27 @@ class DemoServer final : public QObject
 public:
     explicit DemoServer(QObject *parent = nullptr);
 
-    /// 0 if the server could not listen.
+    /// Returns the port; 0 if the server could not listen.
     [[nodiscard]] quint16 port() const;
 
-    /// Whether somebody has joined #velmora and heard all that they have to say by themselves.
-    [[nodiscard]] bool conversationIsOver() const;
-    /// Whether somebody has sent exactly this line.
-    [[nodiscard]] bool hasHeard(const QString &line) const;
-    /// How many answers they have given.
+    /// Returns whether the scripted users have sent all lines of their conversation, which starts
+    /// when a client joins #velmora.
+    [[nodiscard]] bool isConversationOver() const;
+    /// Returns whether a client has sent exactly this line.
+    [[nodiscard]] bool hasReceived(const QString &line) const;
+    /// Returns how many answers the scripted users have sent.
     [[nodiscard]] int answerCount() const;
 
 private:
     struct Guest
     {
         QString nick;
-        bool welcomed = false;
-        bool inChannel = false;
+        bool isRegistered = false;
+        bool isInChannel = false;
     };
 
     void onLine(int client, const QString &line);
-    void sayNextLine();
+    void sendNextLine();
     void answer(int client, const QString &target);
 
     void onNick(int client, const QString &nick);
@@ -49,12 +50,12 @@ private:
 
     /// Sends a numeric to the client, with the client's nick as its first parameter.
     void reply(int client, QLatin1StringView numeric, const QString &rest);
-    /// Sends a line that comes from the client itself, as a server's echo does.
+    /// Sends a line with the client itself as its source.
     void echo(int client, const QString &line);
 
     ScriptedServer server;
     QHash<int, Guest> guests;
-    QTimer talk;
-    int saidLines = 0;
+    QTimer conversationTimer;
+    int sentLines = 0;
     int answers = 0;
 };

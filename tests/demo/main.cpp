@@ -10,10 +10,10 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
-            u"A small IRC server with people who talk, and Velmora connected to it."_s);
+            u"A small IRC server with users who talk, and Velmora connected to it."_s);
     parser.addHelpOption();
     const QCommandLineOption screenshots(
-            u"screenshots"_s, u"Run on a screen in memory and leave pictures in this folder."_s,
+            u"screenshots"_s, u"Run on a virtual screen and save screenshots in this folder."_s,
             u"folder"_s);
     parser.addOption(screenshots);
     parser.process(application);

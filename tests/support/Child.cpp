@@ -33,7 +33,7 @@ QProcessEnvironment Child::privateEnvironment(const QString &home)
     result.insert(u"XDG_CACHE_HOME"_s, home + u"/cache"_s);
     result.insert(u"XDG_RUNTIME_DIR"_s, home);
     result.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
-    // Without an address, programs would start a bus that nobody ends.
+    // Without an address, programs would start a bus that never ends.
     result.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path=/dev/null"_s);
     for (const char *name :
          {"DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "SESSION_MANAGER", "XDG_CURRENT_DESKTOP",

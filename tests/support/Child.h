@@ -3,8 +3,7 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 
-/// A program that runs for as long as we need it: it is asked to end when the object goes, and it
-/// is ended by the system should we be killed before that.
+/// A child process. The destructor terminates it, and the kernel does if the test is killed.
 class Child final : public QProcess
 {
     Q_OBJECT
@@ -14,13 +13,13 @@ public:
     explicit Child(QObject *parent = nullptr);
     ~Child() override;
 
-    /// Starts the program; false if it could not be started.
+    /// Starts the program. Returns false if that fails.
     [[nodiscard]] bool launch(const QString &program, const QStringList &arguments = {});
 
-    /// Returns our environment without the way to the desktop of the person who runs the tests.
-    /// Programs keep their files in `home`.
+    /// Returns the test's environment without the variables that lead to the desktop session of the
+    /// user who runs the tests. Programs keep their files in `home`.
     [[nodiscard]] static QProcessEnvironment privateEnvironment(const QString &home);
 
-    /// Asks the program to end and ends it by force when it does not.
+    /// Terminates the program, and kills it if it does not exit in time.
     void stop();
 };

@@ -2,20 +2,20 @@
 
 #include <QStringList>
 
-/// How many times as fast as ours the clock of `fastClockCommand` is.
+/// How many times faster than real time the clock of `fastClockCommand` runs.
 constexpr int ClockSpeed = 20;
 
-/// A command that runs another, with our environment and `library` in front of its own ones.
+/// Returns a command prefix that preloads `library` into the program that follows it.
 ///
-/// It also lets the library stand before the sanitizers' own, which else refuse to start, and keeps
-/// them from looking for leaks, which is not theirs to do then.
+/// AddressSanitizer refuses to start when another library is loaded before it, so its link order
+/// check is turned off. So is its leak check, whose results are unreliable then.
 [[nodiscard]] QStringList preloadCommand(const QString &library);
 
-/// A command that runs another whose clocks and timers are `ClockSpeed` times as fast as ours.
+/// Returns a command prefix that makes the clocks and timers of the program that follows it run
+/// `ClockSpeed` times faster than real time.
 ///
-/// We put the clock in place ourselves: the tool that comes with it stays between us and the
-/// program.
+/// Preloads libfaketime directly: its tool `faketime` would stay the parent of the program.
 [[nodiscard]] QStringList fastClockCommand();
 
-/// Whether the machine has what `fastClockCommand` needs.
+/// Returns whether libfaketime is installed.
 [[nodiscard]] bool hasFastClock();

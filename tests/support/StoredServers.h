@@ -5,28 +5,28 @@
 #include <QStringList>
 #include <QVariant>
 
-/// What the settings store holds about servers, read and written as by hand.
+/// Reads and writes the servers in the settings store, without the program's own classes.
 namespace StoredServers {
 
-/// The three lists of server ids, sorted.
+// The lists of server ids, sorted.
 [[nodiscard]] QStringList customIds();
 [[nodiscard]] QStringList deletedDefaultIds();
 [[nodiscard]] QStringList favoriteIds();
 
-/// The last used addresses, oldest first.
+/// Returns the last used addresses, oldest first.
 [[nodiscard]] QStringList history();
 
-/// The ids of all servers that have a group.
+/// Returns the ids of all servers that have a group.
 [[nodiscard]] QStringList groups();
 
-/// One value of the group of `id`; invalid if there is none.
+/// Returns a value from the group of `id`; invalid if it is missing.
 [[nodiscard]] QVariant value(const QString &id, const QString &key);
 void setValue(const QString &id, const QString &key, const QVariant &value);
 
-/// Stores a server of the user's own as adding it does, with the nick "nick-of-" and its host.
+/// Stores a custom server, as adding it in the dialog does. Its nick is "nick-of-<host>".
 void addCustom(const QString &host, int port);
 
-/// All that is stored, by key.
+/// Returns all stored values by key.
 [[nodiscard]] QMap<QString, QVariant> everything();
 
 } // namespace StoredServers

@@ -9,7 +9,7 @@ TemporaryStore::TemporaryStore()
 {
     QCoreApplication::setOrganizationName(u"Velmora"_s);
     QCoreApplication::setApplicationName(u"Velmora"_s);
-    // QStandardPaths' test mode does not redirect QSettings, so its path is set by hand.
+    // QStandardPaths' test mode does not redirect QSettings.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, folder.path());
 }

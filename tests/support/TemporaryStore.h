@@ -2,10 +2,11 @@
 
 #include <QTemporaryDir>
 
-/// An empty settings store of the test's own, in a temporary folder that goes with the object.
+/// An empty settings store in a temporary folder, deleted with the object.
 ///
-/// Make one before the first `QSettings` of the process and call `clear` before each test. It sets
-/// the application's and the organisation's name too, since they decide where a store lies.
+/// Create one before the first `QSettings` of the process and call `clear` before each test. It
+/// also sets the names of the application and the organisation, which determine the path of a
+/// store.
 class TemporaryStore final
 {
     Q_DISABLE_COPY_MOVE(TemporaryStore)
@@ -13,10 +14,10 @@ class TemporaryStore final
 public:
     TemporaryStore();
 
-    /// Forgets everything that is stored.
+    /// Removes all stored values.
     void clear();
 
-    /// Path of the file in which the store lies once something was written.
+    /// Returns the path of the settings file, which exists once a value has been written.
     [[nodiscard]] QString fileName() const;
 
 private:

@@ -27,8 +27,8 @@ constexpr int BitsPerWord = 32;
 
 const auto LauncherService = u"org.a11y.Bus"_s;
 
-// Where Debian and other systems have the programs of at-spi2-core.
-QString find(const QString &program)
+// Looks in the folders where distributions install the programs of at-spi2-core.
+QString findProgram(const QString &program)
 {
     return QStandardPaths::findExecutable(
             program, {u"/usr/libexec"_s, u"/usr/lib/at-spi2-core"_s, u"/usr/lib/at-spi2"_s});
@@ -36,20 +36,20 @@ QString find(const QString &program)
 
 QString launcherProgram()
 {
-    return find(u"at-spi-bus-launcher"_s);
+    return findProgram(u"at-spi-bus-launcher"_s);
 }
 
 QString registryProgram()
 {
-    return find(u"at-spi2-registryd"_s);
+    return findProgram(u"at-spi2-registryd"_s);
 }
 
 bool waitForService(const QDBusConnection &connection, const QString &service)
 {
-    const auto isThere = [&] {
+    const auto isRegistered = [&] {
         return connection.interface()->isServiceRegistered(service).value();
     };
-    return connection.isConnected() && QTest::qWaitFor(isThere, WaitTimeout);
+    return connection.isConnected() && QTest::qWaitFor(isRegistered, WaitTimeout);
 }
 
 AccessibleNode readNode(const QDBusArgument &argument)
@@ -99,7 +99,7 @@ bool AccessibilityBus::start()
         return false;
     const QString address = addressFromLauncher();
 
-    // The bus would start it by itself, but not for root.
+    // The bus starts the registry by itself, but not for root.
     environment.insert(u"AT_SPI_BUS_ADDRESS"_s, address);
     registry.setProcessEnvironment(environment);
     connectionName = u"accessibility "_s + address;
@@ -182,7 +182,7 @@ QVariant AccessibilityBus::property(const AccessibleNode &node, const QString &i
 std::optional<AccessibleNode> AccessibilityBus::waitForProgram(const QString &name) const
 {
     std::optional<AccessibleNode> found;
-    const auto isThere = [&] {
+    const auto isRegistered = [&] {
         const QList<AccessibleNode> programs =
                 children({.service = RegistryService, .path = RootPath});
         for (const AccessibleNode &program : programs) {
@@ -191,7 +191,7 @@ std::optional<AccessibleNode> AccessibilityBus::waitForProgram(const QString &na
         }
         return found.has_value();
     };
-    static_cast<void>(QTest::qWaitFor(isThere, WaitTimeout));
+    static_cast<void>(QTest::qWaitFor(isRegistered, WaitTimeout));
     return found;
 }
 
@@ -236,20 +236,20 @@ std::optional<AccessibleNode> AccessibilityBus::find(const AccessibleNode &root,
                                                      const QString &role, const QString &name) const
 {
     std::optional<AccessibleNode> found;
-    walk(root, [&](const AccessibleNode &node) {
+    visitAll(root, [&](const AccessibleNode &node) {
         if (!found && this->role(node) == role && this->name(node) == name)
             found = node;
     });
     return found;
 }
 
-void AccessibilityBus::walk(const AccessibleNode &root,
-                            const std::function<void(const AccessibleNode &)> &visit) const
+void AccessibilityBus::visitAll(const AccessibleNode &root,
+                                const std::function<void(const AccessibleNode &)> &visit) const
 {
     visit(root);
     const QList<AccessibleNode> nodes = children(root);
     for (const AccessibleNode &node : nodes)
-        walk(node, visit);
+        visitAll(node, visit);
 }
 
 int AccessibilityBus::textLength(const AccessibleNode &node) const

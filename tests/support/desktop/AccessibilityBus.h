@@ -23,10 +23,10 @@ struct AccessibleNode
     friend bool operator==(const AccessibleNode &, const AccessibleNode &) = default;
 };
 
-/// A private accessibility bus (AT-SPI) with its registry, and a client that does what a screen
-/// reader does: it walks the tree of a program, reads texts and receives events.
+/// A private accessibility bus (AT-SPI) with its registry, and a client that acts as a screen
+/// reader: it traverses the object tree of a program, reads texts and receives events.
 ///
-/// Calls wait for the answer, so the program must be another process.
+/// Calls block until the reply, so the program must run in another process.
 class AccessibilityBus final : public QObject
 {
     Q_OBJECT
@@ -35,7 +35,7 @@ class AccessibilityBus final : public QObject
 public:
     struct Event
     {
-        /// As D-Bus has it, with the detail: "TextChanged:insert".
+        /// Member and detail of the D-Bus signal: "TextChanged:insert".
         QString type;
         int first = 0;
         int second = 0;
@@ -46,44 +46,44 @@ public:
     AccessibilityBus() = default;
     ~AccessibilityBus() override;
 
-    /// What is not installed, as a reason to skip a test; empty if nothing is missing.
+    /// Returns a reason to skip the test if something is not installed; otherwise an empty string.
     [[nodiscard]] static QString missing();
 
-    /// False if the bus or the registry does not come up.
+    /// Starts the bus and the registry. Returns false if that fails.
     [[nodiscard]] bool start();
 
-    /// What a command line must start with for its program to use this bus.
+    /// Returns a command prefix that makes the program that follows it use this bus.
     [[nodiscard]] QStringList wrapper() const;
 
-    /// Registers for all events of objects. Programs send none without a listener.
+    /// Registers for all object events. Programs send none without a listener.
     [[nodiscard]] bool listen();
 
     [[nodiscard]] const QList<Event> &events() const { return received; }
     void clearEvents() { received.clear(); }
 
-    /// Waits until the program with this name has registered itself.
+    /// Waits until a program with this name has registered, and returns its root object.
     [[nodiscard]] std::optional<AccessibleNode> waitForProgram(const QString &name) const;
 
     [[nodiscard]] QList<AccessibleNode> children(const AccessibleNode &node) const;
     [[nodiscard]] AccessibleNode parent(const AccessibleNode &node) const;
     [[nodiscard]] QString name(const AccessibleNode &node) const;
     [[nodiscard]] QString role(const AccessibleNode &node) const;
-    /// True if the bit of an `AtspiStateType` is set.
+    /// Returns whether the bit of an `AtspiStateType` is set.
     [[nodiscard]] bool hasState(const AccessibleNode &node, int state) const;
 
-    /// The first node, parents before their children, with this role and this name.
+    /// Returns the first node in preorder with this role and this name.
     [[nodiscard]] std::optional<AccessibleNode>
     find(const AccessibleNode &root, const QString &role, const QString &name) const;
-    /// Calls `visit` for `root` and everything under it, parents first.
-    void walk(const AccessibleNode &root,
-              const std::function<void(const AccessibleNode &)> &visit) const;
+    /// Calls `visit` for `root` and all its descendants in preorder.
+    void visitAll(const AccessibleNode &root,
+                  const std::function<void(const AccessibleNode &)> &visit) const;
 
     [[nodiscard]] int textLength(const AccessibleNode &node) const;
     [[nodiscard]] int caret(const AccessibleNode &node) const;
     [[nodiscard]] QString text(const AccessibleNode &node, int start, int end) const;
-    /// The line at an offset.
+    /// Returns the line that contains the character at `offset`.
     [[nodiscard]] QString lineAt(const AccessibleNode &node, int offset) const;
-    /// On the screen.
+    // In screen coordinates.
     [[nodiscard]] QRect characterExtents(const AccessibleNode &node, int offset) const;
     [[nodiscard]] QRect extents(const AccessibleNode &node) const;
 

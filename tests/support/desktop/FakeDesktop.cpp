@@ -126,7 +126,7 @@ bool FakeDesktop::choose(const QString &label) const
     return false;
 }
 
-// Qt reads a property of another program only where it finds it described.
+// Qt reads only the properties that the introspection data describe.
 QString FakeDesktop::introspect(const QString & /*path*/) const
 {
     return u"<interface name=\"%1\"><property name=\"IsStatusNotifierHostRegistered\" type=\"b\" "

@@ -6,10 +6,10 @@
 #include <QStringList>
 #include <QVariant>
 
-/// Stands for a desktop on a private bus: it takes tray icons in and shows notifications.
+/// A fake desktop on a private bus, for tray icons and notifications.
 ///
-/// It is there from its making until it goes. It must not be in the process whose icon it takes in,
-/// since what it asks of the icon it waits for.
+/// It provides its services from construction to destruction. Its calls to an icon block, so the
+/// icon must belong to another process.
 class FakeDesktop final : public QDBusVirtualObject
 {
     Q_OBJECT
@@ -38,20 +38,20 @@ public:
     ~FakeDesktop() override;
 
     [[nodiscard]] QList<Notification> notifications() const;
-    /// Clicks the notification with this number; the first one has the number 1.
+    /// Clicks the notification with this number, counted from 1.
     void clickNotification(uint number) const;
 
-    /// Waits until a tray icon has announced itself.
+    /// Waits until a tray icon has registered.
     [[nodiscard]] bool waitForIcon() const;
-    /// A property of the icon; invalid if it has none of that name.
+    /// Returns a property of the icon; invalid if the icon does not have it.
     [[nodiscard]] QVariant iconProperty(const QString &name) const;
-    /// Calls "Activate", as for a click, or another method of the icon that takes a place on the
-    /// screen.
+    /// Calls a method of the icon whose arguments are screen coordinates, such as "Activate" for a
+    /// click.
     bool callIcon(const QString &method) const;
 
-    /// The entries of the icon's menu; the names of their keys are left out.
+    /// Returns the entries of the icon's menu. Their labels have no mnemonic markers.
     [[nodiscard]] QList<MenuEntry> menu() const;
-    /// Chooses the entry with this label.
+    /// Triggers the menu entry with this label.
     bool choose(const QString &label) const;
 
     [[nodiscard]] QString introspect(const QString &path) const override;
@@ -62,6 +62,6 @@ private:
                                     const QString &method, const QVariantList &arguments) const;
 
     QString connectionName;
-    QString iconOwner; // The bus's name for the program that has put its icon here.
+    QString iconOwner; // Bus name of the program that registered the icon.
     QList<Notification> notified;
 };

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString shown(const QVariant &argument)
+QString toText(const QVariant &argument)
 {
     if (argument.canConvert<QDBusArgument>()) {
         const auto map = qdbus_cast<QVariantMap>(argument);
@@ -26,17 +26,19 @@ QString shown(const QVariant &argument)
     return argument.toString();
 }
 
-bool isOpenAtTheOtherEnd(int descriptor)
+// A pipe whose write end is closed polls as hung up.
+bool isWriteEndOpen(int readEnd)
 {
-    pollfd look{descriptor, POLLIN, 0};
-    return poll(&look, 1, 0) == 0;
+    pollfd entry{readEnd, POLLIN, 0};
+    return poll(&entry, 1, 0) == 0;
 }
 
 } // namespace
 
-FakeSleepService::FakeSleepService(const QString &busAddress, Kind whichKind, Manner whichManner)
-    : kind(whichKind)
-    , manner(whichManner)
+FakeSleepService::FakeSleepService(const QString &busAddress, Kind serviceKind,
+                                   Manner serviceManner)
+    : kind(serviceKind)
+    , manner(serviceManner)
 {
     static int count = 0;
     connectionName = u"fake-sleep-service-%1"_s.arg(++count);
@@ -68,7 +70,7 @@ int FakeSleepService::heldGrants() const
 {
     if (kind == Kind::Portal)
         return static_cast<int>(requests.size());
-    return static_cast<int>(std::count_if(locks.begin(), locks.end(), isOpenAtTheOtherEnd));
+    return static_cast<int>(std::count_if(locks.begin(), locks.end(), isWriteEndOpen));
 }
 
 int FakeSleepService::releasedGrants() const
@@ -98,7 +100,7 @@ bool FakeSleepService::handleMessage(const QDBusMessage &message, const QDBusCon
 
     QStringList arguments{message.interface()};
     for (const QVariant &argument : message.arguments())
-        arguments.append(shown(argument));
+        arguments.append(toText(argument));
     asked.append(arguments.join(u" | "_s));
     if (manner == Manner::Grants)
         grant(message, connection);
@@ -123,7 +125,7 @@ void FakeSleepService::grant(const QDBusMessage &message, const QDBusConnection 
     if (::pipe2(ends.data(), O_CLOEXEC) != 0)
         return;
     locks.push_back(ends[0]);
-    // The message takes a copy of its own.
+    // QDBusUnixFileDescriptor duplicates the descriptor.
     connection.send(message.createReply(QVariant::fromValue(QDBusUnixFileDescriptor(ends[1]))));
     ::close(ends[1]);
 }

@@ -8,9 +8,9 @@
 
 #include <vector>
 
-/// Stands for one of the two services that keep a machine awake, on a private bus.
+/// A fake of one of the two services that inhibit sleep, on a private bus.
 ///
-/// It is there from its making until it goes, and keeps count of what was asked of it.
+/// It provides its service from construction to destruction and records the requests.
 class FakeSleepService final : public QDBusVirtualObject
 {
     Q_OBJECT
@@ -21,23 +21,23 @@ public:
     enum class Manner {
         Grants,
         Refuses,
-        Delays, ///< Says nothing until `answer`.
+        Delays, ///< Replies when `grantPending` is called.
     };
 
     FakeSleepService(const QString &busAddress, Kind kind, Manner manner = Manner::Grants);
     ~FakeSleepService() override;
 
-    /// The arguments of each asking, with " | " between them.
+    /// Returns the interface and the arguments of each request, separated by " | ".
     [[nodiscard]] QStringList requestTexts() const;
 
-    /// How many grants are held by somebody.
+    /// Returns how many grants are in force.
     [[nodiscard]] int heldGrants() const;
 
-    /// How many grants were given back in so many words. The portal also takes back what a program
-    /// held that is gone from the bus.
+    /// Returns how many grants were released explicitly. The portal also revokes the grants of a
+    /// program that leaves the bus; these are not counted.
     [[nodiscard]] int releasedGrants() const;
 
-    /// Grants what was asked while it hesitated.
+    /// Grants the delayed requests.
     void grantPending();
 
     [[nodiscard]] QString introspect(const QString &path) const override;
@@ -52,7 +52,7 @@ private:
     QStringList asked;
     QList<QDBusMessage> waiting;
     QDBusServiceWatcher holders;
-    QHash<QString, QString> requests; // The portal's that are not closed, and whose they are.
-    int closed = 0;                   // Of the portal's requests.
-    std::vector<int> locks;           // logind's, the ends that stay here.
+    QHash<QString, QString> requests; // Portal: the open requests and their owners.
+    int closed = 0;                   // Portal: the number of closed requests.
+    std::vector<int> locks;           // logind: the read end of each lock's pipe.
 };

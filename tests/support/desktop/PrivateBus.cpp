@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Whoever runs the tests may talk to everybody on it.
+// Allows the user who runs the tests to send to and own everything.
 constexpr QLatin1StringView Configuration = R"(<busconfig>
   <type>session</type>
   <listen>%1</listen>
@@ -26,7 +26,7 @@ constexpr QLatin1StringView Configuration = R"(<busconfig>
 PrivateBus::~PrivateBus()
 {
     kill();
-    // No bus at all, rather than the machine's own.
+    // Not the machine's buses, which a later test could disturb.
     useAddress(u"unix:path=/nonexistent"_s);
 }
 
@@ -41,7 +41,7 @@ bool PrivateBus::start()
 
     daemon.start(u"dbus-daemon"_s, {u"--nofork"_s, u"--nopidfile"_s, u"--print-address"_s,
                                     QString(u"--config-file="_s + fileName)});
-    // It prints its address when it listens.
+    // The daemon prints its address when it listens.
     if (!daemon.waitForReadyRead(WaitTimeout))
         return false;
     useAddress(address());

@@ -3,8 +3,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-/// A message bus of the test's own, which both of the machine's buses are for this process and for
-/// whatever it starts, from `start` until the object goes.
+/// A private message bus. From `start` until destruction it is both the session bus and the system
+/// bus of this process and of its children.
 class PrivateBus final
 {
     Q_DISABLE_COPY_MOVE(PrivateBus)
@@ -13,15 +13,15 @@ public:
     PrivateBus() = default;
     ~PrivateBus();
 
-    /// False if the daemon does not come up, or is not installed.
+    /// Starts the daemon. Returns false if that fails or it is not installed.
     [[nodiscard]] bool start();
 
-    /// Kills the daemon, as a crash would.
+    /// Kills the daemon to simulate a crash.
     void kill();
 
     [[nodiscard]] QString address() const;
 
-    /// Makes `address` both of the buses, whoever listens there.
+    /// Sets the address of both buses for this process and its children.
     static void useAddress(const QString &address);
 
 private:

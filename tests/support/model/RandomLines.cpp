@@ -2,8 +2,8 @@
 
 using namespace Qt::StringLiterals;
 
-// "Server" and "List" are no nicks here: a conversation of such a name takes the tab's place, which
-// other tests look at, and from then on a window is past comparing.
+// Without "Server" and "List": a conversation with such a name replaces the record of that tab, and
+// the window can't be compared with the model any more. Other tests cover it.
 QStringList RandomLines::nicks()
 {
     return {u"ann"_s, u"Ann"_s, u"bob"_s,    u"carol"_s, u"dave"_s,
@@ -30,7 +30,7 @@ QString RandomLines::text()
     return random.pick(texts);
 }
 
-QString RandomLines::someone(const QString &ownNick)
+QString RandomLines::nickOrOwn(const QString &ownNick)
 {
     return random.chance(15) ? ownNick : nick();
 }
@@ -44,9 +44,9 @@ QString RandomLines::names(const QString &ownNick)
     return entries.join(u' ');
 }
 
-QString RandomLines::ofUsers(const QString &ownNick)
+QString RandomLines::userMessage(const QString &ownNick)
 {
-    const QString who = someone(ownNick);
+    const QString who = nickOrOwn(ownNick);
     const QString from = u":%1!user@host "_s.arg(who);
     switch (random.below(12)) {
     case 0:
@@ -64,7 +64,7 @@ QString RandomLines::ofUsers(const QString &ownNick)
     case 7:
         return from + u"QUIT :"_s + text();
     case 8:
-        return from + u"KICK "_s + channel() + u' ' + someone(ownNick) + u" :"_s + text();
+        return from + u"KICK "_s + channel() + u' ' + nickOrOwn(ownNick) + u" :"_s + text();
     case 9:
     case 10:
         return from + u"NICK :"_s
@@ -103,7 +103,7 @@ QString RandomLines::numeric(const QString &ownNick)
     }
 }
 
-QString RandomLines::listing(const QString &ownNick)
+QString RandomLines::listReply(const QString &ownNick)
 {
     const QString from = u":irc.test %1 "_s + ownNick + u' ';
     switch (random.below(4)) {
@@ -117,7 +117,7 @@ QString RandomLines::listing(const QString &ownNick)
     }
 }
 
-QString RandomLines::whois(const QString &ownNick)
+QString RandomLines::whoisReply(const QString &ownNick)
 {
     static const QStringList rests{u"311 %1 %2 user host * :Real Name"_s,
                                    u"312 %1 %2 irc.test :A server"_s,
@@ -134,10 +134,10 @@ QString RandomLines::line(const QString &ownNick)
 {
     const int kind = random.below(100);
     if (kind < 60)
-        return ofUsers(ownNick);
+        return userMessage(ownNick);
     if (kind < 85)
         return numeric(ownNick);
-    return kind < 92 ? listing(ownNick) : whois(ownNick);
+    return kind < 92 ? listReply(ownNick) : whoisReply(ownNick);
 }
 
 QByteArray RandomLines::garbage()
@@ -150,8 +150,8 @@ QByteArray RandomLines::garbage()
 
 QString RandomLines::nextRecorded(const QString &ownNick)
 {
-    QString next = recorded.at(place);
-    place = (place + 1) % recorded.size();
+    QString next = recorded.at(nextIndex);
+    nextIndex = (nextIndex + 1) % recorded.size();
     return next.replace(u"alice"_s, ownNick);
 }
 

@@ -6,24 +6,25 @@
 #include <QString>
 #include <QStringList>
 
-/// Lines of a server by chance, of which most have a meaning, mixed into a recording.
+/// Generates random server lines, most of them valid, mixed with the lines of a recording.
 ///
-/// Nicks and channels come from small pools, so that they meet. The random must outlive it.
+/// Nicks and channels come from small pools, so that lines refer to each other. The random source
+/// must outlive the object.
 class RandomLines final
 {
 public:
-    /// `recording` is what a server said to alice, from the start; it begins anew at its end.
+    /// `recording` holds a session's server lines with alice; it is repeated when it ends.
     RandomLines(RandomSource &source, const QStringList &recording)
         : random(source)
         , recorded(recording)
     {
     }
 
-    /// One line by chance, without its end. It speaks to `ownNick`, and of it.
+    /// Returns a random line without its line end, addressed to `ownNick`.
     [[nodiscard]] QString line(const QString &ownNick);
-    /// Bytes of any value, with a line end behind them.
+    /// Returns random bytes followed by a line end.
     [[nodiscard]] QByteArray garbage();
-    /// Up to five lines of all kinds, each with its end.
+    /// Returns one to five lines of any kind, with their line ends.
     [[nodiscard]] QByteArray bytes(const QString &ownNick);
 
     [[nodiscard]] QString nick() { return random.pick(nicks()); }
@@ -33,17 +34,17 @@ public:
 private:
     [[nodiscard]] static QStringList nicks();
     [[nodiscard]] static QStringList channels();
-    [[nodiscard]] QString someone(const QString &ownNick);
+    [[nodiscard]] QString nickOrOwn(const QString &ownNick);
     [[nodiscard]] QString names(const QString &ownNick);
-    [[nodiscard]] QString ofUsers(const QString &ownNick);
+    [[nodiscard]] QString userMessage(const QString &ownNick);
     [[nodiscard]] QString numeric(const QString &ownNick);
-    [[nodiscard]] QString listing(const QString &ownNick);
-    [[nodiscard]] QString whois(const QString &ownNick);
+    [[nodiscard]] QString listReply(const QString &ownNick);
+    [[nodiscard]] QString whoisReply(const QString &ownNick);
 
-    /// The next line of the recording, as if it had been said to `ownNick`.
+    /// Returns the next line of the recording, with `ownNick` in place of alice.
     [[nodiscard]] QString nextRecorded(const QString &ownNick);
 
     RandomSource &random;
     const QStringList recorded;
-    qsizetype place = 0;
+    qsizetype nextIndex = 0;
 };

@@ -4,7 +4,7 @@
 
 #include <random>
 
-/// Chance that repeats itself: the same seed gives the same throws on every system.
+/// A random number generator. A seed gives the same numbers on every system.
 class RandomSource final
 {
 public:
@@ -13,13 +13,14 @@ public:
     {
     }
 
-    /// From 0 up to and without `count`, which is 1 at least.
+    /// Returns a number from 0 to `count` - 1. `count` must be at least 1.
     [[nodiscard]] int below(int count)
     {
         return static_cast<int>(generator() % static_cast<quint32>(count));
     }
+    /// Returns true with this probability.
     [[nodiscard]] bool chance(int percent) { return below(100) < percent; }
-    /// One of `list`, which must not be empty.
+    /// Returns an element of `list`, which must not be empty.
     template <typename List>
     [[nodiscard]] auto pick(const List &list)
     {
@@ -27,6 +28,6 @@ public:
     }
 
 private:
-    std::mt19937
-            generator; // Its numbers are laid down, those of the standard's distributions aren't.
+    // The standard defines the numbers of std::mt19937, but not those of its distributions.
+    std::mt19937 generator;
 };

@@ -25,9 +25,10 @@
 
 using namespace Qt::StringLiterals;
 
-RandomUser::RandomUser(WindowSession &used, RandomSource &source, const QStringList &recording)
-    : session(used)
-    , probe(used.probe)
+RandomUser::RandomUser(WindowSession &windowSession, RandomSource &source,
+                       const QStringList &recording)
+    : session(windowSession)
+    , probe(windowSession.probe)
     , random(source)
     , lines(source, recording)
 {
@@ -37,30 +38,30 @@ RandomUser::RandomUser(WindowSession &used, RandomSource &source, const QStringL
 const QList<RandomUser::Action> &RandomUser::actions()
 {
     static const QList<Action> all{
-            {300, "hears lines", &RandomUser::hearLines},
-            {8, "connects anew", &RandomUser::connectAnew},
-            {8, "loses the link", &RandomUser::losesLink},
-            {4, "disconnects", &RandomUser::disconnects},
+            {300, "receives lines", &RandomUser::receiveLines},
+            {8, "reconnects", &RandomUser::reconnect},
+            {8, "loses the link", &RandomUser::loseLink},
+            {4, "disconnects", &RandomUser::disconnectByMenu},
             {120, "switches tabs", &RandomUser::switchTab},
             {30, "clicks a close button", &RandomUser::clickCloseButton},
-            {15, "closes a tab from outside", &RandomUser::closeFromOutside},
+            {15, "requests to close a tab", &RandomUser::requestCloseTab},
             {15, "presses the shortcut", &RandomUser::pressCloseShortcut},
             {15, "double-clicks a tab", &RandomUser::doubleClickTab},
             {30, "opens a tab's menu", &RandomUser::openTabMenu},
             {60, "opens a user's menu", &RandomUser::openUserMenu},
             {30, "double-clicks a user", &RandomUser::doubleClickUser},
-            {15, "asks for the list", &RandomUser::requestList},
+            {15, "requests the list", &RandomUser::requestList},
             {20, "filters the list", &RandomUser::filterList},
             {10, "double-clicks a row", &RandomUser::doubleClickListRow},
             {15, "opens a row's menu", &RandomUser::openListMenu},
             {150, "types a line", &RandomUser::typeLine},
             {40, "types a nick", &RandomUser::typeWithCompletion},
             {10, "picks an emoji", &RandomUser::insertEmoji},
-            {15, "goes away or returns", &RandomUser::setAway},
+            {15, "sets or clears away", &RandomUser::setAway},
             {12, "changes nick", &RandomUser::changeNick},
             {12, "joins a channel", &RandomUser::joinChannel},
             {25, "edits the topic", &RandomUser::editTopic},
-            {4, "reads about it", &RandomUser::readInfo},
+            {4, "opens About or Help", &RandomUser::readInfo},
             {25, "uses the connect dialog", &RandomUser::useConnectDialog},
             {12, "uses the preferences", &RandomUser::usePreferences},
             {15, "resizes", &RandomUser::resize},
@@ -82,7 +83,7 @@ QString RandomUser::step()
     latest = Answer();
     if (!isConnected() && random.chance(40)) {
         steps.append(u"connects"_s);
-        connectAnew();
+        reconnect();
     } else {
         steps.append(QString::fromLatin1(action->name));
         (this->*action->act)();
@@ -103,8 +104,8 @@ bool RandomUser::isConnected() const
 QString RandomUser::check()
 {
     if (failure.isEmpty() && isConnected() && !session.settle())
-        failure = u"lines are not heard any more"_s;
-    // What was posted for later is a part of the step.
+        failure = u"lines are not received any more"_s;
+    // Posted events belong to the step.
     QCoreApplication::processEvents();
     const QStringList sent = session.readSent();
     const QStringList expected = model.readExpected();
@@ -115,8 +116,8 @@ QString RandomUser::check()
     }
     if (failure.isEmpty())
         failure = SessionInvariants::findDifference(probe, model);
-    // A conversation that was renamed onto another has left that one's page without a record; the
-    // model knows of it, and the window's own books are whole all the same.
+    // A conversation that is renamed to the name of another one leaves the page of that one without
+    // a record. The model does the same, and the invariants still hold.
     if (failure.isEmpty())
         failure = SessionInvariants::findViolation(probe);
     if (failure.isEmpty())
@@ -124,15 +125,15 @@ QString RandomUser::check()
     return failure;
 }
 
-int RandomUser::someTab()
+int RandomUser::randomTab()
 {
     return random.below(probe.tabWidget().count());
 }
 
 // ---------------------------------------------------------------------------------------------
-// The server and the link
+// The server and the connection
 
-void RandomUser::hearLines()
+void RandomUser::receiveLines()
 {
     QByteArray bytes = lines.bytes(probe.connection().currentNick());
     steps.last() += u' ' + QString::fromUtf8(bytes.toPercentEncoding(" :!#@")).left(200);
@@ -144,22 +145,22 @@ void RandomUser::hearLines()
     }
 }
 
-void RandomUser::connectAnew()
+void RandomUser::reconnect()
 {
     if (!session.acceptDialog(u"me"_s, random.chance(50) ? u"#one, #two"_s : QString())) {
-        failure = u"no link comes up"_s;
+        failure = u"cannot connect"_s;
         return;
     }
     model.connectByDialog();
-    // What is left of the link before stands in front of the first line.
+    // Ends the incomplete line that the previous connection may have left.
     session.server.sendBytes("\r\n");
     if (random.chance(90))
         session.server.send(u":irc.test 001 me :Welcome"_s);
     if (random.chance(70) && !session.join(lines.channel(), u"@me ann +bob"_s))
-        failure = u"no channel can be joined"_s;
+        failure = u"cannot join a channel"_s;
 }
 
-void RandomUser::losesLink()
+void RandomUser::loseLink()
 {
     if (!isConnected())
         return;
@@ -172,10 +173,10 @@ void RandomUser::losesLink()
         session.server.close();
     }
     if (!waitUntil([&] { return model.disconnects > before; }))
-        failure = u"the end of the link is not noticed"_s;
+        failure = u"the end of the connection is not noticed"_s;
 }
 
-void RandomUser::disconnects()
+void RandomUser::disconnectByMenu()
 {
     const int before = model.disconnects;
     const bool wasConnected = isConnected();
@@ -189,7 +190,7 @@ void RandomUser::disconnects()
 
 void RandomUser::switchTab()
 {
-    const int index = someTab();
+    const int index = randomTab();
     if (probe.tabBar().rect().contains(probe.tabBar().tabRect(index).center()))
         probe.clickTab(index);
     else
@@ -199,7 +200,7 @@ void RandomUser::switchTab()
 
 void RandomUser::clickCloseButton()
 {
-    const int index = someTab();
+    const int index = randomTab();
     QPushButton *button = probe.closeButton(index);
     if (button == nullptr)
         return;
@@ -207,7 +208,7 @@ void RandomUser::clickCloseButton()
     model.clickCloseButton(index);
 }
 
-void RandomUser::closeFromOutside()
+void RandomUser::requestCloseTab()
 {
     const int index = random.below(probe.tabWidget().count() + 2) - 1;
     session.window.requestCloseTab(index);
@@ -216,21 +217,21 @@ void RandomUser::closeFromOutside()
 
 void RandomUser::pressCloseShortcut()
 {
-    // By its signal, since the window need not be the active one.
+    // By its signal, since the window may be inactive.
     emit session.window.findChild<QShortcut *>()->activated();
     model.pressCloseShortcut();
 }
 
 void RandomUser::doubleClickTab()
 {
-    const int index = someTab();
+    const int index = randomTab();
     emit probe.tabBar().tabBarDoubleClicked(index);
     model.closeTab(index);
 }
 
 void RandomUser::openTabMenu()
 {
-    const int index = someTab();
+    const int index = randomTab();
     const QString name = probe.tabWidget().tabText(index);
     emit probe.tabBar().customContextMenuRequested(probe.tabBar().tabRect(index).center());
     if (latest.entry == "Close"_L1)
@@ -249,13 +250,13 @@ void RandomUser::openUserMenu()
         return;
     const QListWidgetItem *item = list.item(random.below(list.count()));
     list.scrollToItem(item);
-    const QPoint place = list.visualItemRect(item).center();
-    item = list.itemAt(place);
+    const QPoint position = list.visualItemRect(item).center();
+    item = list.itemAt(position);
     if (item == nullptr)
         return;
     const QString nick = NickList::stripPrefix(item->text());
     const QString channel = model.current;
-    emit list.customContextMenuRequested(place);
+    emit list.customContextMenuRequested(position);
     chooseInUserMenu(nick, channel);
 }
 
@@ -275,9 +276,9 @@ void RandomUser::chooseInUserMenu(const QString &nick, const QString &channel)
         model.sendRaw(ban);
         model.sendRaw(u"KICK %1 %2 :Banned"_s.arg(channel, nick));
     } else if (entry == "Change Nick..."_L1) {
-        followNickChange();
+        applyNickToModel();
     } else if (!entry.isEmpty() && entry != "Copy Nickname"_L1) {
-        followAway();
+        applyAwayToModel();
     }
 }
 
@@ -331,13 +332,13 @@ void RandomUser::openListMenu()
         return;
     QTreeWidgetItem *item = tree->topLevelItem(random.below(tree->topLevelItemCount()));
     tree->scrollToItem(item);
-    const QPoint place = tree->visualItemRect(item).center();
-    item = tree->itemAt(place);
+    const QPoint position = tree->visualItemRect(item).center();
+    item = tree->itemAt(position);
     if (item == nullptr)
         return;
     const QString channel = item->text(0);
     const bool isAutojoined = model.autojoin.contains(channel);
-    emit tree->customContextMenuRequested(place);
+    emit tree->customContextMenuRequested(position);
     if (latest.entry.startsWith("Join "_L1))
         model.joinChannel(channel);
     else if (!latest.entry.isEmpty())
@@ -361,7 +362,7 @@ QString RandomUser::randomInput()
                              u"/msg "_s + nick + u' ' + lines.text(),
                              u"/m  "_s + channel + u"  "_s + lines.text(),
                              u"/RAW PRIVMSG "_s + channel + u" :x"_s,
-                             u"/raw  two blanks"_s,
+                             u"/raw  two spaces"_s,
                              u"/list"_s,
                              u"/away "_s + lines.text(),
                              u"/a"_s,

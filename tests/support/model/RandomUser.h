@@ -10,12 +10,12 @@
 class ConnectDialog;
 class QMenu;
 
-/// A user who does anything that can be done in the window, by chance, and the server and the link
-/// with it; all of it is told to a model of the window, and compared.
+/// Does random actions of the user, of the server and of the connection on a window, does the same
+/// on a model of the window, and compares the two.
 ///
-/// The user answers every dialog and menu, sometimes only after lines have come in or the link has
-/// gone meanwhile. The session and the random must outlive the user; nothing else may be done to
-/// the session from then on.
+/// It answers every dialog and menu, sometimes after lines have arrived or the connection was lost
+/// in the meantime. The session and the random source must outlive the object; nothing else may use
+/// the session.
 class RandomUser final
 {
     Q_DISABLE_COPY_MOVE(RandomUser)
@@ -24,19 +24,19 @@ public:
     struct Counts
     {
         int linesSent = 0;
-        int answers = 0; ///< To dialogs and menus.
+        int answers = 0; ///< Dialogs and menus that were answered.
         int linksLost = 0;
     };
 
-    /// Mixes the lines of `recording` into the server's.
-    RandomUser(WindowSession &used, RandomSource &source, const QStringList &recording);
+    /// Mixes the lines of `recording` into the random server lines.
+    RandomUser(WindowSession &windowSession, RandomSource &source, const QStringList &recording);
 
-    /// Does one thing and waits until all is quiet. Returns what is not as it should be then, or an
-    /// empty text.
+    /// Does one action and waits until it has been handled. Returns a description of the first
+    /// failure; empty if there is none.
     [[nodiscard]] QString step();
-    /// What the latest steps were.
+    /// Returns the latest steps.
     [[nodiscard]] QString recentSteps() const;
-    /// How much has happened.
+    /// Returns totals since construction.
     [[nodiscard]] Counts counts() const { return done; }
 
 private:
@@ -46,29 +46,29 @@ private:
         const char *name = nullptr;
         void (RandomUser::*act)() = nullptr;
     };
-    /// What came up during an action, and how it was answered.
+    /// The answer to the dialog or menu of an action.
     struct Answer
     {
-        bool cameUp = false; ///< A dialog, that is.
+        bool hasDialog = false; ///< A dialog was opened.
         bool isAccepted = false;
         QString text;
-        QString entry; ///< Of a menu.
+        QString entry; ///< The menu entry that was chosen.
     };
 
     [[nodiscard]] static const QList<Action> &actions();
     [[nodiscard]] QString check();
     [[nodiscard]] bool isConnected() const;
 
-    // The server and the link
-    void hearLines();
-    void connectAnew();
-    void losesLink();
-    void disconnects();
+    // The server and the connection
+    void receiveLines();
+    void reconnect();
+    void loseLink();
+    void disconnectByMenu();
 
     // Tabs
     void switchTab();
     void clickCloseButton();
-    void closeFromOutside();
+    void requestCloseTab();
     void pressCloseShortcut();
     void doubleClickTab();
     void openTabMenu();
@@ -103,13 +103,13 @@ private:
     void resize();
     void dragSplitter();
 
-    void followAway();
-    void followNickChange();
+    void applyAwayToModel();
+    void applyNickToModel();
     void answer(QWidget *shown);
     void answerMenu(QMenu *menu);
     void answerDialog(QDialog *dialog);
     void interrupt();
-    [[nodiscard]] int someTab();
+    [[nodiscard]] int randomTab();
 
     WindowSession &session;
     const MainWindowProbe &probe;

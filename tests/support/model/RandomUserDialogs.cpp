@@ -1,4 +1,4 @@
-// The dialogs that the user opens, and how the user answers them and whatever else comes up.
+// The dialogs that the user opens, and the answers to all dialogs and menus.
 
 #include "ConnectDialog.h"
 #include "EditTopicDialog.h"
@@ -26,7 +26,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A question of ours, and none of Qt's choosers.
+// Whether the dialog is one of the program's prompts and none of Qt's choosers.
 bool isPrompt(const QDialog &dialog)
 {
     return dialog.metaObject() == &QDialog::staticMetaObject
@@ -38,15 +38,15 @@ bool isPrompt(const QDialog &dialog)
 // ---------------------------------------------------------------------------------------------
 // Dialogs
 
-void RandomUser::followAway()
+void RandomUser::applyAwayToModel()
 {
     if (latest.isAccepted)
         model.goAway(latest.text.isEmpty() ? u"Away"_s : latest.text);
-    else if (!latest.cameUp && isConnected() && model.isAway)
+    else if (!latest.hasDialog && isConnected() && model.isAway)
         model.returnFromAway();
 }
 
-void RandomUser::followNickChange()
+void RandomUser::applyNickToModel()
 {
     const bool isNew = latest.text != probe.connection().currentNick();
     if (latest.isAccepted && !latest.text.isEmpty() && isNew)
@@ -56,13 +56,13 @@ void RandomUser::followNickChange()
 void RandomUser::setAway()
 {
     probe.awayAction().trigger();
-    followAway();
+    applyAwayToModel();
 }
 
 void RandomUser::changeNick()
 {
     probe.changeNickAction().trigger();
-    followNickChange();
+    applyNickToModel();
 }
 
 void RandomUser::joinChannel()
@@ -152,12 +152,12 @@ void RandomUser::interrupt()
     if (!isConnected())
         return;
     if (random.chance(10)) {
-        losesLink();
+        loseLink();
         return;
     }
-    hearLines();
+    receiveLines();
     if (!session.settle())
-        failure = u"lines are not heard while something waits for an answer"_s;
+        failure = u"lines are not received while a dialog or menu is open"_s;
 }
 
 void RandomUser::answer(QWidget *shown)
@@ -204,7 +204,7 @@ void RandomUser::answerDialog(QDialog *dialog)
             editor->findChild<QToolBar *>()->actions().at(random.below(5))->trigger();
         text = editor->newTopic();
     } else if (qobject_cast<ServerEditDialog *>(dialog) != nullptr) {
-        // Never the server in use, whose record the next link is made with.
+        // Never the server in use, whose record the next connection needs.
         const QList<QLineEdit *> fields = dialog->findChildren<QLineEdit *>();
         fields.first()->setText(u"irc%1.example.org"_s.arg(random.below(5)));
     } else if (auto *edit = dialog->findChild<QLineEdit *>();
@@ -212,11 +212,11 @@ void RandomUser::answerDialog(QDialog *dialog)
         text = random.pick(QStringList{QString(), u"mine"_s, lines.channel(), u"some text"_s});
         edit->setText(text);
     }
-    latest.cameUp = true;
+    latest.hasDialog = true;
     latest.isAccepted = accepts && qobject_cast<QFileDialog *>(dialog) == nullptr;
     latest.text = text;
     steps.last() += u" > "_s + (accepts ? u"accepts "_s : u"rejects "_s) + text;
-    // Nothing is chosen in a file dialog, which would not be content with that.
+    // A file dialog does not accept without a chosen file.
     if (latest.isAccepted)
         dialog->accept();
     else

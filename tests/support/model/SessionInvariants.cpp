@@ -21,27 +21,27 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString shown(const QString &text)
+QString toText(const QString &text)
 {
     return u'"' + text + u'"';
 }
 
-QString shown(const QStringList &list)
+QString toText(const QStringList &list)
 {
     return u"(%1)"_s.arg(list.join(u'|'));
 }
 
-QString shown(bool value)
+QString toText(bool value)
 {
     return value ? u"yes"_s : u"no"_s;
 }
 
-QString shown(qsizetype value)
+QString toText(qsizetype value)
 {
     return QString::number(value);
 }
 
-/// Remembers the first pair that is not the same.
+// Records the first pair that differs.
 class Comparison final
 {
 public:
@@ -49,7 +49,7 @@ public:
     void compare(const QString &what, const Value &actual, const Value &expected)
     {
         if (found.isEmpty() && actual != expected)
-            found = what + u": "_s + shown(actual) + u" instead of "_s + shown(expected);
+            found = what + u": "_s + toText(actual) + u" instead of "_s + toText(expected);
     }
 
     QString found;
@@ -86,7 +86,7 @@ void compareRecords(Comparison &result, const MainWindowProbe &probe, const Sess
     for (auto record = model.records.cbegin(); record != model.records.cend(); ++record) {
         const MainWindow::TabInfo info = probe.tabs().value(record.key());
         const QString of = u" of "_s + record.key();
-        result.compare(u"place"_s + of, qsizetype(probe.tabWidget().indexOf(info.page)),
+        result.compare(u"index"_s + of, qsizetype(probe.tabWidget().indexOf(info.page)),
                        model.pages.indexOf(record->page));
         result.compare(u"partner"_s + of, info.peerNick, record->peerNick);
         result.compare(u"rows"_s + of, rowsOf(info.table), record->page->rows);
@@ -99,15 +99,15 @@ void compareCloseButtons(Comparison &result, const MainWindowProbe &probe,
     for (int index = 0; index < model.pages.size() && result.found.isEmpty(); ++index) {
         const QPushButton *button = probe.closeButton(index);
         const int closes = button != nullptr ? button->property("closeIndex").toInt() : -1;
-        result.compare(u"what the button closes of "_s + model.pages.at(index)->text,
-                       qsizetype(closes), qsizetype(model.pages.at(index)->closeIndex));
+        result.compare(u"close index of "_s + model.pages.at(index)->text, qsizetype(closes),
+                       qsizetype(model.pages.at(index)->closeIndex));
     }
 }
 
 void comparePeople(Comparison &result, const MainWindowProbe &probe, const SessionModel &model)
 {
     result.compare(u"user list"_s, probe.users(), model.shownUsers);
-    result.compare(u"user list in sight"_s, !probe.userList().isHidden(), model.userListIsShown);
+    result.compare(u"user list visible"_s, !probe.userList().isHidden(), model.userListIsShown);
     result.compare(u"known channels"_s, probe.channelUsers().keys(), model.channelUsers.keys());
     for (auto users = model.channelUsers.cbegin(); users != model.channelUsers.cend(); ++users) {
         result.compare(u"users of "_s + users.key(), probe.channelUsers().value(users.key()),
@@ -118,7 +118,7 @@ void comparePeople(Comparison &result, const MainWindowProbe &probe, const Sessi
     watched.sort();
     expected.sort();
     result.compare(u"watched"_s, watched, expected);
-    result.compare(u"awaited nick"_s, probe.pendingNick(), model.pendingNick);
+    result.compare(u"pending nick"_s, probe.pendingNick(), model.pendingNick);
     result.compare(u"away"_s, probe.isAway(), model.isAway);
     result.compare(u"away entry"_s, probe.awayAction().text(),
                    model.isAway ? u"Unmark Away"_s : u"Marked Away..."_s);
@@ -141,7 +141,7 @@ QString SessionInvariants::findViolation(const MainWindowProbe &probe)
         }
     }
     const QLineEdit &line = probe.inputLine();
-    result.compare(u"one page of the input stack"_s,
+    result.compare(u"either input or search line visible"_s,
                    line.isVisibleTo(&probe.mainStack())
                            != probe.listSearchEdit().isVisibleTo(&probe.mainStack()),
                    true);
@@ -158,8 +158,8 @@ QString SessionInvariants::findDifference(const MainWindowProbe &probe, const Se
     for (const auto &page : model.pages)
         texts.append(page->text);
     result.compare(u"tabs"_s, probe.tabTexts(), texts);
-    result.compare(u"index of the tab on show"_s, qsizetype(probe.tabWidget().currentIndex()),
-                   qsizetype(model.shownIndex));
+    result.compare(u"current index"_s, qsizetype(probe.tabWidget().currentIndex()),
+                   qsizetype(model.currentIndex));
     result.compare(u"current tab"_s, probe.currentTabName(), model.current);
     compareRecords(result, probe, model);
     compareCloseButtons(result, probe, model);
@@ -168,7 +168,7 @@ QString SessionInvariants::findDifference(const MainWindowProbe &probe, const Se
     result.compare(u"topics"_s, probe.channelTopics().values(), model.topics.values());
     result.compare(u"autojoin list"_s, probe.autojoinChannels(), model.autojoin);
     result.compare(u"text in the input line"_s, probe.inputLine().text(), model.input);
-    result.compare(u"search line in sight"_s, probe.mainStack().currentIndex() == 1,
+    result.compare(u"search line visible"_s, probe.mainStack().currentIndex() == 1,
                    model.searchIsShown);
     result.compare(u"rows of the channel list"_s, visibleListRows(probe), visibleListRows(model));
     return result.found;

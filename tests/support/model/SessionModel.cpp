@@ -31,15 +31,15 @@ QString asChannel(const QString &word)
 
 } // namespace
 
-SessionModel::SessionModel(const IRCConnection &heard)
-    : session(heard)
+SessionModel::SessionModel(const IRCConnection &modelled)
+    : session(modelled)
 {
     records.insert(ServerTab, {addPage(ServerTab), QString()});
     numberCloseButtons();
-    hear();
-    hearPeople();
-    hearList();
-    hearWhois();
+    connectSession();
+    connectPeople();
+    connectList();
+    connectWhois();
 }
 
 QStringList SessionModel::readExpected()
@@ -63,9 +63,9 @@ bool SessionModel::isOwnNick(const QString &nick) const
 
 void SessionModel::showTab(int index)
 {
-    if (index < 0 || index == shownIndex)
+    if (index < 0 || index == currentIndex)
         return;
-    shownIndex = index;
+    currentIndex = index;
     tabChanged();
 }
 
@@ -87,12 +87,12 @@ void SessionModel::closeTab(int index)
         listRows.clear();
     }
     pages.removeAt(index);
-    // The tab to the right comes to the front, and the last one if there is none.
-    if (index == shownIndex) {
-        shownIndex = qMin(index, static_cast<int>(pages.size()) - 1);
+    // The tab to the right becomes current, or the last tab if there is none.
+    if (index == currentIndex) {
+        currentIndex = qMin(index, static_cast<int>(pages.size()) - 1);
         tabChanged();
-    } else if (index < shownIndex) {
-        --shownIndex;
+    } else if (index < currentIndex) {
+        --currentIndex;
         tabChanged();
     }
     records.remove(name);
@@ -118,7 +118,7 @@ void SessionModel::doubleClickTab(int index)
 void SessionModel::pressCloseShortcut()
 {
     if (current != ServerTab)
-        closeTab(shownIndex);
+        closeTab(currentIndex);
 }
 
 void SessionModel::toggleAutojoin(const QString &channel)
@@ -178,7 +178,7 @@ void SessionModel::tabChanged()
 {
     if (!current.isEmpty())
         drafts.insert(current, input);
-    current = pages.at(shownIndex)->text;
+    current = pages.at(currentIndex)->text;
     userListIsShown = isChannel(current);
     searchIsShown = current == ListTab;
     shownUsers = isChannel(current) ? channelUsers.value(current) : QStringList();
@@ -216,7 +216,7 @@ QString SessionModel::privateTabOf(const QString &nick) const
 }
 
 // ---------------------------------------------------------------------------------------------
-// What the user sends
+// Lines to the server
 
 void SessionModel::sendRaw(const QString &line)
 {

@@ -15,11 +15,11 @@ namespace Commands {
 struct Command;
 }
 
-/// What a window has to show and its client to say, worked out from the rules alone.
+/// A model of what a window must show and send, without widgets.
 ///
-/// It hears the signals of the session for itself, and must be made after the window has connected
-/// to them. What the user does is told to it with the operations below, right after the window has
-/// done it and before any event. It never looks at the window.
+/// It receives the session's signals and must be created after the window, so that it receives them
+/// after the window. Call the operations below for the user's actions, directly after the window
+/// has handled them and before any other event. It never reads the window.
 class SessionModel final : public QObject
 {
     Q_OBJECT
@@ -31,8 +31,8 @@ public:
     {
         QString text;
         qsizetype rows = 0;  ///< Lines of the conversation.
-        bool hasView = true; ///< The channel list has none.
-        int closeIndex = -1; ///< What its close button closes, if it has one yet.
+        bool hasView = true; ///< False for the channel list.
+        int closeIndex = -1; ///< The tab that its close button closes; -1 if it has no button yet.
     };
     /// A record of `tabs`.
     struct Record
@@ -47,10 +47,10 @@ public:
         bool isShown = true;
     };
 
-    /// Begins with a window that shows nothing but its "Server" tab.
-    explicit SessionModel(const IRCConnection &heard);
+    /// The window must have no tab except "Server".
+    explicit SessionModel(const IRCConnection &modelled);
 
-    // What the user does to tabs
+    // Tabs
     void showTab(int index);
     void closeTab(int index);
     void clickCloseButton(int index);
@@ -60,13 +60,13 @@ public:
     void setAutojoin(const QString &channel, bool enable);
     void applyPreferences();
 
-    // At the input line
-    /// The text stands in the line now.
+    // Input line
+    /// Sets the text of the line.
     void enterText(const QString &text);
-    /// Return was pressed with this text in the line.
+    /// Enters the text and presses Return.
     void typeLine(const QString &text);
 
-    // In dialogs and menus: what was chosen or typed there in the end
+    // Dialogs and menus, with what was chosen or typed in them
     void connectByDialog();
     void disconnectByMenu();
     void goAway(const QString &message);
@@ -78,18 +78,18 @@ public:
     void whois(const QString &nick);
     void sendRaw(const QString &line);
 
-    // In the channel list
+    // Channel list
     void requestChannelList();
     void filterChannelList(const QString &text);
     void doubleClickListRow(const QString &channel);
 
-    /// What the client has to have sent since the last call, or since the link came up.
+    /// Returns the lines that the client must have sent since the last call or the last connect.
     [[nodiscard]] QStringList readExpected();
     [[nodiscard]] bool isOwnNick(const QString &nick) const;
 
-    // What the window has to show and to hold
+    // The expected state of the window
     QList<std::shared_ptr<Page>> pages;
-    int shownIndex = 0;
+    int currentIndex = 0;
     QMap<QString, Record> records;
     QString current = QStringLiteral("Server");
     QMap<QString, QStringList> channelUsers;
@@ -103,7 +103,7 @@ public:
     bool userListIsShown = false;
     bool searchIsShown = false;
     bool isAway = false;
-    int disconnects = 0; ///< How often a link has gone.
+    int disconnects = 0; ///< The number of connections that ended.
 
 private:
     struct Whois
@@ -116,10 +116,10 @@ private:
 
     [[nodiscard]] static bool isSame(const QString &left, const QString &right);
 
-    void hear();
-    void hearPeople();
-    void hearList();
-    void hearWhois();
+    void connectSession();
+    void connectPeople();
+    void connectList();
+    void connectWhois();
 
     void onRawLine(const QString &line);
     void onConnected();
@@ -142,7 +142,7 @@ private:
     void numberCloseButtons();
     void watch(const QString &nick);
     [[nodiscard]] QString privateTabOf(const QString &nick) const;
-    [[nodiscard]] bool dropUser(const QString &channel, const QString &nick, QString *entry);
+    [[nodiscard]] bool removeUser(const QString &channel, const QString &nick, QString *entry);
     void hideUser(const QString &channel, const QString &entry);
     void renameUser(const QString &channel, const QString &oldNick, const QString &newNick);
     void renamePrivateTab(const QString &oldNick, const QString &newNick);
@@ -155,7 +155,7 @@ private:
     QMap<QString, QString> drafts;
     QMap<QString, Whois> whoisRecords;
     QString whoisTab = QStringLiteral("Server");
-    QString lastCommand; // The command word of the line that is being heard.
+    QString lastCommand; // The command of the line that is being handled.
     QStringList expected;
     bool hasList = false;
     bool listIsComing = false;

@@ -1,4 +1,4 @@
-// The half of the model that the server has a hand in.
+// The reactions of the model to the session's signals.
 
 #include "IRCConnection.h"
 #include "NickList.h"
@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Whether the line is left to the parser alone: what users say, and numerics.
+// Whether the "Server" tab does not show the raw line: messages of users and numerics.
 bool isHiddenRaw(const QString &line)
 {
     if (!line.startsWith(u':'))
@@ -25,7 +25,7 @@ bool isHiddenRaw(const QString &line)
 
 } // namespace
 
-void SessionModel::hear()
+void SessionModel::connectSession()
 {
     connect(&session, &IRCConnection::rawMessageReceived, this, &SessionModel::onRawLine);
     connect(&session, &IRCConnection::connected, this, &SessionModel::onConnected);
@@ -39,7 +39,7 @@ void SessionModel::hear()
     connect(&session, &IRCConnection::ownNickChanged, this, [this] { pendingNick.clear(); });
 }
 
-void SessionModel::hearPeople()
+void SessionModel::connectPeople()
 {
     connect(&session, &IRCConnection::privmsgReceived, this,
             [this](const QString &from, const QString &target) {
@@ -66,7 +66,7 @@ void SessionModel::hearPeople()
     });
 }
 
-void SessionModel::hearList()
+void SessionModel::connectList()
 {
     connect(&session, &IRCConnection::listStartReceived, this, [this] {
         listIsComing = true;
@@ -83,7 +83,7 @@ void SessionModel::hearList()
     });
 }
 
-void SessionModel::hearWhois()
+void SessionModel::connectWhois()
 {
     connect(&session, &IRCConnection::whoisUserReceived, this,
             [this](const QString &nick) { whoisRecords.insert(nick, Whois()); });
@@ -170,7 +170,7 @@ void SessionModel::onPart(const QString &nick, const QString &channel)
         return;
     append(channel);
     QString entry;
-    if (dropUser(channel, nick, &entry))
+    if (removeUser(channel, nick, &entry))
         hideUser(channel, entry);
 }
 
@@ -179,9 +179,9 @@ void SessionModel::onQuit(const QString &nick)
     const QStringList channels = channelUsers.keys();
     for (const QString &channel : channels) {
         QString entry;
-        if (!dropUser(channel, nick, &entry))
+        if (!removeUser(channel, nick, &entry))
             continue;
-        // This can bring a closed tab back to the front, with a list that the user is gone from.
+        // This can reopen a closed tab as the current one, with a list already without the user.
         append(channel);
         hideUser(channel, entry);
     }
@@ -194,7 +194,7 @@ void SessionModel::onKick(const QString &channel, const QString &kicked)
 {
     append(channel);
     QString entry;
-    if (dropUser(channel, kicked, &entry))
+    if (removeUser(channel, kicked, &entry))
         hideUser(channel, entry);
     if (kicked != session.currentNick())
         return;
@@ -205,7 +205,7 @@ void SessionModel::onKick(const QString &channel, const QString &kicked)
 
 void SessionModel::onNick(const QString &oldNick, const QString &newNick)
 {
-    // The server has refused a nick, and the client tries the next one by itself.
+    // After a refused nick the client requests the next one by itself.
     if (lastCommand == "433"_L1)
         sendRaw(u"NICK "_s + newNick);
     const QStringList channels = channelUsers.keys();
@@ -228,8 +228,8 @@ void SessionModel::renameUser(const QString &channel, const QString &oldNick,
     const bool hasPrefix = !isBare && !oldEntry.isEmpty();
     const QString newEntry = hasPrefix ? QString(oldEntry.front() + newNick) : newNick;
     users[index] = newEntry;
-    // A closed channel comes back by this line; its list, made of the new entries if it came to
-    // the front, then gets the new one once more.
+    // This reopens a closed channel. If it becomes current, its list is filled with the new entries
+    // and then contains the new entry twice.
     append(channel);
     if (channel == current) {
         shownUsers.removeOne(oldEntry);
@@ -246,7 +246,7 @@ void SessionModel::renamePrivateTab(const QString &oldNick, const QString &newNi
             continue;
         const Record moved{record->page, newNick};
         records.erase(record);
-        // What was open under the new name keeps its page and loses its record.
+        // A conversation that was open under the new name keeps its page and loses its record.
         records.insert(newNick, moved);
         if (pages.contains(moved.page))
             moved.page->text = newNick;
@@ -257,7 +257,7 @@ void SessionModel::renamePrivateTab(const QString &oldNick, const QString &newNi
     }
 }
 
-bool SessionModel::dropUser(const QString &channel, const QString &nick, QString *entry)
+bool SessionModel::removeUser(const QString &channel, const QString &nick, QString *entry)
 {
     const auto users = channelUsers.find(channel);
     const qsizetype index = users == channelUsers.end() ? -1 : NickList::indexOfNick(*users, nick);

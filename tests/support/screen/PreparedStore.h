@@ -5,8 +5,8 @@
 #include <QTemporaryDir>
 #include <QVariant>
 
-/// A settings store for a program that is started by us, in a temporary folder that goes with the
-/// object. The program finds it when `configHome` is its XDG_CONFIG_HOME.
+/// A settings store for a child process, in a temporary folder that is deleted with the object. The
+/// program uses it when its XDG_CONFIG_HOME is `configHome`.
 class PreparedStore final
 {
     Q_DISABLE_COPY_MOVE(PreparedStore)
@@ -24,14 +24,13 @@ public:
 
     PreparedStore() = default;
 
-    /// Stores the server as if the user had been there last, so that the connect dialog opens with
-    /// its fields filled in.
+    /// Stores the server as the last one used, so that the connect dialog opens with its values.
     void addServer(const Server &server);
 
     void setValue(const QString &key, const QVariant &value);
 
     [[nodiscard]] QString configHome() const;
-    /// What the store holds now under this key; the program may be running.
+    /// Returns the stored value of this key; the program may be running.
     [[nodiscard]] QVariant value(const QString &key) const;
 
 private:

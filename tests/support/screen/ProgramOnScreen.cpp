@@ -10,36 +10,36 @@ const auto MainTitle = u"Velmora"_s;
 const auto DialogTitle = u"Connect to IRC Server"_s;
 const auto PreferencesTitle = u"Preferences"_s;
 
-// The input line lies above the status bar at the lower left.
+// A point in the input line, relative to the lower left corner.
 constexpr QPoint InputFromBottomLeft{200, -50};
-// The time stamps stand at the left of the view, which lies between the tabs with the topic and the
-// input line.
+// The chat view lies between the topic and the input line, with the time stamps at its left.
 constexpr QMargins ViewMargins{15, 90, 0, 90};
 constexpr int StampWidth = 80;
 constexpr QRgb StampColour = qRgb(136, 136, 136);
 constexpr int StampDistance = 40;
 
-// From the upper left of the window: two menus of the menu bar, the tabs, and the channel list's
-// first column under its header.
+// Relative to the upper left corner: two menus of the menu bar, the tab bar, and the channel list's
+// first column below its header.
 constexpr QPoint ServerMenu{25, 10};
 constexpr QPoint SettingsMenu{190, 10};
 constexpr QRect TabBar{10, 28, 1000, 32};
 constexpr QRgb CurrentTabColour = qRgb(0x00, 0x7a, 0xff);
 constexpr int CurrentTabDistance = 30;
-// The frame of each other tab.
+// The frame of all other tabs.
 constexpr QRgb TabFrameColour = qRgb(0xd1, 0xd1, 0xd6);
 constexpr int TabFrameDistance = 2;
 
 constexpr QRect ChannelNames{15, 120, 180, 500};
-// The user list takes the window's right fifth.
+// The user list occupies the right fifth of the window.
 constexpr int UserNamesFromRight = 245;
 constexpr QRect UserNames{0, 35, 220, 300};
 
 } // namespace
 
-ProgramOnScreen::ProgramOnScreen(const VirtualScreen &shownOn, const PreparedStore &readsFrom)
-    : screen(shownOn)
-    , store(readsFrom)
+ProgramOnScreen::ProgramOnScreen(const VirtualScreen &virtualScreen,
+                                 const PreparedStore &preparedStore)
+    : screen(virtualScreen)
+    , store(preparedStore)
 {
 }
 

@@ -7,65 +7,62 @@
 #include <QRect>
 #include <QStringList>
 
-/// The built program on a screen in memory, driven as a person drives it: by keys and clicks.
+/// The built program on a virtual screen, used with keyboard and mouse.
 ///
-/// Every operation waits, for a bounded time, until the screen shows that it has worked, and is
-/// false if that does not come about.
+/// Every operation waits until the screen shows its effect. It returns false at the timeout.
 class ProgramOnScreen final
 {
     Q_DISABLE_COPY_MOVE(ProgramOnScreen)
 
 public:
-    /// Both must outlive the object.
-    ProgramOnScreen(const VirtualScreen &shownOn, const PreparedStore &readsFrom);
+    /// Screen and store must outlive the object.
+    ProgramOnScreen(const VirtualScreen &virtualScreen, const PreparedStore &preparedStore);
 
-    /// Where the built program lies.
+    /// Returns the path of the built program.
     [[nodiscard]] static QString path();
 
-    /// Starts the program and waits for its connect dialog. `wrapper` is a command that the
-    /// program is an argument of, for a run in surroundings of its own.
+    /// Starts the program and waits for its connect dialog. `wrapper` is a command prefix, for
+    /// another environment.
     [[nodiscard]] bool start(const QStringList &wrapper = {});
 
-    /// Accepts the connect dialog, which has the keyboard, by Return.
+    /// Accepts the connect dialog, which must have the focus, with Return.
     [[nodiscard]] bool pressConnect();
-    /// Opens the connect dialog anew from the menu.
+    /// Opens the connect dialog from the menu.
     [[nodiscard]] bool openConnectDialog();
 
     /// Opens the preferences from the menu.
     [[nodiscard]] bool openPreferences();
-    /// Closes the dialog that has the keyboard by Escape.
+    /// Closes the dialog with the focus by Escape.
     [[nodiscard]] bool closeDialog();
 
-    /// A point of the input line.
+    /// Returns a point in the input line.
     [[nodiscard]] QPoint inputLine() const;
     /// Clicks into the input line, types the text and presses Return.
     [[nodiscard]] bool typeLine(const QString &text);
 
-    /// How many lines the open tab shows, by their time stamps.
+    /// Returns how many lines the current tab shows, counted by their time stamps.
     [[nodiscard]] int visibleLines() const;
-    /// Waits until the open tab shows so many lines.
+    /// Waits until the current tab shows this number of lines.
     [[nodiscard]] bool waitForLines(int count) const;
 
-    /// Where there is room for the tabs of the main window.
+    // Areas of the screen
     [[nodiscard]] QRect tabBar() const;
-    /// Where the tab in front lies.
     [[nodiscard]] QRect currentTab() const;
-    /// Where all the tabs lie, in one rectangle.
+    /// Returns the bounding rectangle of all tabs.
     [[nodiscard]] QRect tabs() const;
-    /// Where the names of the channel list stand, without the header.
+    /// Returns the column of channel names in the channel list, without its header.
     [[nodiscard]] QRect channelNames() const;
-    /// Where the names of the user list stand.
     [[nodiscard]] QRect userNames() const;
 
-    /// Closes the window as its title bar does, and waits for the program to end.
+    /// Closes the window with Alt+F4 and waits for the program to exit.
     [[nodiscard]] bool close();
 
     [[nodiscard]] bool isRunning() const;
-    /// The program's own if the wrapper, where there is one, has handed its process over.
+    /// Returns the process id; the program's own if the wrapper has replaced itself with it.
     [[nodiscard]] qint64 processId() const;
-    /// The exit status of a program that has ended by itself, else -1.
+    /// Returns the exit code; -1 if the program is running or has crashed.
     [[nodiscard]] int exitStatus() const;
-    /// What the program has written to its error output.
+    /// Returns what the program has written to standard error.
     [[nodiscard]] QString errorOutput();
 
 private:
@@ -73,7 +70,7 @@ private:
 
     const VirtualScreen &screen;
     const PreparedStore &store;
-    QRect window; // The main window's inside, once its connect dialog is out of the way.
+    QRect window; // Client area of the main window, set when the connect dialog has been accepted.
     Child program;
     QString errors;
 };

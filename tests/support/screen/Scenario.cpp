@@ -6,12 +6,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int BarPoints = 5000; // A status bar has more points than this.
+constexpr int BarPixels = 5000; // A status bar has more pixels than this.
 
 } // namespace
 
-Scenario::Scenario(const VirtualScreen &shownOn, std::unique_ptr<ServerProcess> realServer)
-    : screen(shownOn)
+Scenario::Scenario(const VirtualScreen &virtualScreen, std::unique_ptr<ServerProcess> realServer)
+    : screen(virtualScreen)
     , server(std::move(realServer))
     , program(screen, store)
 {
@@ -45,13 +45,13 @@ bool Scenario::start(const QStringList &channels)
             || !proxy->waitForServer(u" 366 wanda %1 "_s.arg(channel)))
             return false;
     }
-    // Our own join is all that has been said there.
+    // The only line is the program's own join.
     return waitForStatus(Green) && program.waitForLines(1);
 }
 
 bool Scenario::waitForStatus(QRgb colour) const
 {
-    return screen.waitFor([&] { return screen.countPixels(colour) > BarPoints; });
+    return screen.waitFor([&] { return screen.countPixels(colour) > BarPixels; });
 }
 
 QStringList Scenario::sentByProgram() const
@@ -63,7 +63,7 @@ void Scenario::report(const QString &name) const
 {
     screen.saveScreenshot(name);
     if (proxy)
-        qInfo("On the wire:\n%s", qPrintable(proxy->lines().join(u'\n')));
+        qInfo("Lines exchanged:\n%s", qPrintable(proxy->lines().join(u'\n')));
 }
 
 bool Scenario::end()

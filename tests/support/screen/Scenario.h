@@ -12,36 +12,33 @@
 
 #include <memory>
 
-/// Everything that one walk through the built program needs: a real server with somebody else on
-/// it, "bob", the program's settings and the program in a real window. To be made anew for each.
-///
-/// The program goes by "wanda", unless told otherwise.
+/// Everything that an end-to-end test needs: a real server with another user, "bob", the program's
+/// settings, and the program in a real window. Create one for each test function.
 struct Scenario final
 {
     Q_DISABLE_COPY_MOVE(Scenario)
 
-    // The status bar, connected and not.
+    // Colours of the status bar, connected and not.
     static constexpr QRgb Green = qRgb(0xd4, 0xed, 0xda);
     static constexpr QRgb Red = qRgb(0xf8, 0xd7, 0xda);
 
-    /// The screen must outlive the scenario.
-    Scenario(const VirtualScreen &shownOn, std::unique_ptr<ServerProcess> realServer);
+    /// The screen must outlive the object.
+    Scenario(const VirtualScreen &virtualScreen, std::unique_ptr<ServerProcess> realServer);
 
-    /// Starts the server, lets bob join the channels, in which he is the operator, and puts the
-    /// proxy before the program's dialog.
+    /// Starts the server and the proxy, lets bob join the channels as their operator, and stores
+    /// the proxy's address for the connect dialog.
     [[nodiscard]] bool prepare(LoggingProxy::Joins joins, const QString &nick,
                                const QStringList &channels);
-    /// The same, and starts the program and lets it connect and join the channels. It shows the
-    /// first of them then.
+    /// Calls `prepare`, starts the program and lets it connect as "wanda" and join the channels.
+    /// The first channel is the current tab then.
     [[nodiscard]] bool start(const QStringList &channels = {QStringLiteral("#room")});
 
-    /// Waits until the status bar has this colour.
     [[nodiscard]] bool waitForStatus(QRgb colour) const;
     [[nodiscard]] QStringList sentByProgram() const;
 
-    /// Tells what can be seen on the wire, and on the screen in a picture of this name.
+    /// Prints the lines that were exchanged and saves a screenshot with this name.
     void report(const QString &name) const;
-    /// Closes the program unless it has ended. False if it doesn't end, or not as it should.
+    /// Closes the program if it is running. Returns false if it does not exit with status 0.
     [[nodiscard]] bool end();
 
     const VirtualScreen &screen;

@@ -5,17 +5,17 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int Height = 32;
-constexpr int Width = 200; // Icons for which there is room.
+constexpr int Width = 200;
 
-// Between the icon's lighter and its darker end.
+// Between the lightest and the darkest colour of the icon.
 constexpr QRgb IconColour = qRgb(0x18, 0x7a, 0xe8);
 constexpr int IconDistance = 50;
-constexpr int IconSize = 10; // An icon is larger than that.
+constexpr int IconSize = 10; // An icon is larger than this.
 
 } // namespace
 
-TrayPanel::TrayPanel(const VirtualScreen &shownOn)
-    : screen(shownOn)
+TrayPanel::TrayPanel(const VirtualScreen &virtualScreen)
+    : screen(virtualScreen)
 {
 }
 

@@ -5,23 +5,23 @@
 
 #include <QPoint>
 
-/// A tray (trayer) in the upper right corner of a virtual screen, into which programs put their
-/// icons by the X protocol for that.
+/// A system tray (trayer) in the upper right corner of a virtual screen. Programs embed their icons
+/// with the XEmbed protocol.
 class TrayPanel final
 {
     Q_DISABLE_COPY_MOVE(TrayPanel)
 
 public:
     /// The screen must outlive the object.
-    explicit TrayPanel(const VirtualScreen &shownOn);
+    explicit TrayPanel(const VirtualScreen &virtualScreen);
 
-    /// Starts the tray; false if it does not come up. That it also takes icons in is for the caller
-    /// to find out.
+    /// Starts the tray. Returns false if that fails. It may not accept icons yet; see
+    /// `waitForIcon`.
     [[nodiscard]] bool start();
 
-    /// The middle of what is blue in the tray, as our icon is; null if nothing is.
+    /// Returns the centre of the program's blue icon; null if there is none.
     [[nodiscard]] QPoint icon() const;
-    /// Waits until there is an icon.
+    /// Waits until the icon is visible.
     [[nodiscard]] bool waitForIcon() const;
 
 private:

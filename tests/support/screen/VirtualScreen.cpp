@@ -2,12 +2,10 @@
 
 #include "Waiting.h"
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QHash>
 #include <QRegularExpression>
-#include <QTest>
 #include <QtEndian>
 
 #include <algorithm>
@@ -21,12 +19,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int LookInterval = 100; // In ms.
+constexpr int RowGap = 3; // Within a row of text, gaps have fewer pixel lines than this.
 
-constexpr int RowGap = 3; // Fewer blank lines than this occur within a row of text.
-
-// The file in which Xvfb keeps its picture is an X window dump: a header of 32 bit numbers, most
-// significant byte first, a name, the colour map, and then the rows.
+// Xvfb's frame buffer file is an X window dump: a header of big-endian 32-bit numbers, a name, the
+// colour map and the pixel rows.
 enum DumpField { HeaderSize = 0, Width = 4, Height = 5, BytesPerLine = 12, Colours = 19 };
 constexpr qsizetype DumpFields = 25;
 constexpr qsizetype BytesPerColour = 12;
@@ -51,17 +47,17 @@ const QRgb *rowOf(const QImage &image, int y)
     return reinterpret_cast<const QRgb *>(image.constScanLine(y));
 }
 
-bool isNear(QRgb point, QRgb colour, int distance)
+bool isNear(QRgb pixel, QRgb colour, int distance)
 {
-    return std::abs(qRed(point) - qRed(colour)) <= distance
-           && std::abs(qGreen(point) - qGreen(colour)) <= distance
-           && std::abs(qBlue(point) - qBlue(colour)) <= distance;
+    return std::abs(qRed(pixel) - qRed(colour)) <= distance
+           && std::abs(qGreen(pixel) - qGreen(colour)) <= distance
+           && std::abs(qBlue(pixel) - qBlue(colour)) <= distance;
 }
 
 int countInRow(const QImage &image, int y, int from, int to, QRgb colour, int distance)
 {
     return int(std::count_if(rowOf(image, y) + from, rowOf(image, y) + to,
-                             [&](QRgb point) { return isNear(point, colour, distance); }));
+                             [&](QRgb pixel) { return isNear(pixel, colour, distance); }));
 }
 
 } // namespace
@@ -78,14 +74,14 @@ QString VirtualScreen::failure() const
 
 bool VirtualScreen::startDisplay()
 {
-    // The server picks the number and writes it once it can be used. It repeats no key, since a
-    // busy machine may keep one down for long.
+    // The server chooses the display number and writes it when it is ready. "-r" turns off key
+    // auto-repeat: on a busy machine, keys may stay pressed for long.
     const bool launched =
             server.launch(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s,
                                       u"1400x900x24"_s, u"-fbdir"_s, folder.path(), u"-nolisten"_s,
                                       u"tcp"_s, u"-noreset"_s, u"-r"_s});
     if (!launched) {
-        reason = u"Xvfb can't be started: %1"_s.arg(server.errorString());
+        reason = u"Xvfb cannot be started: %1"_s.arg(server.errorString());
         return false;
     }
     QByteArray number;
@@ -94,7 +90,7 @@ bool VirtualScreen::startDisplay()
         return number.endsWith('\n') || server.state() == QProcess::NotRunning;
     });
     if (!ready || !number.endsWith('\n')) {
-        reason = u"Xvfb doesn't come up: %1"_s.arg(
+        reason = u"Xvfb does not start: %1"_s.arg(
                 QString::fromLocal8Bit(server.readAllStandardError()));
         return false;
     }
@@ -106,12 +102,12 @@ bool VirtualScreen::startWindowManager()
 {
     manager.setProcessEnvironment(environment());
     if (!manager.launch(u"openbox"_s)) {
-        reason = u"openbox can't be started: %1"_s.arg(manager.errorString());
+        reason = u"openbox cannot be started: %1"_s.arg(manager.errorString());
         return false;
     }
-    // It counts its desktops when it is ready to take windows.
+    // openbox sets the number of desktops when it is ready to manage windows.
     if (!waitFor([this] { return run({u"get_num_desktops"_s}); })) {
-        reason = u"openbox doesn't come up: %1"_s.arg(
+        reason = u"openbox does not start: %1"_s.arg(
                 QString::fromLocal8Bit(manager.readAllStandardError()));
         return false;
     }
@@ -144,10 +140,10 @@ int VirtualScreen::countPixels(QRgb colour, int distance) const
 QRect VirtualScreen::findPixels(const QRect &area, QRgb colour, int distance) const
 {
     const QImage now = screenshot();
-    const QRect seen = area & now.rect();
+    const QRect visible = area & now.rect();
     QRect found;
-    for (int y = seen.top(); y <= seen.bottom(); ++y) {
-        for (int x = seen.left(); x <= seen.right(); ++x) {
+    for (int y = visible.top(); y <= visible.bottom(); ++y) {
+        for (int x = visible.left(); x <= visible.right(); ++x) {
             if (isNear(rowOf(now, y)[x], colour, distance))
                 found |= QRect(x, y, 1, 1);
         }
@@ -158,14 +154,15 @@ QRect VirtualScreen::findPixels(const QRect &area, QRgb colour, int distance) co
 int VirtualScreen::countTextRows(const QRect &area, QRgb colour, int distance) const
 {
     const QImage now = screenshot();
-    const QRect seen = area & now.rect();
+    const QRect visible = area & now.rect();
     int rows = 0;
-    int blank = RowGap;
-    for (int y = seen.top(); y <= seen.bottom(); ++y) {
-        const bool isText = countInRow(now, y, seen.left(), seen.right(), colour, distance) > 0;
-        if (isText && blank >= RowGap)
+    int gap = RowGap;
+    for (int y = visible.top(); y <= visible.bottom(); ++y) {
+        const bool isText =
+                countInRow(now, y, visible.left(), visible.right(), colour, distance) > 0;
+        if (isText && gap >= RowGap)
             ++rows;
-        blank = isText ? 0 : blank + 1;
+        gap = isText ? 0 : gap + 1;
     }
     return rows;
 }
@@ -186,25 +183,17 @@ int VirtualScreen::countChangedPixels(const QImage &before) const
 
 bool VirtualScreen::waitFor(const std::function<bool()> &condition) const
 {
-    QDeadlineTimer nextLook(0);
-    const auto isSeen = [&] {
-        if (!nextLook.hasExpired())
-            return false;
-        const bool holds = condition();
-        nextLook.setRemainingTime(LookInterval);
-        return holds;
-    };
-    return QTest::qWaitFor(isSeen, WaitTimeout);
+    return pollUntil(condition);
 }
 
-QRect VirtualScreen::waitUntilStable(const std::function<QRect()> &look) const
+QRect VirtualScreen::waitUntilStable(const std::function<QRect()> &find) const
 {
     QRect found;
-    const auto isStill = [&] {
-        const QRect before = std::exchange(found, look());
+    const auto isStable = [&] {
+        const QRect before = std::exchange(found, find());
         return !found.isEmpty() && found == before;
     };
-    return waitFor(isStill) ? found : QRect();
+    return waitFor(isStable) ? found : QRect();
 }
 
 void VirtualScreen::saveScreenshot(const QString &name) const
@@ -216,8 +205,7 @@ void VirtualScreen::saveScreenshot(const QString &name) const
 
 QRect VirtualScreen::activeWindow() const
 {
-    // The tool counts the frame twice when it is asked for a window's place, but the mouse finds
-    // the window.
+    // xdotool adds the frame twice to the position of a window. The position of the mouse is right.
     QString text;
     run({u"getactivewindow"_s, u"getwindowgeometry"_s, u"--shell"_s, u"mousemove"_s, u"--window"_s,
          u"%1"_s, u"0"_s, u"0"_s, u"getmouselocation"_s, u"--shell"_s},
@@ -246,27 +234,27 @@ bool VirtualScreen::press(const QString &key) const
     return run({u"key"_s, u"--"_s, key});
 }
 
-bool VirtualScreen::click(QPoint place, int button) const
+bool VirtualScreen::click(QPoint point, int button) const
 {
-    return moveMouse(place) && run({u"click"_s, QString::number(button)});
+    return moveMouse(point) && run({u"click"_s, QString::number(button)});
 }
 
-bool VirtualScreen::doubleClick(QPoint place) const
+bool VirtualScreen::doubleClick(QPoint point) const
 {
-    // With a pause between them, the two clicks of a busy machine are too far apart.
-    return moveMouse(place)
+    // Without a delay, since on a busy machine it can exceed the double-click interval.
+    return moveMouse(point)
            && run({u"click"_s, u"--repeat"_s, u"2"_s, u"--delay"_s, u"0"_s, u"1"_s});
 }
 
-bool VirtualScreen::moveMouse(QPoint place) const
+bool VirtualScreen::moveMouse(QPoint point) const
 {
-    return run({u"mousemove"_s, QString::number(place.x()), QString::number(place.y())});
+    return run({u"mousemove"_s, QString::number(point.x()), QString::number(point.y())});
 }
 
 bool VirtualScreen::activate(const QString &title) const
 {
-    const QString exactly = u'^' + QRegularExpression::escape(title) + u'$';
-    return run({u"search"_s, u"--onlyvisible"_s, u"--name"_s, exactly, u"windowactivate"_s});
+    const QString pattern = u'^' + QRegularExpression::escape(title) + u'$';
+    return run({u"search"_s, u"--onlyvisible"_s, u"--name"_s, pattern, u"windowactivate"_s});
 }
 
 bool VirtualScreen::minimise() const

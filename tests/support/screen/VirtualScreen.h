@@ -11,8 +11,7 @@
 
 #include <functional>
 
-/// A screen in memory (Xvfb) with a window manager (openbox) on a free display, and the keyboard
-/// and the mouse that belong to it (xdotool).
+/// A virtual X screen (Xvfb) with a window manager (openbox), a keyboard and a mouse (xdotool).
 class VirtualScreen final
 {
     Q_DISABLE_COPY_MOVE(VirtualScreen)
@@ -20,60 +19,57 @@ class VirtualScreen final
 public:
     VirtualScreen() = default;
 
-    /// Starts the display and the window manager. False if one of them does not come up; `failure`
-    /// tells why.
+    /// Starts the display and the window manager. Returns false if that fails; `failure` returns
+    /// the reason.
     [[nodiscard]] bool start();
     [[nodiscard]] QString failure() const;
 
-    /// What a program needs to show itself here, on top of our own environment.
+    /// Returns the environment for a program that runs on this screen.
     [[nodiscard]] QProcessEnvironment environment() const;
 
-    /// What the screen shows now.
     [[nodiscard]] QImage screenshot() const;
-    /// How many points of the screen are no farther than `distance` from the colour, in each of
-    /// red, green and blue.
+    /// Returns how many pixels of the screen differ from the colour by at most `distance` in each
+    /// of red, green and blue.
     [[nodiscard]] int countPixels(QRgb colour, int distance = 0) const;
 
-    /// The smallest rectangle with all those points of the area; empty if there are none.
+    /// Returns the bounding rectangle of those pixels in the area; empty if there are none.
     [[nodiscard]] QRect findPixels(const QRect &area, QRgb colour, int distance) const;
 
-    /// How many rows of text an area shows that has nothing but text of this colour on a plain
-    /// ground: what lies at least three lines of the screen apart is a row of its own.
+    /// Returns the number of text rows in an area that contains only text of this colour on a plain
+    /// background. At least three empty pixel lines separate two rows.
     [[nodiscard]] int countTextRows(const QRect &area, QRgb colour, int distance) const;
-    /// How many points differ between the picture and what the screen shows now.
+    /// Returns how many pixels differ between an earlier screenshot and the screen.
     [[nodiscard]] int countChangedPixels(const QImage &before) const;
 
-    /// Waits until `condition` holds, which is for whatever changes outside of this process: each
-    /// look starts a program or reads the whole picture, so there are few of them. False if it did
-    /// not come to hold.
+    /// Waits until `condition` returns true. Returns false at the timeout.
+    ///
+    /// Uses `pollUntil`, since most conditions start a program or read the whole screen.
     [[nodiscard]] bool waitFor(const std::function<bool()> &condition) const;
 
-    /// What `look` finds when it has found the same twice in a row, and so nothing is being painted
-    /// there any more; waits also until it finds anything at all. Empty if that does not come
-    /// about.
-    [[nodiscard]] QRect waitUntilStable(const std::function<QRect()> &look) const;
+    /// Waits until `find` returns the same non-empty rectangle twice in a row, and returns it. Then
+    /// painting has finished. Empty at the timeout.
+    [[nodiscard]] QRect waitUntilStable(const std::function<QRect()> &find) const;
 
-    /// Keeps a picture of the screen under this name in the current folder, and says where.
+    /// Saves a screenshot with this name in the current folder and prints its path.
     void saveScreenshot(const QString &name) const;
 
-    /// The title of the window that has the keyboard.
+    /// Returns the title of the active window.
     [[nodiscard]] QString activeTitle() const;
-    /// Where the inside of that window lies. Takes the mouse there.
+    /// Returns the client area of the active window. Moves the mouse to its upper left corner.
     [[nodiscard]] QRect activeWindow() const;
 
-    /// Types the text, of ASCII characters, into the window that has the keyboard.
+    /// Types ASCII text into the active window.
     bool type(const QString &text) const;
-    /// Presses one key, written as X names it: "Return", "alt+F4".
+    /// Presses a key, by its X name: "Return", "alt+F4".
     bool press(const QString &key) const;
-    /// Clicks with the left button of the mouse (1), the middle (2) or the right one (3).
+    /// Clicks with the left (1), middle (2) or right (3) mouse button.
     bool click(QPoint point, int button = 1) const;
     bool doubleClick(QPoint point) const;
-    /// Moves the mouse without a click.
-    bool moveMouse(QPoint place) const;
-    /// Asks for the window with this title to lie before the others and to have the keyboard. False
-    /// if there is none yet.
+    bool moveMouse(QPoint point) const;
+    /// Requests that the window with this title is raised and activated. Returns false if there is
+    /// no such window.
     [[nodiscard]] bool activate(const QString &title) const;
-    /// Minimises the window that has the keyboard.
+    /// Minimises the active window.
     bool minimise() const;
 
 private:
@@ -81,9 +77,9 @@ private:
     bool startWindowManager();
     bool run(const QStringList &arguments, QString *output = nullptr) const;
 
-    QTemporaryDir folder; // Holds the picture and stands in for the home of what runs here.
+    QTemporaryDir folder; // For Xvfb's frame buffer file, and as the programs' home.
     QString display;
     QString reason;
     Child server;
-    Child manager; // Goes before the server does.
+    Child manager; // After `server`, so that it ends first.
 };

@@ -21,8 +21,8 @@ namespace {
 
 constexpr quint32 WlDisplay = 1;
 
-// Codes of X; Wayland's are smaller by the offset. Each printable ASCII character has a key of its
-// own, so that none needs Shift.
+// X key codes; Wayland's are smaller by the offset. Each printable ASCII character has its own key,
+// so that none needs Shift.
 constexpr quint32 CodeOffset = 8;
 constexpr quint32 FirstCode = 9;
 constexpr char FirstCharacter = ' ';
@@ -140,17 +140,17 @@ bool WaylandInput::press(const QString &key)
     return pressKey(FirstCode + CharacterCount + index, modifiers);
 }
 
-bool WaylandInput::moveTo(QPoint place)
+bool WaylandInput::moveTo(QPoint point)
 {
     return send(pointer, 1,
-                number(now()) + number(quint32(place.x())) + number(quint32(place.y()))
+                number(now()) + number(quint32(point.x())) + number(quint32(point.y()))
                         + number(quint32(screen.width())) + number(quint32(screen.height())))
            && send(pointer, 4) && sync();
 }
 
-bool WaylandInput::click(QPoint place, int button)
+bool WaylandInput::click(QPoint point, int button)
 {
-    if (!moveTo(place))
+    if (!moveTo(point))
         return false;
     for (const quint32 isPressed : {1U, 0U}) {
         if (!send(pointer, 2,

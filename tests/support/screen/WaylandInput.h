@@ -6,7 +6,7 @@
 #include <QSize>
 #include <QString>
 
-/// A virtual keyboard and pointer of a Wayland compositor that has the protocols
+/// A virtual keyboard and pointer for a Wayland compositor that supports the protocols
 /// virtual-keyboard-unstable-v1 and wlr-virtual-pointer-unstable-v1.
 ///
 /// The seat has a keyboard and a pointer from `open` until the object is destroyed. Every operation
@@ -19,16 +19,17 @@ public:
     WaylandInput() = default;
     ~WaylandInput();
 
-    /// `size` is that of the screen.
+    /// Connects to the compositor. `size` is the size of the screen.
     [[nodiscard]] bool open(const QString &socketPath, QSize size);
 
     /// Types ASCII text.
     [[nodiscard]] bool type(const QString &text);
-    /// Presses one key: an ASCII character or "Return", "Escape", "Tab", "Up", "Down", after
-    /// "ctrl+" or "alt+" if wanted.
+    /// Presses a key: an ASCII character, "Return", "Escape", "Tab", "Up" or "Down", optionally
+    /// with the prefix "ctrl+" or "alt+".
     [[nodiscard]] bool press(const QString &key);
-    [[nodiscard]] bool moveTo(QPoint place);
-    [[nodiscard]] bool click(QPoint place, int button);
+    [[nodiscard]] bool moveTo(QPoint point);
+    /// Clicks with the left (1), middle (2) or right (3) mouse button.
+    [[nodiscard]] bool click(QPoint point, int button);
 
 private:
     using Id = quint32;
@@ -50,6 +51,6 @@ private:
     Id registry = 0;
     Id pointer = 0;
     Id keyboard = 0;
-    Id answered = 0; ///< The last callback that was done.
+    Id answered = 0; ///< The last callback that the compositor has answered.
     bool failed = false;
 };

@@ -2,7 +2,6 @@
 
 #include "Waiting.h"
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -17,8 +16,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int LookInterval = 100; // In ms. sway places a window in several steps.
 
 constexpr QSize Size(1400, 900);
 
@@ -38,9 +35,9 @@ QRect readRect(const QJsonValue &value)
 void addWindows(const QJsonValue &node, QList<WaylandScreen::Window> *windows)
 {
     if (node[u"pid"_s].isDouble()) {
-        const QPoint place = readRect(node[u"rect"_s]).topLeft();
+        const QPoint origin = readRect(node[u"rect"_s]).topLeft();
         windows->append({node[u"name"_s].toString(), node[u"focused"_s].toBool(),
-                         readRect(node[u"window_rect"_s]).translated(place)});
+                         readRect(node[u"window_rect"_s]).translated(origin)});
     }
     for (const QString &children : {u"nodes"_s, u"floating_nodes"_s}) {
         const QJsonArray nodes = node[children].toArray();
@@ -58,7 +55,7 @@ QRect focusedArea(const QList<WaylandScreen::Window> &windows, const QString &ti
     return {};
 }
 
-// The first socket in the folder whose name matches.
+// Returns the first socket in the folder whose name matches.
 QString findSocket(const QString &folder, const QString &pattern)
 {
     const QStringList found = QDir(folder).entryList({pattern}, QDir::System);
@@ -151,16 +148,13 @@ QList<WaylandScreen::Window> WaylandScreen::windows() const
 
 QRect WaylandScreen::waitForFocus(const QString &title) const
 {
+    // sway positions a window in several steps, so the area must be the same twice.
     QRect content;
-    QDeadlineTimer nextLook(0);
-    const auto hasFocus = [&] {
-        if (!nextLook.hasExpired())
-            return false;
+    const auto isFinal = [&] {
         const QRect before = std::exchange(content, focusedArea(windows(), title));
-        nextLook.setRemainingTime(LookInterval);
         return !content.isEmpty() && content == before;
     };
-    return QTest::qWaitFor(hasFocus, WaitTimeout) ? content : QRect();
+    return pollUntil(isFinal) ? content : QRect();
 }
 
 bool WaylandScreen::copy(const QString &text, bool primary) const

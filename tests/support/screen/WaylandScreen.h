@@ -9,7 +9,7 @@
 #include <QString>
 #include <QTemporaryDir>
 
-/// A Wayland session (sway) on a screen in memory, with a keyboard and a pointer.
+/// A Wayland session (sway) on a virtual screen, with a keyboard and a pointer.
 ///
 /// Windows float. sway refuses to run as root, so root runs it as "nobody".
 class WaylandScreen final
@@ -26,19 +26,19 @@ public:
 
     WaylandScreen() = default;
 
-    /// Returns what is needed and not installed.
+    /// Returns the required programs and plugins that are not installed.
     [[nodiscard]] static QStringList missingParts();
 
     /// Returns false if sway does not start; `failure` returns the reason.
     [[nodiscard]] bool start();
     [[nodiscard]] QString failure() const;
 
-    /// Returns what a program needs to run here.
+    /// Returns the environment for a program that runs on this screen.
     [[nodiscard]] QProcessEnvironment environment() const;
 
     [[nodiscard]] QList<Window> windows() const;
-    /// Waits until the window with this title has the keyboard and its place, and returns its
-    /// content's area; empty if that fails.
+    /// Waits until the window with this title has the focus and its final position, and returns its
+    /// content area; empty if that fails.
     [[nodiscard]] QRect waitForFocus(const QString &title) const;
 
     /// Copies to the clipboard or, if `primary`, to the primary selection.

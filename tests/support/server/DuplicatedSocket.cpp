@@ -23,11 +23,11 @@ bool isConnectedTo(quint16 port, int descriptor)
 
 DuplicatedSocket::DuplicatedSocket(qint64 processId, quint16 peerPort)
 {
-    // Called by number, since older C libraries have no functions for the two.
+    // By number, since older C libraries have no functions for these two system calls.
     const auto process = static_cast<int>(syscall(SYS_pidfd_open, processId, 0));
     if (process < 0)
         return;
-    // Links that lead nowhere are system entries in the eyes of QDir.
+    // QDir lists dangling links as system entries.
     const QStringList numbers =
             QDir(u"/proc/%1/fd"_s.arg(processId))
                     .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);

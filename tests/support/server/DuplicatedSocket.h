@@ -2,23 +2,23 @@
 
 #include <QtGlobal>
 
-/// A second hold on a TCP socket that another process has open, to ask the system about it.
+/// A duplicate of another process's TCP socket descriptor, to query socket options.
 ///
-/// The link does not end before the object goes, whatever the process does, so don't keep it long.
-/// We need the right to trace the process: it is our child and of our user, or we are root.
+/// The connection stays open until the object is destroyed, so don't keep it long. This needs the
+/// right to trace the process: it is a child of the same user, or the test runs as root.
 class DuplicatedSocket final
 {
     Q_DISABLE_COPY_MOVE(DuplicatedSocket)
 
 public:
-    /// Takes hold of the process's link to this port of the loopback, over IPv4.
+    /// Duplicates the descriptor of the process's IPv4 connection to this port of the loopback.
     DuplicatedSocket(qint64 processId, quint16 peerPort);
     ~DuplicatedSocket();
 
-    /// False if the process has no such link, or the system keeps us from looking.
+    /// Returns false if the process has no such connection or the kernel denies access.
     [[nodiscard]] bool isValid() const;
 
-    /// What getsockopt(2) tells for an option that is an int; -1 if it tells nothing.
+    /// Returns the value of an int option of getsockopt(2); -1 if that fails.
     [[nodiscard]] int option(int level, int name) const;
 
 private:

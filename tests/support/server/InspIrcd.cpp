@@ -22,7 +22,7 @@ constexpr QLatin1StringView Configuration = R"(<server name="%2"
 QStringList arguments()
 {
     QStringList result{u"--nofork"_s, u"--nopid"_s, u"--nolog"_s};
-    // It runs as root only when it is told to; nobody but us reaches it.
+    // The server refuses to run as root without this option. It listens on the loopback only.
     if (geteuid() == 0)
         result.append(u"--runasroot"_s);
     result.append(u"--config"_s);
@@ -31,7 +31,7 @@ QStringList arguments()
 
 } // namespace
 
-// AppArmor lets this server read nothing but its folder under /etc.
+// AppArmor allows this server to read only its folder under /etc.
 InspIrcd::InspIrcd()
     : ServerProcess({.program = u"inspircd"_s,
                      .arguments = arguments(),

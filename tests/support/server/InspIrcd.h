@@ -2,9 +2,9 @@
 
 #include "ServerProcess.h"
 
-/// A real IRC server of the system's that tells about watched nicks, with no wait between lines.
+/// The system's InspIRCd, which supports WATCH, without flood protection.
 ///
-/// Whoever says "OPER boss sesame" is an operator from then on.
+/// "OPER boss sesame" makes a client an operator.
 class InspIrcd final : public ServerProcess
 {
 public:

@@ -13,22 +13,22 @@ LoggingProxy::LoggingProxy(quint16 port, Joins treatment, QObject *parent)
     , serverPort(port)
     , joins(treatment)
 {
-    connect(&towardsProgram, &ScriptedServer::clientArrived, this, &LoggingProxy::connectOnwards);
-    connect(&towardsProgram, &ScriptedServer::lineReceived, this,
+    connect(&programSide, &ScriptedServer::clientArrived, this, &LoggingProxy::connectToServer);
+    connect(&programSide, &ScriptedServer::lineReceived, this,
             [this](int client, const QString &line) {
                 log.append(u">> "_s + line);
-                if (QTcpSocket *socket = towardsServer.value(client))
+                if (QTcpSocket *socket = serverSockets.value(client))
                     socket->write(line.toUtf8() + "\r\n");
             });
-    connect(&towardsProgram, &ScriptedServer::clientLeft, this, [this](int client) {
-        if (QTcpSocket *socket = towardsServer.value(client))
+    connect(&programSide, &ScriptedServer::clientLeft, this, [this](int client) {
+        if (QTcpSocket *socket = serverSockets.value(client))
             socket->disconnectFromHost();
     });
 }
 
 quint16 LoggingProxy::port() const
 {
-    return towardsProgram.port();
+    return programSide.port();
 }
 
 void LoggingProxy::redirectTo(quint16 port)
@@ -38,7 +38,7 @@ void LoggingProxy::redirectTo(quint16 port)
 
 QByteArray LoggingProxy::bytesFromProgram() const
 {
-    return towardsProgram.received();
+    return programSide.received();
 }
 
 QStringList LoggingProxy::lines() const
@@ -71,28 +71,27 @@ bool LoggingProxy::waitForServer(const QString &text) const
 
 bool LoggingProxy::waitForEnd(int connections) const
 {
-    return towardsProgram.waitForClient(connections) && towardsProgram.waitForEnd();
+    return programSide.waitForClient(connections) && programSide.waitForEnd();
 }
 
-void LoggingProxy::connectOnwards(int client)
+void LoggingProxy::connectToServer(int client)
 {
     auto *socket = new QTcpSocket(this);
-    towardsServer.insert(client, socket);
+    serverSockets.insert(client, socket);
     connect(socket, &QTcpSocket::readyRead, this, [this, client, socket] {
         while (socket->canReadLine())
-            passToProgram(client, socket->readLine());
+            forwardToProgram(client, socket->readLine());
     });
-    connect(socket, &QTcpSocket::disconnected, this,
-            [this, client] { towardsProgram.close(client); });
+    connect(socket, &QTcpSocket::disconnected, this, [this, client] { programSide.close(client); });
     connect(socket, &QTcpSocket::errorOccurred, this,
-            [this, client] { towardsProgram.close(client); });
+            [this, client] { programSide.close(client); });
     socket->connectToHost(QHostAddress::LocalHost, serverPort);
 }
 
-void LoggingProxy::passToProgram(int client, QByteArray line)
+void LoggingProxy::forwardToProgram(int client, QByteArray line)
 {
     if (joins == Joins::Rewritten && line.contains('!'))
         line.replace(" JOIN :#", " JOIN #");
     log.append(u"<< "_s + QString::fromUtf8(line).chopped(2));
-    towardsProgram.sendBytes(line, client);
+    programSide.sendBytes(line, client);
 }

@@ -5,12 +5,11 @@
 #include <QHash>
 #include <QStringList>
 
-/// Stands between a program and an IRC server on the loopback, passes every line on and keeps what
-/// went by.
+/// A proxy between a program and an IRC server on the loopback that records every line.
 ///
-/// Most servers send the channel of a JOIN as a trailing parameter, ":a!b@c JOIN :#x"; the
-/// daemons of the largest networks send it as a middle one. On request the proxy turns the first
-/// form into the second.
+/// Most servers send the channel of a JOIN as a trailing parameter, ":a!b@c JOIN :#x"; those of the
+/// largest networks send it as a middle one. On request the proxy converts the first form to the
+/// second.
 class LoggingProxy final : public QObject
 {
     Q_OBJECT
@@ -21,34 +20,34 @@ public:
 
     LoggingProxy(quint16 port, Joins treatment, QObject *parent = nullptr);
 
-    /// Where the program has to connect to; 0 if the proxy could not listen.
+    /// Returns the port for the program; 0 if the proxy could not listen.
     [[nodiscard]] quint16 port() const;
 
-    /// Further connections go to this port instead.
+    /// Connects later clients to another server port.
     void redirectTo(quint16 port);
 
-    /// The byte stream that the program sent in its latest connection.
+    /// Returns the bytes that the program sent in its latest connection.
     [[nodiscard]] QByteArray bytesFromProgram() const;
-    /// Every line that went by in all connections, in order, each with ">> " in front when it came
-    /// from the program and "<< " when it came from the server (as it was passed on).
+    /// Returns the lines of all connections in order, with the prefix ">> " for those of the
+    /// program and "<< " for those of the server, as the program received them.
     [[nodiscard]] QStringList lines() const;
-    /// How often the program has sent exactly this line.
+    /// Returns how often the program has sent exactly this line.
     [[nodiscard]] qsizetype countFromProgram(const QString &line) const;
 
-    /// Waits until the program has sent exactly this line, `times` times in all.
+    /// Waits until the program has sent exactly this line at least `times` times.
     [[nodiscard]] bool waitForProgram(const QString &line, int times = 1) const;
     /// Waits until the server has sent a line that contains this text.
     [[nodiscard]] bool waitForServer(const QString &text) const;
-    /// Waits until the program has made so many connections and the latest is closed again.
+    /// Waits until the program has connected this many times and the latest connection is closed.
     [[nodiscard]] bool waitForEnd(int connections = 1) const;
 
 private:
-    void connectOnwards(int client);
-    void passToProgram(int client, QByteArray line);
+    void connectToServer(int client);
+    void forwardToProgram(int client, QByteArray line);
 
     quint16 serverPort;
     const Joins joins;
-    ScriptedServer towardsProgram;
-    QHash<int, QTcpSocket *> towardsServer; // By the number of the program's connection.
+    ScriptedServer programSide;
+    QHash<int, QTcpSocket *> serverSockets; // By the number of the program's connection.
     QStringList log;
 };

@@ -2,9 +2,7 @@
 
 #include "ServerProcess.h"
 
-/// A real IRC server of the system's, with no wait between lines.
-///
-/// It knows no WATCH.
+/// The system's ngIRCd, which does not support WATCH, without flood protection.
 class Ngircd final : public ServerProcess
 {
 public:

@@ -27,19 +27,19 @@ void PlainClient::send(const QString &line)
 
 QStringList PlainClient::lines() const
 {
-    return heard;
+    return received;
 }
 
 bool PlainClient::waitFor(const QString &text) const
 {
-    return QTest::qWaitFor([&] { return !heard.filter(text).isEmpty(); }, WaitTimeout);
+    return QTest::qWaitFor([&] { return !received.filter(text).isEmpty(); }, WaitTimeout);
 }
 
 void PlainClient::read()
 {
     while (socket.canReadLine()) {
         const QString line = QString::fromUtf8(socket.readLine()).chopped(2);
-        heard.append(line);
+        received.append(line);
         if (line.startsWith("PING "_L1))
             send(u"PONG "_s + line.mid(5));
     }

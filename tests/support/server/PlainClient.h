@@ -3,8 +3,7 @@
 #include <QStringList>
 #include <QTcpSocket>
 
-/// Another person on an IRC server of the loopback: says what it is told to, keeps what it hears
-/// and answers each PING.
+/// Another user on an IRC server of the loopback. Records the lines it receives and answers PING.
 class PlainClient final
 {
     Q_DISABLE_COPY_MOVE(PlainClient)
@@ -12,19 +11,19 @@ class PlainClient final
 public:
     PlainClient();
 
-    /// Connects and registers; false if the server doesn't welcome the nick.
+    /// Connects and registers. Returns false if the server does not accept the nick.
     [[nodiscard]] bool registerAt(quint16 port, const QString &nick);
 
     void send(const QString &line);
 
-    /// Every line that came, without its line end.
+    /// Returns the received lines without their line ends.
     [[nodiscard]] QStringList lines() const;
-    /// Waits until a line has come that contains this text.
+    /// Waits until a line that contains this text has been received.
     [[nodiscard]] bool waitFor(const QString &text) const;
 
 private:
     void read();
 
     QTcpSocket socket;
-    QStringList heard;
+    QStringList received;
 };

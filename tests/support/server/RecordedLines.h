@@ -3,6 +3,6 @@
 #include <QString>
 #include <QStringList>
 
-/// The lines of a recording: what a real server said to alice. Empty if there is no such file among
-/// the tests' data.
+/// Returns the lines of a recording in tests/data, which a real server sent to alice. Empty if
+/// there is no such file.
 [[nodiscard]] QStringList recordedLines(const QString &fileName);

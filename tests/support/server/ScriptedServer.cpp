@@ -41,11 +41,10 @@ ScriptedServer::~ScriptedServer()
 
 void ScriptedServer::listen(const QHostAddress &address, quint16 port)
 {
-    // A TLS server has taken a client in only when the handshake is over, and tells it by this
-    // signal alone.
+    // QSslServer emits only this signal, when the handshake is finished.
     connect(server.get(), &QTcpServer::pendingConnectionAvailable, this, [this] {
         while (QTcpSocket *socket = server->nextPendingConnection())
-            admit(socket);
+            addClient(socket);
     });
     if (server->listen(address, port))
         usedPort = server->serverPort();
@@ -129,7 +128,7 @@ bool ScriptedServer::waitForEnd(int client) const
     return waitUntil([this, client] { return !isConnected(client); });
 }
 
-void ScriptedServer::admit(QTcpSocket *socket)
+void ScriptedServer::addClient(QTcpSocket *socket)
 {
     const int number = clientCount();
     clients.emplace_back().socket = socket;
@@ -141,7 +140,7 @@ void ScriptedServer::admit(QTcpSocket *socket)
         emit clientLeft(number);
     });
     emit clientArrived(number);
-    // A client that speaks first may have done so before anybody listened.
+    // Data may have arrived before readyRead() was connected.
     if (socket->bytesAvailable() > 0)
         read(number);
 }
@@ -150,7 +149,7 @@ void ScriptedServer::read(int number)
 {
     const auto index = static_cast<size_t>(number);
     clients.at(index).received += clients.at(index).socket->readAll();
-    // A receiver of the signal may take in another client, which moves the records.
+    // A slot connected to the signal may add a client, which moves the records.
     for (;;) {
         Client &client = clients.at(index);
         const qsizetype end = client.received.indexOf("\r\n", client.lineStart);

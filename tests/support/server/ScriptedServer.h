@@ -13,15 +13,15 @@
 class QTcpServer;
 class QTcpSocket;
 
-/// A server on the loopback, on a free port unless told otherwise, that does nothing by itself.
+/// A server on the loopback, by default on a free port, that sends only what the test sends and
+/// records what its clients send.
 ///
-/// It keeps what each client says and sends what it is told to. A client is known by its number,
-/// from 0 in the order of arrival; a number stays with its client after the link is gone. Where an
-/// operation takes a client, `Latest` stands for the one that came last. Sending to a client that
-/// is gone does nothing.
+/// Clients are numbered from 0 in the order of arrival, and keep their number after they have
+/// disconnected. `Latest` is the last client that has connected. Sending to a disconnected client
+/// does nothing.
 ///
-/// A test waits with `waitForClient`, `waitForLine` and `waitForEnd`; a server with a mind of its
-/// own listens to the signals.
+/// Tests wait with `waitForClient`, `waitForLine` and `waitForEnd`. Servers with behaviour of their
+/// own use the signals.
 class ScriptedServer : public QObject
 {
     Q_OBJECT
@@ -30,47 +30,46 @@ class ScriptedServer : public QObject
 public:
     static constexpr int Latest = -1;
 
-    /// Listens at once.
+    // The constructors start to listen.
     explicit ScriptedServer(QObject *parent = nullptr);
 
-    /// Speaks TLS, with the certificate and the key that `tls` holds.
+    /// Uses TLS with the certificate and the key of `tls`.
     explicit ScriptedServer(const QSslConfiguration &tls, QObject *parent = nullptr);
 
-    /// Listens on an address and a port of the caller's choice.
     ScriptedServer(const QHostAddress &address, quint16 port, QObject *parent = nullptr);
 
     ~ScriptedServer() override;
 
-    /// 0 if the server could not listen.
+    /// Returns the port; 0 if the server could not listen.
     [[nodiscard]] quint16 port() const;
 
-    /// Stops listening; clients that are there stay. `listenAgain` takes the same port back.
+    /// Stops listening; clients stay connected. `listenAgain` uses the same port.
     void stopListening();
     [[nodiscard]] bool listenAgain();
 
-    /// How many clients have ever come.
+    /// Returns how many clients have connected, including those that are disconnected.
     [[nodiscard]] int clientCount() const;
     [[nodiscard]] bool isConnected(int client = Latest) const;
 
-    /// Everything that the client has sent, byte by byte.
+    /// Returns all bytes that the client has sent.
     [[nodiscard]] QByteArray received(int client = Latest) const;
-    /// The same, cut at each CR LF; what has no line end yet is not among them.
+    /// Returns the complete lines that the client has sent, without CR LF.
     [[nodiscard]] QStringList lines(int client = Latest) const;
 
-    /// Sends `line` with CR LF behind it.
+    /// Sends `line` followed by CR LF.
     void send(const QString &line, int client = Latest);
-    /// Sends `bytes` as they are and hands them to the system at once.
+    /// Sends `bytes` unchanged, without waiting for the event loop.
     void sendBytes(const QByteArray &bytes, int client = Latest);
-    /// Closes the link when all is sent.
+    /// Closes the connection when all data has been sent.
     void close(int client = Latest);
-    /// Drops the link at once, so that the client sees a reset.
+    /// Aborts the connection, so that the client receives a reset.
     void abort(int client = Latest);
 
-    /// Waits until `count` clients have come in all.
+    /// Waits until `count` clients have connected in all.
     [[nodiscard]] bool waitForClient(int count = 1) const;
     /// Waits until the client has sent exactly this line at least `times` times.
     [[nodiscard]] bool waitForLine(const QString &line, int client = Latest, int times = 1) const;
-    /// Waits until the client's link is gone.
+    /// Waits until the client is disconnected.
     [[nodiscard]] bool waitForEnd(int client = Latest) const;
 
 signals:
@@ -81,14 +80,14 @@ signals:
 private:
     struct Client
     {
-        QTcpSocket *socket = nullptr; // Null once the link is gone; owned by the server.
+        QTcpSocket *socket = nullptr; // Null after the disconnect; owned by the server.
         QByteArray received;
-        qsizetype lineStart = 0; // Of what is no whole line yet.
+        qsizetype lineStart = 0; // Of the incomplete line.
         QStringList lines;
     };
 
     void listen(const QHostAddress &address = QHostAddress::LocalHost, quint16 port = 0);
-    void admit(QTcpSocket *socket);
+    void addClient(QTcpSocket *socket);
     void read(int number);
     [[nodiscard]] const Client *find(int number) const;
     [[nodiscard]] QTcpSocket *socketOf(int number) const;

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int Attempts = 5;
-constexpr int OneTry = 5000; // In ms, of several.
+constexpr int ReplyTimeout = 5000; // In ms, for one attempt.
 
 quint16 freePort()
 {
@@ -23,17 +23,17 @@ quint16 freePort()
     return probe.listen(QHostAddress::LocalHost) ? probe.serverPort() : quint16(0);
 }
 
-// What the server on the port calls itself; nothing if nobody answers there.
+// Returns the name of the server that listens on the port; empty if none answers.
 QByteArray nameOfServerOn(quint16 port)
 {
     QTcpSocket probe;
     probe.connectToHost(QHostAddress::LocalHost, port);
     if (!probe.waitForConnected(WaitTimeout))
         return {};
-    // Whoever has not registered is refused it, in the server's name.
+    // Before registration, the server refuses LIST with a reply that has its name as the prefix.
     probe.write("LIST\r\n");
     while (!probe.canReadLine()) {
-        if (!probe.waitForReadyRead(OneTry))
+        if (!probe.waitForReadyRead(ReplyTimeout))
             return {};
     }
     const QByteArray line = probe.readLine();
@@ -42,8 +42,8 @@ QByteArray nameOfServerOn(quint16 port)
 
 } // namespace
 
-ServerProcess::ServerProcess(const Recipe &whatToRun)
-    : recipe(whatToRun)
+ServerProcess::ServerProcess(const Recipe &serverRecipe)
+    : recipe(serverRecipe)
     , ownName(u"irc-%1.velmora.test"_s.arg(
               QString::number(QRandomGenerator::system()->generate(), 16)))
 {
@@ -56,7 +56,7 @@ ServerProcess::~ServerProcess()
 
 bool ServerProcess::start()
 {
-    // Somebody else may take the port between our look and the server's start, and be a server too.
+    // Between freePort() and the start, another process may bind the port, perhaps another server.
     for (int attempt = 0; attempt < Attempts; ++attempt) {
         if (startOn(freePort()))
             return true;
@@ -90,7 +90,7 @@ QString ServerProcess::findProgram() const
         program = QStandardPaths::findExecutable(recipe.program, {u"/usr/sbin"_s});
     if (program.isEmpty() || !recipe.isConfined)
         return program;
-    // Programs are confined by where they lie.
+    // AppArmor confines programs by their path.
     const QString copy = folder.filePath(recipe.program);
     return QFile::exists(copy) || QFile::copy(program, copy) ? copy : QString();
 }
@@ -114,10 +114,10 @@ bool ServerProcess::startOn(quint16 candidate)
     if (!process.waitForStarted(WaitTimeout))
         return false;
     QByteArray name;
-    const auto somebodyAnswers = [&] {
+    const auto hasResult = [&] {
         name = nameOfServerOn(usedPort);
         return !name.isEmpty() || process.state() != QProcess::Running;
     };
-    return QTest::qWaitFor(somebodyAnswers, WaitTimeout) && process.state() == QProcess::Running
+    return QTest::qWaitFor(hasResult, WaitTimeout) && process.state() == QProcess::Running
            && name == ownName.toUtf8();
 }

@@ -4,9 +4,9 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// A server program of the system's, run as an ordinary process on a free port of the loopback.
+/// An installed IRC server, run as a child process on a free port of the loopback.
 ///
-/// Its configuration lies in a temporary folder, and it ends with the object. It needs no root.
+/// Its configuration is in a temporary folder. The destructor kills it. It needs no root.
 class ServerProcess
 {
     Q_DISABLE_COPY_MOVE(ServerProcess)
@@ -14,13 +14,14 @@ class ServerProcess
 public:
     virtual ~ServerProcess();
 
-    /// Starts the server and waits until it answers; false if it does not, or is not installed.
+    /// Starts the server and waits until it answers. Returns false if that fails or it is not
+    /// installed.
     [[nodiscard]] bool start();
 
-    /// Kills the server, as a crash would.
+    /// Kills the server to simulate a crash.
     void kill();
 
-    /// What the server calls itself, which no other does.
+    /// Returns the server's name, which is unique.
     [[nodiscard]] QString name() const;
     [[nodiscard]] quint16 port() const;
 
@@ -28,12 +29,12 @@ protected:
     struct Recipe
     {
         QString program;
-        QStringList arguments;   ///< The name of the file with the configuration comes behind them.
+        QStringList arguments;   ///< The path of the configuration file is appended.
         QString configuration;   ///< With %1 for the port and %2 for the name.
-        bool isConfined = false; ///< The system may forbid it our folder, wherefore a copy is run.
+        bool isConfined = false; ///< AppArmor may deny it the temporary folder; a copy is run.
     };
 
-    explicit ServerProcess(const Recipe &whatToRun);
+    explicit ServerProcess(const Recipe &serverRecipe);
 
 private:
     [[nodiscard]] QString findProgram() const;

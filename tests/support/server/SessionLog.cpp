@@ -8,22 +8,22 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString shown(const QString &text)
+QString toText(const QString &text)
 {
     return u'"' + text + u'"';
 }
 
-QString shown(int number)
+QString toText(int number)
 {
     return QString::number(number);
 }
 
-QString shown(bool yes)
+QString toText(bool yes)
 {
     return yes ? u"true"_s : u"false"_s;
 }
 
-QString shown(const QStringList &list)
+QString toText(const QStringList &list)
 {
     return u'[' + list.join(u' ') + u']';
 }
@@ -31,11 +31,11 @@ QString shown(const QStringList &list)
 } // namespace
 
 template <typename... Arguments>
-void SessionLog::watch(const IRCConnection &session, void (IRCConnection::*signal)(Arguments...),
-                       const QString &name)
+void SessionLog::record(const IRCConnection &session, void (IRCConnection::*signal)(Arguments...),
+                        const QString &name)
 {
     connect(&session, signal, this, [this, name](Arguments... arguments) {
-        const QStringList texts{shown(arguments)...};
+        const QStringList texts{toText(arguments)...};
         calls.append(name + u'(' + texts.join(u", "_s) + u')');
     });
 }
@@ -44,34 +44,34 @@ SessionLog::SessionLog(const IRCConnection &session)
 {
     connect(&session, &IRCConnection::rawMessageReceived, this,
             [this](const QString &line) { rawLines.append(line); });
-    watch(session, &IRCConnection::connected, u"connected"_s);
-    watch(session, &IRCConnection::registered, u"registered"_s);
-    watch(session, &IRCConnection::disconnected, u"disconnected"_s);
-    watch(session, &IRCConnection::errorOccurred, u"errorOccurred"_s);
-    watch(session, &IRCConnection::rawMessageReceived, u"rawMessageReceived"_s);
-    watch(session, &IRCConnection::serverMessage, u"serverMessage"_s);
-    watch(session, &IRCConnection::privmsgReceived, u"privmsgReceived"_s);
-    watch(session, &IRCConnection::joinReceived, u"joinReceived"_s);
-    watch(session, &IRCConnection::partReceived, u"partReceived"_s);
-    watch(session, &IRCConnection::nickChanged, u"nickChanged"_s);
-    watch(session, &IRCConnection::namesList, u"namesList"_s);
-    watch(session, &IRCConnection::namesListFinished, u"namesListFinished"_s);
-    watch(session, &IRCConnection::topicReceived, u"topicReceived"_s);
-    watch(session, &IRCConnection::quitReceived, u"quitReceived"_s);
-    watch(session, &IRCConnection::kickReceived, u"kickReceived"_s);
-    watch(session, &IRCConnection::listStartReceived, u"listStartReceived"_s);
-    watch(session, &IRCConnection::listChannelReceived, u"listChannelReceived"_s);
-    watch(session, &IRCConnection::listEndReceived, u"listEndReceived"_s);
-    watch(session, &IRCConnection::listInfoReceived, u"listInfoReceived"_s);
-    watch(session, &IRCConnection::whoisUserReceived, u"whoisUserReceived"_s);
-    watch(session, &IRCConnection::whoisServerReceived, u"whoisServerReceived"_s);
-    watch(session, &IRCConnection::whoisOperatorReceived, u"whoisOperatorReceived"_s);
-    watch(session, &IRCConnection::whoisIdleReceived, u"whoisIdleReceived"_s);
-    watch(session, &IRCConnection::whoisChannelsReceived, u"whoisChannelsReceived"_s);
-    watch(session, &IRCConnection::whoisEndReceived, u"whoisEndReceived"_s);
-    watch(session, &IRCConnection::whoisAwayReceived, u"whoisAwayReceived"_s);
-    watch(session, &IRCConnection::watchStatus, u"watchStatus"_s);
-    watch(session, &IRCConnection::ownNickChanged, u"ownNickChanged"_s);
+    record(session, &IRCConnection::connected, u"connected"_s);
+    record(session, &IRCConnection::registered, u"registered"_s);
+    record(session, &IRCConnection::disconnected, u"disconnected"_s);
+    record(session, &IRCConnection::errorOccurred, u"errorOccurred"_s);
+    record(session, &IRCConnection::rawMessageReceived, u"rawMessageReceived"_s);
+    record(session, &IRCConnection::serverMessage, u"serverMessage"_s);
+    record(session, &IRCConnection::privmsgReceived, u"privmsgReceived"_s);
+    record(session, &IRCConnection::joinReceived, u"joinReceived"_s);
+    record(session, &IRCConnection::partReceived, u"partReceived"_s);
+    record(session, &IRCConnection::nickChanged, u"nickChanged"_s);
+    record(session, &IRCConnection::namesList, u"namesList"_s);
+    record(session, &IRCConnection::namesListFinished, u"namesListFinished"_s);
+    record(session, &IRCConnection::topicReceived, u"topicReceived"_s);
+    record(session, &IRCConnection::quitReceived, u"quitReceived"_s);
+    record(session, &IRCConnection::kickReceived, u"kickReceived"_s);
+    record(session, &IRCConnection::listStartReceived, u"listStartReceived"_s);
+    record(session, &IRCConnection::listChannelReceived, u"listChannelReceived"_s);
+    record(session, &IRCConnection::listEndReceived, u"listEndReceived"_s);
+    record(session, &IRCConnection::listInfoReceived, u"listInfoReceived"_s);
+    record(session, &IRCConnection::whoisUserReceived, u"whoisUserReceived"_s);
+    record(session, &IRCConnection::whoisServerReceived, u"whoisServerReceived"_s);
+    record(session, &IRCConnection::whoisOperatorReceived, u"whoisOperatorReceived"_s);
+    record(session, &IRCConnection::whoisIdleReceived, u"whoisIdleReceived"_s);
+    record(session, &IRCConnection::whoisChannelsReceived, u"whoisChannelsReceived"_s);
+    record(session, &IRCConnection::whoisEndReceived, u"whoisEndReceived"_s);
+    record(session, &IRCConnection::whoisAwayReceived, u"whoisAwayReceived"_s);
+    record(session, &IRCConnection::watchStatus, u"watchStatus"_s);
+    record(session, &IRCConnection::ownNickChanged, u"ownNickChanged"_s);
 }
 
 const QStringList &SessionLog::entries() const

@@ -5,10 +5,10 @@
 #include <QObject>
 #include <QStringList>
 
-/// Writes down every signal of one session, in order, as a call with its arguments:
+/// Records every signal of a session, in order, as a call with its arguments:
 /// `privmsgReceived("alice", "#x", "hi")`.
 ///
-/// It is connected when it is made, so receivers connected later are called after it.
+/// The constructor connects it, so slots connected later are called after it.
 class SessionLog final : public QObject
 {
     Q_OBJECT
@@ -17,24 +17,24 @@ class SessionLog final : public QObject
 public:
     explicit SessionLog(const IRCConnection &session);
 
-    /// Everything so far.
+    /// Returns all signals so far.
     [[nodiscard]] const QStringList &entries() const;
 
-    /// Everything so far, but for the received lines as such.
+    /// Returns all signals so far except `rawMessageReceived`.
     [[nodiscard]] QStringList parsed() const;
 
-    /// What the received lines were.
+    /// Returns the received lines.
     [[nodiscard]] QStringList raw() const;
 
-    /// Waits until an entry is there at least `times` times.
+    /// Waits until an entry has been recorded at least `times` times.
     [[nodiscard]] bool waitFor(const QString &entry, int times = 1) const;
 
     void clear();
 
 private:
     template <typename... Arguments>
-    void watch(const IRCConnection &session, void (IRCConnection::*signal)(Arguments...),
-               const QString &name);
+    void record(const IRCConnection &session, void (IRCConnection::*signal)(Arguments...),
+                const QString &name);
 
     QStringList calls;
     QStringList rawLines;

@@ -1,6 +1,5 @@
-// A module to be loaded before the C library, for a program whose name servers do not answer: it
-// says what it is asked for on the error output, and then lets who asks wait for an answer that
-// does not come, though not for ever.
+// A preloaded library that replaces getaddrinfo() as if no name server answered. It prints the name
+// to standard error and fails after a minute.
 
 #include <chrono>
 #include <cstdio>

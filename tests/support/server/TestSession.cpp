@@ -16,7 +16,8 @@ bool TestSession::open(const QString &nick)
 {
     const int clients = server.clientCount();
     startConnecting(nick);
-    // As the program's event loop does before the new socket connects; qWaitFor() may do it later.
+    // Deletes the previous socket before the new one connects, as the program's event loop does;
+    // qWaitFor() may do it later.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     const bool isUp = server.waitForClient(clients + 1)
                       && server.waitForLine(u"USER "_s + nick + u" 0 * :Real Name"_s)

@@ -4,7 +4,7 @@
 #include "ScriptedServer.h"
 #include "SessionLog.h"
 
-/// A session, what it tells, and the server that it is to talk to.
+/// A session, the log of its signals, and a scripted server for it.
 struct TestSession final
 {
     TestSession() = default;
@@ -14,18 +14,18 @@ struct TestSession final
     {
     }
 
-    /// Begins to connect to the server as `nick`, "Real Name".
+    /// Begins to connect to the server as `nick`, with the real name "Real Name".
     void startConnecting(const QString &nick = QStringLiteral("me"));
 
-    /// Dials, waits until both sides know of each other, and forgets what was told meanwhile.
-    /// The server has got the two lines of the registration by then.
+    /// Connects, waits until both sides are connected and the server has received the two lines of
+    /// the registration, and clears the log.
     [[nodiscard]] bool open(const QString &nick = QStringLiteral("me"));
 
-    /// The lines that the server has got since the registration, once all that was sent is there.
-    /// "<lost>" if they do not arrive.
+    /// Waits until the server has received all lines that were sent, and returns those since the
+    /// registration; "<lost>" if they do not arrive.
     [[nodiscard]] QStringList sent();
 
-    /// Waits until the session has handled everything that the server sent so far.
+    /// Waits until the session has handled all lines that the server sent so far.
     [[nodiscard]] bool settle();
 
     ScriptedServer server;

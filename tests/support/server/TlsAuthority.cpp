@@ -10,9 +10,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Makes a new key and a certificate for it, which vouches for itself unless `more` names a signer.
+// Creates a key and a certificate for it, self-signed unless `options` name a signer.
 bool makeCertificate(const QString &keyFile, const QString &certificateFile, const QString &name,
-                     const QStringList &more)
+                     const QStringList &options)
 {
     QProcess openssl;
     openssl.start(u"openssl"_s,
@@ -20,7 +20,7 @@ bool makeCertificate(const QString &keyFile, const QString &certificateFile, con
                               u"ec_paramgen_curve:P-256"_s, u"-nodes"_s, u"-days"_s, u"2"_s,
                               u"-keyout"_s, keyFile, u"-out"_s, certificateFile, u"-subj"_s,
                               u"/CN="_s + name}
-                          + more);
+                          + options);
     return openssl.waitForFinished(WaitTimeout) && openssl.exitStatus() == QProcess::NormalExit
            && openssl.exitCode() == 0;
 }
@@ -77,6 +77,6 @@ QSslConfiguration TlsAuthority::make(const QString &host, const QStringList &sig
         made.setLocalCertificate(QSslCertificate(contents(serverFile)));
         made.setPrivateKey(QSslKey(contents(keyFile), QSsl::Ec));
     }
-    made.setPeerVerifyMode(QSslSocket::VerifyNone); // Clients show no certificate.
+    made.setPeerVerifyMode(QSslSocket::VerifyNone); // Clients have no certificate.
     return made;
 }

@@ -4,9 +4,9 @@
 #include <QSslConfiguration>
 #include <QTemporaryDir>
 
-/// A certificate authority of the test's own. Nobody trusts it until `makeTrusted`.
+/// A certificate authority for tests, which is not trusted until `makeTrusted`.
 ///
-/// It works with the openssl command, in a folder that goes with the object.
+/// It runs the openssl command in a temporary folder.
 class TlsAuthority final
 {
     Q_DISABLE_COPY_MOVE(TlsAuthority)
@@ -14,20 +14,20 @@ class TlsAuthority final
 public:
     TlsAuthority();
 
-    /// Takes this process's default configuration back to what it was.
+    /// Restores this process's default TLS configuration.
     ~TlsAuthority();
 
-    /// Makes sockets of this process trust the authority, like one of the system's.
+    /// Makes the sockets of this process trust the authority.
     void makeTrusted() const;
 
-    /// What a server needs that goes by `host`, signed by this authority. Its certificate is null
-    /// if openssl failed.
+    /// Returns the TLS configuration of a server named `host`, signed by this authority. Its
+    /// certificate is null if openssl failed.
     [[nodiscard]] QSslConfiguration issue(const QString &host) const;
 
-    /// What a server needs that goes by `host` and vouches for itself.
+    /// Returns the TLS configuration of a server named `host` with a self-signed certificate.
     [[nodiscard]] QSslConfiguration selfSigned(const QString &host) const;
 
-    /// The authority's own certificate, in PEM.
+    /// Returns the path of the authority's certificate in PEM format.
     [[nodiscard]] QString certificateFile() const;
 
 private:

@@ -2,17 +2,17 @@
 
 #include "ChatTable.h"
 
-/// Lines with all that makes a layout hard: short and wrapped ones, links, other scripts and
-/// directions, emoji sequences, words and addresses without an end, tabs, breaks and blanks.
+/// Lines that are difficult to lay out: short and wrapped lines, links, other scripts and writing
+/// directions, emoji sequences, very long words and addresses, tabs, line breaks and spaces.
 namespace ChatCorpus {
 
-/// 220 rows; each text stands beside several nicks, and each nick beside several texts.
+/// Returns 220 rows. Each text occurs with several nicks, and each nick with several texts.
 QList<ChatRow> rows();
 
-/// The same without nick cells.
+/// Returns the same rows without nick cells.
 QList<ChatRow> rowsWithoutNicks();
 
-/// `count` plain lines of a busy channel, numbered from `first` on, of which some are wrapped.
+/// Returns `count` plain rows, numbered from `first`. Some of them wrap.
 QList<ChatRow> plainRows(int count, int first = 0);
 
 } // namespace ChatCorpus

@@ -51,7 +51,7 @@ void ConnectDialogPage::openMenu(const QString &row)
     dialog.show();
     list->scrollToItem(list->currentItem());
     const QPoint pos = list->visualItemRect(list->currentItem()).center();
-    list->setCurrentItem(nullptr); // The click is to make the row current.
+    list->setCurrentItem(nullptr); // The click must make the row current.
     Q_EMIT list->customContextMenuRequested(pos);
 }
 

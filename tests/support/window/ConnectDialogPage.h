@@ -8,9 +8,9 @@
 #include <QPushButton>
 #include <QStringList>
 
-/// A connect dialog and the parts of it that a user sees, found by their labels and names.
+/// Page object of a connect dialog, which finds its widgets by labels and object names.
 ///
-/// The dialog reads the store when the page is made. It is not shown until somebody shows it.
+/// The constructor creates the dialog, which reads the store, but does not show it.
 class ConnectDialogPage final
 {
     Q_DISABLE_COPY_MOVE(ConnectDialogPage)
@@ -18,19 +18,19 @@ class ConnectDialogPage final
 public:
     ConnectDialogPage();
 
-    /// Makes the row with exactly this text current; false if there is none.
+    /// Makes the row with exactly this text current. Returns false if there is none.
     bool select(const QString &row) const;
 
-    /// The texts of all rows from the top.
+    /// Returns the texts of all rows.
     [[nodiscard]] QStringList rows() const;
 
-    /// The text of the current row; empty if there is none.
+    /// Returns the text of the current row; empty if there is none.
     [[nodiscard]] QString currentRow() const;
 
-    /// Types over host and port, as for a server that is not picked from the list.
+    /// Enters a host and a port that are not selected from the list.
     void typeServer(const QString &host, const QString &newPort) const;
 
-    /// Right-clicks the row with this text in the middle, after showing it.
+    /// Shows the dialog and right-clicks the centre of the row with this text.
     void openMenu(const QString &row);
 
     [[nodiscard]] QPushButton *button(const QString &name) const;

@@ -6,11 +6,11 @@
 
 namespace {
 
-/// Keeps the texts and draws nothing.
-class TextKeeper final : public QPaintEngine
+// Records the texts and draws nothing.
+class TextRecorder final : public QPaintEngine
 {
 public:
-    TextKeeper()
+    TextRecorder()
         : QPaintEngine(AllFeatures)
     {
     }
@@ -30,19 +30,19 @@ public:
     QStringList texts;
 };
 
-/// A page as large as a widget, with the resolution of a screen.
-class Page final : public QPaintDevice
+// A paint device with the size and the resolution of a widget.
+class RecordingDevice final : public QPaintDevice
 {
 public:
-    explicit Page(const QWidget &widget)
+    explicit RecordingDevice(const QWidget &widget)
         : size(widget.size())
         , resolution(widget.logicalDpiX())
     {
     }
 
-    [[nodiscard]] QPaintEngine *paintEngine() const override { return &keeper; }
+    [[nodiscard]] QPaintEngine *paintEngine() const override { return &recorder; }
 
-    mutable TextKeeper keeper;
+    mutable TextRecorder recorder;
 
 protected:
     [[nodiscard]] int metric(PaintDeviceMetric which) const override
@@ -79,9 +79,9 @@ namespace DrawnText {
 
 QStringList of(QWidget &widget)
 {
-    Page page(widget);
-    widget.render(&page);
-    return page.keeper.texts;
+    RecordingDevice device(widget);
+    widget.render(&device);
+    return device.recorder.texts;
 }
 
 QString joined(QWidget &widget)

@@ -4,15 +4,14 @@
 
 class QWidget;
 
-/// What a widget writes on the screen, as its painter is told: after markup was read, mnemonics
-/// were taken out and texts were elided. How it looks is not looked at.
+/// The text that a widget paints: after markup, mnemonics and eliding, without its appearance.
 namespace DrawnText {
 
-/// The texts that `widget` and what lies in it draw, in the order of drawing; each run of one font
-/// and one direction is a text of its own.
+/// Returns the texts that `widget` and its children paint, in painting order. Each run with one
+/// font and one direction is a separate text.
 [[nodiscard]] QStringList of(QWidget &widget);
 
-/// The same in one piece.
+/// Returns the same texts joined.
 [[nodiscard]] QString joined(QWidget &widget);
 
 } // namespace DrawnText

@@ -2,22 +2,22 @@
 
 class WindowSession;
 
-/// Makes something happen to the window; true once it has.
+/// Makes an event occur in the window and returns whether it has occurred.
 using Interruption = bool (*)(WindowSession &session);
 
-/// What can happen while a menu or a dialog waits for the user.
+/// Events that can occur while a dialog or menu is open.
 namespace Interruptions {
 
-/// The server ends the link.
+/// The server closes the connection.
 [[nodiscard]] bool dropLink(WindowSession &session);
 
-/// Many people join #a and speak, there and to the user.
+/// Many users join #a and send messages to it and to the user.
 [[nodiscard]] bool flood(WindowSession &session);
 
-/// All tabs that can be closed are.
+/// All tabs except "Server" are closed.
 [[nodiscard]] bool closeTabs(WindowSession &session);
 
-/// The user is kicked from #a, and closes what is left of it.
+/// The user is kicked from #a and closes the tabs.
 [[nodiscard]] bool loseChannel(WindowSession &session);
 
 } // namespace Interruptions

@@ -5,11 +5,10 @@
 #include <QStringList>
 #include <QVariant>
 
-/// The one door to what a `MainWindow` keeps to itself, for tests.
+/// The only access of the tests to private members of `MainWindow`.
 ///
-/// What a user can see is looked at through the widgets; this is for what only a member tells, and
-/// for calling what later parts of the program, or nobody yet, calls. It holds no state; the window
-/// must outlive it.
+/// Tests check what a user sees through the widgets; use the members only for state that no widget
+/// shows. The object has no state; the window must outlive it.
 class MainWindowProbe final
 {
 public:
@@ -18,8 +17,8 @@ public:
     static constexpr QLatin1StringView DisconnectedSheet{
             "QStatusBar { background-color: #f8d7da; }"};
 
-    explicit MainWindowProbe(MainWindow &probed)
-        : window(probed)
+    explicit MainWindowProbe(MainWindow &mainWindow)
+        : window(mainWindow)
     {
     }
 
@@ -61,9 +60,9 @@ public:
     [[nodiscard]] bool &listReceiving() const { return window.listReceiving; }
     [[nodiscard]] bool &userListShown() const { return window.userListShown; }
     [[nodiscard]] bool &splitterReady() const { return window.splitterReady; }
-    /// The members that preferences are kept in, by their names.
+    /// Returns the members that contain preferences, by name.
     [[nodiscard]] QVariantMap preferences() const;
-    /// The same in the form in which they are stored, and the theme with them.
+    /// Returns the preferences and the theme in their stored form.
     [[nodiscard]] QMap<QString, QString> storedPreferences() const;
     [[nodiscard]] QString &chatBgImage() const { return window.chatBgImage; }
     [[nodiscard]] QColor &chatBgColor() const { return window.chatBgColor; }
@@ -108,36 +107,35 @@ public:
         return window.findPrivateChatTab(nick);
     }
 
-    /// Opens these tabs in their order, as a line in each of them does.
+    /// Opens these tabs by appending a line to each.
     void openTabs(const QStringList &names) const;
-    /// Adds an empty "List" tab, which no line can open.
+    /// Adds an empty "List" tab, which a line cannot open.
     void addListTab() const { window.createListTab(); }
-    /// The texts of one column of the channel list from top to bottom, of those rows that are not
-    /// hidden.
+    /// Returns the texts of a column of the channel list, in the visible rows.
     [[nodiscard]] QStringList listColumn(int column) const;
 
     // What a user sees
-    /// The tabs' texts from left to right.
+    /// Returns the texts of the tabs.
     [[nodiscard]] QStringList tabTexts() const;
-    /// The tab's lines, without their times: "nick|text" where there is a nick column, else "text".
-    /// The blank in front of a text and those behind a nick are left off; the empty first row is
-    /// not among them.
+    /// Returns the lines of a tab: "nick|text" if it has a nick column, otherwise "text". Times,
+    /// the leading space of a text, the trailing spaces of a nick and the empty first row are
+    /// omitted.
     [[nodiscard]] QStringList lines(const QString &tabName) const;
-    /// The last of them, or an empty text if there is none.
+    /// Returns the last of these lines; empty if there is none.
     [[nodiscard]] QString lastLine(const QString &tabName) const;
-    /// Colour of the text in the tab's last line; invalid if it has the default one.
+    /// Returns the text colour of the tab's last line; invalid if it has the default colour.
     [[nodiscard]] QColor lastTextColor(const QString &tabName) const;
-    /// The texts of the visible user list from top to bottom.
+    /// Returns the texts of the user list.
     [[nodiscard]] QStringList users() const;
-    /// Where the entry with this text stands in the visible user list, at its middle.
+    /// Returns the centre of the user list entry with this text, in viewport coordinates.
     [[nodiscard]] QPoint positionOfUser(const QString &entry) const;
-    /// What the completion popup can offer, in its order.
+    /// Returns all completions in their order.
     [[nodiscard]] QStringList completions() const;
-    /// The user list's share of the splitter's width, in per cent.
+    /// Returns the user list's share of the splitter's width, in per cent.
     [[nodiscard]] int shareOfUserList() const;
     void showTab(const QString &tabName) const;
     void clickTab(int index) const;
-    /// The button in the tab at `index` that closes a tab; null if there is none.
+    /// Returns the close button in the tab at `index`; null if there is none.
     [[nodiscard]] QPushButton *closeButton(int index) const;
     /// Types `text` into the input line and presses Return.
     void typeLine(const QString &text) const;

@@ -68,7 +68,7 @@ QStringList ModalAnswers::problems() const
 {
     QStringList all = noted;
     if (!answers.isEmpty())
-        all.append(u"%1 answers were not asked for"_s.arg(answers.size()));
+        all.append(u"%1 answers were not used"_s.arg(answers.size()));
     return all;
 }
 
@@ -77,7 +77,7 @@ bool ModalAnswers::eventFilter(QObject *watched, QEvent *event)
     if (event->type() == QEvent::Show && watched->isWidgetType()) {
         auto *widget = qobject_cast<QWidget *>(watched);
         if (widget->isWindow() && (widget->isModal() || qobject_cast<QMenu *>(widget) != nullptr)) {
-            // The nested event loop starts after the window is shown; the answer waits for it.
+            // Queued, since the nested event loop starts after the window is shown.
             const QPointer<QWidget> shown = widget;
             QMetaObject::invokeMethod(
                     this, [this, shown]() { answer(shown); }, Qt::QueuedConnection);
@@ -93,7 +93,7 @@ void ModalAnswers::queueFor(const std::function<void(Wanted *)> &answer)
         if (auto *wanted = qobject_cast<Wanted *>(shown))
             answer(wanted);
         else
-            note(u"not what the answer is for"_s, shown);
+            note(u"not of the expected type"_s, shown);
     });
 }
 
@@ -109,7 +109,7 @@ void ModalAnswers::answer(QWidget *shown)
     else
         note(u"no answer was queued"_s, shown);
     if (QWidget *left = guard.data(); left != nullptr && left->isVisible()) {
-        note(u"still up after its answer"_s, left);
+        note(u"still open after its answer"_s, left);
         left->close();
     }
 }

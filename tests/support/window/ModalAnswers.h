@@ -12,12 +12,12 @@ class QDialog;
 class QMenu;
 class QMessageBox;
 
-/// Answers modal dialogs and menus, which block their caller in an event loop of their own.
+/// Answers modal dialogs and menus, which block their caller in a nested event loop.
 ///
 /// Queue one answer for each dialog or menu before the call that shows it; they are used in order.
-/// An answer runs inside the nested event loop, looks at what is shown and ends it. One that is
-/// still up afterwards is closed, and so is one that no answer was queued for, so that a test
-/// fails and does not hang; both are noted in `problems`. Works while the object lives.
+/// An answer runs in the nested event loop, checks the window and closes it. If the window stays
+/// open, or if no answer was queued for it, it is closed and `problems` reports it, so that the
+/// test fails and does not hang.
 class ModalAnswers final : public QObject
 {
     Q_OBJECT
@@ -30,21 +30,21 @@ public:
     void queueForDialog(const std::function<void(QDialog *)> &answer);
     void queueForMenu(const std::function<void(QMenu *)> &answer);
 
-    /// Has `answer` deal with whatever comes up that no answer was queued for, any number of times.
+    /// Uses `answer` for all dialogs and menus without a queued answer.
     void answerAllOthers(const std::function<void(QWidget *)> &answer);
 
-    /// An answer for a menu: chooses the entry with this text. A menu without it stays up, which is
-    /// a problem.
+    /// Returns an answer for a menu that chooses the entry with this text by keyboard. A menu
+    /// without such an entry stays open, which `problems` reports.
     [[nodiscard]] static std::function<void(QMenu *)> choosing(const QString &text);
 
-    /// The texts of the menu's entries; "-" for a separator.
+    /// Returns the texts of the menu's entries; "-" for a separator.
     [[nodiscard]] static QStringList entriesOf(const QMenu &menu);
 
-    /// Right-clicks the widget at `position`, which may open a menu.
+    /// Right-clicks the widget at `position`.
     static void rightClick(QWidget &widget, QPoint position);
 
-    /// What was not as it should be up to now: a dialog without an answer, an answer that found
-    /// something else or did not end it, an answer that nothing came for. Empty if all went well.
+    /// Returns the problems so far: a window without an answer, of another type than expected, or
+    /// still open after its answer; an unused answer. Empty if there are none.
     [[nodiscard]] QStringList problems() const;
 
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -31,16 +31,7 @@ namespace {
 const auto Autojoin = u"Autojoin on connect"_s;
 const auto NewServer = u"irc.example.org"_s;
 
-template <typename Wanted>
-Wanted *childWithText(const QObject *parent, const QString &text)
-{
-    const QList<Wanted *> children = parent->findChildren<Wanted *>();
-    const auto found = std::find_if(children.cbegin(), children.cend(),
-                                    [&text](const Wanted *child) { return child->text() == text; });
-    return found == children.cend() ? nullptr : *found;
-}
-
-// Entries of the window's menus that open a loop.
+// Entries of the window's menus that open a dialog.
 template <const QString &Entry>
 void openByEntry(NestedLoopFixture &fixture)
 {
@@ -111,7 +102,7 @@ void openByEditor(NestedLoopFixture &fixture)
 {
     fixture.answers.queueForDialog([&fixture](QDialog *editor) {
         fixture.awaitDialog();
-        childWithText<QAction>(editor, Entry)->trigger();
+        FormFields::childWithText<QAction>(editor, Entry)->trigger();
         editor->accept();
     });
     editTopic(fixture);
@@ -235,7 +226,7 @@ void openByPreferences(NestedLoopFixture &fixture)
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     fixture.session.choose(u"&Preferences..."_s);
     fixture.awaitDialog();
-    childWithText<QPushButton>(preferences(fixture), Button)->click();
+    FormFields::childWithText<QPushButton>(preferences(fixture), Button)->click();
 }
 const auto Font = u"Monaco 12"_s;
 const auto Image = u"Choose Image..."_s;
@@ -245,11 +236,11 @@ const auto LogPath = u"..."_s;
 // ---------------------------------------------------------------------------------------------
 // Answers
 
-void agree(QWidget *shown)
+void confirm(QWidget *shown)
 {
     const auto *box = qobject_cast<QMessageBox *>(shown);
     const auto buttons = box->buttons();
-    // "Yes" and "OK" come first.
+    // "Yes" or "OK" is the first button.
     buttons.constFirst()->click();
 }
 
@@ -302,15 +293,15 @@ void choosePath(QWidget *shown)
     accept(shown);
 }
 
-QString aFolder()
+QString folderPath()
 {
     return QDir::tempPath();
 }
 
 // ---------------------------------------------------------------------------------------------
-// What comes of them
+// Effects
 
-bool isNothing(const NestedLoopFixture &)
+bool hasNoEffect(const NestedLoopFixture &)
 {
     return true;
 }
@@ -349,10 +340,10 @@ bool isTopic(const NestedLoopFixture &fixture)
     return fixture.session.probe.channelTopics().value(u"#a"_s) == Topic;
 }
 const auto Written = u"text"_s;
-const auto RedLetters = u"\u0003"
-                        "4topic"_s;
-const auto RedGround = u"\u0003"
-                       "0,4\u0003topic"_s;
+const auto RedText = u"\u0003"
+                     "4topic"_s;
+const auto RedBackground = u"\u0003"
+                           "0,4\u0003topic"_s;
 
 bool isNoTopicSent(const NestedLoopFixture &fixture)
 {
@@ -384,7 +375,7 @@ bool isListedServerSelected(const NestedLoopFixture &fixture)
     return serverList(fixture)->currentItem()->text() == ListedHost + u":6667"_s;
 }
 
-bool isFontTaken(const NestedLoopFixture &fixture)
+bool isFontChosen(const NestedLoopFixture &fixture)
 {
     return fixture.session.probe.chatFont().family() == "DejaVu Serif"_L1;
 }
@@ -406,23 +397,23 @@ bool isColorShown(const NestedLoopFixture &fixture)
     return previewShows(fixture, u"#ff0000"_s);
 }
 
-bool isPathTaken(const NestedLoopFixture &fixture)
+bool isPathChosen(const NestedLoopFixture &fixture)
 {
-    return childWithText<QLineEdit>(preferences(fixture), aFolder()) != nullptr;
+    return FormFields::childWithText<QLineEdit>(preferences(fixture), folderPath()) != nullptr;
 }
 
 } // namespace
 
 bool NestedLoopFixture::joinChannels()
 {
-    const bool entered = session.registerAs(u"me"_s) && session.join(u"#a"_s, u"@me alice"_s)
-                         && session.receiveAll({u":irc.test 332 me #a :topic"_s,
-                                                u":irc.test 321 me :Channels"_s});
+    const bool hasJoined = session.registerAs(u"me"_s) && session.join(u"#a"_s, u"@me alice"_s)
+                           && session.receiveAll({u":irc.test 332 me #a :topic"_s,
+                                                  u":irc.test 321 me :Channels"_s});
     session.choose(u"Channel &List"_s);
-    const bool listed =
+    const bool isListed =
             session.receiveAll({u":irc.test 322 me #b 9 :Topic"_s, u":irc.test 323 me :End"_s});
     session.probe.showTab(u"#a"_s);
-    return entered && listed;
+    return hasJoined && isListed;
 }
 
 void NestedLoopFixture::awaitDialog()
@@ -444,37 +435,38 @@ const QList<NestedLoop> &NestedLoop::all()
              isAutojoined<ListedChannel>},
 
             {"topic editor", openEditor, writeTopic, isTopic<Written>},
-            {"topic's text color", openByEditor<TextColor>, chooseRed, isTopic<RedLetters>},
-            {"topic's background", openByEditor<BackgroundColor>, chooseRed, isTopic<RedGround>},
-            {"refusal of a topic", openRefusal, agree, isNoTopicSent},
-            {"refusal to join", openRefusalToJoin, agree, isNothing},
+            {"topic's text color", openByEditor<TextColor>, chooseRed, isTopic<RedText>},
+            {"topic's background", openByEditor<BackgroundColor>, chooseRed,
+             isTopic<RedBackground>},
+            {"refusal of a topic", openRefusal, confirm, isNoTopicSent},
+            {"refusal to join", openRefusalToJoin, confirm, hasNoEffect},
             {"channel prompt", openByEntry<Join>, typeText, isJoining},
             {"away prompt", openByEntry<Away>, typeText, isAway},
             {"nick prompt", openByEntry<Nick>, typeText, isNickPending},
             {"away prompt by the own menu", openByOwnMenu<Away>, typeText, isAway},
             {"nick prompt by the own menu", openByOwnMenu<Nick>, typeText, isNickPending},
-            {"about", openByEntry<About>, accept, isNothing},
-            {"help", openByEntry<Help>, accept, isNothing},
+            {"about", openByEntry<About>, accept, hasNoEffect},
+            {"help", openByEntry<Help>, accept, hasNoEffect},
 
-            {"connect error", openConnectError, agree, isNothing},
+            {"connect error", openConnectError, confirm, hasNoEffect},
             {"form to add", openByButton<Add>, fillForm, isServerAdded},
             {"form to edit", openByButton<Edit>, fillForm, isServerEdited},
             {"form to edit by the menu", openByServerMenu<EditEntry>, fillForm, isServerEdited},
-            {"format box of adding", openAfterForm<Add, OddHost>, agree, isNothing},
-            {"format box of editing", openAfterForm<Edit, OddHost>, agree, isNothing},
-            {"box about a duplicate", openAfterForm<Add, ListedHost>, agree,
+            {"format box of adding", openAfterForm<Add, OddHost>, confirm, hasNoEffect},
+            {"format box of editing", openAfterForm<Edit, OddHost>, confirm, hasNoEffect},
+            {"box about a duplicate", openAfterForm<Add, ListedHost>, confirm,
              isListedServerSelected},
-            {"confirmation", openByButton<Delete>, agree, isServerDeleted},
-            {"confirmation by the menu", openByServerMenu<DeleteEntry>, agree, isServerDeleted},
-            {"no server to edit", openWithoutSelection<Edit>, agree, isNothing},
-            {"no server to delete", openWithoutSelection<Delete>, agree, isNothing},
+            {"confirmation", openByButton<Delete>, confirm, isServerDeleted},
+            {"confirmation by the menu", openByServerMenu<DeleteEntry>, confirm, isServerDeleted},
+            {"no server to edit", openWithoutSelection<Edit>, confirm, hasNoEffect},
+            {"no server to delete", openWithoutSelection<Delete>, confirm, hasNoEffect},
             {"menu of a server", openServerMenu, chooseEntry<AddToFavorites>, isServerFavorite},
 
-            {"chat font", openByPreferences<Font>, chooseFont, isFontTaken},
+            {"chat font", openByPreferences<Font>, chooseFont, isFontChosen},
             {"background image", openByPreferences<Image>, choosePath<PreferencesForm::imagePath>,
              isImageShown},
             {"background color", openByPreferences<Color>, chooseRed, isColorShown},
-            {"log path", openByPreferences<LogPath>, choosePath<aFolder>, isPathTaken},
+            {"log path", openByPreferences<LogPath>, choosePath<folderPath>, isPathChosen},
     };
     return loops;
 }

@@ -7,9 +7,9 @@
 
 #include <functional>
 
-/// A window with a session, in which each of the program's nested loops can be opened.
+/// A window with a session in which each of the program's nested event loops can be started.
 ///
-/// Make a `TemporaryStore` first.
+/// Create a `TemporaryStore` first.
 class NestedLoopFixture final
 {
     Q_DISABLE_COPY_MOVE(NestedLoopFixture)
@@ -17,29 +17,29 @@ class NestedLoopFixture final
 public:
     NestedLoopFixture() = default;
 
-    /// Connects as "me", who is an operator in #a with alice, and lets the server tell of #b.
+    /// Connects as "me", joins #a as an operator with alice, and receives a channel list with #b.
     [[nodiscard]] bool joinChannels();
 
-    /// Queues what is to happen inside the loop, once the windows before it have their answers.
+    // Queue `inside` as the answer to the next dialog or menu, after the answers queued before.
     void awaitDialog();
     void awaitMenu();
 
     WindowSession session;
     ModalAnswers answers;
-    std::function<void(QWidget *shown)> inside; ///< Called with the window that runs the loop.
+    std::function<void(QWidget *shown)> inside; ///< Called in the loop with its dialog or menu.
 };
 
-/// One of the places where the program waits for its user in an event loop of its own.
+/// A dialog or menu that the program runs in a nested event loop.
 struct NestedLoop
 {
     const char *name = nullptr;
-    /// Opens it in the way of a user; the call returns when the loop has ended.
+    /// Opens it as a user does; returns when the loop has ended.
     void (*open)(NestedLoopFixture &fixture) = nullptr;
-    /// Answers it as one who wants what it offers.
+    /// Accepts it.
     void (*answer)(QWidget *shown) = nullptr;
-    /// Whether that has come of it.
+    /// Returns whether accepting it had its effect.
     bool (*isDone)(const NestedLoopFixture &fixture) = nullptr;
 
-    /// Each way to each of them, those through others included.
+    /// Returns all of them, once for each way to open them.
     [[nodiscard]] static const QList<NestedLoop> &all();
 };

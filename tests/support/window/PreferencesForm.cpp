@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 QString PreferencesForm::imagePath()
 {
     static const QTemporaryDir folder;
-    const QString path = folder.filePath(u"a picture.png"_s);
+    const QString path = folder.filePath(u"an image.png"_s);
     if (!QFile::exists(path)) {
         QImage image(8, 8, QImage::Format_RGB32);
         image.fill(Qt::red);
@@ -31,7 +31,7 @@ PreferencesForm::PreferencesForm(WindowSession &session)
 {
     QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     session.choose(u"&Preferences..."_s);
-    // The last one, where several are open.
+    // Several may be open.
     const auto dialogs = session.window.findChildren<PreferencesDialog *>();
     dialog = dialogs.isEmpty() ? nullptr : dialogs.constLast();
 }
@@ -73,7 +73,7 @@ QMap<QString, QString> PreferencesForm::stored()
 {
     const QSettings settings;
     QMap<QString, QString> values;
-    // Groups hold what is known of servers.
+    // The keys in groups belong to servers.
     const QStringList keys = settings.childKeys();
     for (const QString &key : keys)
         values.insert(key, settings.value(key).toString());
@@ -91,22 +91,12 @@ QWidget *PreferencesForm::page(const QString &text) const
 
 QCheckBox *PreferencesForm::check(const QString &text) const
 {
-    const auto checks = dialog->findChildren<QCheckBox *>();
-    for (QCheckBox *check : checks) {
-        if (check->text() == text)
-            return check;
-    }
-    return nullptr;
+    return FormFields::childWithText<QCheckBox>(dialog, text);
 }
 
 QPushButton *PreferencesForm::button(const QString &text) const
 {
-    const auto buttons = dialog->findChildren<QPushButton *>();
-    for (QPushButton *button : buttons) {
-        if (button->text() == text)
-            return button;
-    }
-    return nullptr;
+    return FormFields::childWithText<QPushButton>(dialog, text);
 }
 
 QLabel *PreferencesForm::preview() const
@@ -214,7 +204,7 @@ QString PreferencesForm::shown(const QString &key) const
     static const QRegularExpression color(uR"(background-color: (.*?);)"_s);
     const QString fill =
             (key == "chatBgImage"_L1 ? image : color).match(preview()->styleSheet()).captured(1);
-    // The grey that stands for no background.
+    // The preview is grey if no background is chosen.
     return fill == "#f5f5f5"_L1 ? QString() : fill;
 }
 

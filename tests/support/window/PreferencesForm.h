@@ -16,17 +16,17 @@
 
 class WindowSession;
 
-/// One preference, by its key, in the form in which it is stored.
+/// A preference and two of its values in their stored form.
 struct PreferenceCase
 {
     QString key;
     QString defaultValue;
-    QString other; ///< A value that the dialog can hold and that is not the default.
+    QString other; ///< A valid value other than the default.
 };
 
-/// An open preferences dialog and its fields, found as a user finds them: by page and label.
+/// Page object of an open preferences dialog, which finds its fields by page and label.
 ///
-/// The dialogs that it opens in turn are Qt's own; make one before they are shown.
+/// It makes the program use Qt's font, file and colour dialogs instead of native ones.
 class PreferencesForm final
 {
     Q_DISABLE_COPY_MOVE(PreferencesForm)
@@ -35,22 +35,23 @@ public:
     /// Opens the dialog from the window's menu.
     explicit PreferencesForm(WindowSession &session);
 
-    /// All fourteen; the other value of the theme is one that no dialog can choose.
+    /// Returns all fourteen preferences. The other value of the theme cannot be chosen in the
+    /// dialog.
     [[nodiscard]] static QList<PreferenceCase> allPreferences();
-    /// Those that the dialog has a field for.
+    /// Returns the preferences that have a field in the dialog.
     [[nodiscard]] static QList<PreferenceCase> preferencesWithField();
-    /// Gives a test each of these as a row: "key", "defaultValue" and "other".
+    /// Adds a test row for each of these, with the columns "key", "defaultValue" and "other".
     static void addTestRows();
-    /// Path of a red picture, with a blank in it.
+    /// Returns the path of a red image; the path contains a space.
     [[nodiscard]] static QString imagePath();
-    /// What the store holds under each of its keys that are in no group.
+    /// Returns the stored values of all keys outside groups.
     [[nodiscard]] static QMap<QString, QString> stored();
 
     [[nodiscard]] QTabWidget *pages() const { return dialog->findChild<QTabWidget *>(); }
-    /// The page whose tab has this text; null if there is none.
+    /// Returns the page whose tab has this text; null if there is none.
     [[nodiscard]] QWidget *page(const QString &text) const;
 
-    // The fields, by their label or their own text; null if there is no such field.
+    // Fields by their label or their own text; null if there is no such field.
     [[nodiscard]] QComboBox *combo(const QString &label) const { return field<QComboBox>(label); }
     [[nodiscard]] QSpinBox *spin(const QString &label) const { return field<QSpinBox>(label); }
     [[nodiscard]] QLineEdit *edit(const QString &label) const { return field<QLineEdit>(label); }
@@ -60,23 +61,23 @@ public:
     {
         return field<QPushButton>(QStringLiteral("Chat font:"));
     }
-    /// The picture of the background.
+    /// Returns the preview of the background.
     [[nodiscard]] QLabel *preview() const;
 
     void clickOk() const { click(QDialogButtonBox::Ok); }
     void clickApply() const { click(QDialogButtonBox::Apply); }
     void clickCancel() const { click(QDialogButtonBox::Cancel); }
 
-    // Choosing through the dialogs that the buttons open.
+    // Choose in the dialogs that the buttons open.
     void chooseFont(const QFont &font);
     void chooseImage(const QString &path);
     void chooseColor(const QColor &color);
 
-    /// Gives the preference this value, in the form in which it is stored, as a user does.
+    /// Sets the preference as a user does. `value` is in its stored form.
     void set(const QString &key, const QString &value);
-    /// What the field of the preference shows, in that form as far as it goes.
+    /// Returns what the field of the preference shows, as `display` returns it.
     [[nodiscard]] QString shown(const QString &key) const;
-    /// How a field shows the value.
+    /// Returns the text that a field shows for the stored form of a value.
     [[nodiscard]] static QString display(const QString &key, const QString &value);
 
     ModalAnswers answers;
@@ -92,7 +93,7 @@ private:
         return found;
     }
     void click(QDialogButtonBox::StandardButton which) const;
-    /// The field that holds the preference, unless it is behind buttons.
+    /// Returns the field of the preference; null if buttons set it.
     [[nodiscard]] QWidget *plainField(const QString &key) const;
     void chooseFile(const QString &button, const QString &path);
 };

@@ -3,7 +3,6 @@
 #include "FormFields.h"
 
 #include <QLineEdit>
-#include <QMenu>
 #include <QPushButton>
 #include <QTest>
 
@@ -45,17 +44,7 @@ void pressButton(ModalAnswers &answers, QMessageBox::StandardButton button)
 
 void choose(ModalAnswers &answers, const QString &entry)
 {
-    answers.queueForMenu([entry](QMenu *menu) {
-        const QList<QAction *> actions = menu->actions();
-        for (QAction *action : actions) {
-            if (action->text() == entry) {
-                menu->setActiveAction(action);
-                QTest::keyClick(menu, Qt::Key_Return);
-                return;
-            }
-        }
-        QFAIL(qPrintable(u"no entry \"%1\""_s.arg(entry)));
-    });
+    answers.queueForMenu(ModalAnswers::choosing(entry));
 }
 
 } // namespace ServerAnswers

@@ -6,23 +6,23 @@
 #include <QMessageBox>
 #include <QString>
 
-/// Answers to the forms, boxes and menus that the connect dialog shows, to be queued beforehand.
+/// Queues answers to the forms, message boxes and menus of the connect dialog.
 namespace ServerAnswers {
 
-/// Types texts into the form for a server, by the labels of its fields, and saves.
+/// Enters texts into the fields with these labels of the server form and saves it.
 void save(ModalAnswers &answers, const QMap<QString, QString> &texts);
 
-/// Leaves the form for a server by its Cancel button.
+/// Cancels the server form.
 void cancel(ModalAnswers &answers);
 
-/// Expects a box with these looks and an OK button, and presses that.
+/// Checks that a message box has this icon, title and text and only an OK button, and presses it.
 void confirm(ModalAnswers &answers, QMessageBox::Icon icon, const QString &title,
              const QString &text);
 
-/// Presses a button of a box.
+/// Presses a button of a message box.
 void pressButton(ModalAnswers &answers, QMessageBox::StandardButton button);
 
-/// Chooses the entry with this text of a menu by keyboard.
+/// Chooses the menu entry with this text by keyboard.
 void choose(ModalAnswers &answers, const QString &entry);
 
 } // namespace ServerAnswers

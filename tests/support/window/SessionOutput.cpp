@@ -1,7 +1,7 @@
 #include "SessionOutput.h"
 
-SessionOutput::SessionOutput(WindowSession &watched)
-    : session(watched)
+SessionOutput::SessionOutput(WindowSession &windowSession)
+    : session(windowSession)
 {
     session.discardSent();
     for (auto tab = session.probe.tabs().cbegin(); tab != session.probe.tabs().cend(); ++tab)

@@ -5,8 +5,9 @@
 #include <QMap>
 #include <QStringList>
 
-/// What a session does from the object's making on: the lines that it writes and those that go out.
-/// The session must outlive it.
+/// What a session writes to its tabs and sends to the server after the object was created.
+///
+/// The constructor discards what was sent before. The session must outlive the object.
 class SessionOutput final
 {
     Q_DISABLE_COPY_MOVE(SessionOutput)
@@ -14,11 +15,11 @@ class SessionOutput final
 public:
     using Lines = QMap<QString, QStringList>;
 
-    explicit SessionOutput(WindowSession &watched);
+    explicit SessionOutput(WindowSession &windowSession);
 
-    /// The new lines of each tab that has any, by tab. Tabs that came later are not among them.
+    /// Returns the new lines of each tab that has any. Tabs that were opened later are omitted.
     [[nodiscard]] Lines lines() const;
-    /// What has gone out since the last call, or since the start.
+    /// Returns the lines sent since the last call or since construction.
     [[nodiscard]] QStringList sent() const;
 
 private:

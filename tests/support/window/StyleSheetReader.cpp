@@ -7,8 +7,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A ";" or ":" inside brackets or quotes belongs to the value, as in url(data:image/png;base64,…).
-StyleSheetReader::Declarations readDeclarations(const QString &body)
+// A ";" or ":" in brackets or quotes belongs to the value, as in url(data:image/png;base64,…).
+StyleSheetReader::Declarations parseDeclarations(const QString &body)
 {
     static const QRegularExpression declaration(
             uR"(([\w-]+)\s*:\s*((?:\([^)]*\)|"[^"]*"|[^;("])+))"_s);
@@ -32,7 +32,7 @@ StyleSheetReader::StyleSheetReader(const QString &sheet)
     auto found = ruleOfSheet.globalMatch(text);
     while (found.hasNext()) {
         const QRegularExpressionMatch match = found.next();
-        const Declarations declarations = readDeclarations(match.captured(2));
+        const Declarations declarations = parseDeclarations(match.captured(2));
         const QStringList ruleSelectors = match.captured(1).split(u',');
         for (const QString &selector : ruleSelectors)
             rules[selector.simplified()].insert(declarations);

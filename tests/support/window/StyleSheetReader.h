@@ -4,11 +4,11 @@
 #include <QString>
 #include <QStringList>
 
-/// A style sheet taken apart, so that tests look at its values and not at its spelling.
+/// Parses a style sheet, so that tests check its values and not its formatting.
 ///
-/// Reads plain rules ("selector, selector { property: value; … }") and comments. White space in
-/// selectors and values is brought down to single blanks. A declaration of a later rule replaces an
-/// earlier one of the same selector, as it does in Qt.
+/// Supports plain rules ("selector, selector { property: value; … }") and comments. Whitespace in
+/// selectors and values is reduced to single spaces. A declaration in a later rule replaces an
+/// earlier one of the same selector, as in Qt.
 class StyleSheetReader final
 {
 public:
@@ -16,13 +16,13 @@ public:
 
     explicit StyleSheetReader(const QString &sheet);
 
-    /// All declarations of `selector`; empty if the sheet has none.
+    /// Returns all declarations of `selector`.
     [[nodiscard]] Declarations rule(const QString &selector) const;
 
-    /// The value of `property` in the rule of `selector`; a null string if there is none.
+    /// Returns the value of `property` for `selector`; a null string if there is none.
     [[nodiscard]] QString value(const QString &selector, const QString &property) const;
 
-    /// Each selector that has a rule, sorted.
+    /// Returns all selectors, sorted.
     [[nodiscard]] QStringList selectors() const;
 
 private:

@@ -12,8 +12,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Without the scroll bar: at times Qt's view misses the last change of its document's height.
-QImage picture(QTextBrowser &view, qreal ratio)
+// Hides the scroll bar, since Qt's view sometimes misses the last change of the document's height.
+QImage paint(QTextBrowser &view, qreal ratio)
 {
     QImage image(view.size() * ratio, QImage::Format_RGB32);
     image.setDevicePixelRatio(ratio);
@@ -89,11 +89,11 @@ void ViewPair::scrollTo(int value)
 
 QString ViewPair::difference(qreal ratio)
 {
-    const QString place = compare(picture(stock, ratio), picture(own, ratio));
-    return place.isEmpty() ? place
-                           : u"at height %1, ratio %2: %3"_s.arg(
-                                   QString::number(own.verticalScrollBar()->value()),
-                                   QString::number(ratio), place);
+    const QString position = compare(paint(stock, ratio), paint(own, ratio));
+    return position.isEmpty() ? position
+                              : u"at height %1, ratio %2: %3"_s.arg(
+                                      QString::number(own.verticalScrollBar()->value()),
+                                      QString::number(ratio), position);
 }
 
 QString ViewPair::differenceAnywhere(qreal ratio)

@@ -10,35 +10,34 @@
 
 class ChatLayout;
 
-/// A conversation shown twice side by side: in a view with Qt's own document layout, which is what
-/// it should look like, and in ours. Neither view has the focus.
+/// A conversation in two views side by side: one with Qt's document layout, which is the reference,
+/// and one with `ChatLayout`. Neither view has the focus.
 class ViewPair final
 {
     Q_DISABLE_COPY_MOVE(ViewPair)
 
 public:
-    /// Both views are on show, without a line.
+    /// Shows both views, empty.
     explicit ViewPair(QSize size, int columns = 3);
 
     void append(const QList<ChatRow> &rows);
 
-    /// Does the same to both.
     void applyToBoth(const std::function<void(QTextBrowser &)> &work);
 
     void resize(QSize size);
 
-    /// Waits until our layout has measured every row. False if that takes too long.
+    /// Waits until `ChatLayout` has measured all rows. Returns false at the timeout.
     [[nodiscard]] bool measure() const;
 
-    /// Moves both scroll bars.
+    /// Sets both vertical scroll bars.
     void scrollTo(int value);
 
-    /// Empty if both look the same when painted at `ratio` device pixels per pixel, frames
-    /// included; otherwise where they differ. With SAVE_DIFFERENCES set to a folder,
-    /// the pictures are left there.
+    /// Compares the views, with their frames, painted with this device pixel ratio. Returns where
+    /// they differ; empty if they are equal. The environment variable SAVE_DIFFERENCES names a
+    /// folder for the images of different views.
     [[nodiscard]] QString difference(qreal ratio = 1);
 
-    /// The same at all heights of the conversation.
+    /// Compares the views at all scroll positions.
     [[nodiscard]] QString differenceAnywhere(qreal ratio = 1);
 
     [[nodiscard]] ChatLayout &layout() const;

@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A line that leaves no trace, but for a number behind it.
+// The window ignores this line. A number follows it.
 const auto Mark = u":mark!mark@mark MARK "_s;
 
 QLineEdit *fieldWithPlaceholder(const ConnectDialog &dialog, const QString &placeholder)
@@ -35,7 +35,7 @@ QLineEdit *fieldWithPlaceholder(const ConnectDialog &dialog, const QString &plac
 
 WindowSession::WindowSession()
 {
-    // What Qt says of a screen in memory, or of fonts that are not installed, is no fault of ours.
+    // Except Qt's warnings about the offscreen platform and fonts that are not installed.
     QTest::failOnWarning(QRegularExpression(
             u"^(?! *This plugin does not support | *OpenType support missing for )"_s));
     QObject::connect(&probe.connection(), &IRCConnection::rawMessageReceived, &window,
@@ -76,7 +76,7 @@ bool WindowSession::clickConnect(quint16 serverPort, const QString &nick, const 
     QLineEdit *nickname = fieldWithPlaceholder(*dialog, u"Type you nickname"_s);
     QLineEdit *channelField = fieldWithPlaceholder(*dialog, u"#linux, #help"_s);
     QLineEdit *nameField = fieldWithPlaceholder(*dialog, u"Type you Real name (optionally)"_s);
-    // The host's field is the first one; its placeholder is but a sample.
+    // The first field is the host; its placeholder is an example.
     QLineEdit *host = dialog->findChildren<QLineEdit *>().value(0);
     auto *button = dialog->findChild<QPushButton *>(u"connectButton"_s);
     if (!port || !nickname || !channelField || !nameField || !host || !button)
@@ -87,7 +87,7 @@ bool WindowSession::clickConnect(quint16 serverPort, const QString &nick, const 
     channelField->setText(channels);
     nameField->setText(realName);
     button->click();
-    linesTaken = 0;
+    linesRead = 0;
     return true;
 }
 
@@ -95,7 +95,7 @@ bool WindowSession::acceptDialog(const QString &nick, const QString &channels)
 {
     const int clients = server.clientCount();
     bool clicked = false;
-    // Within the event loop, as a click of the mouse: what is deleted later goes in its time.
+    // In the event loop, like a mouse click, so that deferred deletions happen at the same time.
     QTimer::singleShot(0, &window, [&] { clicked = clickConnect(nick, channels); });
     return waitUntil([&] { return clicked; }) && server.waitForClient(clients + 1)
            && server.waitForLine("NICK "_L1 + nick);
@@ -112,7 +112,7 @@ bool WindowSession::registerAs(const QString &nick, const QString &channels)
 bool WindowSession::registerAt(quint16 port, const QString &nick, const QString &channels)
 {
     bool clicked = false;
-    // InspIRCd admits nobody without a real name.
+    // InspIRCd requires a real name.
     QTimer::singleShot(0, &window,
                        [&] { clicked = clickConnect(port, nick, channels, u"A window"_s); });
     return waitUntil([&] { return clicked && probe.connection().isRegistered(); });
@@ -132,8 +132,8 @@ bool WindowSession::receiveAll(const QStringList &lines)
 
 bool WindowSession::settle()
 {
-    // A line of a user with a command that nobody knows leaves no trace. Its signal comes before
-    // it is handled, but in the same call: once the event loop is back, all is done.
+    // The window ignores a user's line with an unknown command. Its signal is emitted before the
+    // line is handled, but in the same call, so that the loop below runs after both.
     const int mark = ++marks;
     server.send(Mark + QString::number(mark));
     return waitUntil([&] { return lastMark >= mark; });
@@ -164,8 +164,8 @@ QStringList WindowSession::readSent()
     }
     static const QRegularExpression noMark(u"^(?!MARK )"_s);
     const QStringList all = server.lines();
-    QStringList sent = all.sliced(std::min(linesTaken, all.size())).filter(noMark);
-    linesTaken = all.size();
+    QStringList sent = all.sliced(std::min(linesRead, all.size())).filter(noMark);
+    linesRead = all.size();
     return sent;
 }
 

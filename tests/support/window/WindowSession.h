@@ -6,10 +6,10 @@
 
 #include <memory>
 
-/// A window on the screen and a scripted server for it to talk to.
+/// A visible window and a scripted server for it.
 ///
-/// Make a `TemporaryStore` first. The connect dialog that opens at the start is closed, so that it
-/// is not in the way. Any warning fails the test from then on.
+/// Create a `TemporaryStore` first. The constructor closes the connect dialog that the window opens
+/// at the start, and makes any later warning fail the test.
 class WindowSession final
 {
     Q_DISABLE_COPY_MOVE(WindowSession)
@@ -17,48 +17,46 @@ class WindowSession final
 public:
     WindowSession();
 
-    /// Connects to the server and is welcomed by it as `nick`, through a connect dialog as a user
-    /// would do it. False if that fails.
+    /// Connects with the connect dialog and registers as `nick`. Returns false if that fails.
     [[nodiscard]] bool registerAs(const QString &nick = QStringLiteral("me"),
                                   const QString &channels = QString());
 
-    /// Opens the connect dialog and accepts it filled in for the server. False if that fails.
+    /// Opens the connect dialog, fills it in for the server, accepts it and waits until the server
+    /// has received NICK. Returns false if that fails.
     [[nodiscard]] bool acceptDialog(const QString &nick, const QString &channels = QString());
 
-    /// The same up to the click that accepts: no event loop runs after it.
+    /// Opens the connect dialog, fills it in and accepts it, without running an event loop.
     [[nodiscard]] bool clickConnect(const QString &nick, const QString &channels = QString());
 
-    /// The same as `registerAs` with another server that listens on this port of the loopback.
+    /// Connects and registers with another server on this port of the loopback.
     [[nodiscard]] bool registerAt(quint16 port, const QString &nick,
                                   const QString &channels = QString());
 
     /// Triggers the menu entry with this text.
     void choose(const QString &entry);
 
-    /// Sends `line` from the server and waits until the window has taken it in, and all that was
-    /// sent before it.
+    /// Sends `line` from the server and waits until the window has handled it and all earlier
+    /// lines.
     [[nodiscard]] bool receive(const QString &line);
-    /// Says each of `lines`, in one go.
     [[nodiscard]] bool receiveAll(const QStringList &lines);
-    /// Waits until the window has taken in all that the server has sent, line ends provided.
+    /// Waits until the window has handled all complete lines that the server has sent.
     [[nodiscard]] bool settle();
 
-    /// Has the server tell that the user joins `channel`, and who is there: `names` as a name list
-    /// has them.
+    /// Sends from the server that the user joins `channel`, and its name list, `names`.
     [[nodiscard]] bool join(const QString &channel, const QString &names);
 
-    /// Waits until the ratio of the splitter has been set anew behind a tab's change, which must
-    /// have been the last that was done: nothing sets it any more then.
+    /// Waits until the window has adjusted the splitter after a change of the current tab, which
+    /// must be the last operation; nothing adjusts it afterwards.
     [[nodiscard]] bool settleRatio();
 
-    /// What the client has sent since the last call or the last connect, line by line: all of it
-    /// while it is connected, and what has arrived by now if it isn't.
+    /// Returns the lines that the client has sent since the last call or the last connect. While it
+    /// is connected, waits for all of them; otherwise returns those that have arrived.
     [[nodiscard]] QStringList readSent();
-    /// Forgets what the client has sent until now.
+    /// Discards the lines that the client has sent so far.
     void discardSent() { static_cast<void>(readSent()); }
 
-    /// Lets the window go as the end of the program does; the server stays. Neither the window nor
-    /// its probe is to be touched afterwards.
+    /// Destroys the window as at the end of the program; the server stays. Do not use the window or
+    /// its probe afterwards.
     void destroyWindow();
 
     ScriptedServer server;
@@ -71,6 +69,6 @@ private:
 
     std::unique_ptr<MainWindow> ownedWindow{&window};
     int lastMark = 0;
-    qsizetype linesTaken = 0;
+    qsizetype linesRead = 0;
     int marks = 0;
 };
