@@ -33,21 +33,21 @@ class TestChannelList final : public QObject
 private slots:
     void init();
 
-    void asksForNothingBeforeRegistration();
-    void asksTheServer_data();
-    void asksTheServer();
+    void requestsNothingBeforeRegistration();
+    void requestsTheList_data();
+    void requestsTheList();
     void laysOutTheTab();
     void laysOutTheTree();
-    void letsTheThemeColourTheTree_data();
-    void letsTheThemeColourTheTree();
+    void setsTheThemesColours_data();
+    void setsTheThemesColours();
     void listsAgainInTheSameTab();
     void keepsTheSearchTextForTheNextListing();
-    void leavesAConversationOfItsNameAlone();
+    void ignoresAConversationOfTheSameName();
     void showsTheSearchOnlyOnItsTab();
-    void closesDuringAListing();
-    void opensAgainAfterClosing();
-    void closesAndReopensDuringAListing();
-    void keepsItsRowsWithoutALink();
+    void canBeClosedDuringAListing();
+    void reopensAfterClosing();
+    void canBeReopenedDuringAListing();
+    void keepsItsRowsAfterADisconnect();
     void listsARealServer();
 
 private:
@@ -59,7 +59,7 @@ void TestChannelList::init()
     store.clear();
 }
 
-void TestChannelList::asksForNothingBeforeRegistration()
+void TestChannelList::requestsNothingBeforeRegistration()
 {
     WindowSession session;
     QVERIFY(session.acceptDialog(u"me"_s));
@@ -73,7 +73,7 @@ void TestChannelList::asksForNothingBeforeRegistration()
     QCOMPARE(session.probe.listTree(), nullptr);
 }
 
-void TestChannelList::asksTheServer_data()
+void TestChannelList::requestsTheList_data()
 {
     QTest::addColumn<bool>("byMenu");
 
@@ -81,7 +81,7 @@ void TestChannelList::asksTheServer_data()
     QTest::newRow("by the command") << false;
 }
 
-void TestChannelList::asksTheServer()
+void TestChannelList::requestsTheList()
 {
     QFETCH(const bool, byMenu);
     WindowSession session;
@@ -104,7 +104,7 @@ void TestChannelList::laysOutTheTab()
     const MainWindowProbe &probe = session.probe;
     probe.addListTab();
     QCOMPARE(probe.tabWidget().tabToolTip(1), List);
-    // Whoever asks for the list brings its tab to the front.
+    // Requesting the list makes its tab current.
     QCOMPARE(probe.currentTabName(), Server);
 
     const MainWindow::TabInfo tab = probe.tabs().value(List);
@@ -151,7 +151,7 @@ void TestChannelList::laysOutTheTree()
     QCOMPARE(header.sectionSize(0), 200);
 }
 
-void TestChannelList::letsTheThemeColourTheTree_data()
+void TestChannelList::setsTheThemesColours_data()
 {
     QTest::addColumn<QString>("theme");
     QTest::addColumn<QString>("sheet");
@@ -165,7 +165,7 @@ void TestChannelList::letsTheThemeColourTheTree_data()
                              "{ background-color: #505050; }"_s;
 }
 
-void TestChannelList::letsTheThemeColourTheTree()
+void TestChannelList::setsTheThemesColours()
 {
     QFETCH(const QString, theme);
     WindowSession session;
@@ -203,11 +203,11 @@ void TestChannelList::keepsTheSearchTextForTheNextListing()
     session.choose(u"Channel &List"_s);
     QCOMPARE(session.probe.listSearchEdit().text(), u"linux"_s);
     QVERIFY(session.receive(u":irc.test 322 me #music 5 :Songs"_s));
-    // It is applied when it changes, and not to rows that come.
+    // The search is applied when its text changes, not to new rows.
     QCOMPARE(session.probe.listColumn(0), QStringList{u"#music"_s});
 }
 
-void TestChannelList::leavesAConversationOfItsNameAlone()
+void TestChannelList::ignoresAConversationOfTheSameName()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -236,7 +236,7 @@ void TestChannelList::showsTheSearchOnlyOnItsTab()
     QCOMPARE(session.probe.mainStack().currentIndex(), 0);
 }
 
-void TestChannelList::closesDuringAListing()
+void TestChannelList::canBeClosedDuringAListing()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -256,7 +256,7 @@ void TestChannelList::closesDuringAListing()
     QCOMPARE(session.probe.lastLine(Server), u"*** Channel list complete."_s);
 }
 
-void TestChannelList::opensAgainAfterClosing()
+void TestChannelList::reopensAfterClosing()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -269,7 +269,7 @@ void TestChannelList::opensAgainAfterClosing()
     QVERIFY(session.probe.listTree()->isVisible());
 }
 
-void TestChannelList::closesAndReopensDuringAListing()
+void TestChannelList::canBeReopenedDuringAListing()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -279,12 +279,12 @@ void TestChannelList::closesAndReopensDuringAListing()
     session.choose(u"Channel &List"_s);
     QVERIFY(session.receiveAll({u":irc.test 322 me #b 6 :Two"_s, u":irc.test 323 me :End"_s}));
     QCOMPARE(session.probe.listColumn(0), QStringList{u"#b"_s});
-    // The server told of two.
+    // The server sent two.
     QCOMPARE(session.probe.listInfoLabel()->text(), u"irc.test: 2 channels, 11 users"_s);
     QVERIFY(session.probe.listTree()->updatesEnabled());
 }
 
-void TestChannelList::keepsItsRowsWithoutALink()
+void TestChannelList::keepsItsRowsAfterADisconnect()
 {
     WindowSession session;
     QVERIFY(session.registerAs());

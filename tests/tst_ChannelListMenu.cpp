@@ -22,7 +22,7 @@ const auto Server = u"Server"_s;
 const auto List = u"List"_s;
 const auto Autojoin = u"Autojoin on connect"_s;
 
-// A session that shows a complete list with these channels, in this order.
+// Connects and shows a complete list with `channels`, in this order.
 bool begin(WindowSession &session, const QStringList &channels)
 {
     if (!session.registerAs())
@@ -40,7 +40,7 @@ bool begin(WindowSession &session, const QStringList &channels)
     return session.probe.listColumn(0) == channels;
 }
 
-QPoint placeOf(const WindowSession &session, int row)
+QPoint positionOf(const WindowSession &session, int row)
 {
     const QTreeWidget &tree = *session.probe.listTree();
     return tree.visualItemRect(tree.topLevelItem(row)).center();
@@ -49,14 +49,15 @@ QPoint placeOf(const WindowSession &session, int row)
 void requestMenu(const WindowSession &session, int row)
 {
     QTreeWidget &tree = *session.probe.listTree();
-    const QPoint place = row < 0 ? QPoint(5, tree.viewport()->height() - 5) : placeOf(session, row);
+    const QPoint place =
+            row < 0 ? QPoint(5, tree.viewport()->height() - 5) : positionOf(session, row);
     emit tree.customContextMenuRequested(place);
 }
 
 void doubleClick(const WindowSession &session, int row)
 {
     QTreeWidget &tree = *session.probe.listTree();
-    const QPoint place = placeOf(session, row);
+    const QPoint place = positionOf(session, row);
     QTest::mouseClick(tree.viewport(), Qt::LeftButton, {}, place);
     QTest::mouseDClick(tree.viewport(), Qt::LeftButton, {}, place);
 }
@@ -70,26 +71,26 @@ class TestChannelListMenu final : public QObject
 private slots:
     void init();
 
-    void showsNoMenuBesideTheRows();
+    void showsNoMenuOutsideTheRows();
     void showsTheMenu_data();
     void showsTheMenu();
-    void showsTheMenuAtThePlaceWithinTheTree();
+    void showsTheMenuAtTheRequestedPosition();
     void joinsFromTheMenu();
     void doesNothingIfTheMenuIsDismissed();
     void togglesAutojoin();
-    void survivesWhatHappensUnderTheMenu_data();
-    void survivesWhatHappensUnderTheMenu();
-    void turnsTheAutojoinRoundThatItShowed();
+    void handlesEventsWhileTheMenuIsOpen_data();
+    void handlesEventsWhileTheMenuIsOpen();
+    void togglesTheShownAutojoinState();
 
-    void opensAChannelByDoubleClick();
-    void goesToAnOpenChannelByDoubleClick();
-    void dressesATabOpenedByDoubleClick();
-    void doesNothingByDoubleClickWithoutALink();
-    void doesNothingByDoubleClickBesideTheRows();
-    void joinsWithoutATabByDoubleClickOnNoName();
-    void leavesTheTopicOfSuchATabEmpty();
-    void opensOddNamesByDoubleClick_data();
-    void opensOddNamesByDoubleClick();
+    void doubleClickOpensAChannel();
+    void doubleClickSwitchesToAnOpenChannel();
+    void doubleClickSetsUpTheTab();
+    void doubleClickDoesNothingWhileDisconnected();
+    void doubleClickOutsideTheRowsDoesNothing();
+    void doubleClickOnAnEmptyNameOpensNoTab();
+    void doubleClickLeavesTheTopicEmpty();
+    void doubleClickOpensUnusualNames_data();
+    void doubleClickOpensUnusualNames();
 
 private:
     TemporaryStore store;
@@ -100,7 +101,7 @@ void TestChannelListMenu::init()
     store.clear();
 }
 
-void TestChannelListMenu::showsNoMenuBesideTheRows()
+void TestChannelListMenu::showsNoMenuOutsideTheRows()
 {
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s}));
@@ -146,14 +147,14 @@ void TestChannelListMenu::showsTheMenu()
     QCOMPARE(answers.problems(), QStringList());
 }
 
-// The place counts from the rows' corner; taken from the tree's, it is off by the header.
-void TestChannelListMenu::showsTheMenuAtThePlaceWithinTheTree()
+// The position is relative to the viewport; relative to the tree, it would be off by the header.
+void TestChannelListMenu::showsTheMenuAtTheRequestedPosition()
 {
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s, u"#b"_s}));
     QTreeWidget &tree = *session.probe.listTree();
-    // Far from the screen's edges, which would move the menu.
-    const QPoint place(20, placeOf(session, 1).y());
+    // Far from the screen's edges, where Qt moves the menu.
+    const QPoint place(20, positionOf(session, 1).y());
     ModalAnswers answers;
     answers.queueForMenu([&](QMenu *menu) {
         QCOMPARE(menu->pos(), tree.mapToGlobal(place));
@@ -172,7 +173,7 @@ void TestChannelListMenu::joinsFromTheMenu()
     requestMenu(session, 1);
     QCOMPARE(answers.problems(), QStringList());
     QCOMPARE(session.readSent(), QStringList{u"JOIN #b&c"_s});
-    // Its tab comes with the server's answer.
+    // The tab is opened by the server's JOIN.
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
 }
 
@@ -214,7 +215,7 @@ void TestChannelListMenu::togglesAutojoin()
     QCOMPARE(session.readSent(), QStringList());
 }
 
-void TestChannelListMenu::survivesWhatHappensUnderTheMenu_data()
+void TestChannelListMenu::handlesEventsWhileTheMenuIsOpen_data()
 {
     QTest::addColumn<QString>("event");
     QTest::addColumn<QString>("entry");
@@ -225,7 +226,7 @@ void TestChannelListMenu::survivesWhatHappensUnderTheMenu_data()
     }
 }
 
-void TestChannelListMenu::survivesWhatHappensUnderTheMenu()
+void TestChannelListMenu::handlesEventsWhileTheMenuIsOpen()
 {
     QFETCH(const QString, event);
     QFETCH(const QString, entry);
@@ -266,7 +267,7 @@ void TestChannelListMenu::survivesWhatHappensUnderTheMenu()
         QVERIFY(session.readSent().contains(u"JOIN #a"_s));
 }
 
-void TestChannelListMenu::turnsTheAutojoinRoundThatItShowed()
+void TestChannelListMenu::togglesTheShownAutojoinState()
 {
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s}));
@@ -280,7 +281,7 @@ void TestChannelListMenu::turnsTheAutojoinRoundThatItShowed()
     QCOMPARE(session.probe.autojoinChannels(), QStringList{u"#a"_s});
 }
 
-void TestChannelListMenu::opensAChannelByDoubleClick()
+void TestChannelListMenu::doubleClickOpensAChannel()
 {
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s, u"#b"_s}));
@@ -301,7 +302,7 @@ void TestChannelListMenu::opensAChannelByDoubleClick()
     QCOMPARE(tab.editTopicBtn, nullptr);
 }
 
-void TestChannelListMenu::goesToAnOpenChannelByDoubleClick()
+void TestChannelListMenu::doubleClickSwitchesToAnOpenChannel()
 {
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s}));
@@ -315,7 +316,7 @@ void TestChannelListMenu::goesToAnOpenChannelByDoubleClick()
     QCOMPARE(session.readSent(), QStringList{u"JOIN #a"_s});
 }
 
-void TestChannelListMenu::dressesATabOpenedByDoubleClick()
+void TestChannelListMenu::doubleClickSetsUpTheTab()
 {
     QSettings().setValue(u"chatBgColor"_s, u"#cfe8cf"_s);
     WindowSession session;
@@ -326,7 +327,7 @@ void TestChannelListMenu::dressesATabOpenedByDoubleClick()
     QCOMPARE(view->palette().color(QPalette::Base), QColor(u"#cfe8cf"_s));
 }
 
-void TestChannelListMenu::doesNothingByDoubleClickBesideTheRows()
+void TestChannelListMenu::doubleClickOutsideTheRowsDoesNothing()
 {
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s}));
@@ -335,7 +336,7 @@ void TestChannelListMenu::doesNothingByDoubleClickBesideTheRows()
     QCOMPARE(session.probe.tabTexts(), (QStringList{Server, List}));
 }
 
-void TestChannelListMenu::joinsWithoutATabByDoubleClickOnNoName()
+void TestChannelListMenu::doubleClickOnAnEmptyNameOpensNoTab()
 {
     WindowSession session;
     QVERIFY(begin(session, {QString()}));
@@ -345,7 +346,7 @@ void TestChannelListMenu::joinsWithoutATabByDoubleClickOnNoName()
     QCOMPARE(session.probe.currentTabName(), List);
 }
 
-void TestChannelListMenu::doesNothingByDoubleClickWithoutALink()
+void TestChannelListMenu::doubleClickDoesNothingWhileDisconnected()
 {
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s}));
@@ -357,7 +358,7 @@ void TestChannelListMenu::doesNothingByDoubleClickWithoutALink()
     QCOMPARE(session.probe.lines(Server), before);
 }
 
-void TestChannelListMenu::leavesTheTopicOfSuchATabEmpty()
+void TestChannelListMenu::doubleClickLeavesTheTopicEmpty()
 {
     WindowSession session;
     QVERIFY(begin(session, {u"#a"_s, u"#b"_s}));
@@ -376,7 +377,7 @@ void TestChannelListMenu::leavesTheTopicOfSuchATabEmpty()
     QCOMPARE(session.probe.lines(u"#a"_s), QStringList{u"me|joined #a"_s});
 }
 
-void TestChannelListMenu::opensOddNamesByDoubleClick_data()
+void TestChannelListMenu::doubleClickOpensUnusualNames_data()
 {
     QTest::addColumn<QString>("channel");
     QTest::addColumn<QStringList>("tabs");
@@ -390,7 +391,7 @@ void TestChannelListMenu::opensOddNamesByDoubleClick_data()
     QTest::newRow("huge") << huge << QStringList{Server, List, huge};
 }
 
-void TestChannelListMenu::opensOddNamesByDoubleClick()
+void TestChannelListMenu::doubleClickOpensUnusualNames()
 {
     QFETCH(const QString, channel);
     WindowSession session;

@@ -24,7 +24,7 @@ QString row(const QString &channel, const QString &users, const QString &topic =
     return u":irc.test 322 me %1 %2 :%3"_s.arg(channel, users, topic);
 }
 
-// A session whose user has asked for the channel list.
+// Connects and requests the channel list.
 bool begin(WindowSession &session)
 {
     if (!session.registerAs())
@@ -47,26 +47,26 @@ class TestChannelListRows final : public QObject
 private slots:
     void init();
 
-    void takesRowsAsTheyAre();
+    void showsRowsVerbatim();
     void paintsNothingUntilTheListIsComplete();
-    void tellsOfTheListingOnTheServerTab();
-    void tallies_data();
-    void tallies();
-    void addsUpWithoutAStart();
-    void sortsTheFullestFirst();
-    void countsOtherTextAsNobody();
-    void sortsByClickOnAHeader();
-    void keepsTheOrderOfArrivalAmongEquals();
-    void sortingKeepsWhatTheUserDidMeanwhile();
-    void keepsASecondListingInOrder_data();
-    void keepsASecondListingInOrder();
+    void reportsTheListOnTheServerTab();
+    void showsTotals_data();
+    void showsTotals();
+    void addsToTheTotalsWithoutAStart();
+    void sortsByUsersInDescendingOrder();
+    void sortsOtherTextAsZero();
+    void clickOnAHeaderSorts();
+    void sortsStably();
+    void sortingKeepsSelectionAndScrollPosition();
+    void sortsASecondListing_data();
+    void sortsASecondListing();
     void filtersByNameAndTopic();
-    void showsLaterRowsWhateverTheSearch();
+    void showsNewRowsDuringASearch();
     void showsAllRowsAgain();
-    void takesBadRows_data();
-    void takesBadRows();
-    void takesHugeTexts();
-    void takesManyRowsAtOnce();
+    void acceptsMalformedRows_data();
+    void acceptsMalformedRows();
+    void acceptsLongTexts();
+    void acceptsManyRowsAtOnce();
 
 private:
     TemporaryStore store;
@@ -77,7 +77,7 @@ void TestChannelListRows::init()
     store.clear();
 }
 
-void TestChannelListRows::takesRowsAsTheyAre()
+void TestChannelListRows::showsRowsVerbatim()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -104,14 +104,14 @@ void TestChannelListRows::paintsNothingUntilTheListIsComplete()
     QVERIFY(session.receiveAll({Start, row(u"#b"_s, u"1"_s), row(u"#a"_s, u"2"_s)}));
     QVERIFY(!tree.updatesEnabled());
     QVERIFY(!tree.isSortingEnabled());
-    // In the order of arrival until then.
+    // Unsorted until then.
     QCOMPARE(session.probe.listColumn(0), (QStringList{u"#b"_s, u"#a"_s}));
     QVERIFY(session.receive(End));
     QVERIFY(tree.updatesEnabled());
     QVERIFY(tree.isSortingEnabled());
 }
 
-void TestChannelListRows::tellsOfTheListingOnTheServerTab()
+void TestChannelListRows::reportsTheListOnTheServerTab()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -127,7 +127,7 @@ void TestChannelListRows::tellsOfTheListingOnTheServerTab()
              (QStringList{u"*** Receiving channel list..."_s, u"*** Channel list complete."_s}));
 }
 
-void TestChannelListRows::tallies_data()
+void TestChannelListRows::showsTotals_data()
 {
     QTest::addColumn<QStringList>("lines");
     QTest::addColumn<QString>("label");
@@ -145,7 +145,7 @@ void TestChannelListRows::tallies_data()
                             << u"<b>%2</b>&amp;: 1 channels, 2 users"_s;
 }
 
-void TestChannelListRows::tallies()
+void TestChannelListRows::showsTotals()
 {
     QFETCH(const QStringList, lines);
     WindowSession session;
@@ -155,7 +155,7 @@ void TestChannelListRows::tallies()
     QTEST(session.probe.listInfoLabel()->text(), "label");
 }
 
-void TestChannelListRows::addsUpWithoutAStart()
+void TestChannelListRows::addsToTheTotalsWithoutAStart()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -166,7 +166,7 @@ void TestChannelListRows::addsUpWithoutAStart()
     QCOMPARE(session.probe.listTree()->topLevelItemCount(), 1);
 }
 
-void TestChannelListRows::sortsTheFullestFirst()
+void TestChannelListRows::sortsByUsersInDescendingOrder()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -179,7 +179,7 @@ void TestChannelListRows::sortsTheFullestFirst()
     QCOMPARE(header.sortIndicatorOrder(), Qt::DescendingOrder);
 }
 
-void TestChannelListRows::countsOtherTextAsNobody()
+void TestChannelListRows::sortsOtherTextAsZero()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -190,7 +190,7 @@ void TestChannelListRows::countsOtherTextAsNobody()
     QCOMPARE(session.probe.listInfoLabel()->text(), u"irc.test: 4 channels, 0 users"_s);
 }
 
-void TestChannelListRows::sortsByClickOnAHeader()
+void TestChannelListRows::clickOnAHeaderSorts()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -211,7 +211,7 @@ void TestChannelListRows::sortsByClickOnAHeader()
     QCOMPARE(session.probe.listColumn(1), (QStringList{u"1"_s, u"2"_s, u"3"_s}));
 }
 
-void TestChannelListRows::keepsTheOrderOfArrivalAmongEquals()
+void TestChannelListRows::sortsStably()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -227,7 +227,7 @@ void TestChannelListRows::keepsTheOrderOfArrivalAmongEquals()
     QCOMPARE(session.probe.listColumn(0), many + few);
 }
 
-void TestChannelListRows::sortingKeepsWhatTheUserDidMeanwhile()
+void TestChannelListRows::sortingKeepsSelectionAndScrollPosition()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -250,18 +250,20 @@ void TestChannelListRows::sortingKeepsWhatTheUserDidMeanwhile()
     QCOMPARE(session.probe.listColumn(0).first(), u"#c179"_s);
 }
 
-void TestChannelListRows::keepsASecondListingInOrder_data()
+void TestChannelListRows::sortsASecondListing_data()
 {
     QTest::addColumn<int>("column");
     QTest::addColumn<Qt::SortOrder>("order");
     QTest::addColumn<QStringList>("channels");
 
     QTest::newRow("by channel") << 0 << Qt::AscendingOrder << QStringList{u"#a"_s, u"#b"_s};
-    QTest::newRow("fullest first") << 1 << Qt::DescendingOrder << QStringList{u"#b"_s, u"#a"_s};
-    QTest::newRow("emptiest first") << 1 << Qt::AscendingOrder << QStringList{u"#a"_s, u"#b"_s};
+    QTest::newRow("by users, descending")
+            << 1 << Qt::DescendingOrder << QStringList{u"#b"_s, u"#a"_s};
+    QTest::newRow("by users, ascending")
+            << 1 << Qt::AscendingOrder << QStringList{u"#a"_s, u"#b"_s};
 }
 
-void TestChannelListRows::keepsASecondListingInOrder()
+void TestChannelListRows::sortsASecondListing()
 {
     QFETCH(const int, column);
     QFETCH(const Qt::SortOrder, order);
@@ -301,7 +303,7 @@ void TestChannelListRows::filtersByNameAndTopic()
     QCOMPARE(session.probe.listColumn(0), QStringList());
 }
 
-void TestChannelListRows::showsLaterRowsWhateverTheSearch()
+void TestChannelListRows::showsNewRowsDuringASearch()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -325,7 +327,7 @@ void TestChannelListRows::showsAllRowsAgain()
     QCOMPARE(session.probe.listColumn(0), (QStringList{u"#a"_s, u"#b"_s}));
 }
 
-void TestChannelListRows::takesBadRows_data()
+void TestChannelListRows::acceptsMalformedRows_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QStringList>("texts");
@@ -333,15 +335,14 @@ void TestChannelListRows::takesBadRows_data()
     const auto add = [](const char *name, const QString &line, const QStringList &texts) {
         QTest::newRow(name) << line << texts;
     };
-    add("nothing", u":irc.test 322"_s, {});
-    add("the nick alone", u":irc.test 322 me"_s, {});
+    add("no parameters", u":irc.test 322"_s, {});
+    add("only the nick", u":irc.test 322 me"_s, {});
     add("no users", u":irc.test 322 me #a"_s, {});
-    add("no users but a topic", u":irc.test 322 me #a :topic"_s, {});
+    add("topic without users", u":irc.test 322 me #a :topic"_s, {});
     add("no topic", u":irc.test 322 me #a 5"_s, {u"#a"_s, u"5"_s, QString()});
     add("no prefix", u"322 me #a 5 :x"_s, {u"#a"_s, u"5"_s, u"x"_s});
-    add("more than there is room for", u":irc.test 322 me #a 5 6 7 :x"_s,
-        {u"#a"_s, u"5"_s, u"x"_s});
-    add("a name that is no channel's", row(u"alice"_s, u"5"_s, u"x"_s),
+    add("too many parameters", u":irc.test 322 me #a 5 6 7 :x"_s, {u"#a"_s, u"5"_s, u"x"_s});
+    add("name without a channel prefix", row(u"alice"_s, u"5"_s, u"x"_s),
         {u"alice"_s, u"5"_s, u"x"_s});
     add("the tab's own name", row(u"List"_s, u"5"_s, u"x"_s), {u"List"_s, u"5"_s, u"x"_s});
     add("markup", row(u"#<b>x</b>&amp;"_s, u"<i>5</i>"_s, u"<img src=x>&lt;"_s),
@@ -355,7 +356,7 @@ void TestChannelListRows::takesBadRows_data()
         {u"#Z\u0300\u0301\u0302\u0303"_s, u"5"_s, QString(2000, u'\u0335')});
 }
 
-void TestChannelListRows::takesBadRows()
+void TestChannelListRows::acceptsMalformedRows()
 {
     QFETCH(const QString, line);
     QFETCH(const QStringList, texts);
@@ -374,7 +375,7 @@ void TestChannelListRows::takesBadRows()
     session.window.grab();
 }
 
-void TestChannelListRows::takesHugeTexts()
+void TestChannelListRows::acceptsLongTexts()
 {
     WindowSession session;
     QVERIFY(begin(session));
@@ -395,7 +396,7 @@ void TestChannelListRows::takesHugeTexts()
     QCOMPARE(session.probe.listColumn(0), QStringList{name});
 }
 
-void TestChannelListRows::takesManyRowsAtOnce()
+void TestChannelListRows::acceptsManyRowsAtOnce()
 {
     WindowSession session;
     QVERIFY(begin(session));

@@ -15,13 +15,13 @@ private slots:
     void init();
 
     void belongsToItsTree();
-    void looksIntoNamesAndTopics_data();
-    void looksIntoNamesAndTopics();
-    void foldsCaseAsStringsDo();
-    void showsAllForAnEmptyText();
-    void followsChangesOfRows();
-    void followsTheSorting();
-    void correctsWhatOthersHid();
+    void searchesNamesAndTopics_data();
+    void searchesNamesAndTopics();
+    void foldsCaseLikeQString();
+    void showsAllRowsForAnEmptyText();
+    void followsRowChanges();
+    void followsSorting();
+    void correctsRowsHiddenByOtherCode();
 
 private:
     void addRow(const QString &name, const QString &topic);
@@ -43,7 +43,7 @@ void TestChannelSearch::addRow(const QString &name, const QString &topic)
     ChannelSearch::forTree(*tree).add(*item);
 }
 
-// The names of the rows that can be seen, from top to bottom.
+// Returns the names of the visible rows, from top to bottom.
 QStringList TestChannelSearch::shown() const
 {
     QStringList names;
@@ -61,7 +61,7 @@ void TestChannelSearch::belongsToItsTree()
     QCOMPARE(&ChannelSearch::forTree(*tree), &search);
 }
 
-void TestChannelSearch::looksIntoNamesAndTopics_data()
+void TestChannelSearch::searchesNamesAndTopics_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QStringList>("names");
@@ -76,10 +76,10 @@ void TestChannelSearch::looksIntoNamesAndTopics_data()
     QTest::newRow("across name and topic") << u"linuxThe"_s << QStringList{};
     QTest::newRow("across rows") << u"helpers#dev"_s << QStringList{};
     QTest::newRow("too long") << u"#Linux-helpers"_s << QStringList{};
-    QTest::newRow("blank") << u" "_s << QStringList{u"#linux"_s, u"#dev"_s};
+    QTest::newRow("space") << u" "_s << QStringList{u"#linux"_s, u"#dev"_s};
 }
 
-void TestChannelSearch::looksIntoNamesAndTopics()
+void TestChannelSearch::searchesNamesAndTopics()
 {
     QFETCH(const QString, text);
     addRow(u"#linux"_s, u"The Kernel"_s);
@@ -89,7 +89,7 @@ void TestChannelSearch::looksIntoNamesAndTopics()
     QTEST(shown(), "names");
 }
 
-void TestChannelSearch::foldsCaseAsStringsDo()
+void TestChannelSearch::foldsCaseLikeQString()
 {
     addRow(QString(), QString());
     QTreeWidgetItem *item = tree->topLevelItem(0);
@@ -112,7 +112,7 @@ void TestChannelSearch::foldsCaseAsStringsDo()
         QVERIFY2(check(u"#straße"_s, text), qPrintable(text));
 }
 
-void TestChannelSearch::showsAllForAnEmptyText()
+void TestChannelSearch::showsAllRowsForAnEmptyText()
 {
     addRow(u"#a"_s, {});
     addRow(u"#b"_s, {});
@@ -122,7 +122,7 @@ void TestChannelSearch::showsAllForAnEmptyText()
     QCOMPARE(shown(), (QStringList{u"#a"_s, u"#b"_s}));
 }
 
-void TestChannelSearch::followsChangesOfRows()
+void TestChannelSearch::followsRowChanges()
 {
     addRow(u"#a"_s, u"one"_s);
     addRow(u"#b"_s, u"two"_s);
@@ -136,7 +136,7 @@ void TestChannelSearch::followsChangesOfRows()
     search.showMatches(u"two"_s);
     QCOMPARE(shown(), QStringList{u"#b"_s});
 
-    // One that nobody handed over.
+    // A row without a call of ChannelSearch::add().
     tree->addTopLevelItem(new QTreeWidgetItem({u"#two"_s}));
     search.showMatches(u"two"_s);
     QCOMPARE(shown(), (QStringList{u"#b"_s, u"#two"_s}));
@@ -149,7 +149,7 @@ void TestChannelSearch::followsChangesOfRows()
     QCOMPARE(shown(), QStringList{u"#e"_s});
 }
 
-void TestChannelSearch::followsTheSorting()
+void TestChannelSearch::followsSorting()
 {
     for (const QString &name : {u"#c"_s, u"#a"_s, u"#b"_s})
         addRow(name, name == "#b"_L1 ? QString() : u"seen"_s);
@@ -163,7 +163,7 @@ void TestChannelSearch::followsTheSorting()
     QCOMPARE(shown(), QStringList{u"#b"_s});
 }
 
-void TestChannelSearch::correctsWhatOthersHid()
+void TestChannelSearch::correctsRowsHiddenByOtherCode()
 {
     addRow(u"#a"_s, {});
     addRow(u"#b"_s, {});

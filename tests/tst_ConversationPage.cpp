@@ -23,13 +23,13 @@ class TestConversationPage final : public QObject
 private slots:
     void init();
 
-    void buildsAPageWithoutABar();
-    void buildsAPageWithATopicBar();
-    void buildsTheTopicLabel();
-    void buildsTheEditButton();
+    void createsAPageWithoutATopicBar();
+    void createsAPageWithATopicBar();
+    void createsTheTopicLabel();
+    void createsTheEditButton();
     void drawsAPencil();
-    void buildsTheConversationView();
-    void showsNoMenuOnAConversation();
+    void createsTheConversationView();
+    void showsNoContextMenu();
 
 private:
     TemporaryStore store;
@@ -40,7 +40,7 @@ void TestConversationPage::init()
     store.clear();
 }
 
-void TestConversationPage::buildsAPageWithoutABar()
+void TestConversationPage::createsAPageWithoutATopicBar()
 {
     const std::unique_ptr<QWidget> page(ConversationPage::create(false));
     QCOMPARE(page->parentWidget(), nullptr);
@@ -54,7 +54,7 @@ void TestConversationPage::buildsAPageWithoutABar()
     QCOMPARE(page->findChild<QWidget *>(u"topicBar"_s), nullptr);
 }
 
-void TestConversationPage::buildsAPageWithATopicBar()
+void TestConversationPage::createsAPageWithATopicBar()
 {
     const std::unique_ptr<QWidget> page(ConversationPage::create(true));
     QCOMPARE(page->parentWidget(), nullptr);
@@ -81,7 +81,7 @@ void TestConversationPage::buildsAPageWithATopicBar()
     QCOMPARE(barLayout->stretch(1), 0);
 }
 
-void TestConversationPage::buildsTheTopicLabel()
+void TestConversationPage::createsTheTopicLabel()
 {
     const std::unique_ptr<QWidget> page(ConversationPage::create(true));
     const auto *label = page->findChild<QLabel *>(u"topicLabel"_s);
@@ -95,7 +95,7 @@ void TestConversationPage::buildsTheTopicLabel()
     QCOMPARE(label->sizePolicy().verticalPolicy(), QSizePolicy::Preferred);
 }
 
-void TestConversationPage::buildsTheEditButton()
+void TestConversationPage::createsTheEditButton()
 {
     const std::unique_ptr<QWidget> page(ConversationPage::create(true));
     const auto *button = page->findChild<QPushButton *>(u"editTopicBtn"_s);
@@ -121,13 +121,13 @@ void TestConversationPage::drawsAPencil()
         for (int x = 0; x < image.width(); ++x)
             drawn += qAlpha(image.pixel(x, y)) > 128 ? 1 : 0;
     }
-    // Some of it is pencil, and most of it is what lies behind.
+    // Some pixels are the pencil's, and most are transparent.
     QVERIFY(drawn > 24);
     QVERIFY(drawn < 24 * 24 / 2);
     QCOMPARE(qAlpha(image.pixel(0, 0)), 0);
 }
 
-void TestConversationPage::buildsTheConversationView()
+void TestConversationPage::createsTheConversationView()
 {
     const std::unique_ptr<QWidget> page(ConversationPage::create(false));
     const auto *view = page->findChild<QTextBrowser *>();
@@ -140,20 +140,20 @@ void TestConversationPage::buildsTheConversationView()
     QCOMPARE(view->contextMenuPolicy(), Qt::CustomContextMenu);
 }
 
-void TestConversationPage::showsNoMenuOnAConversation()
+void TestConversationPage::showsNoContextMenu()
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s});
     const ModalAnswers answers;
     QTextBrowser *view = session.probe.tabs().value(u"#c"_s).chatView;
-    QSignalSpy asked(view, &QWidget::customContextMenuRequested);
+    QSignalSpy menuRequested(view, &QWidget::customContextMenuRequested);
     for (QWidget *target : {static_cast<QWidget *>(view), view->viewport()}) {
         const QPoint middle = target->rect().center();
         QContextMenuEvent event(QContextMenuEvent::Mouse, middle, target->mapToGlobal(middle));
         QApplication::sendEvent(target, &event);
     }
     QCoreApplication::processEvents();
-    QVERIFY(!asked.isEmpty());
+    QVERIFY(!menuRequested.isEmpty());
     QCOMPARE(QApplication::activePopupWidget(), nullptr);
     QCOMPARE(answers.problems(), QStringList());
 }

@@ -17,12 +17,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int PaintInterval = 20; // In ms; Qt holds a repaint back for less.
+constexpr int PaintInterval = 20; // Milliseconds; Qt delays a repaint by less.
 
 const QColor LightBlink(0xFF, 0xB8, 0x00);
 const QColor DarkBlink(0xFF, 0xD7, 0x00);
 
-/// Keeps what the bar asked its style for.
+/// Records what the bar requests from its style.
 class RecordingStyle final : public QProxyStyle
 {
     Q_OBJECT
@@ -50,13 +50,13 @@ public:
         return rect;
     }
 
-    /// Each tab that was drawn, in order.
+    /// The drawn tabs, in order.
     mutable QList<QStyleOptionTab> drawn;
-    /// The last rectangle that the style gave to a tab's text.
+    /// The rectangle of the last tab's text.
     mutable QRect lastTextRect;
 };
 
-/// Keeps the regions of the paint events that reach a widget.
+/// Records the regions of a widget's paint events.
 class PaintWatcher final : public QObject
 {
     Q_OBJECT
@@ -73,7 +73,7 @@ public:
         return QObject::eventFilter(watched, event);
     }
 
-    /// Waits for an event that no other follows.
+    /// Waits until no more paint events follow.
     [[nodiscard]] bool waitUntilPainted() const
     {
         const auto isDone = [this] {
@@ -88,8 +88,8 @@ private:
     QElapsedTimer sinceLast;
 };
 
-/// A bar with the tabs "Alpha", "Bravo" and "Charlie", the first of them current, in letters large
-/// enough to hold pixels of the pure text colour.
+/// A bar with the tabs "Alpha", "Bravo" and "Charlie", the first of them current. The font is large
+/// enough for pixels of the pure text colour.
 class Fixture final
 {
 public:
@@ -103,10 +103,10 @@ public:
         bar.addTab(u"Bravo"_s);
         bar.addTab(u"Charlie"_s);
         bar.resize(bar.sizeHint());
-        bar.grab(); // lays the tabs out for good
+        bar.grab(); // Lays out the tabs.
     }
 
-    /// Shows the bar and waits until nothing is left to be painted.
+    /// Shows the bar and waits until it is painted.
     [[nodiscard]] bool show()
     {
         const PaintWatcher watcher(&bar);
@@ -114,7 +114,7 @@ public:
         return QTest::qWaitForWindowExposed(&bar, WaitTimeout) && watcher.waitUntilPainted();
     }
 
-    /// The blink timers that run.
+    /// Returns the active blink timers.
     [[nodiscard]] QList<QTimer *> runningTimers() const
     {
         QList<QTimer *> running;
@@ -126,15 +126,15 @@ public:
         return running;
     }
 
-    /// Keeps the running timers from timing out by themselves while the event loop runs.
-    void holdTimers() const
+    /// Delays the active timers, so that they do not time out during the test.
+    void delayTimers() const
     {
         const QList<QTimer *> timers = runningTimers();
         for (QTimer *timer : timers)
             timer->setInterval(std::chrono::hours(1));
     }
 
-    /// Lets the only running timer time out without waiting for it.
+    /// Makes the only active timer time out at once.
     void blinkOnce() const
     {
         QTimer *timer = runningTimers().constFirst();
@@ -142,7 +142,7 @@ public:
         QCoreApplication::sendEvent(timer, &event);
     }
 
-    /// How many pixels of exactly this colour the bar shows within the tab.
+    /// Returns the number of pixels of exactly this colour in the tab at `index`.
     [[nodiscard]] int pixelsOf(const QColor &color, int index)
     {
         return countPixels(bar.grab(bar.tabRect(index)).toImage(), color);
@@ -158,7 +158,7 @@ public:
         return count;
     }
 
-    /// The option with which the tab at `index` was drawn last.
+    /// Draws the tab at `index` and returns its option.
     [[nodiscard]] QStyleOptionTab drawnOption(int index)
     {
         style.drawn.clear();
@@ -177,46 +177,46 @@ class TestHighlightTabBar final : public QObject
     Q_OBJECT
 
 private slots:
-    void infoStartsUnmarked();
-    void barStartsUnmarked();
-    void marksAndUnmarksATab();
-    void ignoresIndexesWithoutATab_data();
-    void ignoresIndexesWithoutATab();
-    void unmarkingAnUnmarkedTabDoesNothing();
-    void markingTwiceIsMarkingOnce();
-    void eachTabHasATimerOfItsOwn();
-    void timerRunsEveryHalfSecond();
+    void infoIsNotHighlightedAtFirst();
+    void barIsNotHighlightedAtFirst();
+    void highlightsAndUnhighlightsATab();
+    void ignoresIndexesOutOfRange_data();
+    void ignoresIndexesOutOfRange();
+    void unhighlightingWithoutAHighlightDoesNothing();
+    void highlightingTwiceDoesNothing();
+    void eachTabHasItsOwnTimer();
+    void timerIntervalIsHalfASecond();
     void blinksByItself();
-    void flipsBetweenBlinkColourAndPlain();
-    void timeoutWithoutMarkChangesNothing();
+    void alternatesBetweenBlinkColourAndPlain();
+    void timeoutWithoutHighlightChangesNothing();
     void startingTwiceKeepsOneTimer();
-    void stoppingKeepsTheMark();
-    void timerMayEndItself();
-    void timersGoWithTheBar();
-    void markingAgainStartsInTheBlinkColour();
-    void blinkRepaintsItsTabOnly();
-    void markingAndUnmarkingRepaint();
+    void stoppingKeepsTheHighlight();
+    void timerCanBeStoppedInItsSlot();
+    void barDeletesItsTimers();
+    void highlightingAgainStartsInTheBlinkColour();
+    void blinkRepaintsOnlyItsTab();
+    void highlightingAndUnhighlightingRepaint();
 
-    void paintsTabsInTheirOrder();
+    void paintsTabsInOrder();
     void paintsOnlyTabsInTheRegion();
-    void stylePaintsAnUnmarkedTab();
+    void stylePaintsATabWithoutHighlight();
     void paintsAmpersands();
-    void stylePaintsAMarkedTabWithoutItsText_data();
-    void stylePaintsAMarkedTabWithoutItsText();
-    void markedTextIsBoldAndCentred();
+    void stylePaintsAHighlightedTabWithoutText_data();
+    void stylePaintsAHighlightedTabWithoutText();
+    void highlightedTextIsBoldAndCentred();
     void plainPhaseIsBlack();
-    void markHasTheThemesColour_data();
-    void markHasTheThemesColour();
+    void highlightHasTheThemesColour_data();
+    void highlightHasTheThemesColour();
     void themeChangeRepaintsAndKeepsTheTimers();
 
-    void markStaysWhenATabOnTheLeftGoes();
-    void markStaysWhenItsTabGoes();
-    void markStaysWhenATabComesOnTheLeft();
-    void markStaysWhenItsTabMoves();
-    void markWithoutATabShowsNothing();
+    void highlightStaysWhenATabOnTheLeftIsRemoved();
+    void highlightStaysWhenItsTabIsRemoved();
+    void highlightStaysWhenATabOnTheLeftIsInserted();
+    void highlightStaysWhenItsTabMoves();
+    void highlightWithoutATabShowsNothing();
 };
 
-void TestHighlightTabBar::infoStartsUnmarked()
+void TestHighlightTabBar::infoIsNotHighlightedAtFirst()
 {
     const HighlightTabBar::HighlightInfo info;
     QVERIFY(!info.highlighted);
@@ -224,7 +224,7 @@ void TestHighlightTabBar::infoStartsUnmarked()
     QVERIFY(info.timer == nullptr);
 }
 
-void TestHighlightTabBar::barStartsUnmarked()
+void TestHighlightTabBar::barIsNotHighlightedAtFirst()
 {
     const Fixture fixture;
     QVERIFY(!fixture.bar.isHighlighted(0));
@@ -233,7 +233,7 @@ void TestHighlightTabBar::barStartsUnmarked()
     QVERIFY(fixture.runningTimers().isEmpty());
 }
 
-void TestHighlightTabBar::marksAndUnmarksATab()
+void TestHighlightTabBar::highlightsAndUnhighlightsATab()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -248,15 +248,15 @@ void TestHighlightTabBar::marksAndUnmarksATab()
     QTRY_VERIFY_WITH_TIMEOUT(fixture.bar.findChildren<QTimer *>().isEmpty(), WaitTimeout);
 }
 
-void TestHighlightTabBar::ignoresIndexesWithoutATab_data()
+void TestHighlightTabBar::ignoresIndexesOutOfRange_data()
 {
     QTest::addColumn<int>("index");
     QTest::newRow("-1") << -1;
     QTest::newRow("count") << 3;
-    QTest::newRow("far behind") << 1000;
+    QTest::newRow("far out of range") << 1000;
 }
 
-void TestHighlightTabBar::ignoresIndexesWithoutATab()
+void TestHighlightTabBar::ignoresIndexesOutOfRange()
 {
     QFETCH(const int, index);
     Fixture fixture;
@@ -268,7 +268,7 @@ void TestHighlightTabBar::ignoresIndexesWithoutATab()
     QVERIFY(!fixture.bar.isHighlighted(index));
 }
 
-void TestHighlightTabBar::unmarkingAnUnmarkedTabDoesNothing()
+void TestHighlightTabBar::unhighlightingWithoutAHighlightDoesNothing()
 {
     Fixture fixture;
     QVERIFY(fixture.show());
@@ -287,7 +287,7 @@ void TestHighlightTabBar::unmarkingAnUnmarkedTabDoesNothing()
     QVERIFY(fixture.runningTimers().isEmpty());
 }
 
-void TestHighlightTabBar::markingTwiceIsMarkingOnce()
+void TestHighlightTabBar::highlightingTwiceDoesNothing()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -302,7 +302,7 @@ void TestHighlightTabBar::markingTwiceIsMarkingOnce()
     QVERIFY(fixture.pixelsOf(LightBlink, 1) > 0);
 }
 
-void TestHighlightTabBar::eachTabHasATimerOfItsOwn()
+void TestHighlightTabBar::eachTabHasItsOwnTimer()
 {
     Fixture fixture;
     fixture.bar.highlightTab(0);
@@ -317,7 +317,7 @@ void TestHighlightTabBar::eachTabHasATimerOfItsOwn()
     QVERIFY(fixture.bar.isHighlighted(0));
 }
 
-void TestHighlightTabBar::timerRunsEveryHalfSecond()
+void TestHighlightTabBar::timerIntervalIsHalfASecond()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -337,7 +337,7 @@ void TestHighlightTabBar::blinksByItself()
     QCOMPARE(fixture.pixelsOf(LightBlink, 1) > 0, timeouts.size() % 2 == 0);
 }
 
-void TestHighlightTabBar::flipsBetweenBlinkColourAndPlain()
+void TestHighlightTabBar::alternatesBetweenBlinkColourAndPlain()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -350,13 +350,13 @@ void TestHighlightTabBar::flipsBetweenBlinkColourAndPlain()
     QCOMPARE(fixture.pixelsOf(LightBlink, 2), 0);
 }
 
-void TestHighlightTabBar::timeoutWithoutMarkChangesNothing()
+void TestHighlightTabBar::timeoutWithoutHighlightChangesNothing()
 {
     Fixture fixture;
     QVERIFY(fixture.show());
     const PaintWatcher watcher(&fixture.bar);
     fixture.bar.startBlinking(1);
-    fixture.holdTimers();
+    fixture.delayTimers();
     fixture.blinkOnce();
     QCoreApplication::processEvents();
     QVERIFY(watcher.regions.isEmpty());
@@ -375,7 +375,7 @@ void TestHighlightTabBar::startingTwiceKeepsOneTimer()
     QVERIFY(after != before);
 }
 
-void TestHighlightTabBar::stoppingKeepsTheMark()
+void TestHighlightTabBar::stoppingKeepsTheHighlight()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -387,7 +387,7 @@ void TestHighlightTabBar::stoppingKeepsTheMark()
     QVERIFY(fixture.pixelsOf(LightBlink, 1) > 0);
 }
 
-void TestHighlightTabBar::timerMayEndItself()
+void TestHighlightTabBar::timerCanBeStoppedInItsSlot()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -398,7 +398,7 @@ void TestHighlightTabBar::timerMayEndItself()
     QTRY_VERIFY_WITH_TIMEOUT(fixture.bar.findChildren<QTimer *>().isEmpty(), WaitTimeout);
 }
 
-void TestHighlightTabBar::timersGoWithTheBar()
+void TestHighlightTabBar::barDeletesItsTimers()
 {
     auto bar = std::make_unique<HighlightTabBar>(nullptr);
     bar->addTab(u"Alpha"_s);
@@ -409,7 +409,7 @@ void TestHighlightTabBar::timersGoWithTheBar()
     QVERIFY(timer.isNull());
 }
 
-void TestHighlightTabBar::markingAgainStartsInTheBlinkColour()
+void TestHighlightTabBar::highlightingAgainStartsInTheBlinkColour()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -420,13 +420,13 @@ void TestHighlightTabBar::markingAgainStartsInTheBlinkColour()
     QVERIFY(fixture.pixelsOf(LightBlink, 1) > 0);
 }
 
-void TestHighlightTabBar::blinkRepaintsItsTabOnly()
+void TestHighlightTabBar::blinkRepaintsOnlyItsTab()
 {
     Fixture fixture;
     QVERIFY(fixture.show());
     PaintWatcher watcher(&fixture.bar);
     fixture.bar.highlightTab(1);
-    fixture.holdTimers();
+    fixture.delayTimers();
     QVERIFY(watcher.waitUntilPainted());
 
     watcher.regions.clear();
@@ -435,15 +435,15 @@ void TestHighlightTabBar::blinkRepaintsItsTabOnly()
     QCOMPARE(watcher.regions, QList<QRegion>{fixture.bar.tabRect(1)});
 }
 
-void TestHighlightTabBar::markingAndUnmarkingRepaint()
+void TestHighlightTabBar::highlightingAndUnhighlightingRepaint()
 {
     Fixture fixture;
     QVERIFY(fixture.show());
     PaintWatcher watcher(&fixture.bar);
-    // A blink repaints its tab alone.
+    // A blink would repaint only its tab.
     const QList<QRegion> wholeBar{fixture.bar.rect()};
     fixture.bar.highlightTab(1);
-    fixture.holdTimers();
+    fixture.delayTimers();
     QVERIFY(watcher.waitUntilPainted());
     QCOMPARE(watcher.regions, wholeBar);
     watcher.regions.clear();
@@ -452,7 +452,7 @@ void TestHighlightTabBar::markingAndUnmarkingRepaint()
     QCOMPARE(watcher.regions, wholeBar);
 }
 
-void TestHighlightTabBar::paintsTabsInTheirOrder()
+void TestHighlightTabBar::paintsTabsInOrder()
 {
     Fixture fixture;
     fixture.bar.setCurrentIndex(1);
@@ -474,7 +474,7 @@ void TestHighlightTabBar::paintsOnlyTabsInTheRegion()
     QCOMPARE(fixture.style.drawn.constFirst().text, u"Bravo"_s);
 }
 
-void TestHighlightTabBar::stylePaintsAnUnmarkedTab()
+void TestHighlightTabBar::stylePaintsATabWithoutHighlight()
 {
     Fixture fixture;
     fixture.bar.highlightTab(2);
@@ -489,12 +489,12 @@ void TestHighlightTabBar::paintsAmpersands()
 {
     Fixture fixture;
     fixture.bar.setTabText(1, u"#a&b&&c"_s);
-    // To a style a pair of them is one that is shown.
+    // Styles draw "&&" as one ampersand.
     QCOMPARE(fixture.drawnOption(1).text, u"#a&&b&&&&c"_s);
     QCOMPARE(fixture.bar.tabText(1), u"#a&b&&c"_s);
 }
 
-void TestHighlightTabBar::stylePaintsAMarkedTabWithoutItsText_data()
+void TestHighlightTabBar::stylePaintsAHighlightedTabWithoutText_data()
 {
     QTest::addColumn<int>("blinks");
     QTest::addColumn<QColor>("windowText");
@@ -502,7 +502,7 @@ void TestHighlightTabBar::stylePaintsAMarkedTabWithoutItsText_data()
     QTest::newRow("plain") << 1 << QColor();
 }
 
-void TestHighlightTabBar::stylePaintsAMarkedTabWithoutItsText()
+void TestHighlightTabBar::stylePaintsAHighlightedTabWithoutText()
 {
     QFETCH(const int, blinks);
     Fixture fixture;
@@ -516,7 +516,7 @@ void TestHighlightTabBar::stylePaintsAMarkedTabWithoutItsText()
     QTEST(option.palette.color(QPalette::WindowText), "windowText");
 }
 
-void TestHighlightTabBar::markedTextIsBoldAndCentred()
+void TestHighlightTabBar::highlightedTextIsBoldAndCentred()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -559,7 +559,7 @@ void TestHighlightTabBar::plainPhaseIsBlack()
     QCOMPARE(fixture.pixelsOf(Qt::red, 1), 0);
 }
 
-void TestHighlightTabBar::markHasTheThemesColour_data()
+void TestHighlightTabBar::highlightHasTheThemesColour_data()
 {
     QTest::addColumn<QString>("theme");
     QTest::addColumn<bool>("setsTheme");
@@ -571,7 +571,7 @@ void TestHighlightTabBar::markHasTheThemesColour_data()
     QTest::newRow("empty") << QString() << true << LightBlink;
 }
 
-void TestHighlightTabBar::markHasTheThemesColour()
+void TestHighlightTabBar::highlightHasTheThemesColour()
 {
     QFETCH(const QString, theme);
     QFETCH(const bool, setsTheme);
@@ -590,7 +590,7 @@ void TestHighlightTabBar::themeChangeRepaintsAndKeepsTheTimers()
     QVERIFY(fixture.show());
     PaintWatcher watcher(&fixture.bar);
     fixture.bar.highlightTab(1);
-    fixture.holdTimers();
+    fixture.delayTimers();
     QVERIFY(watcher.waitUntilPainted());
     const QList<QTimer *> timers = fixture.runningTimers();
 
@@ -603,7 +603,7 @@ void TestHighlightTabBar::themeChangeRepaintsAndKeepsTheTimers()
     QCOMPARE(fixture.pixelsOf(LightBlink, 1), 0);
 }
 
-void TestHighlightTabBar::markStaysWhenATabOnTheLeftGoes()
+void TestHighlightTabBar::highlightStaysWhenATabOnTheLeftIsRemoved()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -618,7 +618,7 @@ void TestHighlightTabBar::markStaysWhenATabOnTheLeftGoes()
     QCOMPARE(fixture.runningTimers(), timers);
 }
 
-void TestHighlightTabBar::markStaysWhenItsTabGoes()
+void TestHighlightTabBar::highlightStaysWhenItsTabIsRemoved()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -629,7 +629,7 @@ void TestHighlightTabBar::markStaysWhenItsTabGoes()
     QCOMPARE(fixture.runningTimers().size(), 1);
 }
 
-void TestHighlightTabBar::markStaysWhenATabComesOnTheLeft()
+void TestHighlightTabBar::highlightStaysWhenATabOnTheLeftIsInserted()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -640,7 +640,7 @@ void TestHighlightTabBar::markStaysWhenATabComesOnTheLeft()
     QCOMPARE(fixture.pixelsOf(LightBlink, 2), 0);
 }
 
-void TestHighlightTabBar::markStaysWhenItsTabMoves()
+void TestHighlightTabBar::highlightStaysWhenItsTabMoves()
 {
     Fixture fixture;
     fixture.bar.highlightTab(1);
@@ -650,11 +650,11 @@ void TestHighlightTabBar::markStaysWhenItsTabMoves()
     QCOMPARE(fixture.pixelsOf(LightBlink, 2), 0);
 }
 
-void TestHighlightTabBar::markWithoutATabShowsNothing()
+void TestHighlightTabBar::highlightWithoutATabShowsNothing()
 {
     Fixture fixture;
     fixture.bar.highlightTab(2);
-    fixture.holdTimers();
+    fixture.delayTimers();
     fixture.bar.removeTab(2);
     QVERIFY(fixture.bar.tabRect(2).isEmpty());
     QVERIFY(fixture.bar.isHighlighted(2));
@@ -667,7 +667,7 @@ void TestHighlightTabBar::markWithoutATabShowsNothing()
     QCoreApplication::processEvents();
     QVERIFY(watcher.regions.isEmpty());
 
-    // No tab lies there, so the mark cannot be taken off; the next tab at the index inherits it.
+    // The index has no tab, so the highlight cannot be removed. The next tab there gets it.
     fixture.bar.unhighlightTab(2);
     QVERIFY(fixture.bar.isHighlighted(2));
     fixture.blinkOnce();

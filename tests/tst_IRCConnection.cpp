@@ -13,7 +13,7 @@ namespace {
 
 using Operation = std::function<void(IRCConnection &)>;
 
-// "name(type argument, ...)" of each method of one kind, in the order of declaration.
+// Returns "name(type argument, ...)" of each method of one type, in the order of declaration.
 QStringList methodsOf(QMetaMethod::MethodType kind)
 {
     QStringList methods;
@@ -43,21 +43,21 @@ private slots:
 
     void declaresItsSignalsInOrder();
     void declaresItsSlotsInOrder();
-    void beginsIdle();
+    void isNotConnectedAtFirst();
 
     void registersWithTwoLines();
-    void tellsOfTheLinkBehindItsGreeting();
-    void asksForNoDelay();
+    void emitsConnectedAfterTheRegistrationLines();
+    void setsTheLowDelayOption();
     void registersWithAnEmptyRealName();
-    void neverSaysThePassword();
+    void neverSendsThePassword();
     void sendsEachCommand_data();
     void sendsEachCommand();
-    void reportsTextThatCannotGoOut_data();
-    void reportsTextThatCannotGoOut();
-    void watchesOnlyWhenConnected();
+    void reportsLinesSentWhileDisconnected_data();
+    void reportsLinesSentWhileDisconnected();
+    void sendsWatchOnlyWhenConnected();
     void keepsTheServerRecord();
-    void readsTheOtherNickWhenItConnects();
-    void followsTheOwnNickFirst();
+    void readsTheAlternativeNickOnConnecting();
+    void updatesTheOwnNickFirst();
 };
 
 void TestIRCConnection::init()
@@ -109,7 +109,7 @@ void TestIRCConnection::declaresItsSlotsInOrder()
                          u"onError(QAbstractSocket::SocketError error)"_s, u"checkKeepAlive()"_s}));
 }
 
-void TestIRCConnection::beginsIdle()
+void TestIRCConnection::isNotConnectedAtFirst()
 {
     const IRCConnection connection;
     QVERIFY(!connection.isConnected());
@@ -148,7 +148,7 @@ void TestIRCConnection::registersWithTwoLines()
             "NICK alice\r\nUSER alice 0 * :Real Name\r\nMARK 1\r\n"));
 }
 
-void TestIRCConnection::tellsOfTheLinkBehindItsGreeting()
+void TestIRCConnection::emitsConnectedAfterTheRegistrationLines()
 {
     TestSession session;
     connect(&session.connection, &IRCConnection::connected, this,
@@ -159,7 +159,7 @@ void TestIRCConnection::tellsOfTheLinkBehindItsGreeting()
              (QStringList{u"NICK me"_s, u"USER me 0 * :Real Name"_s, u"HELLO"_s}));
 }
 
-void TestIRCConnection::asksForNoDelay()
+void TestIRCConnection::setsTheLowDelayOption()
 {
     TestSession session;
     QVERIFY(session.open());
@@ -177,7 +177,7 @@ void TestIRCConnection::registersWithAnEmptyRealName()
     QVERIFY(session.server.waitForLine(u"USER alice 0 * :"_s));
 }
 
-void TestIRCConnection::neverSaysThePassword()
+void TestIRCConnection::neverSendsThePassword()
 {
     TestSession session;
     for (const QString &method : {u"NickServ (/nickserv IDENTIFY)"_s, u"Server password"_s,
@@ -245,7 +245,7 @@ void TestIRCConnection::sendsEachCommand()
 {
     QFETCH(const Operation, operation);
     QFETCH(const QByteArray, bytes);
-    // The encoding in the record changes nothing on the wire.
+    // Intended: the record's encoding has no effect on the wire.
     TestSession session;
     ServerConfig config;
     config.encoding = u"ISO-8859-1 (Western)"_s;
@@ -261,7 +261,7 @@ void TestIRCConnection::sendsEachCommand()
     QCOMPARE(session.connection.currentNick(), u"me"_s);
 }
 
-void TestIRCConnection::reportsTextThatCannotGoOut_data()
+void TestIRCConnection::reportsLinesSentWhileDisconnected_data()
 {
     QTest::addColumn<Operation>("operation");
     const auto row = [](const char *name, const Operation &operation) {
@@ -275,7 +275,7 @@ void TestIRCConnection::reportsTextThatCannotGoOut_data()
     row("whois", [](IRCConnection &c) { c.sendWhois(u"bob"_s); });
 }
 
-void TestIRCConnection::reportsTextThatCannotGoOut()
+void TestIRCConnection::reportsLinesSentWhileDisconnected()
 {
     QFETCH(const Operation, operation);
     const QStringList complaint{uR"(errorOccurred("Socket is not connected"))"_s};
@@ -296,7 +296,7 @@ void TestIRCConnection::reportsTextThatCannotGoOut()
     QCOMPARE(session.log.entries(), complaint);
 }
 
-void TestIRCConnection::watchesOnlyWhenConnected()
+void TestIRCConnection::sendsWatchOnlyWhenConnected()
 {
     TestSession session;
     session.connection.sendWatch(u"bob"_s, true);
@@ -325,7 +325,7 @@ void TestIRCConnection::keepsTheServerRecord()
     QCOMPARE(connection.serverConfig().nickname, u"alice"_s);
 }
 
-void TestIRCConnection::readsTheOtherNickWhenItConnects()
+void TestIRCConnection::readsTheAlternativeNickOnConnecting()
 {
     TestSession session;
     ServerConfig config;
@@ -341,7 +341,7 @@ void TestIRCConnection::readsTheOtherNickWhenItConnects()
     QCOMPARE(session.sent(), QStringList{u"NICK other"_s});
 }
 
-void TestIRCConnection::followsTheOwnNickFirst()
+void TestIRCConnection::updatesTheOwnNickFirst()
 {
     TestSession session;
     QVERIFY(session.open(u"alice"_s));

@@ -11,7 +11,7 @@
 
 using namespace Qt::StringLiterals;
 
-// How links end, and how one takes the place of another.
+// How connections end and are replaced.
 class TestIRCConnectionLinks final : public QObject
 {
     Q_OBJECT
@@ -19,23 +19,23 @@ class TestIRCConnectionLinks final : public QObject
 private slots:
     void init();
 
-    void leavesWithQuit();
-    void leavesInSilenceWithoutASocket();
-    void doesNotStopAnAttempt();
-    void tellsWhenTheServerCloses();
-    void tellsWhenTheLinkBreaks();
-    void tellsWhenNobodyListens();
-    void tellsWhenTheHostIsUnknown();
+    void sendsQuitOnDisconnecting();
+    void disconnectingWithoutASocketDoesNothing();
+    void disconnectingDoesNotStopAnAttempt();
+    void reportsThatTheServerCloses();
+    void reportsAReset();
+    void reportsARefusedConnection();
+    void reportsAnUnknownHost();
 
-    void dropsTheOldSessionForANewOne_data();
-    void dropsTheOldSessionForANewOne();
-    void tellsTheOldSessionsEndFirst();
-    void forgetsRegistrationWithTheNextAttempt();
-    void dialsAgainFromItsOwnSignals();
-    void saysQuitWhenDestroyedAndNothingElse_data();
-    void saysQuitWhenDestroyedAndNothingElse();
-    void mayGoAtAnyTime_data();
-    void mayGoAtAnyTime();
+    void replacesTheOldSession_data();
+    void replacesTheOldSession();
+    void reportsTheOldSessionsEndFirst();
+    void clearsRegistrationOnConnecting();
+    void reconnectsFromItsOwnSignals();
+    void destructorSendsQuitAndEmitsNothing_data();
+    void destructorSendsQuitAndEmitsNothing();
+    void canBeDestroyedAtAnyTime_data();
+    void canBeDestroyedAtAnyTime();
 };
 
 void TestIRCConnectionLinks::init()
@@ -43,7 +43,7 @@ void TestIRCConnectionLinks::init()
     QTest::failOnWarning(QRegularExpression(u"."_s));
 }
 
-void TestIRCConnectionLinks::leavesWithQuit()
+void TestIRCConnectionLinks::sendsQuitOnDisconnecting()
 {
     TestSession session;
     QVERIFY(session.open());
@@ -62,14 +62,14 @@ void TestIRCConnectionLinks::leavesWithQuit()
     QCOMPARE(session.log.entries(), QStringList{u"disconnected()"_s});
 }
 
-void TestIRCConnectionLinks::leavesInSilenceWithoutASocket()
+void TestIRCConnectionLinks::disconnectingWithoutASocketDoesNothing()
 {
     TestSession session;
     session.connection.disconnectFromServer();
     QVERIFY(session.log.entries().isEmpty());
 }
 
-void TestIRCConnectionLinks::doesNotStopAnAttempt()
+void TestIRCConnectionLinks::disconnectingDoesNotStopAnAttempt()
 {
     TestSession session;
     session.startConnecting();
@@ -80,7 +80,7 @@ void TestIRCConnectionLinks::doesNotStopAnAttempt()
              (QStringList{u"NICK me"_s, u"USER me 0 * :Real Name"_s}));
 }
 
-void TestIRCConnectionLinks::tellsWhenTheServerCloses()
+void TestIRCConnectionLinks::reportsThatTheServerCloses()
 {
     TestSession session;
     QVERIFY(session.open());
@@ -93,7 +93,7 @@ void TestIRCConnectionLinks::tellsWhenTheServerCloses()
                           u"disconnected()"_s}));
 }
 
-void TestIRCConnectionLinks::tellsWhenTheLinkBreaks()
+void TestIRCConnectionLinks::reportsAReset()
 {
     TestSession session;
     QVERIFY(session.open());
@@ -105,7 +105,7 @@ void TestIRCConnectionLinks::tellsWhenTheLinkBreaks()
     QVERIFY(!session.connection.isConnected());
 }
 
-void TestIRCConnectionLinks::tellsWhenNobodyListens()
+void TestIRCConnectionLinks::reportsARefusedConnection()
 {
     TestSession session;
     session.server.stopListening();
@@ -119,7 +119,7 @@ void TestIRCConnectionLinks::tellsWhenNobodyListens()
     QVERIFY(session.connection.isConnected());
 }
 
-void TestIRCConnectionLinks::tellsWhenTheHostIsUnknown()
+void TestIRCConnectionLinks::reportsAnUnknownHost()
 {
     TestSession session;
     session.connection.connectToServer(QString(), session.server.port(), u"me"_s, QString(), false);
@@ -127,7 +127,7 @@ void TestIRCConnectionLinks::tellsWhenTheHostIsUnknown()
     QCOMPARE(session.log.entries().size(), 1);
 }
 
-void TestIRCConnectionLinks::dropsTheOldSessionForANewOne_data()
+void TestIRCConnectionLinks::replacesTheOldSession_data()
 {
     QTest::addColumn<bool>("fromTls");
     QTest::addColumn<bool>("toTls");
@@ -137,7 +137,7 @@ void TestIRCConnectionLinks::dropsTheOldSessionForANewOne_data()
     QTest::newRow("tls to tls") << true << true;
 }
 
-void TestIRCConnectionLinks::dropsTheOldSessionForANewOne()
+void TestIRCConnectionLinks::replacesTheOldSession()
 {
     QFETCH(const bool, fromTls);
     QFETCH(const bool, toTls);
@@ -169,7 +169,7 @@ void TestIRCConnectionLinks::dropsTheOldSessionForANewOne()
     QVERIFY(first.waitForEnd(old));
 
     QCOMPARE(first.lines(old), (QStringList{u"NICK me"_s, u"USER me 0 * :Real"_s}));
-    // The old link's end is reported.
+    // `disconnected` of the old connection.
     QCOMPARE(log.parsed().count(u"disconnected()"_s), 1);
     QCOMPARE(log.parsed().size(), 4);
     QVERIFY(connection.isConnected());
@@ -177,8 +177,8 @@ void TestIRCConnectionLinks::dropsTheOldSessionForANewOne()
     QCOMPARE(connection.currentNick(), u"you"_s);
 }
 
-// In a program's own event loop, unlike in a test's waiting, a replaced socket goes at once.
-void TestIRCConnectionLinks::tellsTheOldSessionsEndFirst()
+// Inside exec(), unlike in the test's own waits, a replaced socket is deleted at once.
+void TestIRCConnectionLinks::reportsTheOldSessionsEndFirst()
 {
     TestSession session;
     QVERIFY(session.open());
@@ -197,7 +197,7 @@ void TestIRCConnectionLinks::tellsTheOldSessionsEndFirst()
                           uR"(serverMessage("Connected and registered."))"_s, u"registered()"_s}));
 }
 
-void TestIRCConnectionLinks::forgetsRegistrationWithTheNextAttempt()
+void TestIRCConnectionLinks::clearsRegistrationOnConnecting()
 {
     TestSession session;
     QVERIFY(session.open());
@@ -210,17 +210,17 @@ void TestIRCConnectionLinks::forgetsRegistrationWithTheNextAttempt()
     QVERIFY(!session.connection.isRegistered());
 }
 
-// The window may let the user connect again wherever a session event finds it.
-void TestIRCConnectionLinks::dialsAgainFromItsOwnSignals()
+// The window may reconnect from a slot of any session event.
+void TestIRCConnectionLinks::reconnectsFromItsOwnSignals()
 {
     TestSession session;
     QVERIFY(session.open());
-    const auto dialAgain = [&] {
+    const auto reconnect = [&] {
         if (session.server.clientCount() < 4)
             session.startConnecting();
     };
-    connect(&session.connection, &IRCConnection::disconnected, this, dialAgain);
-    connect(&session.connection, &IRCConnection::errorOccurred, this, dialAgain);
+    connect(&session.connection, &IRCConnection::disconnected, this, reconnect);
+    connect(&session.connection, &IRCConnection::errorOccurred, this, reconnect);
     connect(&session.connection, &IRCConnection::connected, this,
             [&] { session.connection.sendRaw(u"HELLO"_s); });
     session.server.abort();
@@ -231,14 +231,14 @@ void TestIRCConnectionLinks::dialsAgainFromItsOwnSignals()
     QVERIFY(session.server.waitForLine(u"HELLO"_s));
 }
 
-void TestIRCConnectionLinks::saysQuitWhenDestroyedAndNothingElse_data()
+void TestIRCConnectionLinks::destructorSendsQuitAndEmitsNothing_data()
 {
     QTest::addColumn<bool>("isSecure");
     QTest::newRow("plain") << false;
     QTest::newRow("tls") << true;
 }
 
-void TestIRCConnectionLinks::saysQuitWhenDestroyedAndNothingElse()
+void TestIRCConnectionLinks::destructorSendsQuitAndEmitsNothing()
 {
     QFETCH(const bool, isSecure);
     const TlsAuthority trusted;
@@ -259,7 +259,7 @@ void TestIRCConnectionLinks::saysQuitWhenDestroyedAndNothingElse()
     log.clear();
     batches = 0;
 
-    // Lines that are there but not read yet go with the session.
+    // Unread lines are discarded with the session.
     for (int i = 0; i < 100; ++i)
         server->send(u":a!b@c PRIVMSG #x :late"_s);
     connection.reset();
@@ -270,34 +270,34 @@ void TestIRCConnectionLinks::saysQuitWhenDestroyedAndNothingElse()
     QVERIFY(log.entries().isEmpty());
 }
 
-void TestIRCConnectionLinks::mayGoAtAnyTime_data()
+void TestIRCConnectionLinks::canBeDestroyedAtAnyTime_data()
 {
     QTest::addColumn<QString>("state");
-    QTest::newRow("idle") << u"idle"_s;
+    QTest::newRow("never connected") << u"idle"_s;
     QTest::newRow("connecting") << u"connecting"_s;
-    QTest::newRow("connecting again") << u"again"_s;
+    QTest::newRow("reconnecting") << u"again"_s;
     QTest::newRow("disconnected") << u"disconnected"_s;
-    QTest::newRow("leaving") << u"leaving"_s;
-    QTest::newRow("in a handshake") << u"handshake"_s;
+    QTest::newRow("disconnecting") << u"leaving"_s;
+    QTest::newRow("in the TLS handshake") << u"handshake"_s;
 }
 
-void TestIRCConnectionLinks::mayGoAtAnyTime()
+void TestIRCConnectionLinks::canBeDestroyedAtAnyTime()
 {
     QFETCH(const QString, state);
     ScriptedServer server;
     auto connection = std::make_unique<IRCConnection>();
     SessionLog log(*connection);
-    const auto dial = [&](bool isSecure) {
+    const auto connectAgain = [&](bool isSecure) {
         connection->connectToServer(u"localhost"_s, server.port(), u"me"_s, u"Real"_s, isSecure);
     };
     if (state == u"connecting"_s || state == u"again"_s)
-        dial(false);
+        connectAgain(false);
     if (state == u"again"_s || state == u"disconnected"_s || state == u"leaving"_s) {
-        dial(false);
+        connectAgain(false);
         QVERIFY(log.waitFor(u"connected()"_s));
     }
     if (state == u"again"_s)
-        dial(true);
+        connectAgain(true);
     if (state == u"disconnected"_s) {
         QVERIFY(server.waitForClient());
         server.abort();
@@ -306,7 +306,7 @@ void TestIRCConnectionLinks::mayGoAtAnyTime()
     if (state == u"leaving"_s)
         connection->disconnectFromServer();
     if (state == u"handshake"_s) {
-        dial(true);
+        connectAgain(true);
         QVERIFY(log.waitFor(u"connected()"_s));
     }
     log.clear();

@@ -15,7 +15,7 @@ const QString Exhausted =
 
 } // namespace
 
-// The nicks that a session asks for, one after the other.
+// The alternative nicks that a session requests.
 class TestIRCConnectionNicks final : public QObject
 {
     Q_OBJECT
@@ -23,14 +23,14 @@ class TestIRCConnectionNicks final : public QObject
 private slots:
     void init();
 
-    void walksDownTheList_data();
-    void walksDownTheList();
-    void endsAfterTheLastNick();
-    void tellsEachStep();
-    void startsAfreshWithEachConnection();
-    void movesOnAfterRegistrationToo();
-    void followsTheServerInBetween();
-    void reportsAStepWithoutALink();
+    void requestsEachAlternative_data();
+    void requestsEachAlternative();
+    void reportsAnErrorAfterTheLastNick();
+    void emitsNickChangedForEachAlternative();
+    void restartsWithEachConnection();
+    void requestsAlternativesAfterRegistration();
+    void acceptsANickFromTheServer();
+    void reportsAnAlternativeWithoutAConnection();
 
 private:
     [[nodiscard]] QStringList refuse(int times);
@@ -44,7 +44,7 @@ void TestIRCConnectionNicks::init()
     session = std::make_unique<TestSession>();
 }
 
-// Refuses so many nicks and gives what was asked for instead.
+// Refuses the nick `times` times and returns the nicks requested instead.
 QStringList TestIRCConnectionNicks::refuse(int times)
 {
     const QStringList before = session->sent();
@@ -53,11 +53,11 @@ QStringList TestIRCConnectionNicks::refuse(int times)
     return session->settle() ? session->sent().mid(before.size()) : QStringList{u"<lost>"_s};
 }
 
-void TestIRCConnectionNicks::walksDownTheList_data()
+void TestIRCConnectionNicks::requestsEachAlternative_data()
 {
     QTest::addColumn<QString>("nick");
     QTest::addColumn<QString>("other");
-    QTest::addColumn<int>("count"); // Of nicks behind the first.
+    QTest::addColumn<int>("count"); // Number of alternatives.
     QTest::addColumn<QMap<int, QString>>("expected");
 
     const auto row = [](const char *name, const QString &nick, const QString &other, int count,
@@ -66,7 +66,7 @@ void TestIRCConnectionNicks::walksDownTheList_data()
     };
     const QString abc = u"abcdefghijklmnopqrstuvwxyz"_s;
 
-    row("nick and another", u"alice"_s, u"bob"_s, 101,
+    row("nick and alternative", u"alice"_s, u"bob"_s, 101,
         {{1, u"bob"_s},
          {2, u"alice_"_s},
          {3, u"alice_1"_s},
@@ -75,34 +75,35 @@ void TestIRCConnectionNicks::walksDownTheList_data()
          {12, u"alice__10"_s},
          {13, u"alice__11"_s},
          {101, u"alice__99"_s}});
-    row("no other nick", u"alice"_s, QString(), 100,
+    row("no alternative", u"alice"_s, QString(), 100,
         {{1, u"alice_"_s}, {2, u"alice_1"_s}, {10, u"alice_9"_s}, {100, u"alice__99"_s}});
-    row("other nick is the nick", u"alice"_s, u"alice"_s, 100,
+    row("alternative equals the nick", u"alice"_s, u"alice"_s, 100,
         {{1, u"alice_"_s}, {2, u"alice_1"_s}, {100, u"alice__99"_s}});
-    row("other nick is the nick in capitals", u"alice"_s, u"ALICE"_s, 101,
+    row("alternative is the nick in upper case", u"alice"_s, u"ALICE"_s, 101,
         {{1, u"ALICE"_s}, {2, u"alice_"_s}, {101, u"alice__99"_s}});
-    row("other nick is the first candidate", u"alice"_s, u"alice_"_s, 100,
+    row("alternative is the first candidate", u"alice"_s, u"alice_"_s, 100,
         {{1, u"alice_"_s}, {2, u"alice_1"_s}, {100, u"alice__99"_s}});
-    row("other nick is a later candidate", u"alice"_s, u"alice_1"_s, 100,
+    row("alternative is a later candidate", u"alice"_s, u"alice_1"_s, 100,
         {{1, u"alice_1"_s}, {2, u"alice_"_s}, {3, u"alice_2"_s}, {100, u"alice__99"_s}});
-    row("other nick is a candidate in capitals", u"alice"_s, u"Alice_"_s, 101,
+    row("alternative is a candidate in another case", u"alice"_s, u"Alice_"_s, 101,
         {{1, u"Alice_"_s}, {2, u"alice_"_s}});
-    row("nick of thirty", abc + u"1234"_s, QString(), 100,
+    row("30 characters", abc + u"1234"_s, QString(), 100,
         {{1, abc + u"123_"_s},
          {2, abc + u"12_1"_s},
          {10, abc + u"12_9"_s},
          {11, u"abcdefghijklmnopqrstuvwxyz__10"_s},
          {100, u"abcdefghijklmnopqrstuvwxyz__99"_s}});
-    row("nick of twenty-nine", abc + u"123"_s, QString(), 100,
+    row("29 characters", abc + u"123"_s, QString(), 100,
         {{1, abc + u"123_"_s}, {2, abc + u"12_1"_s}, {11, abc + u"__10"_s}});
-    row("nick of forty is asked for whole", abc + u"12345678901234"_s, abc + u"5678901234567890"_s,
-        101, {{1, abc + u"5678901234567890"_s}, {2, abc + u"123_"_s}, {3, abc + u"12_1"_s}});
+    row("nick of 40 characters is not truncated", abc + u"12345678901234"_s,
+        abc + u"5678901234567890"_s, 101,
+        {{1, abc + u"5678901234567890"_s}, {2, abc + u"123_"_s}, {3, abc + u"12_1"_s}});
     row("empty nick", QString(), QString(), 100, {{1, u"_"_s}, {2, u"_1"_s}, {100, u"__99"_s}});
     row("first candidate is the nick", abc + u"____"_s, QString(), 99,
         {{1, abc + u"___1"_s}, {9, abc + u"___9"_s}, {10, abc + u"__10"_s}});
 }
 
-void TestIRCConnectionNicks::walksDownTheList()
+void TestIRCConnectionNicks::requestsEachAlternative()
 {
     QFETCH(const QString, nick);
     QFETCH(const QString, other);
@@ -116,17 +117,17 @@ void TestIRCConnectionNicks::walksDownTheList()
     QVERIFY(session->open(nick));
     QCOMPARE(session->server.lines().constFirst(), QString(u"NICK "_s + nick));
 
-    const QStringList asked = refuse(count);
-    QCOMPARE(asked.size(), count);
+    const QStringList requested = refuse(count);
+    QCOMPARE(requested.size(), count);
     for (auto step = expected.cbegin(); step != expected.cend(); ++step)
-        QCOMPARE(asked.at(step.key() - 1), QString(u"NICK "_s + step.value()));
-    QCOMPARE(QSet<QString>(asked.cbegin(), asked.cend()).size(), count);
-    for (const QString &line : asked.mid(1))
+        QCOMPARE(requested.at(step.key() - 1), QString(u"NICK "_s + step.value()));
+    QCOMPARE(QSet<QString>(requested.cbegin(), requested.cend()).size(), count);
+    for (const QString &line : requested.mid(1))
         QVERIFY2(line.size() <= 5 + 30, qPrintable(line));
     QVERIFY(!session->log.parsed().contains(Exhausted));
 }
 
-void TestIRCConnectionNicks::endsAfterTheLastNick()
+void TestIRCConnectionNicks::reportsAnErrorAfterTheLastNick()
 {
     ServerConfig config;
     config.altNickname = u"bob"_s;
@@ -143,12 +144,12 @@ void TestIRCConnectionNicks::endsAfterTheLastNick()
     QVERIFY(session->connection.isConnected());
     QCOMPARE(session->connection.currentNick(), u"alice__99"_s);
 
-    // The way out that is left to the user.
+    // The user can still change the nick.
     session->connection.changeNick(u"carol"_s);
     QCOMPARE(session->sent().constLast(), u"NICK carol"_s);
 }
 
-void TestIRCConnectionNicks::tellsEachStep()
+void TestIRCConnectionNicks::emitsNickChangedForEachAlternative()
 {
     QVERIFY(session->open(u"alice"_s));
     QStringList seen;
@@ -160,7 +161,7 @@ void TestIRCConnectionNicks::tellsEachStep()
     QCOMPARE(seen, (QStringList{u"alice_"_s, u"alice_1"_s}));
 }
 
-void TestIRCConnectionNicks::startsAfreshWithEachConnection()
+void TestIRCConnectionNicks::restartsWithEachConnection()
 {
     QVERIFY(session->open(u"alice"_s));
     QCOMPARE(refuse(2), (QStringList{u"NICK alice_"_s, u"NICK alice_1"_s}));
@@ -172,7 +173,7 @@ void TestIRCConnectionNicks::startsAfreshWithEachConnection()
     QCOMPARE(refuse(1), QStringList{u"NICK carol_"_s});
 }
 
-void TestIRCConnectionNicks::movesOnAfterRegistrationToo()
+void TestIRCConnectionNicks::requestsAlternativesAfterRegistration()
 {
     QVERIFY(session->open(u"alice"_s));
     session->server.send(u":s 001 alice :Welcome"_s);
@@ -180,11 +181,11 @@ void TestIRCConnectionNicks::movesOnAfterRegistrationToo()
     session->connection.changeNick(u"bob"_s);
     QCOMPARE(session->sent(), QStringList{u"NICK bob"_s});
     QCOMPARE(refuse(1), QStringList{u"NICK alice_"_s});
-    // What the session believes, although the server still knows alice.
+    // The nick last requested, although the server still has alice.
     QCOMPARE(session->connection.currentNick(), u"alice_"_s);
 }
 
-void TestIRCConnectionNicks::followsTheServerInBetween()
+void TestIRCConnectionNicks::acceptsANickFromTheServer()
 {
     QVERIFY(session->open(u"alice"_s));
     QCOMPARE(refuse(1), QStringList{u"NICK alice_"_s});
@@ -196,7 +197,7 @@ void TestIRCConnectionNicks::followsTheServerInBetween()
     QCOMPARE(session->log.parsed(), QStringList{uR"(nickChanged("carol", "alice_1"))"_s});
 }
 
-void TestIRCConnectionNicks::reportsAStepWithoutALink()
+void TestIRCConnectionNicks::reportsAnAlternativeWithoutAConnection()
 {
     QVERIFY(session->open(u"alice"_s));
     session->server.abort();

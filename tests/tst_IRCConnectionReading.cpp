@@ -19,22 +19,22 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The answer of ioctl(2), -1 if it has none.
-int ask(const QTcpSocket &socket, unsigned long question)
+// Returns the value that ioctl(2) gives, or -1 on an error.
+int ioctlValue(const QTcpSocket &socket, unsigned long request)
 {
     int answer = -1;
-    return ioctl(static_cast<int>(socket.socketDescriptor()), question, &answer) == 0 ? answer : -1;
+    return ioctl(static_cast<int>(socket.socketDescriptor()), request, &answer) == 0 ? answer : -1;
 }
 
-// Sends what the other side's system has space for. True if it has all of it.
-bool deliver(QTcpSocket &socket)
+// Writes to the socket's peer. Returns true if the peer's system has received everything.
+bool sendAll(QTcpSocket &socket)
 {
     socket.flush();
-    if (socket.bytesToWrite() > 0 || ask(socket, SIOCOUTQNSD) != 0)
+    if (socket.bytesToWrite() > 0 || ioctlValue(socket, SIOCOUTQNSD) != 0)
         return false;
     // The last acknowledgement may be delayed.
     const QDeadlineTimer deadline(WaitTimeout);
-    while (ask(socket, SIOCOUTQ) != 0) {
+    while (ioctlValue(socket, SIOCOUTQ) != 0) {
         if (deadline.hasExpired())
             return false;
     }
@@ -43,7 +43,7 @@ bool deliver(QTcpSocket &socket)
 
 } // namespace
 
-// How a session makes lines of what it reads.
+// How a session splits what it reads into lines.
 class TestIRCConnectionReading final : public QObject
 {
     Q_OBJECT
@@ -51,29 +51,29 @@ class TestIRCConnectionReading final : public QObject
 private slots:
     void init();
 
-    void cutsLines_data();
-    void cutsLines();
+    void splitsLines_data();
+    void splitsLines();
     void handlesEachLineBeforeTheNext();
     void removesEachLineBeforeItIsHandled();
-    void keepsAnUnfinishedLineForTheNextSession();
-    void readsManyLinesInOneGo();
+    void keepsAnIncompleteLineForTheNextSession();
+    void readsManyLinesAtOnce();
     void readsOneLineInManyPieces();
     void readsBinaryData();
     void readsAllThatArrivedBeforeAReset();
 
     void readsNothingFromAClosedSocket();
 
-    void letsASlotAnswer();
-    void letsASlotLeave();
-    void letsASlotDialAgain();
-    void letsASlotRunAnEventLoop();
-    void letsASlotDialAgainAndRunAnEventLoop();
+    void slotCanSend();
+    void slotCanDisconnect();
+    void slotCanReconnect();
+    void slotCanRunAnEventLoop();
+    void slotCanReconnectAndRunAnEventLoop();
 
-    void tellsTheEndOfEachRead();
-    void tellsNoReadThatCompletesNoLine();
+    void callsTheHandlerAfterEachRead();
+    void callsNoHandlerWithoutACompleteLine();
 
 private:
-    [[nodiscard]] bool feed(const QByteArray &bytes);
+    [[nodiscard]] bool sendAsOneRead(const QByteArray &bytes);
 
     std::unique_ptr<TestSession> session;
 };
@@ -85,15 +85,15 @@ void TestIRCConnectionReading::init()
     QVERIFY(session->open());
 }
 
-// Sends bytes and waits until the session has read them, so that no two feeds become one read.
-bool TestIRCConnectionReading::feed(const QByteArray &bytes)
+// Sends bytes and waits until the session has read them, so that each call makes one read.
+bool TestIRCConnectionReading::sendAsOneRead(const QByteArray &bytes)
 {
     QSignalSpy reads(session->connection.findChild<QTcpSocket *>(), &QTcpSocket::readyRead);
     session->server.sendBytes(bytes);
     return !reads.isEmpty() || reads.wait(WaitTimeout);
 }
 
-void TestIRCConnectionReading::cutsLines_data()
+void TestIRCConnectionReading::splitsLines_data()
 {
     QTest::addColumn<QByteArrayList>("reads");
     QTest::addColumn<QStringList>("lines");
@@ -105,41 +105,44 @@ void TestIRCConnectionReading::cutsLines_data()
 
     row("two lines in one read", {"one\r\ntwo\r\n"}, {u"one"_s, u"two"_s});
     row("half a line", {"one\r\ntw"}, {u"one"_s});
-    row("a line in halves", {"on", "e\r\nt", "wo\r\n"}, {u"one"_s, u"two"_s});
-    row("a line end in halves", {"one\r", "\ntwo\r", "\n"}, {u"one"_s, u"two"_s});
+    row("split lines", {"on", "e\r\nt", "wo\r\n"}, {u"one"_s, u"two"_s});
+    row("split line ends", {"one\r", "\ntwo\r", "\n"}, {u"one"_s, u"two"_s});
     row("a line end alone", {"one", "\r\n"}, {u"one"_s});
     row("byte by byte", {"a", "\r", "\n", "\r", "\n", "b", "\r", "\n"}, {u"a"_s, u"b"_s});
     row("empty lines", {"\r\n\r\none\r\n\r\n\r\ntwo\r\n"}, {u"one"_s, u"two"_s});
     row("only empty lines", {"\r\n\r\n", "\r", "\n"}, {});
-    row("blanks are a line", {" \r\n"}, {u" "_s});
-    row("LF alone ends nothing", {"one\ntwo", "\nthree\r\n"}, {u"one\ntwo\nthree"_s});
+    row("a space is a line", {" \r\n"}, {u" "_s});
+    row("LF alone ends no line", {"one\ntwo", "\nthree\r\n"}, {u"one\ntwo\nthree"_s});
     row("only LF", {"\n\n\n"}, {});
-    row("CR alone ends nothing", {"one\rtwo\r", "three\r\n"}, {u"one\rtwo\rthree"_s});
+    row("CR alone ends no line", {"one\rtwo\r", "three\r\n"}, {u"one\rtwo\rthree"_s});
     row("only CR", {"\r\r", "\r"}, {});
-    row("two CR and LF", {"one\r\r\ntwo\r", "\r\n"}, {u"one\r"_s, u"two\r"_s});
-    row("LF and CR", {"one\n\rtwo\r\n"}, {u"one\n\rtwo"_s});
+    row("two CRs before LF", {"one\r\r\ntwo\r", "\r\n"}, {u"one\r"_s, u"two\r"_s});
+    row("LF before CR", {"one\n\rtwo\r\n"}, {u"one\n\rtwo"_s});
     row("LF first", {"\none\r\n"}, {u"\none"_s});
-    row("a character in one read", {"gr\xC3\xBC\xC3\x9F \xF0\x9F\x99\x82\r\n"}, {u"grüß 🙂"_s});
-    row("a character in two reads", {"gr\xC3", "\xBC\xC3\x9F\r\n"},
+    row("UTF-8 characters in one read", {"gr\xC3\xBC\xC3\x9F \xF0\x9F\x99\x82\r\n"},
+        {u"grüß 🙂"_s});
+    row("a UTF-8 character split between two reads", {"gr\xC3", "\xBC\xC3\x9F\r\n"},
         {u"gr"_s + lost + lost + u"ß"_s});
-    row("bytes that are no UTF-8", {"a\xFF\xFE z\r\n"}, {u"a"_s + lost + lost + u" z"_s});
-    row("a character cut off by the line end", {"gr\xC3\r\nx\r\n"}, {u"gr"_s + lost, u"x"_s});
-    row("zeros", {QByteArray("a\0b\r\n\0\r\n", 8)},
+    row("invalid UTF-8", {"a\xFF\xFE z\r\n"}, {u"a"_s + lost + lost + u" z"_s});
+    row("a UTF-8 character truncated by the line end", {"gr\xC3\r\nx\r\n"},
+        {u"gr"_s + lost, u"x"_s});
+    row("null characters", {QByteArray("a\0b\r\n\0\r\n", 8)},
         {QString(u"a"_s + QChar() + u"b"_s), QString(1, QChar())});
     row("a byte order mark", {"\xEF\xBB\xBFone\r\n"}, {u"one"_s});
 }
 
-void TestIRCConnectionReading::cutsLines()
+void TestIRCConnectionReading::splitsLines()
 {
     QFETCH(const QByteArrayList, reads);
     for (const QByteArray &bytes : reads)
-        QVERIFY(feed(bytes));
+        QVERIFY(sendAsOneRead(bytes));
     QTEST(session->log.raw(), "lines");
 }
 
 void TestIRCConnectionReading::handlesEachLineBeforeTheNext()
 {
-    QVERIFY(feed(":a!b@c PRIVMSG #x :one\r\n\r\n:s 372 me :- two\r\nPING :t\r\n:a!b@c QUIT\r\n"));
+    QVERIFY(sendAsOneRead(
+            ":a!b@c PRIVMSG #x :one\r\n\r\n:s 372 me :- two\r\nPING :t\r\n:a!b@c QUIT\r\n"));
     QCOMPARE(session->log.entries(),
              (QStringList{uR"(rawMessageReceived(":a!b@c PRIVMSG #x :one"))"_s,
                           uR"(privmsgReceived("a", "#x", "one"))"_s,
@@ -156,17 +159,17 @@ void TestIRCConnectionReading::removesEachLineBeforeItIsHandled()
     QStringList buffers;
     connect(&session->connection, &IRCConnection::rawMessageReceived, this,
             [&] { buffers.append(session->connection.buffer); });
-    QVERIFY(feed("PONG x\r\nPONG y\r\nrest"));
+    QVERIFY(sendAsOneRead("PONG x\r\nPONG y\r\nrest"));
     QCOMPARE(buffers, (QStringList{u"PONG y\r\nrest"_s, u"rest"_s}));
 }
 
-void TestIRCConnectionReading::keepsAnUnfinishedLineForTheNextSession()
+void TestIRCConnectionReading::keepsAnIncompleteLineForTheNextSession()
 {
-    QVERIFY(feed(":a!b@c PRIVMSG #x :from the \r"));
+    QVERIFY(sendAsOneRead(":a!b@c PRIVMSG #x :from the \r"));
     session->server.close();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
     QVERIFY(session->open());
-    QVERIFY(feed("\n:s 001 me :Wel"));
+    QVERIFY(sendAsOneRead("\n:s 001 me :Wel"));
     QVERIFY(session->log.waitFor(uR"(privmsgReceived("a", "#x", "from the"))"_s));
 
     session->startConnecting();
@@ -175,9 +178,8 @@ void TestIRCConnectionReading::keepsAnUnfinishedLineForTheNextSession()
     QVERIFY(session->log.waitFor(uR"(rawMessageReceived(":s 001 me :Welcome"))"_s));
 }
 
-// Ten megabytes at once; the time that a walk over the whole rest for each line would take is more
-// than the patience of the wait.
-void TestIRCConnectionReading::readsManyLinesInOneGo()
+// Ten megabytes at once. A search through the rest of the buffer for each line would time out.
+void TestIRCConnectionReading::readsManyLinesAtOnce()
 {
     constexpr int Count = 300000;
     int messages = 0;
@@ -218,14 +220,14 @@ void TestIRCConnectionReading::readsBinaryData()
     QByteArray bytes(200000, '\0');
     for (char &byte : bytes)
         byte = static_cast<char>(random.bounded(256));
-    QVERIFY(feed(bytes));
+    QVERIFY(sendAsOneRead(bytes));
     session->server.sendBytes("\r\n");
     session->server.send(u":a!b@c PRIVMSG #x :still here"_s);
     QVERIFY(session->log.waitFor(uR"(privmsgReceived("a", "#x", "still here"))"_s));
     QVERIFY(session->connection.isConnected());
 }
 
-// Qt closes a socket when a write fails, and so loses what it has not read by then.
+// Qt closes a socket when a write fails, and discards unread data.
 void TestIRCConnectionReading::readsAllThatArrivedBeforeAReset()
 {
     constexpr int Count = 60000;
@@ -239,7 +241,7 @@ void TestIRCConnectionReading::readsAllThatArrivedBeforeAReset()
     connection.setReadFinishedHandler([&reads] { ++reads; });
     connect(&connection, &IRCConnection::privmsgReceived, this, [&] {
         ++messages;
-        if (readAfterReset == 0 && deliver(*peer)) {
+        if (readAfterReset == 0 && sendAll(*peer)) {
             peer->abort();
             readAfterReset = reads + 1;
         } else if (reads == readAfterReset) {
@@ -250,7 +252,7 @@ void TestIRCConnectionReading::readsAllThatArrivedBeforeAReset()
     QVERIFY(waitUntil([&] { return server.hasPendingConnections() && connection.isConnected(); }));
 
     peer = server.nextPendingConnection();
-    // What it does not read turns its close into a reset.
+    // Closing a socket with unread data sends a reset.
     peer->setReadBufferSize(1);
     QVERIFY(peer->isReadable());
     const QByteArray line = ":a!b@c PRIVMSG #x :" + QByteArray(180, 'x') + "\r\n";
@@ -259,7 +261,7 @@ void TestIRCConnectionReading::readsAllThatArrivedBeforeAReset()
     QCOMPARE(messages, Count);
 }
 
-// Qt closes a socket at once when a write fails, and a call to read may be on its way by then.
+// Qt closes a socket at once when a write fails; a queued onReadyRead() may follow.
 void TestIRCConnectionReading::readsNothingFromAClosedSocket()
 {
     session->connection.findChild<QTcpSocket *>()->abort();
@@ -268,35 +270,35 @@ void TestIRCConnectionReading::readsNothingFromAClosedSocket()
     QVERIFY(session->log.entries().isEmpty());
 }
 
-void TestIRCConnectionReading::letsASlotAnswer()
+void TestIRCConnectionReading::slotCanSend()
 {
     connect(&session->connection, &IRCConnection::privmsgReceived, this,
             [this](const QString &, const QString &, const QString &text) {
                 session->connection.sendRaw(u"ECHO "_s + text);
             });
-    QVERIFY(feed(":a!b@c PRIVMSG #x :1\r\nPING :2\r\n:a!b@c PRIVMSG #x :3\r\n"));
+    QVERIFY(sendAsOneRead(":a!b@c PRIVMSG #x :1\r\nPING :2\r\n:a!b@c PRIVMSG #x :3\r\n"));
     QCOMPARE(session->sent(), (QStringList{u"ECHO 1"_s, u"PONG :2"_s, u"ECHO 3"_s}));
 }
 
-void TestIRCConnectionReading::letsASlotLeave()
+void TestIRCConnectionReading::slotCanDisconnect()
 {
     connect(&session->connection, &IRCConnection::privmsgReceived, this,
             [this] { session->connection.disconnectFromServer(); });
-    QVERIFY(feed(":a!b@c PRIVMSG #x :1\r\nPING :2\r\n:a!b@c PRIVMSG #x :3\r\nhal"));
+    QVERIFY(sendAsOneRead(":a!b@c PRIVMSG #x :1\r\nPING :2\r\n:a!b@c PRIVMSG #x :3\r\nhal"));
     QVERIFY(session->server.waitForEnd());
     QCOMPARE(session->log.raw(),
              (QStringList{u":a!b@c PRIVMSG #x :1"_s, u"PING :2"_s, u":a!b@c PRIVMSG #x :3"_s}));
     QCOMPARE(session->log.entries().count(u"disconnected()"_s), 1);
-    // The answer to the PING had no link any more.
+    // The answer to the PING was sent while disconnected.
     QCOMPARE(session->log.entries().count(uR"(errorOccurred("Socket is not connected"))"_s), 1);
     QCOMPARE(session->server.lines().mid(2), QStringList{u"QUIT :Velmora leaving"_s});
 }
 
-void TestIRCConnectionReading::letsASlotDialAgain()
+void TestIRCConnectionReading::slotCanReconnect()
 {
     connect(&session->connection, &IRCConnection::quitReceived, this,
             [this] { session->startConnecting(); });
-    QVERIFY(feed(":a!b@c QUIT\r\n:a!b@c PRIVMSG #x :rest\r\nPRIVM"));
+    QVERIFY(sendAsOneRead(":a!b@c QUIT\r\n:a!b@c PRIVMSG #x :rest\r\nPRIVM"));
     QVERIFY(session->server.waitForClient(2));
     QVERIFY(session->log.waitFor(u"connected()"_s));
     session->server.send(u"SG #x :of the line"_s);
@@ -305,7 +307,7 @@ void TestIRCConnectionReading::letsASlotDialAgain()
                                               u"PRIVMSG #x :of the line"_s}));
 }
 
-void TestIRCConnectionReading::letsASlotRunAnEventLoop()
+void TestIRCConnectionReading::slotCanRunAnEventLoop()
 {
     const auto *socket = session->connection.findChild<QTcpSocket *>();
     bool hasArrived = false;
@@ -321,8 +323,8 @@ void TestIRCConnectionReading::letsASlotRunAnEventLoop()
                           u":a!b@c PRIVMSG #x :3"_s}));
 }
 
-// The new link reads while the old one's lines are still being handled.
-void TestIRCConnectionReading::letsASlotDialAgainAndRunAnEventLoop()
+// The new connection reads while lines of the old one are still handled.
+void TestIRCConnectionReading::slotCanReconnectAndRunAnEventLoop()
 {
     QEventLoop loop;
     connect(&session->connection, &IRCConnection::quitReceived, this, [&] {
@@ -346,7 +348,7 @@ void TestIRCConnectionReading::letsASlotDialAgainAndRunAnEventLoop()
                           u":s 332 me #x :inner"_s, u":s 332 me #x :outer"_s}));
 }
 
-void TestIRCConnectionReading::tellsTheEndOfEachRead()
+void TestIRCConnectionReading::callsTheHandlerAfterEachRead()
 {
     QStringList events;
     connect(&session->connection, &IRCConnection::privmsgReceived, this,
@@ -356,22 +358,22 @@ void TestIRCConnectionReading::tellsTheEndOfEachRead()
     session->connection.setReadFinishedHandler([&] {
         events.append(session->connection.isReading() ? u"still reading"_s : u"end"_s);
     });
-    QVERIFY(feed(":a!b@c PRIVMSG #x :1\r\n:a!b@c PRIVMSG #x :2\r\n:a!b@c PRIV"));
-    QVERIFY(feed("MSG #x :3\r\n"));
+    QVERIFY(sendAsOneRead(":a!b@c PRIVMSG #x :1\r\n:a!b@c PRIVMSG #x :2\r\n:a!b@c PRIV"));
+    QVERIFY(sendAsOneRead("MSG #x :3\r\n"));
     QCOMPARE(events, (QStringList{u"1"_s, u"2"_s, u"end"_s, u"3"_s, u"end"_s}));
 
     session->connection.setReadFinishedHandler({});
-    QVERIFY(feed(":a!b@c PRIVMSG #x :4\r\n"));
+    QVERIFY(sendAsOneRead(":a!b@c PRIVMSG #x :4\r\n"));
     QCOMPARE(events.constLast(), u"4"_s);
 }
 
-void TestIRCConnectionReading::tellsNoReadThatCompletesNoLine()
+void TestIRCConnectionReading::callsNoHandlerWithoutACompleteLine()
 {
     int ends = 0;
     session->connection.setReadFinishedHandler([&ends] { ++ends; });
-    QVERIFY(feed("half a line"));
+    QVERIFY(sendAsOneRead("half a line"));
     QCOMPARE(ends, 0);
-    QVERIFY(feed(" and its end\r\n"));
+    QVERIFY(sendAsOneRead(" and its end\r\n"));
     QCOMPARE(ends, 1);
 }
 

@@ -10,7 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-// Sessions over TLS, with certificates that are trusted and ones that are not.
+// Sessions over TLS with trusted and untrusted certificates.
 class TestIRCConnectionTls final : public QObject
 {
     Q_OBJECT
@@ -22,9 +22,9 @@ private slots:
     void registersOverTls();
     void refusesACertificate_data();
     void refusesACertificate();
-    void endsWithAServerThatKnowsNoTls();
-    void leavesInAHandshake_data();
-    void leavesInAHandshake();
+    void failsWithAServerWithoutTls();
+    void disconnectsDuringTheHandshake_data();
+    void disconnectsDuringTheHandshake();
 
 private:
     std::unique_ptr<TemporaryStore> store;
@@ -71,10 +71,10 @@ void TestIRCConnectionTls::refusesACertificate_data()
     QTest::addColumn<QString>("complaint");
     QTest::newRow("self-signed") << u"self-signed"_s
                                  << u"The certificate is self-signed, and untrusted"_s;
-    QTest::newRow("of another host")
+    QTest::newRow("another host")
             << u"other host"_s
             << u"The host name did not match any of the valid hosts for this certificate"_s;
-    QTest::newRow("of an unknown authority")
+    QTest::newRow("unknown authority")
             << u"unknown"_s
             << u"The issuer certificate of a locally looked up certificate could not be found"_s;
 }
@@ -83,7 +83,7 @@ void TestIRCConnectionTls::refusesACertificate()
 {
     QFETCH(const QString, kind);
     QFETCH(const QString, complaint);
-    // The preference has no say in it.
+    // Intended: the preference has no effect.
     QSettings().setValue(u"acceptInvalidSsl"_s, true);
     const TlsAuthority strange;
     authority->makeTrusted();
@@ -102,7 +102,7 @@ void TestIRCConnectionTls::refusesACertificate()
     QVERIFY(session.server.clientCount() == 0 || session.server.received().isEmpty());
 }
 
-void TestIRCConnectionTls::endsWithAServerThatKnowsNoTls()
+void TestIRCConnectionTls::failsWithAServerWithoutTls()
 {
     TestSession session;
     session.isSecure = true;
@@ -115,14 +115,14 @@ void TestIRCConnectionTls::endsWithAServerThatKnowsNoTls()
     QVERIFY(session.log.entries().at(1).startsWith(u"errorOccurred("_s));
 }
 
-void TestIRCConnectionTls::leavesInAHandshake_data()
+void TestIRCConnectionTls::disconnectsDuringTheHandshake_data()
 {
     QTest::addColumn<bool>("answers");
     QTest::newRow("never answered") << false;
     QTest::newRow("not answered yet") << true;
 }
 
-void TestIRCConnectionTls::leavesInAHandshake()
+void TestIRCConnectionTls::disconnectsDuringTheHandshake()
 {
     QFETCH(const bool, answers);
     authority->makeTrusted();

@@ -17,22 +17,22 @@ class TestIRCParser final : public QObject
 private slots:
     void init();
 
-    void understandsOneLine_data();
-    void understandsOneLine();
-    void answersOnTheWire_data();
-    void answersOnTheWire();
-    void reportsAnAnswerThatCannotGoOut();
+    void parsesOneLine_data();
+    void parsesOneLine();
+    void sendsLines_data();
+    void sendsLines();
+    void reportsAnAnswerWithoutAConnection();
 
-    void isRegisteredWhenTheWelcomeIsTold();
-    void totalsTheChannelList();
-    void startsEachChannelListAfresh();
-    void holdsTotalsThatAreTooLarge();
-    void movesOnWithEachRefusedNick();
-    void followsTheOwnNick();
-    void asksForNamesUnderTheNewNick();
-    void asksForNamesBehindTheJoin();
+    void isRegisteredBeforeTheSignal();
+    void countsTheChannelList();
+    void resetsTheTotalsForEachChannelList();
+    void clampsTotals();
+    void requestsTheNextNickAfterEachRefusal();
+    void updatesTheOwnNick();
+    void sendsNamesAfterANickChange();
+    void sendsNamesAfterTheJoinSignal();
 
-    void survivesAnything();
+    void acceptsRandomLines();
 
 private:
     void parse(const QString &line);
@@ -51,7 +51,7 @@ void TestIRCParser::parse(const QString &line)
     IRCParser::parseLine(line, &session->connection);
 }
 
-void TestIRCParser::understandsOneLine_data()
+void TestIRCParser::parsesOneLine_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QStringList>("calls");
@@ -67,35 +67,35 @@ void TestIRCParser::understandsOneLine_data()
         {uR"(privmsgReceived("a", "a", "hi"))"_s});
     row("message to a local channel is private", u":a!b@c PRIVMSG &x :hi"_s,
         {uR"(privmsgReceived("a", "a", "hi"))"_s});
-    row("message to a status of a channel is private", u":a!b@c PRIVMSG @#x :hi"_s,
+    row("message to a channel status is private", u":a!b@c PRIVMSG @#x :hi"_s,
         {uR"(privmsgReceived("a", "a", "hi"))"_s});
-    row("message of the user's own", u":me!b@c PRIVMSG #x :hi"_s,
+    row("user's own message", u":me!b@c PRIVMSG #x :hi"_s,
         {uR"(privmsgReceived("me", "#x", "hi"))"_s});
     row("message with an empty text", u":a!b@c PRIVMSG #x :"_s, nothing);
     row("message without a text", u":a!b@c PRIVMSG #x"_s, nothing);
-    row("message with a text of one word in the middle", u":a!b@c PRIVMSG #x hi"_s, nothing);
+    row("message text as a middle parameter", u":a!b@c PRIVMSG #x hi"_s, nothing);
     row("message without a target", u":a!b@c PRIVMSG :hi"_s, nothing);
-    row("message alone", u":a!b@c PRIVMSG"_s, nothing);
+    row("message without parameters", u":a!b@c PRIVMSG"_s, nothing);
     row("message without a prefix", u"PRIVMSG #x :hi"_s, {uR"(privmsgReceived("", "#x", "hi"))"_s});
     row("message from a server", u":irc.test PRIVMSG me :hi"_s,
         {uR"(privmsgReceived("irc.test", "irc.test", "hi"))"_s});
-    row("message loses trailing blanks", u":a!b@c PRIVMSG #x :hi "_s,
+    row("message loses trailing spaces", u":a!b@c PRIVMSG #x :hi "_s,
         {uR"(privmsgReceived("a", "#x", "hi"))"_s});
-    row("message keeps inner blanks and colons", u":a!b@c PRIVMSG #x : a  :b: c"_s,
+    row("message keeps inner spaces and colons", u":a!b@c PRIVMSG #x : a  :b: c"_s,
         {uR"(privmsgReceived("a", "#x", " a  :b: c"))"_s});
     row("message keeps CTCP marks", u":a!b@c PRIVMSG #x :\u0001ACTION waves\u0001"_s,
         {u"privmsgReceived(\"a\", \"#x\", \"\u0001ACTION waves\u0001\")"_s});
-    row("message in small letters", u":a!b@c privmsg #x :hi"_s,
+    row("message command in lower case", u":a!b@c privmsg #x :hi"_s,
         {uR"(privmsgReceived("a", "#x", "hi"))"_s});
-    row("message after more middle parameters", u":a!b@c PRIVMSG #x y :hi"_s,
+    row("message with more middle parameters", u":a!b@c PRIVMSG #x y :hi"_s,
         {uR"(privmsgReceived("a", "#x", "hi"))"_s});
-    row("message from a prefix with two marks", u":a!b!d@c PRIVMSG #x :hi"_s,
+    row("message with two exclamation marks in the prefix", u":a!b!d@c PRIVMSG #x :hi"_s,
         {uR"(privmsgReceived("a", "#x", "hi"))"_s});
-    row("message with a tab for a blank", u":a!b@c\tPRIVMSG #x :hi"_s, nothing);
+    row("message with a tab instead of a space", u":a!b@c\tPRIVMSG #x :hi"_s, nothing);
 
     row("join", u":a!b@c JOIN #x"_s, {uR"(joinReceived("a", "#x"))"_s});
     row("join in the trailing parameter", u":a!b@c JOIN :#x"_s, {uR"(joinReceived("a", ""))"_s});
-    row("join alone", u":a!b@c JOIN"_s, {uR"(joinReceived("a", "JOIN"))"_s});
+    row("join without parameters", u":a!b@c JOIN"_s, {uR"(joinReceived("a", "JOIN"))"_s});
     row("join with account and name", u":a!b@c JOIN #x acc :Real"_s,
         {uR"(joinReceived("a", "#x"))"_s});
 
@@ -104,39 +104,40 @@ void TestIRCParser::understandsOneLine_data()
     row("part without a reason", u":a!b@c PART #x"_s, {uR"(partReceived("a", "#x", ""))"_s});
     row("part in the trailing parameter", u":a!b@c PART :#x"_s,
         {uR"(partReceived("a", "", "#x"))"_s});
-    row("part alone", u":a!b@c PART"_s, {uR"(partReceived("a", "PART", ""))"_s});
+    row("part without parameters", u":a!b@c PART"_s, {uR"(partReceived("a", "PART", ""))"_s});
 
     row("quit with a reason", u":a!b@c QUIT :so long"_s, {uR"(quitReceived("a", "so long"))"_s});
-    row("quit alone", u":a!b@c QUIT"_s, {uR"(quitReceived("a", ""))"_s});
-    row("quit with a word", u":a!b@c QUIT bye"_s, {uR"(quitReceived("a", ""))"_s});
+    row("quit without parameters", u":a!b@c QUIT"_s, {uR"(quitReceived("a", ""))"_s});
+    row("quit with a middle parameter", u":a!b@c QUIT bye"_s, {uR"(quitReceived("a", ""))"_s});
 
     row("kick", u":a!b@c KICK #x bob :out"_s, {uR"(kickReceived("#x", "bob", "a", "out"))"_s});
     row("kick without a reason", u":a!b@c KICK #x bob"_s,
         {uR"(kickReceived("#x", "bob", "a", ""))"_s});
-    row("kick of nobody", u":a!b@c KICK #x"_s, {uR"(kickReceived("#x", "", "a", ""))"_s});
+    row("kick without a nick", u":a!b@c KICK #x"_s, {uR"(kickReceived("#x", "", "a", ""))"_s});
     row("kick by a server", u":irc.test KICK #x bob :out"_s,
         {uR"(kickReceived("#x", "bob", "irc.test", "out"))"_s});
-    row("kick alone", u":a!b@c KICK"_s, {uR"(kickReceived("KICK", "", "a", ""))"_s});
+    row("kick without parameters", u":a!b@c KICK"_s, {uR"(kickReceived("KICK", "", "a", ""))"_s});
 
-    row("nick in the middle", u":a!b@c NICK newnick"_s, {uR"(nickChanged("a", "newnick"))"_s});
+    row("nick as a middle parameter", u":a!b@c NICK newnick"_s,
+        {uR"(nickChanged("a", "newnick"))"_s});
     row("nick in the trailing parameter", u":a!b@c NICK :newnick"_s,
         {uR"(nickChanged("a", "newnick"))"_s});
-    row("nick alone", u":a!b@c NICK"_s, {uR"(nickChanged("a", "NICK"))"_s});
-    row("nick with blanks around", u":a!b@c NICK :  foo  "_s, {uR"(nickChanged("a", "foo"))"_s});
+    row("nick without parameters", u":a!b@c NICK"_s, {uR"(nickChanged("a", "NICK"))"_s});
+    row("nick between spaces", u":a!b@c NICK :  foo  "_s, {uR"(nickChanged("a", "foo"))"_s});
     row("nick with two colons", u":a!b@c NICK ::foo"_s, {uR"(nickChanged("a", "foo"))"_s});
     row("nick with three colons", u":a!b@c NICK :::foo"_s, {uR"(nickChanged("a", ":foo"))"_s});
-    row("nick of nothing", u":a!b@c NICK :"_s, {uR"(nickChanged("a", ""))"_s});
-    row("trailing nick before the middle one", u":a!b@c NICK foo :bar"_s,
+    row("empty nick", u":a!b@c NICK :"_s, {uR"(nickChanged("a", ""))"_s});
+    row("trailing nick has precedence", u":a!b@c NICK foo :bar"_s,
         {uR"(nickChanged("a", "bar"))"_s});
 
     row("name list", u":s 353 me = #c :@x +y z"_s, {uR"(namesList("#c", [@x +y z]))"_s});
-    row("name list with many blanks", u"  :a 353 me = #c :x y  z  "_s,
+    row("name list with many spaces", u"  :a 353 me = #c :x y  z  "_s,
         {uR"(namesList("#c", [x y z]))"_s});
-    row("name list of nobody", u":s 353 me = #c"_s, {uR"(namesList("#c", []))"_s});
+    row("empty name list", u":s 353 me = #c"_s, {uR"(namesList("#c", []))"_s});
     row("name list too short", u":s 353 me #c :x y"_s, nothing);
-    row("name list in the middle", u":s 353 me = #c x y"_s, {uR"(namesList("#c", []))"_s});
+    row("names as middle parameters", u":s 353 me = #c x y"_s, {uR"(namesList("#c", []))"_s});
     row("end of names", u":s 366 me #c :End"_s, {uR"(namesListFinished("#c"))"_s});
-    row("end of names of nothing", u":s 366 me"_s, {uR"(namesListFinished(""))"_s});
+    row("end of names without a channel", u":s 366 me"_s, {uR"(namesListFinished(""))"_s});
 
     row("list start", u":s 321 me Channel :Users  Name"_s, {u"listStartReceived()"_s});
     row("list row", u":s 322 me #c 17 :All about it"_s,
@@ -150,18 +151,18 @@ void TestIRCParser::understandsOneLine_data()
         {uR"(listInfoReceived("", 0, 0))"_s, u"listEndReceived()"_s});
 
     row("topic", u":s 332 me #c :All about it"_s, {uR"(topicReceived("#c", "All about it"))"_s});
-    row("topic of nothing", u":s 332 me"_s, {uR"(topicReceived("", ""))"_s});
-    row("topic in the middle", u":s 332 me #c word"_s, {uR"(topicReceived("#c", ""))"_s});
+    row("topic without parameters", u":s 332 me"_s, {uR"(topicReceived("", ""))"_s});
+    row("topic as a middle parameter", u":s 332 me #c word"_s, {uR"(topicReceived("#c", ""))"_s});
 
     row("welcome", u":server 001 me :Welcome"_s,
         {uR"(serverMessage("Connected and registered."))"_s, u"registered()"_s});
-    row("welcome alone", u"001"_s,
+    row("welcome without parameters", u"001"_s,
         {uR"(serverMessage("Connected and registered."))"_s, u"registered()"_s});
 
     row("whois user", u":s 311 me bob ident host * :Bob Real"_s,
         {uR"(whoisUserReceived("bob", "ident", "host", "Bob Real"))"_s});
     row("whois user too short", u":s 311 me bob ident host :Bob Real"_s, nothing);
-    row("whois server of four parameters", u":s 312 me bob irc.test 2 :A server"_s,
+    row("whois server with four parameters", u":s 312 me bob irc.test 2 :A server"_s,
         {uR"(whoisServerReceived("bob", "irc.test", "A server"))"_s});
     row("whois server as servers send it", u":s 312 me bob irc.test :A server"_s, nothing);
     row("whois operator", u":s 313 me bob :is an operator"_s,
@@ -171,15 +172,15 @@ void TestIRCParser::understandsOneLine_data()
         {uR"(whoisIdleReceived("bob", 42, "seconds idle, signon time"))"_s});
     row("whois idle without a number", u":s 317 me bob long 1700000000 :since"_s,
         {uR"(whoisIdleReceived("bob", 0, "since"))"_s});
-    row("whois idle of more seconds than fit", u":s 317 me bob 99999999999 1 :since"_s,
+    row("whois idle overflow", u":s 317 me bob 99999999999 1 :since"_s,
         {uR"(whoisIdleReceived("bob", 0, "since"))"_s});
     row("whois idle too short", u":s 317 me bob 42 :seconds idle"_s, nothing);
     row("whois channels", u":s 319 me bob :@#a +#b #c"_s,
         {uR"(whoisChannelsReceived("bob", "@#a +#b #c"))"_s});
     row("whois channels too short", u":s 319 me :#a"_s, nothing);
     row("whois end", u":s 318 me bob :End"_s, {uR"(whoisEndReceived("bob", "bob"))"_s});
-    row("whois end of nobody", u":s 318 me"_s, {uR"(whoisEndReceived("Server", ""))"_s});
-    row("whois end alone", u":s 318"_s, {uR"(whoisEndReceived("Server", ""))"_s});
+    row("whois end without a nick", u":s 318 me"_s, {uR"(whoisEndReceived("Server", ""))"_s});
+    row("whois end without parameters", u":s 318"_s, {uR"(whoisEndReceived("Server", ""))"_s});
     row("away", u":s 301 me bob :gone fishing"_s,
         {uR"(whoisAwayReceived("bob", "gone fishing"))"_s});
     row("away too short", u":s 301 me :gone fishing"_s, nothing);
@@ -192,13 +193,13 @@ void TestIRCParser::understandsOneLine_data()
         QTest::addRow("watch %s with a time", numeric)
                 << QString(u":s "_s + word + u" me bob ident host 1700000000 :logged on"_s)
                 << QStringList{uR"(watchStatus("bob", false))"_s};
-        QTest::addRow("watch %s almost one", numeric)
+        QTest::addRow("watch %s with 01", numeric)
                 << QString(u":s "_s + word + u" me bob ident host 01 :text"_s)
                 << QStringList{uR"(watchStatus("bob", false))"_s};
         QTest::addRow("watch %s too short", numeric)
                 << QString(u":s "_s + word + u" me bob ident host :1"_s) << nothing;
     }
-    row("no watch numeric", u":s 603 me bob ident host 1 :text"_s,
+    row("numeric between the watch numerics", u":s 603 me bob ident host 1 :text"_s,
         {uR"(serverMessage(":s 603 me bob ident host 1 :text"))"_s});
 
     for (const char *numeric : {"002", "003", "004", "005", "333", "372", "375", "432", "599"}) {
@@ -209,40 +210,40 @@ void TestIRCParser::understandsOneLine_data()
     row("numeric is passed on trimmed", u"  :s 372 me :- hi  "_s,
         {uR"(serverMessage(":s 372 me :- hi"))"_s});
     row("numeric without a prefix", u"372 me :- hi"_s, {uR"(serverMessage("372 me :- hi"))"_s});
-    row("word that begins with a digit", u":s 3com x"_s, {uR"(serverMessage(":s 3com x"))"_s});
-    row("numeric of one digit too many", u":s 0010 me"_s, {uR"(serverMessage(":s 0010 me"))"_s});
+    row("command that begins with a digit", u":s 3com x"_s, {uR"(serverMessage(":s 3com x"))"_s});
+    row("numeric with four digits", u":s 0010 me"_s, {uR"(serverMessage(":s 0010 me"))"_s});
 
     row("notice", u":a!b@c NOTICE me :hello"_s, nothing);
     row("topic change", u":a!b@c TOPIC #x :new"_s, nothing);
     row("mode", u":a!b@c MODE #x +o bob"_s, nothing);
     row("invite", u":a!b@c INVITE me :#x"_s, nothing);
     row("error", u"ERROR :Closing link"_s, nothing);
-    row("unknown word", u":a!b@c FROB x"_s, nothing);
+    row("unknown command", u":a!b@c FROB x"_s, nothing);
     row("ping with a prefix", u":server PING :abc"_s, nothing);
-    row("ping in small letters", u"ping :abc"_s, nothing);
+    row("ping in lower case", u"ping :abc"_s, nothing);
     row("pong", u"PONG irc.test :abc"_s, nothing);
-    row("pong and more letters", u"PONGNICK foo"_s, nothing);
+    row("command that begins with PONG", u"PONGNICK foo"_s, nothing);
     row("pong with a prefix", u":irc.test PONG irc.test :abc"_s, nothing);
 
     row("empty line", u""_s, nothing);
-    row("blank line", u"  \t "_s, nothing);
+    row("white space", u"  \t "_s, nothing);
     row("colon alone", u":"_s, nothing);
-    row("colon and a word", u":a!b@c"_s, nothing);
-    row("colon, a word and blanks", u":a!b@c   "_s, nothing);
-    row("colon and a blank before a command", u": QUIT :bye"_s, {uR"(quitReceived("", "bye"))"_s});
-    row("two blanks before the command", u":a!b@c  QUIT :bye"_s, nothing);
+    row("prefix alone", u":a!b@c"_s, nothing);
+    row("prefix and spaces", u":a!b@c   "_s, nothing);
+    row("empty prefix", u": QUIT :bye"_s, {uR"(quitReceived("", "bye"))"_s});
+    row("two spaces before the command", u":a!b@c  QUIT :bye"_s, nothing);
     row("an empty parameter counts", u":s 353 me  #c :x"_s, {uR"(namesList("#c", [x]))"_s});
     row("a colon inside a parameter", u":s 332 me #a:b :t"_s, {uR"(topicReceived("#a:b", "t"))"_s});
 }
 
-void TestIRCParser::understandsOneLine()
+void TestIRCParser::parsesOneLine()
 {
     QFETCH(const QString, line);
     parse(line);
     QTEST(session->log.entries(), "calls");
 }
 
-void TestIRCParser::answersOnTheWire_data()
+void TestIRCParser::sendsLines_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QStringList>("answers");
@@ -252,16 +253,16 @@ void TestIRCParser::answersOnTheWire_data()
     QTest::newRow("ping") << u"PING :abc"_s << QStringList{u"PONG :abc"_s} << nothing;
     QTest::newRow("ping without a colon")
             << u"PING abc"_s << QStringList{u"PONG :abc"_s} << nothing;
-    QTest::newRow("ping alone") << u"PING"_s << QStringList{u"PONG :"_s} << nothing;
-    QTest::newRow("ping with blanks")
+    QTest::newRow("ping without parameters") << u"PING"_s << QStringList{u"PONG :"_s} << nothing;
+    QTest::newRow("ping with spaces")
             << u"  PING   :a b  "_s << QStringList{u"PONG :a b"_s} << nothing;
     QTest::newRow("ping of two words")
             << u"PING one two"_s << QStringList{u"PONG :one two"_s} << nothing;
     QTest::newRow("ping with two colons")
             << u"PING ::abc"_s << QStringList{u"PONG ::abc"_s} << nothing;
-    QTest::newRow("longer word that begins like a ping")
+    QTest::newRow("command that begins with PING")
             << u"PINGABLE x"_s << QStringList{u"PONG :BLE x"_s} << nothing;
-    QTest::newRow("ping in small letters") << u"ping :abc"_s << nothing << nothing;
+    QTest::newRow("ping in lower case") << u"ping :abc"_s << nothing << nothing;
     QTest::newRow("ping with a prefix") << u":server PING :abc"_s << nothing << nothing;
     QTest::newRow("pong") << u"PONG :abc"_s << nothing << nothing;
     QTest::newRow("own join") << u":me!b@c JOIN #x"_s << QStringList{u"NAMES #x"_s}
@@ -271,7 +272,7 @@ void TestIRCParser::answersOnTheWire_data()
             << QStringList{uR"(joinReceived("me", ""))"_s};
     QTest::newRow("join of the same nick in another case")
             << u":Me!b@c JOIN #x"_s << nothing << QStringList{uR"(joinReceived("Me", "#x"))"_s};
-    QTest::newRow("somebody's join")
+    QTest::newRow("another user's join")
             << u":a!b@c JOIN #x"_s << nothing << QStringList{uR"(joinReceived("a", "#x"))"_s};
     QTest::newRow("nick without a prefix")
             << u"NICK foo"_s << nothing << QStringList{uR"(nickChanged("", "foo"))"_s};
@@ -279,7 +280,7 @@ void TestIRCParser::answersOnTheWire_data()
                                   << QStringList{uR"(nickChanged("me", "me_"))"_s};
 }
 
-void TestIRCParser::answersOnTheWire()
+void TestIRCParser::sendsLines()
 {
     QFETCH(const QString, line);
     QVERIFY(session->open(u"me"_s));
@@ -288,13 +289,13 @@ void TestIRCParser::answersOnTheWire()
     QTEST(session->sent(), "answers");
 }
 
-void TestIRCParser::reportsAnAnswerThatCannotGoOut()
+void TestIRCParser::reportsAnAnswerWithoutAConnection()
 {
     parse(u"PING :abc"_s);
     QCOMPARE(session->log.entries(), QStringList{uR"(errorOccurred("Socket is not connected"))"_s});
 }
 
-void TestIRCParser::isRegisteredWhenTheWelcomeIsTold()
+void TestIRCParser::isRegisteredBeforeTheSignal()
 {
     QList<bool> states;
     connect(&session->connection, &IRCConnection::serverMessage, this,
@@ -305,7 +306,7 @@ void TestIRCParser::isRegisteredWhenTheWelcomeIsTold()
     QCOMPARE(states, (QList<bool>{false, true}));
 }
 
-void TestIRCParser::totalsTheChannelList()
+void TestIRCParser::countsTheChannelList()
 {
     const QStringList lines{u":irc.test 321 me Channel :Users  Name"_s,
                             u":irc.test 322 me #a 7 :x"_s,
@@ -322,7 +323,7 @@ void TestIRCParser::totalsTheChannelList()
     QCOMPARE(session->connection.getListServerName(), u"irc.test"_s);
 }
 
-void TestIRCParser::startsEachChannelListAfresh()
+void TestIRCParser::resetsTheTotalsForEachChannelList()
 {
     parse(u":irc.test 321 me"_s);
     parse(u":irc.test 322 me #a 7 :x"_s);
@@ -336,7 +337,7 @@ void TestIRCParser::startsEachChannelListAfresh()
     QCOMPARE(totals, (QList<int>{0, 0}));
     QCOMPARE(session->connection.getListServerName(), QString());
 
-    // A row counts before it is told.
+    // A row is counted before its signal.
     connect(&session->connection, &IRCConnection::listChannelReceived, this, [&] {
         totals = {session->connection.getTotalListChannels(),
                   session->connection.getTotalListUsers()};
@@ -345,7 +346,7 @@ void TestIRCParser::startsEachChannelListAfresh()
     QCOMPARE(totals, (QList<int>{1, 7}));
 }
 
-void TestIRCParser::holdsTotalsThatAreTooLarge()
+void TestIRCParser::clampsTotals()
 {
     for (int i = 0; i < 3; ++i)
         parse(u":s 322 me #a 2147483647 :x"_s);
@@ -353,18 +354,18 @@ void TestIRCParser::holdsTotalsThatAreTooLarge()
     QCOMPARE(session->connection.getTotalListUsers(), 2147483647);
 }
 
-void TestIRCParser::movesOnWithEachRefusedNick()
+void TestIRCParser::requestsTheNextNickAfterEachRefusal()
 {
     QVERIFY(session->open(u"me"_s));
     parse(u":s 433 * me :in use"_s);
     parse(u":s 001 me_ :Welcome"_s);
-    // Registration makes no difference.
+    // The same after registration.
     parse(u":s 433 me_ bob :in use"_s);
     QCOMPARE(session->sent(), (QStringList{u"NICK me_"_s, u"NICK me_1"_s}));
     QCOMPARE(session->connection.currentNick(), u"me_1"_s);
 }
 
-void TestIRCParser::followsTheOwnNick()
+void TestIRCParser::updatesTheOwnNick()
 {
     QVERIFY(session->open(u"me"_s));
     parse(u":Me!b@c NICK other"_s);
@@ -376,7 +377,7 @@ void TestIRCParser::followsTheOwnNick()
              (QStringList{uR"(ownNickChanged("you"))"_s, uR"(nickChanged("me", "you"))"_s}));
 }
 
-void TestIRCParser::asksForNamesBehindTheJoin()
+void TestIRCParser::sendsNamesAfterTheJoinSignal()
 {
     QVERIFY(session->open(u"me"_s));
     connect(&session->connection, &IRCConnection::joinReceived, this,
@@ -385,7 +386,7 @@ void TestIRCParser::asksForNamesBehindTheJoin()
     QCOMPARE(session->sent(), (QStringList{u"JOINED"_s, u"NAMES #a"_s}));
 }
 
-void TestIRCParser::asksForNamesUnderTheNewNick()
+void TestIRCParser::sendsNamesAfterANickChange()
 {
     QVERIFY(session->open(u"me"_s));
     parse(u":me!b@c NICK you"_s);
@@ -394,8 +395,8 @@ void TestIRCParser::asksForNamesUnderTheNewNick()
     QCOMPARE(session->sent(), QStringList{u"NAMES #new"_s});
 }
 
-// Lines put together at random from what the chain looks for.
-void TestIRCParser::survivesAnything()
+// Random lines of commands and parameters that the parser handles.
+void TestIRCParser::acceptsRandomLines()
 {
     const QStringList pieces{u" "_s,
                              u"  "_s,

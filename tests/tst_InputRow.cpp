@@ -50,14 +50,14 @@ class TestInputRow final : public QObject
     Q_OBJECT
 
 private slots:
-    void makesTheRow();
-    void showsWhatBelongsToATab_data();
-    void showsWhatBelongsToATab();
-    void keepsToOneLine_data();
-    void keepsToOneLine();
+    void createsTheWidgets();
+    void showsThePageOfATab_data();
+    void showsThePageOfATab();
+    void replacesLineBreaks_data();
+    void replacesLineBreaks();
 };
 
-void TestInputRow::makesTheRow()
+void TestInputRow::createsTheWidgets()
 {
     const InputRow row = InputRow::create();
     const std::unique_ptr<QStackedWidget> stack(row.stack);
@@ -73,7 +73,7 @@ void TestInputRow::makesTheRow()
     QCOMPARE(row.listSearch->placeholderText(), u"Search channels..."_s);
 }
 
-void TestInputRow::showsWhatBelongsToATab_data()
+void TestInputRow::showsThePageOfATab_data()
 {
     QTest::addColumn<QString>("tab");
     QTest::addColumn<int>("page");
@@ -87,7 +87,7 @@ void TestInputRow::showsWhatBelongsToATab_data()
     QTest::newRow("server in another case") << u"SERVER"_s << 0 << message;
 }
 
-void TestInputRow::showsWhatBelongsToATab()
+void TestInputRow::showsThePageOfATab()
 {
     QFETCH(const QString, tab);
     const std::unique_ptr<QStackedWidget> stack(InputRow::create().stack);
@@ -99,7 +99,7 @@ void TestInputRow::showsWhatBelongsToATab()
     QTEST(InputRow::placeholderFor(tab), "placeholder");
 }
 
-void TestInputRow::keepsToOneLine_data()
+void TestInputRow::replacesLineBreaks_data()
 {
     QTest::addColumn<Insertion>("insert");
 
@@ -108,7 +108,7 @@ void TestInputRow::keepsToOneLine_data()
     QTest::newRow("from an input method") << Insertion(commit);
 }
 
-void TestInputRow::keepsToOneLine()
+void TestInputRow::replacesLineBreaks()
 {
     QFETCH(const Insertion, insert);
     const InputRow row = InputRow::create();

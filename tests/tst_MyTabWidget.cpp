@@ -10,10 +10,10 @@ class TestMyTabWidget final : public QObject
     Q_OBJECT
 
 private slots:
-    void takesABarFromOutside();
+    void replacesTheTabBar();
 };
 
-void TestMyTabWidget::takesABarFromOutside()
+void TestMyTabWidget::replacesTheTabBar()
 {
     MyTabWidget tabs;
     auto *bar = new QTabBar;

@@ -17,11 +17,11 @@ class TestNickCompletion final : public QObject
 private slots:
     void findsCandidates_data();
     void findsCandidates();
-    void offersInOneModel();
-    void findsTheWord_data();
-    void findsTheWord();
-    void findsTheRest_data();
-    void findsTheRest();
+    void keepsItsModel();
+    void findsTheWordBeforeTheCursor_data();
+    void findsTheWordBeforeTheCursor();
+    void findsTheCompletion_data();
+    void findsTheCompletion();
 };
 
 void TestNickCompletion::findsCandidates_data()
@@ -37,13 +37,13 @@ void TestNickCompletion::findsCandidates_data()
     const auto me = u"me"_s;
     add("channel", u"#c"_s, {u"z"_s, u"@a"_s}, {u"z"_s, u"@a"_s, me});
     add("unknown channel", u"#c"_s, {}, {me});
-    add("the user among others", u"#c"_s, {me, u"a"_s}, {me, u"a"_s});
-    add("others twice", u"#c"_s, {u"a"_s, u"b"_s, u"a"_s, u"A"_s}, {u"a"_s, u"b"_s, u"A"_s, me});
-    add("the user with a rank", u"#c"_s, {u"@me"_s}, {u"@me"_s, me});
+    add("own nick in the entries", u"#c"_s, {me, u"a"_s}, {me, u"a"_s});
+    add("duplicates", u"#c"_s, {u"a"_s, u"b"_s, u"a"_s, u"A"_s}, {u"a"_s, u"b"_s, u"A"_s, me});
+    add("own nick with a prefix", u"#c"_s, {u"@me"_s}, {u"@me"_s, me});
     add("server", u"Server"_s, {}, {me});
     add("list", u"List"_s, {}, {u"List"_s, me});
     add("conversation", u"bob"_s, {}, {u"bob"_s, me});
-    add("entries of no channel", u"bob"_s, {u"a"_s}, {u"bob"_s, me});
+    add("entries outside a channel", u"bob"_s, {u"a"_s}, {u"bob"_s, me});
     add("conversation with the user", me, {}, {me});
 }
 
@@ -54,14 +54,14 @@ void TestNickCompletion::findsCandidates()
     QTEST(NickCompletion::candidates({tab, entries, u"me"_s}), "candidates");
 }
 
-void TestNickCompletion::offersInOneModel()
+void TestNickCompletion::keepsItsModel()
 {
     QObject parent;
     QCompleter *completer = NickCompletion::create(&parent);
     QCOMPARE(completer->parent(), &parent);
     QCOMPARE(completer->caseSensitivity(), Qt::CaseInsensitive);
     QCOMPARE(completer->completionMode(), QCompleter::PopupCompletion);
-    // A model of another kind is none to offer in.
+    // A model of another type is replaced.
     completer->setModel(new QStandardItemModel(completer));
     NickCompletion::setCandidates(*completer, {u"a"_s});
     const auto *model = qobject_cast<QStringListModel *>(completer->model());
@@ -77,26 +77,26 @@ void TestNickCompletion::offersInOneModel()
     QCOMPARE(model->stringList(), (QStringList{u"b"_s, u"c"_s}));
 }
 
-// "|" in the texts stands for the cursor.
-void TestNickCompletion::findsTheWord_data()
+// "|" marks the cursor.
+void TestNickCompletion::findsTheWordBeforeTheCursor_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("word");
 
     QTest::newRow("one word") << u"car|"_s << u"car"_s;
-    QTest::newRow("a later one") << u"hello car|"_s << u"car"_s;
-    QTest::newRow("several blanks") << u"hello   car|"_s << u"car"_s;
-    QTest::newRow("in the midst of a word") << u"hello ca|rol x"_s << u"ca"_s;
-    QTest::newRow("behind a blank") << u"car |x"_s << QString();
+    QTest::newRow("second word") << u"hello car|"_s << u"car"_s;
+    QTest::newRow("several spaces") << u"hello   car|"_s << u"car"_s;
+    QTest::newRow("inside a word") << u"hello ca|rol x"_s << u"ca"_s;
+    QTest::newRow("after a space") << u"car |x"_s << QString();
     QTest::newRow("at the start") << u"|car"_s << QString();
     QTest::newRow("at the start of two words") << u"|hello car"_s << u"car"_s;
-    QTest::newRow("at the start, a blank there") << u"| car"_s << u"car"_s;
-    QTest::newRow("at the start, a blank at the end") << u"|car "_s << QString();
-    QTest::newRow("a tab is no blank") << u"a\tcar|"_s << u"a\tcar"_s;
-    QTest::newRow("nothing") << u"|"_s << QString();
+    QTest::newRow("at the start, before a space") << u"| car"_s << u"car"_s;
+    QTest::newRow("at the start, trailing space") << u"|car "_s << QString();
+    QTest::newRow("a tab is no space") << u"a\tcar|"_s << u"a\tcar"_s;
+    QTest::newRow("empty") << u"|"_s << QString();
 }
 
-void TestNickCompletion::findsTheWord()
+void TestNickCompletion::findsTheWordBeforeTheCursor()
 {
     QFETCH(QString, text);
     const qsizetype cursor = text.indexOf(u'|');
@@ -104,7 +104,7 @@ void TestNickCompletion::findsTheWord()
     QTEST(NickCompletion::wordBeforeCursor(text, static_cast<int>(cursor)), "word");
 }
 
-void TestNickCompletion::findsTheRest_data()
+void TestNickCompletion::findsTheCompletion_data()
 {
     QTest::addColumn<QString>("word");
     QTest::addColumn<std::optional<QString>>("rest");
@@ -112,17 +112,17 @@ void TestNickCompletion::findsTheRest_data()
     const auto add = [](const char *name, const QString &word, const std::optional<QString> &rest) {
         QTest::newRow(name) << word << rest;
     };
-    add("a beginning", u"car"_s, u"ol"_s);
+    add("start of a nick", u"car"_s, u"ol"_s);
     add("another case", u"CAR"_s, u"ol"_s);
-    add("the first that fits", u"da"_s, u"n"_s);
-    add("all of it", u"carol"_s, QString());
-    add("a longer one", u"dani"_s, u"el"_s);
-    add("a rank", u"@"_s, u"alice"_s);
-    add("no operator by the nick", u"ali"_s, std::nullopt);
-    add("nobody", u"x"_s, std::nullopt);
+    add("first match", u"da"_s, u"n"_s);
+    add("complete nick", u"carol"_s, QString());
+    add("start of the second match", u"dani"_s, u"el"_s);
+    add("prefix", u"@"_s, u"alice"_s);
+    add("operator not by the nick", u"ali"_s, std::nullopt);
+    add("no match", u"x"_s, std::nullopt);
 }
 
-void TestNickCompletion::findsTheRest()
+void TestNickCompletion::findsTheCompletion()
 {
     QFETCH(const QString, word);
     QTEST(NickCompletion::completionSuffix(word, {u"@alice"_s, u"carol"_s, u"dan"_s, u"daniel"_s}),

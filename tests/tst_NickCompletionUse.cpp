@@ -24,8 +24,8 @@ QStringListModel *modelOf(const MainWindowProbe &probe)
     return qobject_cast<QStringListModel *>(probe.nickCompleter().model());
 }
 
-// What the popup shows; empty while there is none.
-QStringList offered(const MainWindowProbe &probe)
+// Returns the rows of the popup; none while it is hidden.
+QStringList popupRows(const MainWindowProbe &probe)
 {
     const QAbstractItemView *popup = probe.nickCompleter().popup();
     QStringList nicks;
@@ -34,7 +34,7 @@ QStringList offered(const MainWindowProbe &probe)
     return nicks;
 }
 
-// Types into the line once it has the keyboard, without which nothing is taken from the popup.
+// Types into the line once it has the focus; without it, the popup changes nothing in the line.
 void type(const MainWindowProbe &probe, const QString &text)
 {
     QLineEdit &line = probe.inputLine();
@@ -54,51 +54,51 @@ class TestNickCompletionUse final : public QObject
 private slots:
     void init();
 
-    void followsTheTab_data();
-    void followsTheTab();
-    void takesOneRankOff();
+    void dependsOnTheTab_data();
+    void dependsOnTheTab();
+    void stripsOnePrefix();
     void listsTheUserOnce_data();
     void listsTheUserOnce();
     void keepsItsModel();
-    void startsWithTheServersList();
+    void startsWithTheServerTabsCandidates();
 
-    void followsEvents_data();
-    void followsEvents();
-    void leavesOutWhatIsOutOfSight_data();
-    void leavesOutWhatIsOutOfSight();
-    void keepsWhoWasThereWhenKicked();
-    void followsAClosedTab();
-    void refreshesOnceInARead();
-    void offersWhatTheLastUpdateFound_data();
-    void offersWhatTheLastUpdateFound();
+    void updatesOnEvents_data();
+    void updatesOnEvents();
+    void ignoresEventsOfOtherTabs_data();
+    void ignoresEventsOfOtherTabs();
+    void keepsCandidatesAfterBeingKicked();
+    void updatesWhenATabIsClosed();
+    void updatesOncePerRead();
+    void keepsTheLastUpdateAfterRenames_data();
+    void keepsTheLastUpdateAfterRenames();
 
-    void offersNicks_data();
-    void offersNicks();
-    void takesWhatIsClicked();
-    void takesWhatIsChosenByKeys();
-    void takesTheChosenNickByReturn();
-    void sendsTheLineUnderThePopup();
-    void keepsTheHighlightedNick_data();
-    void keepsTheHighlightedNick();
+    void showsMatchingNicks_data();
+    void showsMatchingNicks();
+    void clickAcceptsANick();
+    void arrowKeysSelectANick();
+    void returnAcceptsTheHighlightedNick();
+    void returnSendsTheLineWithoutAHighlightedRow();
+    void keepsTheHighlightedRow_data();
+    void keepsTheHighlightedRow();
     void acceptsAHighlightedNickThatLeft_data();
     void acceptsAHighlightedNickThatLeft();
-    void keepsTheCursorInTheLine();
-    void sendsWhatWasTypedAfterTheNickLeft();
+    void keepsTheCursorPosition();
+    void sendsTextTypedAfterTheNickLeft();
     void sendsTheTypedTextAfterTheLastRow();
-    void goesOnWhileItIsOpen();
+    void sessionContinuesWhileThePopupIsOpen();
 
     void completes_data();
     void completes();
     void completesByTab_data();
     void completesByTab();
-    void completesNoFurther();
-    void showsItsListInThePopup();
-    void leavesTheListAloneWithoutAWord_data();
-    void leavesTheListAloneWithoutAWord();
+    void completesACompleteNickOnlyToALongerOne();
+    void setsThePopupsCandidates();
+    void keepsTheCandidatesWithoutAWord_data();
+    void keepsTheCandidatesWithoutAWord();
     void ignoresThePreferences();
 
-    void takesHostileNicks_data();
-    void takesHostileNicks();
+    void acceptsHostileNicks_data();
+    void acceptsHostileNicks();
 
 private:
     TemporaryStore store;
@@ -109,7 +109,7 @@ void TestNickCompletionUse::init()
     store.clear();
 }
 
-void TestNickCompletionUse::followsTheTab_data()
+void TestNickCompletionUse::dependsOnTheTab_data()
 {
     QTest::addColumn<QString>("tab");
     QTest::addColumn<QStringList>("nicks");
@@ -121,10 +121,11 @@ void TestNickCompletionUse::followsTheTab_data()
     QTest::newRow("list") << u"List"_s << QStringList{u"List"_s, u"me"_s};
     QTest::newRow("local channel") << u"&c"_s << QStringList{u"&c"_s, u"me"_s};
     QTest::newRow("the user's own tab") << u"me"_s << QStringList{u"me"_s};
-    QTest::newRow("the user's in another case") << u"ME"_s << QStringList{u"ME"_s, u"me"_s};
+    QTest::newRow("the user's own nick in another case")
+            << u"ME"_s << QStringList{u"ME"_s, u"me"_s};
 }
 
-void TestNickCompletionUse::followsTheTab()
+void TestNickCompletionUse::dependsOnTheTab()
 {
     QFETCH(const QString, tab);
     WindowSession session;
@@ -139,7 +140,7 @@ void TestNickCompletionUse::followsTheTab()
     QTEST(session.probe.completions(), "nicks");
 }
 
-void TestNickCompletionUse::takesOneRankOff()
+void TestNickCompletionUse::stripsOnePrefix()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -157,10 +158,10 @@ void TestNickCompletionUse::listsTheUserOnce_data()
     QTest::addColumn<QStringList>("nicks");
 
     QTest::newRow("absent") << QStringList{u"z"_s, u"a"_s} << QStringList{u"z"_s, u"a"_s, u"me"_s};
-    QTest::newRow("in front") << QStringList{u"@me"_s, u"a"_s} << QStringList{u"me"_s, u"a"_s};
+    QTest::newRow("first") << QStringList{u"@me"_s, u"a"_s} << QStringList{u"me"_s, u"a"_s};
     QTest::newRow("another case") << QStringList{u"ME"_s} << QStringList{u"ME"_s, u"me"_s};
-    QTest::newRow("others twice") << QStringList{u"@a"_s, u"b"_s, u"a"_s, u"A"_s}
-                                  << QStringList{u"a"_s, u"b"_s, u"A"_s, u"me"_s};
+    QTest::newRow("duplicates") << QStringList{u"@a"_s, u"b"_s, u"a"_s, u"A"_s}
+                                << QStringList{u"a"_s, u"b"_s, u"A"_s, u"me"_s};
 }
 
 void TestNickCompletionUse::listsTheUserOnce()
@@ -182,7 +183,7 @@ void TestNickCompletionUse::keepsItsModel()
     session.probe.openTabs({u"#c"_s, u"bob"_s});
     session.probe.showTab(u"bob"_s);
     QCOMPARE(modelOf(session.probe), model);
-    // Another kind of model is replaced.
+    // A model of another type is replaced.
     session.probe.nickCompleter().setModel(new QStandardItemModel(&session.window));
     session.probe.showTab(u"#c"_s);
     QVERIFY(modelOf(session.probe) != nullptr);
@@ -191,26 +192,26 @@ void TestNickCompletionUse::keepsItsModel()
     QCOMPARE(session.probe.nickCompleter().completionMode(), QCompleter::PopupCompletion);
 }
 
-// There is no nick before the first connect.
-void TestNickCompletionUse::startsWithTheServersList()
+// The user has no nick before the first connection.
+void TestNickCompletionUse::startsWithTheServerTabsCandidates()
 {
     WindowSession session;
     QCOMPARE(session.probe.completions(), QStringList{session.probe.connection().currentNick()});
 }
 
-void TestNickCompletionUse::followsEvents_data()
+void TestNickCompletionUse::updatesOnEvents_data()
 {
-    QTest::addColumn<QStringList>("said");
+    QTest::addColumn<QStringList>("received");
     QTest::addColumn<QStringList>("nicks");
 
-    const auto add = [](const char *name, const QStringList &said, const QStringList &nicks) {
-        QTest::newRow(name) << said << nicks;
+    const auto add = [](const char *name, const QStringList &received, const QStringList &nicks) {
+        QTest::newRow(name) << received << nicks;
     };
     const auto a = u"a"_s;
     const auto b = u"b"_s;
     const auto me = u"me"_s;
     add("join", {u":c!u@h JOIN #c"_s}, {a, b, u"c"_s, me});
-    add("join of somebody known", {u":b!u@h JOIN #c"_s}, {a, b, me});
+    add("join of a listed user", {u":b!u@h JOIN #c"_s}, {a, b, me});
     add("part", {u":a!u@h PART #c"_s}, {b, me});
     add("own part", {u":me!u@h PART #c"_s}, {a, b, me});
     add("quit", {u":b!u@h QUIT :x"_s}, {a, me});
@@ -219,44 +220,44 @@ void TestNickCompletionUse::followsEvents_data()
     add("own nick", {u":me!u@h NICK you"_s}, {a, b, u"you"_s});
     add("name list", {u":irc.test 353 me = #c :+z me @y"_s, u":irc.test 366 me #c :End"_s},
         {u"y"_s, u"z"_s, me});
-    add("unfinished name list", {u":irc.test 353 me = #c :+z me @y"_s}, {a, b, me});
+    add("incomplete name list", {u":irc.test 353 me = #c :+z me @y"_s}, {a, b, me});
     add("empty name list", {u":irc.test 366 me #c :End"_s}, {me});
     add("several in one read",
         {u":c!u@h JOIN #c"_s, u":a!u@h QUIT :x"_s, u":b!u@h NICK bb"_s, u":d!u@h JOIN #d"_s},
         {u"bb"_s, u"c"_s, me});
 }
 
-void TestNickCompletionUse::followsEvents()
+void TestNickCompletionUse::updatesOnEvents()
 {
-    QFETCH(const QStringList, said);
+    QFETCH(const QStringList, received);
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"@a b me"_s));
     QCOMPARE(session.probe.completions(), (QStringList{u"a"_s, u"b"_s, u"me"_s}));
-    QVERIFY(session.receiveAll(said));
+    QVERIFY(session.receiveAll(received));
     QTEST(session.probe.completions(), "nicks");
 }
 
-// Neither another channel's people nor the names of conversations are looked at before the next
-// change of the tab.
-void TestNickCompletionUse::leavesOutWhatIsOutOfSight_data()
+// Events of other channels, and of conversations, do not update the candidates until the tab
+// changes.
+void TestNickCompletionUse::ignoresEventsOfOtherTabs_data()
 {
     QTest::addColumn<QString>("tab");
-    QTest::addColumn<QString>("said");
+    QTest::addColumn<QString>("received");
 
-    const auto add = [](const char *name, const QString &tab, const QString &said) {
-        QTest::newRow(name) << tab << said;
+    const auto add = [](const char *name, const QString &tab, const QString &received) {
+        QTest::newRow(name) << tab << received;
     };
-    add("join elsewhere", u"#c"_s, u":x!u@h JOIN #d"_s);
-    add("quit elsewhere", u"#c"_s, u":d!u@h QUIT :x"_s);
+    add("join of another channel", u"#c"_s, u":x!u@h JOIN #d"_s);
+    add("quit of another channel's user", u"#c"_s, u":d!u@h QUIT :x"_s);
     add("own nick on the server's tab", Server, u":me!u@h NICK you"_s);
     add("nick of a conversation", u"bob"_s, u":bob!u@h NICK rob"_s);
 }
 
-void TestNickCompletionUse::leavesOutWhatIsOutOfSight()
+void TestNickCompletionUse::ignoresEventsOfOtherTabs()
 {
     QFETCH(const QString, tab);
-    QFETCH(const QString, said);
+    QFETCH(const QString, received);
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#d"_s, u"d me"_s));
@@ -266,13 +267,13 @@ void TestNickCompletionUse::leavesOutWhatIsOutOfSight()
     QCOMPARE(session.probe.currentTabName(), tab);
     const QStringList before = session.probe.completions();
     const QSignalSpy changed(modelOf(session.probe), &QAbstractItemModel::modelReset);
-    QVERIFY(session.receive(said));
+    QVERIFY(session.receive(received));
     QCOMPARE(session.probe.completions(), before);
     QCOMPARE(changed.size(), 0);
 }
 
-// Those who are left are offered until the tab changes.
-void TestNickCompletionUse::keepsWhoWasThereWhenKicked()
+// Intended: the channel's users stay candidates until the tab changes.
+void TestNickCompletionUse::keepsCandidatesAfterBeingKicked()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -284,7 +285,7 @@ void TestNickCompletionUse::keepsWhoWasThereWhenKicked()
     QCOMPARE(session.probe.completions(), QStringList{u"me"_s});
 }
 
-void TestNickCompletionUse::followsAClosedTab()
+void TestNickCompletionUse::updatesWhenATabIsClosed()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -294,7 +295,7 @@ void TestNickCompletionUse::followsAClosedTab()
     QCOMPARE(session.probe.completions(), QStringList{u"me"_s});
 }
 
-void TestNickCompletionUse::refreshesOnceInARead()
+void TestNickCompletionUse::updatesOncePerRead()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -306,12 +307,12 @@ void TestNickCompletionUse::refreshesOnceInARead()
     session.server.sendBytes(read);
     QVERIFY(session.settle());
     QCOMPARE(session.probe.completions().size(), 52);
-    // Few reads carry all of it.
+    // All of it arrives in a few reads.
     QVERIFY(changed.size() < 10);
     QVERIFY(changed.size() > 0);
 }
 
-void TestNickCompletionUse::offersWhatTheLastUpdateFound_data()
+void TestNickCompletionUse::keepsTheLastUpdateAfterRenames_data()
 {
     QTest::addColumn<QStringList>("lines");
     QTest::addColumn<QStringList>("nicks");
@@ -322,16 +323,16 @@ void TestNickCompletionUse::offersWhatTheLastUpdateFound_data()
     QTest::newRow("user renamed") << QStringList{u":bob!u@h PRIVMSG me :hi"_s,
                                                  u":me!u@h NICK you"_s}
                                   << QStringList{u"bob"_s, u"me"_s};
-    QTest::newRow("rank given after a join")
+    QTest::newRow("mode after a join")
             << QStringList{u":me!u@h JOIN #c"_s, u":irc.test 353 me = #c :b me"_s,
                            u":irc.test 366 me #c :End"_s, u":a!u@h JOIN #c"_s,
                            u":b!u@h MODE #c +v me"_s}
             << QStringList{u"a"_s, u"b"_s, u"me"_s};
 }
 
-// A rename of the tab or of the user, and a mode, update nothing: what is offered then is what the
-// update before them found, whether they came in one read with it or later.
-void TestNickCompletionUse::offersWhatTheLastUpdateFound()
+// Intended: a rename of the tab or of the user, and a MODE, do not update the candidates, whether
+// they arrive in the same read as the last update or later.
+void TestNickCompletionUse::keepsTheLastUpdateAfterRenames()
 {
     QFETCH(const QStringList, lines);
     QFETCH(const QStringList, nicks);
@@ -348,7 +349,7 @@ void TestNickCompletionUse::offersWhatTheLastUpdateFound()
     }
 }
 
-void TestNickCompletionUse::offersNicks_data()
+void TestNickCompletionUse::showsMatchingNicks_data()
 {
     QTest::addColumn<QString>("tab");
     QTest::addColumn<QString>("typed");
@@ -356,20 +357,20 @@ void TestNickCompletionUse::offersNicks_data()
 
     const auto add = [](const char *name, const QString &tab, const QString &typed,
                         const QStringList &nicks) { QTest::newRow(name) << tab << typed << nicks; };
-    add("an operator without the rank", u"#c"_s, u"ali"_s, {u"alice"_s});
-    add("no rank", u"#c"_s, u"@a"_s, {});
+    add("operator without the prefix", u"#c"_s, u"ali"_s, {u"alice"_s});
+    add("a prefix matches nothing", u"#c"_s, u"@a"_s, {});
     add("in any case", u"#c"_s, u"AL"_s, {u"alice"_s, u"Albert"_s});
     add("the user", u"#c"_s, u"m"_s, {u"me"_s});
-    add("nobody", u"#c"_s, u"x"_s, {});
-    add("no second word", u"#c"_s, u"hi al"_s, {});
-    add("no midst", u"#c"_s, u"lice"_s, {});
+    add("no match", u"#c"_s, u"x"_s, {});
+    add("not the second word", u"#c"_s, u"hi al"_s, {});
+    add("not inside a nick", u"#c"_s, u"lice"_s, {});
     add("the partner", u"bob"_s, u"b"_s, {u"bob"_s});
     add("the user on the server's tab", Server, u"M"_s, {u"me"_s});
-    add("nobody on the server's tab", Server, u"a"_s, {});
+    add("no match on the server's tab", Server, u"a"_s, {});
     add("a nick with a slash", u"#c"_s, u"/o"_s, {u"/odd"_s});
 }
 
-void TestNickCompletionUse::offersNicks()
+void TestNickCompletionUse::showsMatchingNicks()
 {
     QFETCH(const QString, tab);
     QFETCH(const QString, typed);
@@ -380,10 +381,10 @@ void TestNickCompletionUse::offersNicks()
     session.probe.showTab(tab);
     type(session.probe, typed);
     QCOMPARE(session.probe.inputLine().text(), typed);
-    QTEST(offered(session.probe), "nicks");
+    QTEST(popupRows(session.probe), "nicks");
 }
 
-void TestNickCompletionUse::takesWhatIsClicked()
+void TestNickCompletionUse::clickAcceptsANick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -398,7 +399,7 @@ void TestNickCompletionUse::takesWhatIsClicked()
     QCOMPARE(session.readSent(), QStringList());
 }
 
-void TestNickCompletionUse::takesWhatIsChosenByKeys()
+void TestNickCompletionUse::arrowKeysSelectANick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -413,7 +414,7 @@ void TestNickCompletionUse::takesWhatIsChosenByKeys()
     QCOMPARE(session.probe.inputLine().text(), u"Albert: hi"_s);
 }
 
-void TestNickCompletionUse::takesTheChosenNickByReturn()
+void TestNickCompletionUse::returnAcceptsTheHighlightedNick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -431,8 +432,8 @@ void TestNickCompletionUse::takesTheChosenNickByReturn()
     QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #c :alice: hi"_s});
 }
 
-// With nothing chosen there Return sends the line, although the popup has the keyboard.
-void TestNickCompletionUse::sendsTheLineUnderThePopup()
+// Return sends the line if no row is highlighted, although the popup has the focus.
+void TestNickCompletionUse::returnSendsTheLineWithoutAHighlightedRow()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -447,13 +448,13 @@ void TestNickCompletionUse::sendsTheLineUnderThePopup()
     QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #c :al"_s});
 }
 
-void TestNickCompletionUse::keepsTheHighlightedNick_data()
+void TestNickCompletionUse::keepsTheHighlightedRow_data()
 {
-    QTest::addColumn<QStringList>("said");
+    QTest::addColumn<QStringList>("received");
     QTest::addColumn<QStringList>("nicks");
 
-    const auto add = [](const char *name, const QStringList &said, const QStringList &nicks) {
-        QTest::newRow(name) << said << nicks;
+    const auto add = [](const char *name, const QStringList &received, const QStringList &nicks) {
+        QTest::newRow(name) << received << nicks;
     };
     const auto albert = u"Albert"_s;
     const auto alice = u"alice"_s;
@@ -469,13 +470,13 @@ void TestNickCompletionUse::keepsTheHighlightedNick_data()
     add("several in one read",
         {u":alf!u@h JOIN #c"_s, u":Albert!u@h QUIT :x"_s, u":alf!u@h NICK alba"_s},
         {u"alba"_s, alice});
-    add("gone and back in one read", {u":alice!u@h PART #c"_s, u":alice!u@h JOIN #c"_s},
+    add("part and join in one read", {u":alice!u@h PART #c"_s, u":alice!u@h JOIN #c"_s},
         {albert, alice});
 }
 
-void TestNickCompletionUse::keepsTheHighlightedNick()
+void TestNickCompletionUse::keepsTheHighlightedRow()
 {
-    QFETCH(const QStringList, said);
+    QFETCH(const QStringList, received);
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"Albert alice me"_s));
@@ -485,9 +486,9 @@ void TestNickCompletionUse::keepsTheHighlightedNick()
     QTest::keyClick(popup, Qt::Key_Down);
     QCOMPARE(session.probe.inputLine().text(), u"alice"_s);
     session.discardSent();
-    session.server.sendBytes(said.join(u"\r\n"_s).toUtf8() + "\r\n"_ba); // Arrives in one read.
+    session.server.sendBytes(received.join(u"\r\n"_s).toUtf8() + "\r\n"_ba); // Arrives in one read.
     QVERIFY(session.settle());
-    QTEST(offered(session.probe), "nicks");
+    QTEST(popupRows(session.probe), "nicks");
     QCOMPARE(popup->currentIndex().data().toString(), u"alice"_s);
     QVERIFY(popup->selectionModel()->isSelected(popup->currentIndex()));
     QTest::keyClick(popup, Qt::Key_Return);
@@ -498,11 +499,11 @@ void TestNickCompletionUse::keepsTheHighlightedNick()
 
 void TestNickCompletionUse::acceptsAHighlightedNickThatLeft_data()
 {
-    QTest::addColumn<QStringList>("said");
+    QTest::addColumn<QStringList>("received");
     QTest::addColumn<QStringList>("nicks");
 
-    const auto add = [](const char *name, const QStringList &said, const QStringList &nicks) {
-        QTest::newRow(name) << said << nicks;
+    const auto add = [](const char *name, const QStringList &received, const QStringList &nicks) {
+        QTest::newRow(name) << received << nicks;
     };
     const auto albert = u"Albert"_s;
     add("part", {u":alice!u@h PART #c"_s}, {albert});
@@ -515,11 +516,11 @@ void TestNickCompletionUse::acceptsAHighlightedNickThatLeft_data()
     add("everyone listed leaves", {u":alice!u@h QUIT :x"_s, u":Albert!u@h QUIT :x"_s}, {});
 }
 
-// The line reads the nick, but the user has not finished it: Return sends nothing until the popup
-// is closed.
+// The first Return accepts the nick in the line and closes the popup; the second one sends the
+// line.
 void TestNickCompletionUse::acceptsAHighlightedNickThatLeft()
 {
-    QFETCH(const QStringList, said);
+    QFETCH(const QStringList, received);
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#c"_s, u"Albert alice me"_s));
@@ -528,8 +529,8 @@ void TestNickCompletionUse::acceptsAHighlightedNickThatLeft()
     QTest::keyClick(popup, Qt::Key_Down);
     QTest::keyClick(popup, Qt::Key_Down);
     session.discardSent();
-    QVERIFY(session.receiveAll(said));
-    QTEST(offered(session.probe), "nicks");
+    QVERIFY(session.receiveAll(received));
+    QTEST(popupRows(session.probe), "nicks");
     QVERIFY(popup->isVisible());
     QVERIFY(!popup->currentIndex().isValid());
     QTest::keyClick(popup, Qt::Key_Return);
@@ -540,7 +541,7 @@ void TestNickCompletionUse::acceptsAHighlightedNickThatLeft()
     QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #c :alice"_s});
 }
 
-void TestNickCompletionUse::keepsTheCursorInTheLine()
+void TestNickCompletionUse::keepsTheCursorPosition()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -553,7 +554,7 @@ void TestNickCompletionUse::keepsTheCursorInTheLine()
     QCOMPARE(session.probe.inputLine().cursorPosition(), 4);
 }
 
-void TestNickCompletionUse::sendsWhatWasTypedAfterTheNickLeft()
+void TestNickCompletionUse::sendsTextTypedAfterTheNickLeft()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -564,12 +565,12 @@ void TestNickCompletionUse::sendsWhatWasTypedAfterTheNickLeft()
     session.discardSent();
     QVERIFY(session.receiveAll({u":alice!u@h QUIT :x"_s, u":alices!u@h JOIN #c"_s}));
     QTest::keyClick(popup, Qt::Key_S);
-    QCOMPARE(offered(session.probe), QStringList{u"alices"_s});
+    QCOMPARE(popupRows(session.probe), QStringList{u"alices"_s});
     QTest::keyClick(popup, Qt::Key_Return);
     QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #c :alices"_s});
 }
 
-// Past the last row nothing is highlighted, and the line reads what was typed again.
+// After the last row, no row is highlighted and the line contains the typed text again.
 void TestNickCompletionUse::sendsTheTypedTextAfterTheLastRow()
 {
     WindowSession session;
@@ -585,7 +586,7 @@ void TestNickCompletionUse::sendsTheTypedTextAfterTheLastRow()
     QCOMPARE(session.readSent(), QStringList{u"PRIVMSG #c :al"_s});
 }
 
-void TestNickCompletionUse::goesOnWhileItIsOpen()
+void TestNickCompletionUse::sessionContinuesWhileThePopupIsOpen()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -598,7 +599,7 @@ void TestNickCompletionUse::goesOnWhileItIsOpen()
     session.window.grab();
     QTest::keyClick(popup, Qt::Key_Return);
     type(session.probe, u"al"_s);
-    QCOMPARE(offered(session.probe), QStringList{u"alf"_s});
+    QCOMPARE(popupRows(session.probe), QStringList{u"alf"_s});
     session.server.close();
     QTRY_VERIFY_WITH_TIMEOUT(!session.probe.connection().isConnected(), WaitTimeout);
     QTest::keyClick(popup, Qt::Key_Escape);
@@ -606,7 +607,7 @@ void TestNickCompletionUse::goesOnWhileItIsOpen()
     QCOMPARE(session.probe.inputLine().text(), u"al"_s);
 }
 
-// "|" in the texts stands for the cursor.
+// "|" marks the cursor.
 void TestNickCompletionUse::completes_data()
 {
     QTest::addColumn<QString>("before");
@@ -619,32 +620,32 @@ void TestNickCompletionUse::completes_data()
     add("one letter", u"c|"_s, u"carol|"_s);
     add("keeps the typed case", u"CAR|"_s, u"CARol|"_s);
     add("a later word", u"hello car|"_s, u"hello carol|"_s);
-    add("after several blanks", u"hello   car|"_s, u"hello   carol|"_s);
-    add("a word in the midst", u"hello car| there"_s, u"hello carol| there"_s);
-    add("in the midst of a word", u"ca|x there"_s, u"carol|x there"_s);
-    add("the first that fits", u"da|"_s, u"dan|"_s);
+    add("after several spaces", u"hello   car|"_s, u"hello   carol|"_s);
+    add("a word in the middle", u"hello car| there"_s, u"hello carol| there"_s);
+    add("inside a word", u"ca|x there"_s, u"carol|x there"_s);
+    add("first match", u"da|"_s, u"dan|"_s);
     add("a whole nick", u"carol|"_s, u"carol|"_s);
     add("the user", u"m|"_s, u"me|"_s);
-    add("no operator by the nick", u"ali|"_s, u"ali|"_s);
-    add("an operator by the rank", u"@ali|"_s, u"@alice|"_s);
-    add("any operator", u"@|"_s, u"@alice|"_s);
-    add("a voice by the rank", u"hi +b|"_s, u"hi +bob|"_s);
-    add("nobody", u"xyz|"_s, u"xyz|"_s);
-    add("nothing", u"|"_s, u"|"_s);
-    add("behind a blank", u"car |"_s, u"car |"_s);
-    add("a blank alone", u" |"_s, u" |"_s);
+    add("operator not by the nick", u"ali|"_s, u"ali|"_s);
+    add("operator by the prefix", u"@ali|"_s, u"@alice|"_s);
+    add("first operator", u"@|"_s, u"@alice|"_s);
+    add("voice by the prefix", u"hi +b|"_s, u"hi +bob|"_s);
+    add("no match", u"xyz|"_s, u"xyz|"_s);
+    add("empty", u"|"_s, u"|"_s);
+    add("after a space", u"car |"_s, u"car |"_s);
+    add("only a space", u" |"_s, u" |"_s);
     add("a command", u"/msg car|"_s, u"/msg car|"_s);
-    add("a slash alone", u"/|"_s, u"/|"_s);
-    add("a slash later on", u"a /car|"_s, u"a /car|"_s);
-    add("a blank before a command", u" /msg car|"_s, u" /msg carol|"_s);
+    add("only a slash", u"/|"_s, u"/|"_s);
+    add("slash in the second word", u"a /car|"_s, u"a /car|"_s);
+    add("space before a command", u" /msg car|"_s, u" /msg carol|"_s);
     add("at the start", u"|car"_s, u"|car"_s);
     add("at the start of two words", u"|hello car"_s, u"ol|hello car"_s);
     add("at the start of three words", u"|a b car"_s, u"ol|a b car"_s);
-    add("at the start, nobody", u"|hello x"_s, u"|hello x"_s);
-    add("at the start, a blank at the end", u"|hello "_s, u"|hello "_s);
-    add("at the start, a blank there", u"| car"_s, u"ol| car"_s);
-    add("behind the first blank", u" |car"_s, u" |car"_s);
-    add("a tab is no blank", u"a\tcar|"_s, u"a\tcar|"_s);
+    add("at the start, no match", u"|hello x"_s, u"|hello x"_s);
+    add("at the start, trailing space", u"|hello "_s, u"|hello "_s);
+    add("at the start, before a space", u"| car"_s, u"ol| car"_s);
+    add("after the first space", u" |car"_s, u" |car"_s);
+    add("a tab is no space", u"a\tcar|"_s, u"a\tcar|"_s);
 }
 
 void TestNickCompletionUse::completes()
@@ -674,7 +675,7 @@ void TestNickCompletionUse::completesByTab_data()
     };
     add("the partner", u"bob"_s, u"B"_s, u"Bob"_s);
     add("the user with a partner", u"bob"_s, u"m"_s, u"me"_s);
-    add("nobody from the channel", u"bob"_s, u"car"_s, u"car"_s);
+    add("no nick of the channel", u"bob"_s, u"car"_s, u"car"_s);
     add("the user on the server's tab", Server, u"m"_s, u"me"_s);
     add("not the server's name", Server, u"Ser"_s, u"Ser"_s);
     add("the list", u"List"_s, u"li"_s, u"list"_s);
@@ -695,7 +696,7 @@ void TestNickCompletionUse::completesByTab()
     QTEST(session.probe.inputLine().text(), "completed");
 }
 
-void TestNickCompletionUse::completesNoFurther()
+void TestNickCompletionUse::completesACompleteNickOnlyToALongerOne()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -704,14 +705,14 @@ void TestNickCompletionUse::completesNoFurther()
     session.probe.completeNick();
     session.probe.completeNick();
     QCOMPARE(session.probe.inputLine().text(), u"dan"_s);
-    // A longer nick that stands earlier goes on from the whole word.
+    // An earlier, longer nick continues the complete one.
     session.probe.channelUsers().insert(u"#c"_s, {u"danny"_s, u"dan"_s});
     session.probe.completeNick();
     QCOMPARE(session.probe.inputLine().text(), u"danny"_s);
     QCOMPARE(session.probe.inputLine().cursorPosition(), 5);
 }
 
-void TestNickCompletionUse::showsItsListInThePopup()
+void TestNickCompletionUse::setsThePopupsCandidates()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -723,16 +724,16 @@ void TestNickCompletionUse::showsItsListInThePopup()
     QCOMPARE(session.probe.completions(), (QStringList{u"alice"_s, u"me"_s}));
 }
 
-void TestNickCompletionUse::leavesTheListAloneWithoutAWord_data()
+void TestNickCompletionUse::keepsTheCandidatesWithoutAWord_data()
 {
     QTest::addColumn<QString>("text");
 
-    QTest::newRow("nothing") << QString();
+    QTest::newRow("empty") << QString();
     QTest::newRow("a command") << u"/msg ca"_s;
-    QTest::newRow("a blank at the end") << u"car "_s;
+    QTest::newRow("trailing space") << u"car "_s;
 }
 
-void TestNickCompletionUse::leavesTheListAloneWithoutAWord()
+void TestNickCompletionUse::keepsTheCandidatesWithoutAWord()
 {
     QFETCH(const QString, text);
     WindowSession session;
@@ -755,7 +756,7 @@ void TestNickCompletionUse::ignoresThePreferences()
     QCOMPARE(session.probe.inputLine().text(), u"carol"_s);
 }
 
-void TestNickCompletionUse::takesHostileNicks_data()
+void TestNickCompletionUse::acceptsHostileNicks_data()
 {
     QTest::addColumn<QString>("nick");
 
@@ -764,10 +765,10 @@ void TestNickCompletionUse::takesHostileNicks_data()
     QTest::newRow("combining") << QString(u'x' + QString(200, u'\u0301'));
     QTest::newRow("control characters") << u"x\u0001\u0002\u001B[31m\u0007b"_s;
     QTest::newRow("markup") << u"x<b>a</b><img/src='x'>&amp;"_s;
-    QTest::newRow("beyond the first plane") << u"x\uFFFD\U0001F60A"_s;
+    QTest::newRow("outside the Basic Multilingual Plane") << u"x\uFFFD\U0001F60A"_s;
 }
 
-void TestNickCompletionUse::takesHostileNicks()
+void TestNickCompletionUse::acceptsHostileNicks()
 {
     QFETCH(const QString, nick);
     WindowSession session;
@@ -775,7 +776,7 @@ void TestNickCompletionUse::takesHostileNicks()
     QVERIFY(session.join(u"#c"_s, u"me @%1 %1"_s.arg(nick)));
     const QSize size = session.window.size();
     type(session.probe, u"x"_s);
-    QCOMPARE(offered(session.probe), QStringList{nick});
+    QCOMPARE(popupRows(session.probe), QStringList{nick});
     QAbstractItemView *popup = session.probe.nickCompleter().popup();
     popup->grab();
     QVERIFY(popup->width() <= session.probe.inputLine().width());

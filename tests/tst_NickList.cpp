@@ -11,15 +11,15 @@ class TestNickList final : public QObject
 private slots:
     void stripsOnePrefixAndRanks_data();
     void stripsOnePrefixAndRanks();
-    void findsANickBehindItsPrefix();
-    void takesTheFirstEntry_data();
-    void takesTheFirstEntry();
+    void findsANickAfterItsPrefix();
+    void removesTheFirstEntry_data();
+    void removesTheFirstEntry();
     void renames_data();
     void renames();
     void sortsByRankThenByNick();
-    void sortsPlainByWholeEntry();
-    void insertsWhereThePlainSortPuts_data();
-    void insertsWhereThePlainSortPuts();
+    void sortsByWholeEntry();
+    void insertsSorted_data();
+    void insertsSorted();
 };
 
 void TestNickList::stripsOnePrefixAndRanks_data()
@@ -37,8 +37,8 @@ void TestNickList::stripsOnePrefixAndRanks_data()
     QTest::newRow("empty") << u""_s << u""_s << 6;
     QTest::newRow("prefix alone") << u"@"_s << u""_s << 3;
     QTest::newRow("two prefixes") << u"+@alice"_s << u"@alice"_s << 5;
-    QTest::newRow("other sign") << u"!alice"_s << u"!alice"_s << 6;
-    QTest::newRow("prefix later on") << u"al@ice"_s << u"al@ice"_s << 6;
+    QTest::newRow("other character") << u"!alice"_s << u"!alice"_s << 6;
+    QTest::newRow("prefix inside") << u"al@ice"_s << u"al@ice"_s << 6;
 }
 
 void TestNickList::stripsOnePrefixAndRanks()
@@ -50,7 +50,7 @@ void TestNickList::stripsOnePrefixAndRanks()
     QCOMPARE(NickList::isOperator(entry), rank <= 4);
 }
 
-void TestNickList::findsANickBehindItsPrefix()
+void TestNickList::findsANickAfterItsPrefix()
 {
     const QStringList entries{u"@alice"_s, u"bob"_s, u"+bob"_s};
     QCOMPARE(NickList::indexOfNick(entries, u"alice"_s), 0);
@@ -60,25 +60,27 @@ void TestNickList::findsANickBehindItsPrefix()
     QCOMPARE(NickList::indexOfNick({}, u"alice"_s), -1);
 }
 
-void TestNickList::takesTheFirstEntry_data()
+void TestNickList::removesTheFirstEntry_data()
 {
     QTest::addColumn<QString>("nick");
-    QTest::addColumn<std::optional<QString>>("taken");
+    QTest::addColumn<std::optional<QString>>("removed");
     QTest::addColumn<QStringList>("left");
 
-    const auto add = [](const char *name, const QString &nick, const std::optional<QString> &taken,
-                        const QStringList &left) { QTest::newRow(name) << nick << taken << left; };
+    const auto add = [](const char *name, const QString &nick,
+                        const std::optional<QString> &removed, const QStringList &left) {
+        QTest::newRow(name) << nick << removed << left;
+    };
     add("plain", u"bob"_s, u"bob"_s, {u"@alice"_s, u"+bob"_s});
-    add("behind its prefix", u"alice"_s, u"@alice"_s, {u"bob"_s, u"+bob"_s});
+    add("after its prefix", u"alice"_s, u"@alice"_s, {u"bob"_s, u"+bob"_s});
     add("with its prefix", u"@alice"_s, std::nullopt, {u"@alice"_s, u"bob"_s, u"+bob"_s});
     add("another case", u"BOB"_s, std::nullopt, {u"@alice"_s, u"bob"_s, u"+bob"_s});
 }
 
-void TestNickList::takesTheFirstEntry()
+void TestNickList::removesTheFirstEntry()
 {
     QFETCH(const QString, nick);
     QStringList entries{u"@alice"_s, u"bob"_s, u"+bob"_s};
-    QTEST(NickList::remove(entries, nick), "taken");
+    QTEST(NickList::remove(entries, nick), "removed");
     QTEST(entries, "left");
 }
 
@@ -93,10 +95,10 @@ void TestNickList::renames_data()
         QTest::newRow(name) << oldNick << oldEntry << entries;
     };
     add("plain", u"carol"_s, u"carol"_s, {u"@alice"_s, u"+bob"_s, u"bob"_s, u"new"_s});
-    add("behind its prefix", u"alice"_s, u"@alice"_s, {u"@new"_s, u"+bob"_s, u"bob"_s, u"carol"_s});
-    add("the whole entry first", u"bob"_s, u"bob"_s,
+    add("after its prefix", u"alice"_s, u"@alice"_s, {u"@new"_s, u"+bob"_s, u"bob"_s, u"carol"_s});
+    add("whole entry has precedence", u"bob"_s, u"bob"_s,
         {u"@alice"_s, u"+bob"_s, u"new"_s, u"carol"_s});
-    add("a nick like an entry", u"@alice"_s, u"@alice"_s,
+    add("old nick equals an entry", u"@alice"_s, u"@alice"_s,
         {u"new"_s, u"+bob"_s, u"bob"_s, u"carol"_s});
     add("another case", u"Carol"_s, QString(), {u"@alice"_s, u"+bob"_s, u"bob"_s, u"carol"_s});
 }
@@ -125,7 +127,7 @@ void TestNickList::sortsByRankThenByNick()
                                    u"+dora"_s, u"bob"_s, u"Carl"_s}));
 }
 
-void TestNickList::sortsPlainByWholeEntry()
+void TestNickList::sortsByWholeEntry()
 {
     QStringList entries{u"~owner"_s, u"bob"_s,  u"@op"_s,  u"+voice"_s,
                         u"%half"_s,  u"&adm"_s, u"Alice"_s};
@@ -134,23 +136,23 @@ void TestNickList::sortsPlainByWholeEntry()
                                    u"bob"_s, u"~owner"_s}));
 }
 
-void TestNickList::insertsWhereThePlainSortPuts_data()
+void TestNickList::insertsSorted_data()
 {
     QTest::addColumn<QStringList>("entries");
     QTest::addColumn<QString>("entry");
 
     const QStringList ranked{u"~owner"_s, u"@op"_s, u"+voice"_s, u"Alice"_s, u"bob"_s};
     const QStringList plain{u"+voice"_s, u"@op"_s, u"Alice"_s, u"bob"_s, u"~owner"_s};
-    QTest::newRow("into none") << QStringList() << u"carol"_s;
+    QTest::newRow("into an empty list") << QStringList() << u"carol"_s;
     QTest::newRow("first") << plain << u"%half"_s;
-    QTest::newRow("in between") << plain << u"amy"_s;
-    QTest::newRow("without regard to case") << plain << u"BEN"_s;
+    QTest::newRow("in the middle") << plain << u"amy"_s;
+    QTest::newRow("case-insensitively") << plain << u"BEN"_s;
     QTest::newRow("last") << plain << u"~zoe"_s;
     QTest::newRow("after a list by rank") << ranked << u"amy"_s;
     QTest::newRow("after a rename") << QStringList{u"+voice"_s, u"zoe"_s, u"bob"_s} << u"amy"_s;
 }
 
-void TestNickList::insertsWhereThePlainSortPuts()
+void TestNickList::insertsSorted()
 {
     QFETCH(QStringList, entries);
     QFETCH(const QString, entry);

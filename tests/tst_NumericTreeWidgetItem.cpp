@@ -7,7 +7,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A row as the channel list has them.
+// Adds a row like those of the channel list.
 NumericTreeWidgetItem *addRow(QTreeWidget &tree, const QString &name, const QString &users,
                               const QString &topic = {})
 {
@@ -37,13 +37,13 @@ class TestNumericTreeWidgetItem final : public QObject
 private slots:
     void init();
 
-    void ordersUsersByNumber();
-    void takesOtherTextForZero();
-    void looksAtTheNumberAndNotAtTheText();
-    void comparesTextWhereANumberIsMissing();
-    void ordersTextsWithoutRegardToCase_data();
-    void ordersTextsWithoutRegardToCase();
-    void findsNeitherOfTwoEqualRowsLess();
+    void sortsUsersByNumber();
+    void treatsOtherTextAsZero();
+    void comparesTheNumberAndNotTheText();
+    void comparesTextWithoutANumber();
+    void comparesTextCaseInsensitively_data();
+    void comparesTextCaseInsensitively();
+    void equalRowsAreNotLess();
     void comparesNamesOutsideATree();
 
 private:
@@ -57,7 +57,7 @@ void TestNumericTreeWidgetItem::init()
     tree->setSortingEnabled(true);
 }
 
-void TestNumericTreeWidgetItem::ordersUsersByNumber()
+void TestNumericTreeWidgetItem::sortsUsersByNumber()
 {
     for (const QString &users : {u"10"_s, u"9"_s, u"-1"_s, u"100"_s})
         addRow(*tree, u"#c"_s, users);
@@ -67,7 +67,7 @@ void TestNumericTreeWidgetItem::ordersUsersByNumber()
     QCOMPARE(column(*tree, 1), (QStringList{u"100"_s, u"10"_s, u"9"_s, u"-1"_s}));
 }
 
-void TestNumericTreeWidgetItem::takesOtherTextForZero()
+void TestNumericTreeWidgetItem::treatsOtherTextAsZero()
 {
     for (const QString &users : {u"many"_s, u"-1"_s, u"1"_s})
         addRow(*tree, u"#c"_s, users);
@@ -75,7 +75,7 @@ void TestNumericTreeWidgetItem::takesOtherTextForZero()
     QCOMPARE(column(*tree, 1), (QStringList{u"-1"_s, u"many"_s, u"1"_s}));
 }
 
-void TestNumericTreeWidgetItem::looksAtTheNumberAndNotAtTheText()
+void TestNumericTreeWidgetItem::comparesTheNumberAndNotTheText()
 {
     NumericTreeWidgetItem *small = addRow(*tree, u"#s"_s, u"1"_s);
     NumericTreeWidgetItem *large = addRow(*tree, u"#l"_s, u"2"_s);
@@ -85,7 +85,7 @@ void TestNumericTreeWidgetItem::looksAtTheNumberAndNotAtTheText()
     QVERIFY(!(*large < *small));
 }
 
-void TestNumericTreeWidgetItem::comparesTextWhereANumberIsMissing()
+void TestNumericTreeWidgetItem::comparesTextWithoutANumber()
 {
     NumericTreeWidgetItem *nine = addRow(*tree, u"#n"_s, u"9"_s);
     NumericTreeWidgetItem *ten = addRow(*tree, u"#t"_s, u"10"_s);
@@ -99,7 +99,7 @@ void TestNumericTreeWidgetItem::comparesTextWhereANumberIsMissing()
     QVERIFY(!(*nine < *ten));
 }
 
-void TestNumericTreeWidgetItem::ordersTextsWithoutRegardToCase_data()
+void TestNumericTreeWidgetItem::comparesTextCaseInsensitively_data()
 {
     QTest::addColumn<int>("sortColumn");
 
@@ -107,7 +107,7 @@ void TestNumericTreeWidgetItem::ordersTextsWithoutRegardToCase_data()
     QTest::newRow("topic") << 2;
 }
 
-void TestNumericTreeWidgetItem::ordersTextsWithoutRegardToCase()
+void TestNumericTreeWidgetItem::comparesTextCaseInsensitively()
 {
     QFETCH(const int, sortColumn);
     for (const QString &text : {u"b"_s, u"C"_s, u"a"_s, u"10"_s, u"9"_s, u"É"_s, u"D"_s})
@@ -117,7 +117,7 @@ void TestNumericTreeWidgetItem::ordersTextsWithoutRegardToCase()
              (QStringList{u"10"_s, u"9"_s, u"a"_s, u"b"_s, u"C"_s, u"D"_s, u"É"_s}));
 }
 
-void TestNumericTreeWidgetItem::findsNeitherOfTwoEqualRowsLess()
+void TestNumericTreeWidgetItem::equalRowsAreNotLess()
 {
     const NumericTreeWidgetItem *lower = addRow(*tree, u"#same"_s, u"5"_s, u"Topic"_s);
     const NumericTreeWidgetItem *upper = addRow(*tree, u"#SAME"_s, u"05"_s, u"TOPIC"_s);

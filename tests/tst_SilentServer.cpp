@@ -1,10 +1,8 @@
-// The built program and a server that falls silent, with the minutes made short: the program's
-// clocks and timers run faster than ours. All seconds here are the program's.
+// Runs the built program against a server that falls silent. The program's clock and timers are
+// accelerated. All seconds here are the program's.
 //
-// Everybody may be late, the machine itself may stand still for whole seconds of ours. What the
-// program must not do is therefore judged by the times that it stamps itself, which are right
-// however late we see them. That it does something in time can be spoilt by a stall, and then
-// something else follows by right, up to the end of the link: it is tried anew.
+// The tests are independent of scheduling delays: what the program must not do is judged by its own
+// time stamps. What it must do in time is retried, since a stall may delay it.
 
 #include "DuplicatedSocket.h"
 #include "Preloading.h"
@@ -32,35 +30,35 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int Attempts = 5;
-constexpr int Lateness = 60; // What an attempt allows the program: three seconds of ours.
+constexpr int AllowedDelay = 60; // Seconds; three of real time.
 
-constexpr int ChatterInterval = 500; // In our own ms: ten seconds.
+constexpr int NoticeInterval = 500; // Milliseconds of real time; ten seconds.
 
-// The status bar, connected and not.
+// Colours of the status bar, connected and disconnected.
 constexpr QRgb Green = qRgb(0xd4, 0xed, 0xda);
 constexpr QRgb Red = qRgb(0xf8, 0xd7, 0xda);
-constexpr int BarPoints = 5000; // A status bar has more points than this.
+constexpr int StatusBarPixels = 5000; // A status bar has more pixels.
 
-constexpr QPoint InConversation{300, 300}; // Of the main window.
+constexpr QPoint ConversationPoint{300, 300}; // Relative to the main window.
 
 struct Event
 {
-    double second = 0; ///< Since the program came.
+    double second = 0; ///< Since the program connected.
     QString text;
 };
 
-/// Everything that one session needs, made anew for each.
+/// Server, store and program of one test.
 struct Session
 {
     explicit Session(const VirtualScreen &screen);
 
     void note(const QString &event);
     [[nodiscard]] double now() const;
-    /// Waits for a second that has not come yet; false if that takes too long.
+    /// Waits until `now` is `second`. Returns false on timeout.
     [[nodiscard]] bool waitUntil(double second) const;
-    /// The server says something.
-    void mutter();
-    /// The times of all PINGs so far, by the program's clock.
+    /// Sends a NOTICE to the program.
+    void sendNotice();
+    /// Returns the time stamps of all PINGs so far.
     [[nodiscard]] QList<QTime> pings() const;
 
     ScriptedServer server;
@@ -68,7 +66,7 @@ struct Session
     ProgramOnScreen program;
     QElapsedTimer clock;
     QList<Event> timeline;
-    QTimer chatter; ///< While it is active, the server says something now and then.
+    QTimer noticeTimer; ///< Sends a NOTICE at each timeout.
 };
 
 Session::Session(const VirtualScreen &screen)
@@ -77,13 +75,13 @@ Session::Session(const VirtualScreen &screen)
     clock.start();
     QObject::connect(&server, &ScriptedServer::clientArrived, &server, [this] {
         clock.start();
-        note(u"the program comes"_s);
+        note(u"the program connects"_s);
     });
     QObject::connect(&server, &ScriptedServer::lineReceived, &server,
                      [this](int, const QString &line) { note(u">> "_s + line); });
     QObject::connect(&server, &ScriptedServer::clientLeft, &server,
-                     [this] { note(u"the link ends"_s); });
-    QObject::connect(&chatter, &QTimer::timeout, &server, [this] { mutter(); });
+                     [this] { note(u"the connection closes"_s); });
+    QObject::connect(&noticeTimer, &QTimer::timeout, &server, [this] { sendNotice(); });
 }
 
 void Session::note(const QString &event)
@@ -101,14 +99,14 @@ bool Session::waitUntil(double second) const
     return QTest::qWaitFor([&] { return now() >= second; }, WaitTimeout);
 }
 
-void Session::mutter()
+void Session::sendNotice()
 {
     note(u"<< NOTICE"_s);
     server.send(u":irc.test NOTICE wanda :hm"_s);
 }
 
-// The times that the PINGs among the lines carry; one of another form has none.
-QList<QTime> pingsAmong(const QStringList &lines)
+// Returns the time stamps of the PINGs among `lines`, invalid for a malformed one.
+QList<QTime> pingTimes(const QStringList &lines)
 {
     static const QRegularExpression form(uR"(^PING :(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d)$)"_s);
     QList<QTime> times;
@@ -123,18 +121,18 @@ QList<QTime> Session::pings() const
 {
     QList<QTime> times;
     for (int client = 0; client < server.clientCount(); ++client)
-        times += pingsAmong(server.lines(client));
+        times += pingTimes(server.lines(client));
     return times;
 }
 
-// From one time of day to the next time that it is the other one.
+// Returns the seconds from `first` to `second`, which may be on the next day.
 int secondsBetween(QTime first, QTime second)
 {
     constexpr int Day = 24 * 60 * 60;
     return (first.secsTo(second) + Day) % Day;
 }
 
-// The times before the rows, all on one line, whose text the pattern fits.
+// Returns the times of those rows whose text matches `pattern`. `rows` is one line.
 QList<QTime> timesOf(const QString &rows, const QString &pattern)
 {
     const QRegularExpression row(uR"(\[([\d:]+)\] )"_s + pattern);
@@ -144,15 +142,15 @@ QList<QTime> timesOf(const QString &rows, const QString &pattern)
     return times;
 }
 
-// The shortest time from something said to a PING, by the program's clock. What was said within a
-// PING's own second may have come after it and doesn't count.
-int shortestSilence(const QList<QTime> &talk, const QList<QTime> &pings)
+// Returns the shortest time in seconds from a message to a PING. Ignores a message in the same
+// second as the PING, since it may have followed it.
+int shortestSilence(const QList<QTime> &messages, const QList<QTime> &pings)
 {
     int shortest = std::numeric_limits<int>::max();
     for (const QTime ping : pings) {
-        for (const QTime said : talk) {
-            if (said != ping)
-                shortest = std::min(shortest, secondsBetween(said, ping));
+        for (const QTime sent : messages) {
+            if (sent != ping)
+                shortest = std::min(shortest, secondsBetween(sent, ping));
         }
     }
     return shortest;
@@ -169,27 +167,28 @@ private slots:
     void init();
     void cleanup();
 
-    void asksASilentServerOnceAndLeavesIt();
-    void staysWithAServerThatAnswersAnything();
-    void asksNothingWhileTheServerTalks();
-    void hearsAServerThatSpellsItsLines();
-    void asksNothingWhileTheUserTalks();
-    void letsTheSystemWatchTheSocketToo();
+    void pingsASilentServerOnceAndDisconnects();
+    void staysConnectedAfterAnyAnswer();
+    void sendsNoPingWhileTheServerSends();
+    void sendsNoPingWhileALineArrivesInBytes();
+    void sendsNoPingWhileTheUserSends();
+    void setsSocketOptions();
 
 private:
-    /// Starts the program and lets it connect and register; the server says nothing after that.
-    bool enter(const QStringList &channels = {});
-    /// Connects by the dialog that stands open; the server chatters from then on.
+    /// Starts the program, connects and registers.
+    bool startAndConnect(const QStringList &channels = {});
+    /// Connects with the open connect dialog. The server sends NOTICEs from then on.
     bool connectByDialog();
-    /// Connects anew if the link is gone.
-    bool keepLink();
-    /// Joins and says some lines, while the server says nothing; false if the link is lost.
-    bool talkInRoom(int lines);
+    /// Reconnects if the connection is closed.
+    bool ensureConnected();
+    /// Joins #room and sends some lines, while the server is silent. Returns false if the
+    /// connection is lost.
+    bool sendLinesInRoom(int lines);
     bool showsStatus(QRgb colour) const;
-    /// Copies all rows of the conversation in front, by mouse and keyboard.
+    /// Copies all rows of the current conversation, by mouse and keyboard.
     bool copyRows() const;
-    /// What was copied: the user pastes it into the input line, and the server hears it.
-    QString tellCopy();
+    /// Pastes the clipboard into the input line and returns what the server receives.
+    QString pasteCopy();
 
     VirtualScreen screen;
     std::unique_ptr<Session> session;
@@ -220,7 +219,7 @@ void TestSilentServer::cleanup()
     session.reset();
 }
 
-bool TestSilentServer::enter(const QStringList &channels)
+bool TestSilentServer::startAndConnect(const QStringList &channels)
 {
     session->store.addServer({.host = u"127.0.0.1"_s,
                               .port = session->server.port(),
@@ -239,11 +238,11 @@ bool TestSilentServer::connectByDialog()
         return false;
     session->note(u"<< 001"_s);
     server.send(u":irc.test 001 wanda :Welcome"_s);
-    session->chatter.start(ChatterInterval);
+    session->noticeTimer.start(NoticeInterval);
     return QTest::qWaitFor([this] { return showsStatus(Green); }, WaitTimeout);
 }
 
-bool TestSilentServer::keepLink()
+bool TestSilentServer::ensureConnected()
 {
     return session->server.isConnected()
            || (session->program.openConnectDialog() && connectByDialog());
@@ -251,54 +250,54 @@ bool TestSilentServer::keepLink()
 
 bool TestSilentServer::showsStatus(QRgb colour) const
 {
-    return screen.countPixels(colour) > BarPoints;
+    return screen.countPixels(colour) > StatusBarPixels;
 }
 
 bool TestSilentServer::copyRows() const
 {
-    return screen.click(screen.activeWindow().topLeft() + InConversation)
+    return screen.click(screen.activeWindow().topLeft() + ConversationPoint)
            && screen.press(u"ctrl+a"_s) && screen.press(u"ctrl+c"_s);
 }
 
-QString TestSilentServer::tellCopy()
+QString TestSilentServer::pasteCopy()
 {
     const ScriptedServer &server = session->server;
-    session->chatter.start(ChatterInterval);
-    const auto told = [&server] {
+    session->noticeTimer.start(NoticeInterval);
+    const auto received = [&server] {
         const QStringList lines = server.lines();
-        const qsizetype start = lines.indexOf(u"TAKE THIS"_s) + 1;
+        const qsizetype start = lines.indexOf(u"COPY FOLLOWS"_s) + 1;
         return start == 0 ? QStringList()
                           : lines.mid(start).filter(QRegularExpression(u"^(?!PING )"_s));
     };
-    for (int attempt = 0; told().isEmpty() && attempt < Attempts; ++attempt) {
-        // The first line takes the keyboard to the input line.
-        if (!keepLink() || !session->program.typeLine(u"/raw TAKE THIS"_s))
+    for (int attempt = 0; received().isEmpty() && attempt < Attempts; ++attempt) {
+        // Typing the first line moves the focus to the input line.
+        if (!ensureConnected() || !session->program.typeLine(u"/raw COPY FOLLOWS"_s))
             return {};
-        // Nobody else speaks while a key is on its way.
-        session->mutter();
+        // Restarts the PING interval, so that no PING is sent between the keys.
+        session->sendNotice();
         if (!screen.type(u"/raw "_s) || !screen.press(u"ctrl+v"_s))
             return {};
-        session->mutter();
+        session->sendNotice();
         if (!screen.press(u"Return"_s)
-            || !QTest::qWaitFor([&] { return !server.isConnected() || !told().isEmpty(); },
+            || !QTest::qWaitFor([&] { return !server.isConnected() || !received().isEmpty(); },
                                 WaitTimeout))
             return {};
     }
-    return told().value(0).simplified();
+    return received().value(0).simplified();
 }
 
-void TestSilentServer::asksASilentServerOnceAndLeavesIt()
+void TestSilentServer::pingsASilentServerOnceAndDisconnects()
 {
-    QVERIFY(enter());
+    QVERIFY(startAndConnect());
     const ScriptedServer &server = session->server;
     bool isInTime = false;
     for (int attempt = 0; !isInTime && attempt < Attempts; ++attempt) {
-        session->chatter.stop();
-        session->mutter();
+        session->noticeTimer.stop();
+        session->sendNotice();
         const double lastTraffic = session->timeline.last().second;
         QTRY_VERIFY_WITH_TIMEOUT(!server.isConnected(), WaitTimeout);
         QVERIFY(session->timeline.last().second - lastTraffic > 60 + 45);
-        const QList<QTime> allPings = pingsAmong(server.lines());
+        const QList<QTime> allPings = pingTimes(server.lines());
         QTRY_VERIFY_WITH_TIMEOUT(showsStatus(Red), WaitTimeout);
 
         QVERIFY(copyRows());
@@ -306,79 +305,80 @@ void TestSilentServer::asksASilentServerOnceAndLeavesIt()
                 uR"( \[([\d:]+)\] << :irc\.test NOTICE wanda :hm)"
                 uR"( \[([\d:]+)\] \*\*\* Error: Ping timeout: no response to PING for 45s)"
                 uR"( \[[\d:]+\] \*\*\* Disconnected\.$)"_s);
-        const QString rows = tellCopy();
+        const QString rows = pasteCopy();
         const QRegularExpressionMatch match = expected.match(rows);
         QVERIFY2(match.hasMatch(), qPrintable(rows));
-        const QTime heard = QTime::fromString(match.captured(1));
-        const QTime left = QTime::fromString(match.captured(2));
-        // One that crossed the last traffic has been answered by that.
+        const QTime lastNotice = QTime::fromString(match.captured(1));
+        const QTime closed = QTime::fromString(match.captured(2));
+        // The last traffic answered a PING sent before it.
         QList<QTime> pings = allPings;
         pings.removeIf([&](QTime ping) {
-            return ping.isValid() && secondsBetween(heard, left) <= secondsBetween(ping, left);
+            return ping.isValid()
+                   && secondsBetween(lastNotice, closed) <= secondsBetween(ping, closed);
         });
         QCOMPARE(pings.size(), 1);
         QVERIFY(pings.first().isValid());
-        const int silence = secondsBetween(heard, pings.first());
+        const int silence = secondsBetween(lastNotice, pings.first());
         QVERIFY2(silence >= 60, qPrintable(QString::number(silence)));
-        const int patience = secondsBetween(pings.first(), left);
-        QVERIFY2(patience >= 45, qPrintable(QString::number(patience)));
-        isInTime = silence <= 70 + Lateness && patience <= 50 + Lateness;
-        qInfo("asked after %d s, left %d s later", silence, patience);
+        const int pongWait = secondsBetween(pings.first(), closed);
+        QVERIFY2(pongWait >= 45, qPrintable(QString::number(pongWait)));
+        isInTime = silence <= 70 + AllowedDelay && pongWait <= 50 + AllowedDelay;
+        qInfo("PING after %d s, disconnected %d s later", silence, pongWait);
     }
     QVERIFY(isInTime);
 }
 
-void TestSilentServer::staysWithAServerThatAnswersAnything()
+void TestSilentServer::staysConnectedAfterAnyAnswer()
 {
-    QVERIFY(enter());
+    QVERIFY(startAndConnect());
     const ScriptedServer &server = session->server;
     bool stays = false;
     for (int attempt = 0; !stays && attempt < Attempts; ++attempt) {
-        QVERIFY(keepLink());
-        session->chatter.stop();
-        const qsizetype before = pingsAmong(server.lines()).size();
+        QVERIFY(ensureConnected());
+        session->noticeTimer.stop();
+        const qsizetype before = pingTimes(server.lines()).size();
         const auto isAsked = [&](int times) {
-            return !server.isConnected() || pingsAmong(server.lines()).size() >= before + times;
+            return !server.isConnected() || pingTimes(server.lines()).size() >= before + times;
         };
         QTRY_VERIFY_WITH_TIMEOUT(isAsked(1), WaitTimeout);
-        session->mutter();
-        // A server that is given up hears no second one.
+        session->sendNotice();
+        // There is no second PING if the program has disconnected.
         QTRY_VERIFY_WITH_TIMEOUT(isAsked(2), WaitTimeout);
-        session->mutter();
-        const QList<QTime> pings = pingsAmong(server.lines()).mid(before);
+        session->sendNotice();
+        const QList<QTime> pings = pingTimes(server.lines()).mid(before);
         if (pings.size() < 2)
             continue;
         const int apart = secondsBetween(pings.at(0), pings.at(1));
         QVERIFY2(apart >= 60, qPrintable(QString::number(apart)));
-        stays = apart <= 70 + Lateness && showsStatus(Green) && server.isConnected();
+        stays = apart <= 70 + AllowedDelay && showsStatus(Green) && server.isConnected();
     }
     QVERIFY(stays);
 }
 
-void TestSilentServer::asksNothingWhileTheServerTalks()
+void TestSilentServer::sendsNoPingWhileTheServerSends()
 {
-    QVERIFY(enter());
+    QVERIFY(startAndConnect());
     QVERIFY(session->waitUntil(session->now() + 250));
     const QList<QTime> pings = session->pings();
     QVERIFY(copyRows());
-    const QString rows = tellCopy();
-    const QList<QTime> talk = timesOf(rows, u"<< :irc\\.test NOTICE wanda :hm"_s);
-    QVERIFY2(talk.size() > 5, qPrintable(rows));
-    const int silence = shortestSilence(talk, pings);
+    const QString rows = pasteCopy();
+    const QList<QTime> sent = timesOf(rows, u"<< :irc\\.test NOTICE wanda :hm"_s);
+    QVERIFY2(sent.size() > 5, qPrintable(rows));
+    const int silence = shortestSilence(sent, pings);
     QVERIFY2(silence >= 60, qPrintable(QString::number(silence)));
 }
 
-// A byte a second: no line ends within the time after which a silent server is asked.
-void TestSilentServer::hearsAServerThatSpellsItsLines()
+// One byte a second: a line takes longer than the silence before a PING.
+void TestSilentServer::sendsNoPingWhileALineArrivesInBytes()
 {
-    QVERIFY(enter());
+    QVERIFY(startAndConnect());
     ScriptedServer &server = session->server;
     const QString line = u":irc.test NOTICE wanda :"_s + QString(100, u'x');
     const QByteArray bytes = line.toLatin1() + "\r\n"_ba;
     bool isAsked = true;
     for (int attempt = 0; isAsked && attempt < Attempts; ++attempt) {
-        QVERIFY(keepLink());
-        session->chatter.stop();
+        QVERIFY(ensureConnected());
+        session->noticeTimer.stop();
         const qsizetype before = session->pings().size();
         const double start = session->now();
         for (const char byte : bytes) {
@@ -393,63 +393,63 @@ void TestSilentServer::hearsAServerThatSpellsItsLines()
     server.send(u"PING :spelt"_s);
     QVERIFY(server.waitForLine(u"PONG :spelt"_s));
     QVERIFY(copyRows());
-    const QString rows = tellCopy();
+    const QString rows = pasteCopy();
     QVERIFY2(rows.contains(QString(u" << "_s + line + u" ["_s)), qPrintable(rows));
 }
 
-bool TestSilentServer::talkInRoom(int lines)
+bool TestSilentServer::sendLinesInRoom(int lines)
 {
     ScriptedServer &server = session->server;
-    if (!keepLink() || !server.waitForLine(u"JOIN #room"_s))
+    if (!ensureConnected() || !server.waitForLine(u"JOIN #room"_s))
         return false;
     server.send(u":wanda!w@host JOIN #room"_s);
     if (!server.waitForLine(u"NAMES #room"_s) || !session->program.typeLine(u"anybody here?"_s))
         return false;
-    session->chatter.stop();
+    session->noticeTimer.stop();
     const double start = session->now();
     for (int i = 1; i <= lines; ++i) {
-        // Typing takes its time, so only the last key is pressed when it is time.
+        // Typing takes long, so only Return is timed.
         if (!screen.type(u"still here"_s) || !session->waitUntil(start + 20 * i)
             || !screen.press(u"Return"_s))
             return false;
-        const auto isSaid = [&] {
+        const auto isReceived = [&] {
             return server.lines().count(u"PRIVMSG #room :still here"_s) >= i;
         };
-        if (!QTest::qWaitFor([&] { return !server.isConnected() || isSaid(); }, WaitTimeout)
-            || !isSaid())
+        if (!QTest::qWaitFor([&] { return !server.isConnected() || isReceived(); }, WaitTimeout)
+            || !isReceived())
             return false;
     }
     return true;
 }
 
-void TestSilentServer::asksNothingWhileTheUserTalks()
+void TestSilentServer::sendsNoPingWhileTheUserSends()
 {
     constexpr int Lines = 12;
-    QVERIFY(enter({u"#room"_s}));
-    // The user's own talk is no answer.
+    QVERIFY(startAndConnect({u"#room"_s}));
+    // The user's own messages do not answer a PING.
     connect(&session->server, &ScriptedServer::lineReceived, &session->server,
             [this](int, const QString &line) {
                 if (line.startsWith(u"PING"_s))
-                    session->mutter();
+                    session->sendNotice();
             });
-    bool hasTalked = false;
-    for (int attempt = 0; !hasTalked && attempt < Attempts; ++attempt)
-        hasTalked = talkInRoom(Lines);
-    QVERIFY(hasTalked);
+    bool hasSent = false;
+    for (int attempt = 0; !hasSent && attempt < Attempts; ++attempt)
+        hasSent = sendLinesInRoom(Lines);
+    QVERIFY(hasSent);
     const QList<QTime> pings = session->pings();
     QVERIFY(copyRows());
-    const QString rows = tellCopy();
-    const QList<QTime> talk = timesOf(rows, u"\\S+ still here"_s);
-    QVERIFY2(talk.size() >= Lines, qPrintable(rows));
-    const int silence = shortestSilence(talk, pings);
+    const QString rows = pasteCopy();
+    const QList<QTime> sent = timesOf(rows, u"\\S+ still here"_s);
+    QVERIFY2(sent.size() >= Lines, qPrintable(rows));
+    const int silence = shortestSilence(sent, pings);
     QVERIFY2(silence >= 60, qPrintable(QString::number(silence)));
 }
 
-void TestSilentServer::letsTheSystemWatchTheSocketToo()
+void TestSilentServer::setsSocketOptions()
 {
-    QVERIFY(enter());
+    QVERIFY(startAndConnect());
     const DuplicatedSocket socket(session->program.processId(), session->server.port());
-    QVERIFY2(socket.isValid(), "The system doesn't let us look at the program's sockets");
+    QVERIFY2(socket.isValid(), "The program's sockets are not accessible");
     QCOMPARE(socket.option(SOL_SOCKET, SO_KEEPALIVE), 1);
     QCOMPARE(socket.option(IPPROTO_TCP, TCP_KEEPIDLE), 60);
     QCOMPARE(socket.option(IPPROTO_TCP, TCP_KEEPINTVL), 10);

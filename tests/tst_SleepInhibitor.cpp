@@ -26,28 +26,28 @@ using Manner = FakeSleepService::Manner;
 
 namespace {
 
-// With this argument the program is the one that holds a session with a silent server, until there
-// is something to read for it. It writes down how the session goes.
-constexpr QLatin1StringView HoldASession = "--hold-a-session"_L1;
+// With this argument, this program connects to a silent server and prints the session's events
+// until its standard input is readable.
+constexpr QLatin1StringView RunSession = "--run-session"_L1;
 
-int holdASession(int argc, char **argv)
+int runSession(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     TestSession session;
     QTextStream out(stdout);
-    const auto say = [&out](const QString &what) { out << what << Qt::endl; };
+    const auto print = [&out](const QString &what) { out << what << Qt::endl; };
     QObject::connect(&session.connection, &IRCConnection::connected, &application,
-                     [say] { say(u"connected"_s); });
-    QObject::connect(&session.connection, &IRCConnection::errorOccurred, &application, say);
+                     [print] { print(u"connected"_s); });
+    QObject::connect(&session.connection, &IRCConnection::errorOccurred, &application, print);
     QObject::connect(&session.connection, &IRCConnection::disconnected, &application,
-                     [say] { say(u"disconnected"_s); });
+                     [print] { print(u"disconnected"_s); });
     const QSocketNotifier notifier(0, QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
     session.startConnecting();
     return QCoreApplication::exec();
 }
 
-// Waits for a line of a program that this test started.
+// Waits for a line of output of `process`.
 bool waitForOutput(QProcess &process, const QString &line)
 {
     return QTest::qWaitFor(
@@ -60,9 +60,9 @@ qsizetype openFiles()
     return QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System).size();
 }
 
-const QString PortalAsking =
+const QString PortalRequest =
         u"org.freedesktop.portal.Inhibit |  | 4 | reason=Maintaining IRC connection"_s;
-const QString LogindAsking =
+const QString LogindRequest =
         u"org.freedesktop.login1.Manager | idle | Velmora | Maintaining IRC connection | block"_s;
 
 } // namespace
@@ -75,34 +75,34 @@ private slots:
     void init();
     void cleanup();
 
-    void asksThePortalFirst();
+    void requestsFromThePortalFirst();
     void fallsBackOnLogind_data();
     void fallsBackOnLogind();
-    void asksForNothingBeforeALinkIsUp();
-    void releasesOnEachWayOut_data();
-    void releasesOnEachWayOut();
-    void releasesBeforeTheLinkIsGone();
-    void releasesAtATimeout();
+    void requestsNothingBeforeTheConnection();
+    void releasesWhenTheSessionEnds_data();
+    void releasesWhenTheSessionEnds();
+    void releasesBeforeTheSocketCloses();
+    void releasesAfterAPingTimeout();
     void releasesWhenTheProgramQuits_data();
     void releasesWhenTheProgramQuits();
-    void holdsOnceAfterASecondConnect();
+    void requestsOnceAfterASecondConnect();
     void leaksNothingOverAHundredConnections_data();
     void leaksNothingOverAHundredConnections();
-    void givesBackWhatComesTooLate_data();
-    void givesBackWhatComesTooLate();
+    void releasesALateGrant_data();
+    void releasesALateGrant();
 
-    void livesWithoutAService();
-    void livesWithServicesThatRefuse();
-    void livesWithTheDeathOfAService();
-    void livesWithTheDeathOfTheBus();
-    void holdsNothingWithoutABus();
-    void isNotHeldUpByABusThatDoesNotAnswer();
-    void ignoresAStrangeNumber();
+    void worksWithoutAService();
+    void worksWithServicesThatRefuse();
+    void worksAfterAServiceDies();
+    void worksAfterTheBusDies();
+    void requestsNothingWithoutABus();
+    void isNotBlockedByASilentBus();
+    void ignoresAnUnknownAssertion();
 
 private:
-    [[nodiscard]] std::unique_ptr<FakeSleepService> offer(Kind kind,
-                                                          Manner manner = Manner::Grants) const;
-    [[nodiscard]] bool isInOrder();
+    [[nodiscard]] std::unique_ptr<FakeSleepService>
+    startService(Kind kind, Manner manner = Manner::Grants) const;
+    [[nodiscard]] bool isSessionWorking();
 
     std::unique_ptr<PrivateBus> bus;
     std::unique_ptr<TestSession> session;
@@ -122,24 +122,24 @@ void TestSleepInhibitor::cleanup()
     bus.reset();
 }
 
-std::unique_ptr<FakeSleepService> TestSleepInhibitor::offer(Kind kind, Manner manner) const
+std::unique_ptr<FakeSleepService> TestSleepInhibitor::startService(Kind kind, Manner manner) const
 {
     return std::make_unique<FakeSleepService>(bus->address(), kind, manner);
 }
 
-// Whatever becomes of the services, lines go both ways.
-bool TestSleepInhibitor::isInOrder()
+// Returns true if lines still arrive in both directions.
+bool TestSleepInhibitor::isSessionWorking()
 {
     return session->settle() && session->sent().isEmpty() && session->log.parsed().isEmpty();
 }
 
-void TestSleepInhibitor::asksThePortalFirst()
+void TestSleepInhibitor::requestsFromThePortalFirst()
 {
-    const auto portal = offer(Kind::Portal);
-    const auto logind = offer(Kind::Logind);
+    const auto portal = startService(Kind::Portal);
+    const auto logind = startService(Kind::Logind);
     QVERIFY(session->open());
     QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
-    QCOMPARE(portal->requestTexts(), QStringList{PortalAsking});
+    QCOMPARE(portal->requestTexts(), QStringList{PortalRequest});
     QVERIFY(logind->requestTexts().isEmpty());
 }
 
@@ -147,27 +147,27 @@ void TestSleepInhibitor::fallsBackOnLogind_data()
 {
     QTest::addColumn<bool>("hasPortal");
     QTest::newRow("no portal") << false;
-    QTest::newRow("a portal that refuses") << true;
+    QTest::newRow("portal refuses") << true;
 }
 
 void TestSleepInhibitor::fallsBackOnLogind()
 {
     QFETCH(const bool, hasPortal);
-    const auto portal = hasPortal ? offer(Kind::Portal, Manner::Refuses) : nullptr;
-    const auto logind = offer(Kind::Logind);
+    const auto portal = hasPortal ? startService(Kind::Portal, Manner::Refuses) : nullptr;
+    const auto logind = startService(Kind::Logind);
     QVERIFY(session->open());
     QTRY_COMPARE_WITH_TIMEOUT(logind->heldGrants(), 1, WaitTimeout);
-    QCOMPARE(logind->requestTexts(), QStringList{LogindAsking});
+    QCOMPARE(logind->requestTexts(), QStringList{LogindRequest});
     session->connection.disconnectFromServer();
     QTRY_COMPARE_WITH_TIMEOUT(logind->heldGrants(), 0, WaitTimeout);
     QCOMPARE(logind->requestTexts().size(), 1);
     if (hasPortal)
-        QCOMPARE(portal->requestTexts(), QStringList{PortalAsking});
+        QCOMPARE(portal->requestTexts(), QStringList{PortalRequest});
 }
 
-void TestSleepInhibitor::asksForNothingBeforeALinkIsUp()
+void TestSleepInhibitor::requestsNothingBeforeTheConnection()
 {
-    const auto portal = offer(Kind::Portal);
+    const auto portal = startService(Kind::Portal);
     session->server.stopListening();
     session->startConnecting();
     QVERIFY(session->log.waitFor(uR"(errorOccurred("Connection refused"))"_s));
@@ -178,26 +178,26 @@ void TestSleepInhibitor::asksForNothingBeforeALinkIsUp()
     QCOMPARE(portal->requestTexts().size(), 1);
 }
 
-void TestSleepInhibitor::releasesOnEachWayOut_data()
+void TestSleepInhibitor::releasesWhenTheSessionEnds_data()
 {
-    QTest::addColumn<QString>("way");
+    QTest::addColumn<QString>("ending");
     QTest::newRow("the user disconnects") << u"disconnect"_s;
     QTest::newRow("the server closes") << u"close"_s;
-    QTest::newRow("the link breaks") << u"cut"_s;
-    QTest::newRow("the session goes") << u"destroy"_s;
+    QTest::newRow("the connection breaks") << u"reset"_s;
+    QTest::newRow("the session is destroyed") << u"destroy"_s;
 }
 
-void TestSleepInhibitor::releasesOnEachWayOut()
+void TestSleepInhibitor::releasesWhenTheSessionEnds()
 {
-    QFETCH(const QString, way);
-    const auto portal = offer(Kind::Portal);
+    QFETCH(const QString, ending);
+    const auto portal = startService(Kind::Portal);
     QVERIFY(session->open());
     QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
-    if (way == u"disconnect"_s)
+    if (ending == u"disconnect"_s)
         session->connection.disconnectFromServer();
-    else if (way == u"close"_s)
+    else if (ending == u"close"_s)
         session->server.close();
-    else if (way == u"cut"_s)
+    else if (ending == u"reset"_s)
         session->server.abort();
     else
         session.reset();
@@ -206,16 +206,16 @@ void TestSleepInhibitor::releasesOnEachWayOut()
     QCOMPARE(portal->requestTexts().size(), 1);
 }
 
-// A server that reads nothing keeps the link from closing.
-void TestSleepInhibitor::releasesBeforeTheLinkIsGone()
+// The connection stays open because the server does not read.
+void TestSleepInhibitor::releasesBeforeTheSocketCloses()
 {
-    const auto portal = offer(Kind::Portal);
-    QTcpServer deaf;
-    QVERIFY(deaf.listen(QHostAddress::LocalHost));
-    session->connection.connectToServer(u"127.0.0.1"_s, deaf.serverPort(), u"me"_s, QString(),
+    const auto portal = startService(Kind::Portal);
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    session->connection.connectToServer(u"127.0.0.1"_s, server.serverPort(), u"me"_s, QString(),
                                         false);
-    QTRY_VERIFY_WITH_TIMEOUT(deaf.hasPendingConnections(), WaitTimeout);
-    deaf.nextPendingConnection()->setReadBufferSize(1);
+    QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), WaitTimeout);
+    server.nextPendingConnection()->setReadBufferSize(1);
     QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
     session->log.clear();
     session->connection.sendRaw(QString(20'000'000, u'x'));
@@ -224,12 +224,12 @@ void TestSleepInhibitor::releasesBeforeTheLinkIsGone()
     QVERIFY(session->log.entries().isEmpty());
 }
 
-void TestSleepInhibitor::releasesAtATimeout()
+void TestSleepInhibitor::releasesAfterAPingTimeout()
 {
-    const auto portal = offer(Kind::Portal);
+    const auto portal = startService(Kind::Portal);
     QVERIFY2(hasFastClock(), "faketime is not installed");
-    // The clock also shortens the time after which the portal's grant comes too late, to about one
-    // second of ours. Who stalls for that long is asked anew.
+    // The accelerated clock shortens QtDBus's timeout for the portal's reply to about one second. A
+    // stall of that length needs another attempt.
     constexpr int Attempts = 5;
     for (int attempt = 1; portal->releasedGrants() == 0 && attempt <= Attempts; ++attempt) {
         QProcess program;
@@ -237,7 +237,7 @@ void TestSleepInhibitor::releasesAtATimeout()
         const QStringList clock = fastClockCommand();
         program.start(clock.first(),
                       clock.mid(1)
-                              + QStringList{QCoreApplication::applicationFilePath(), HoldASession});
+                              + QStringList{QCoreApplication::applicationFilePath(), RunSession});
         QVERIFY(waitForOutput(program, u"connected"_s));
         QTRY_COMPARE_WITH_TIMEOUT(portal->requestTexts().size(), attempt, WaitTimeout);
         QVERIFY(waitForOutput(program, u"Ping timeout: no response to PING for 45s"_s));
@@ -261,10 +261,10 @@ void TestSleepInhibitor::releasesWhenTheProgramQuits_data()
 void TestSleepInhibitor::releasesWhenTheProgramQuits()
 {
     QFETCH(const Kind, kind);
-    const auto service = offer(kind);
+    const auto service = startService(kind);
     QProcess program;
     program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    program.start(QCoreApplication::applicationFilePath(), {HoldASession});
+    program.start(QCoreApplication::applicationFilePath(), {RunSession});
     QVERIFY(waitForOutput(program, u"connected"_s));
     QTRY_COMPARE_WITH_TIMEOUT(service->heldGrants(), 1, WaitTimeout);
     program.closeWriteChannel();
@@ -274,9 +274,9 @@ void TestSleepInhibitor::releasesWhenTheProgramQuits()
     QCOMPARE(program.exitCode(), 0);
 }
 
-void TestSleepInhibitor::holdsOnceAfterASecondConnect()
+void TestSleepInhibitor::requestsOnceAfterASecondConnect()
 {
-    const auto portal = offer(Kind::Portal);
+    const auto portal = startService(Kind::Portal);
     QVERIFY(session->open());
     QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
     QVERIFY(session->open());
@@ -298,7 +298,7 @@ void TestSleepInhibitor::leaksNothingOverAHundredConnections_data()
 void TestSleepInhibitor::leaksNothingOverAHundredConnections()
 {
     QFETCH(const Kind, kind);
-    const auto service = offer(kind);
+    const auto service = startService(kind);
     qsizetype before = 0;
     for (int i = 1; i <= 101; ++i) {
         QVERIFY(session->open());
@@ -315,23 +315,23 @@ void TestSleepInhibitor::leaksNothingOverAHundredConnections()
             before = openFiles();
     }
     QCOMPARE(service->releasedGrants(), 101);
-    // The fake logind keeps its end of each lock. A link to the bus goes a little later.
+    // The fake logind keeps its end of each lock. A bus connection closes a little later.
     const qsizetype kept = kind == Kind::Logind ? 100 : 0;
     QTRY_VERIFY2_WITH_TIMEOUT(openFiles() <= before + kept,
                               qPrintable(QString::number(openFiles() - before)), WaitTimeout);
 }
 
-void TestSleepInhibitor::givesBackWhatComesTooLate_data()
+void TestSleepInhibitor::releasesALateGrant_data()
 {
     QTest::addColumn<Kind>("kind");
     QTest::newRow("portal") << Kind::Portal;
     QTest::newRow("logind") << Kind::Logind;
 }
 
-void TestSleepInhibitor::givesBackWhatComesTooLate()
+void TestSleepInhibitor::releasesALateGrant()
 {
     QFETCH(const Kind, kind);
-    const auto service = offer(kind, Manner::Delays);
+    const auto service = startService(kind, Manner::Delays);
     QVERIFY(session->open());
     QTRY_COMPARE_WITH_TIMEOUT(service->requestTexts().size(), 1, WaitTimeout);
     session->connection.disconnectFromServer();
@@ -341,28 +341,28 @@ void TestSleepInhibitor::givesBackWhatComesTooLate()
     QCOMPARE(service->heldGrants(), 0);
 }
 
-void TestSleepInhibitor::livesWithoutAService()
+void TestSleepInhibitor::worksWithoutAService()
 {
     QVERIFY(session->open());
-    QVERIFY(isInOrder());
+    QVERIFY(isSessionWorking());
     session->connection.disconnectFromServer();
     QVERIFY(session->open());
 
-    // One that comes in the meantime is asked for the next connection.
-    const auto portal = offer(Kind::Portal);
+    // A service that starts later is used for the next connection.
+    const auto portal = startService(Kind::Portal);
     session->connection.disconnectFromServer();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
     QVERIFY(session->open());
     QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
 }
 
-void TestSleepInhibitor::livesWithServicesThatRefuse()
+void TestSleepInhibitor::worksWithServicesThatRefuse()
 {
-    const auto portal = offer(Kind::Portal, Manner::Refuses);
-    const auto logind = offer(Kind::Logind, Manner::Refuses);
+    const auto portal = startService(Kind::Portal, Manner::Refuses);
+    const auto logind = startService(Kind::Logind, Manner::Refuses);
     QVERIFY(session->open());
     QTRY_COMPARE_WITH_TIMEOUT(logind->requestTexts().size(), 1, WaitTimeout);
-    QVERIFY(isInOrder());
+    QVERIFY(isSessionWorking());
     session->connection.disconnectFromServer();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
     QVERIFY(session->open());
@@ -370,62 +370,62 @@ void TestSleepInhibitor::livesWithServicesThatRefuse()
     QCOMPARE(portal->requestTexts().size(), 2);
 }
 
-void TestSleepInhibitor::livesWithTheDeathOfAService()
+void TestSleepInhibitor::worksAfterAServiceDies()
 {
-    auto portal = offer(Kind::Portal);
+    auto portal = startService(Kind::Portal);
     QVERIFY(session->open());
     QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
     portal.reset();
-    QVERIFY(isInOrder());
+    QVERIFY(isSessionWorking());
     session->connection.disconnectFromServer();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
 
-    portal = offer(Kind::Portal, Manner::Delays);
+    portal = startService(Kind::Portal, Manner::Delays);
     QVERIFY(session->open());
     QTRY_COMPARE_WITH_TIMEOUT(portal->requestTexts().size(), 1, WaitTimeout);
     portal.reset();
-    QVERIFY(isInOrder());
+    QVERIFY(isSessionWorking());
 }
 
-void TestSleepInhibitor::livesWithTheDeathOfTheBus()
+void TestSleepInhibitor::worksAfterTheBusDies()
 {
-    auto portal = offer(Kind::Portal);
+    auto portal = startService(Kind::Portal);
     QVERIFY(session->open());
     QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
     bus->kill();
-    QVERIFY(isInOrder());
+    QVERIFY(isSessionWorking());
     session->connection.disconnectFromServer();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
     QVERIFY(session->open());
-    QVERIFY(isInOrder());
+    QVERIFY(isSessionWorking());
 }
 
-void TestSleepInhibitor::holdsNothingWithoutABus()
+void TestSleepInhibitor::requestsNothingWithoutABus()
 {
     for (const QString &address : {u"unix:path=/nonexistent"_s, u"autolaunch:"_s, u"nonsense"_s,
                                    u"unix:path=/dev/null;nonsense:x=y"_s}) {
         PrivateBus::useAddress(address);
         QCOMPARE(SleepInhibitor::acquire(u"reason"_s), 0U);
         QVERIFY(session->open());
-        QVERIFY(isInOrder());
+        QVERIFY(isSessionWorking());
         session->connection.disconnectFromServer();
         QVERIFY(session->log.waitFor(u"disconnected()"_s));
     }
 }
 
-void TestSleepInhibitor::isNotHeldUpByABusThatDoesNotAnswer()
+void TestSleepInhibitor::isNotBlockedByASilentBus()
 {
     const QTemporaryDir folder;
-    QLocalServer mute;
-    QVERIFY(mute.listen(folder.filePath(u"bus"_s)));
-    PrivateBus::useAddress(QString(u"unix:path="_s + mute.fullServerName()));
+    QLocalServer silent;
+    QVERIFY(silent.listen(folder.filePath(u"bus"_s)));
+    PrivateBus::useAddress(QString(u"unix:path="_s + silent.fullServerName()));
 
-    // An answer would be waited for 25 seconds each time.
+    // A blocking call would wait for 25 seconds each time.
     QElapsedTimer timer;
     timer.start();
     QVERIFY(session->open());
-    QVERIFY(isInOrder());
-    QTRY_VERIFY_WITH_TIMEOUT(mute.hasPendingConnections(), WaitTimeout);
+    QVERIFY(isSessionWorking());
+    QTRY_VERIFY_WITH_TIMEOUT(silent.hasPendingConnections(), WaitTimeout);
     session->connection.disconnectFromServer();
     QVERIFY(session->log.waitFor(u"disconnected()"_s));
     QVERIFY(session->open());
@@ -433,9 +433,9 @@ void TestSleepInhibitor::isNotHeldUpByABusThatDoesNotAnswer()
     QVERIFY(timer.elapsed() < 20000);
 }
 
-void TestSleepInhibitor::ignoresAStrangeNumber()
+void TestSleepInhibitor::ignoresAnUnknownAssertion()
 {
-    const auto portal = offer(Kind::Portal);
+    const auto portal = startService(Kind::Portal);
     const quint32 assertion = SleepInhibitor::acquire(u"reason"_s);
     QVERIFY(assertion != 0);
     QTRY_COMPARE_WITH_TIMEOUT(portal->heldGrants(), 1, WaitTimeout);
@@ -449,8 +449,8 @@ void TestSleepInhibitor::ignoresAStrangeNumber()
 
 int main(int argc, char **argv)
 {
-    if (argc > 1 && QLatin1StringView(argv[1]) == HoldASession)
-        return holdASession(argc, argv);
+    if (argc > 1 && QLatin1StringView(argv[1]) == RunSession)
+        return runSession(argc, argv);
     QCoreApplication application(argc, argv);
     TestSleepInhibitor test;
     return QTest::qExec(&test, argc, argv);

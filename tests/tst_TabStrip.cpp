@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Tabs in their bar, and which of them the buttons have asked to close.
+/// A tab widget, and the indexes for which close buttons were clicked.
 class Strip final
 {
 public:
@@ -49,17 +49,17 @@ class TestTabStrip final : public QObject
     Q_OBJECT
 
 private slots:
-    void makesTheBarOfTheTabs();
-    void makesOneButtonPerTab();
-    void marksTheCurrentTabsButton();
-    void closesTheTabOfTheLastUpdate();
-    void asksNobodyWhoIsGone();
-    void leadsTheKeyboardThroughThePage();
-    void switchesTabsByKeys_data();
-    void switchesTabsByKeys();
+    void createsTheTabBar();
+    void createsOneButtonPerTab();
+    void coloursTheCurrentTabsButton();
+    void closesTheIndexOfTheLastUpdate();
+    void doesNotCallADeletedReceiver();
+    void setsTheTabOrder();
+    void switchesTabsWithKeys_data();
+    void switchesTabsWithKeys();
 };
 
-void TestTabStrip::makesTheBarOfTheTabs()
+void TestTabStrip::createsTheTabBar()
 {
     const Strip strip(1);
     QCOMPARE(strip.tabs.tabBar(), strip.bar);
@@ -69,7 +69,7 @@ void TestTabStrip::makesTheBarOfTheTabs()
     QCOMPARE(strip.bar->contextMenuPolicy(), Qt::CustomContextMenu);
 }
 
-void TestTabStrip::makesOneButtonPerTab()
+void TestTabStrip::createsOneButtonPerTab()
 {
     Strip strip(2);
     strip.update();
@@ -88,7 +88,7 @@ void TestTabStrip::makesOneButtonPerTab()
     QVERIFY(strip.button(2) != nullptr);
 }
 
-void TestTabStrip::marksTheCurrentTabsButton()
+void TestTabStrip::coloursTheCurrentTabsButton()
 {
     Strip strip(3);
     for (const int current : {0, 2, 1}) {
@@ -102,8 +102,8 @@ void TestTabStrip::marksTheCurrentTabsButton()
     }
 }
 
-// A tab that has gone leaves those behind it with the index of the one after them.
-void TestTabStrip::closesTheTabOfTheLastUpdate()
+// Buttons after a removed tab keep their old index until the next update.
+void TestTabStrip::closesTheIndexOfTheLastUpdate()
 {
     Strip strip(4);
     strip.update();
@@ -117,7 +117,7 @@ void TestTabStrip::closesTheTabOfTheLastUpdate()
     QCOMPARE(strip.closed, (QList<int>{3, 2, 3, 1, 2}));
 }
 
-void TestTabStrip::asksNobodyWhoIsGone()
+void TestTabStrip::doesNotCallADeletedReceiver()
 {
     Strip strip(1);
     strip.receiver = std::make_unique<QObject>();
@@ -128,15 +128,15 @@ void TestTabStrip::asksNobodyWhoIsGone()
     QCOMPARE(strip.closed, QList<int>{0});
 }
 
-void TestTabStrip::leadsTheKeyboardThroughThePage()
+void TestTabStrip::setsTheTabOrder()
 {
     QWidget window;
     auto *layout = new QVBoxLayout(&window);
     auto *tabs = new MyTabWidget;
     HighlightTabBar *bar = TabStrip::create(*tabs);
     layout->addWidget(tabs);
-    auto *behind = new QPushButton;
-    layout->addWidget(behind);
+    auto *buttonAfter = new QPushButton;
+    layout->addWidget(buttonAfter);
     auto *page = new QWidget;
     auto *pageLayout = new QVBoxLayout(page);
     const QList<QPushButton *> buttons{new QPushButton, new QPushButton, new QPushButton};
@@ -146,17 +146,17 @@ void TestTabStrip::leadsTheKeyboardThroughThePage()
     tabs->addTab(page, u"a"_s);
     TabStrip::setTabOrderAfter(*bar, *page);
 
-    // Qt has widgets of its own in the chain, that of the tabs among them.
-    QList<const QWidget *> way;
+    // Ignores Qt's internal widgets in the focus chain.
+    QList<const QWidget *> tabOrder;
     for (const QWidget *widget = bar->nextInFocusChain(); widget != bar;
          widget = widget->nextInFocusChain()) {
-        if (widget == behind || (widget->parent() == page && widget != buttons.at(1)))
-            way.append(widget);
+        if (widget == buttonAfter || (widget->parent() == page && widget != buttons.at(1)))
+            tabOrder.append(widget);
     }
-    QCOMPARE(way, (QList<const QWidget *>{buttons.at(0), buttons.at(2), behind}));
+    QCOMPARE(tabOrder, (QList<const QWidget *>{buttons.at(0), buttons.at(2), buttonAfter}));
 }
 
-void TestTabStrip::switchesTabsByKeys_data()
+void TestTabStrip::switchesTabsWithKeys_data()
 {
     QTest::addColumn<Qt::Key>("key");
     QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
@@ -172,7 +172,7 @@ void TestTabStrip::switchesTabsByKeys_data()
     QTest::newRow("Ctrl+Page Up") << Qt::Key_PageUp << ctrl << backwards;
 }
 
-void TestTabStrip::switchesTabsByKeys()
+void TestTabStrip::switchesTabsWithKeys()
 {
     QFETCH(const Qt::Key, key);
     QFETCH(const Qt::KeyboardModifiers, modifiers);

@@ -22,30 +22,30 @@ class TestUserListRows final : public QObject
     Q_OBJECT
 
 private slots:
-    void tellsTheNick_data();
-    void tellsTheNick();
+    void returnsTheNick_data();
+    void returnsTheNick();
     void removesTheFirst_data();
     void removesTheFirst();
-    void showsWhoIsAway_data();
-    void showsWhoIsAway();
+    void showsAwayUsers_data();
+    void showsAwayUsers();
 };
 
-void TestUserListRows::tellsTheNick_data()
+void TestUserListRows::returnsTheNick_data()
 {
     QTest::addColumn<QString>("entry");
     QTest::addColumn<QString>("nick");
 
     QTest::newRow("nick") << u"bob"_s << u"bob"_s;
-    QTest::newRow("rank") << u"@bob"_s << u"bob"_s;
-    QTest::newRow("two ranks") << u"@+bob"_s << u"+bob"_s;
-    QTest::newRow("mark") << u"\u25CF bob"_s << u"bob"_s;
-    QTest::newRow("mark and rank") << u"\u25CF @bob"_s << u"bob"_s;
-    QTest::newRow("rank and mark") << u"@\u25CF bob"_s << u"\u25CF bob"_s;
-    QTest::newRow("mark without a blank") << u"\u25CFbob"_s << u"\u25CFbob"_s;
-    QTest::newRow("nothing") << QString() << QString();
+    QTest::newRow("prefix") << u"@bob"_s << u"bob"_s;
+    QTest::newRow("two prefixes") << u"@+bob"_s << u"+bob"_s;
+    QTest::newRow("presence mark") << u"\u25CF bob"_s << u"bob"_s;
+    QTest::newRow("presence mark and prefix") << u"\u25CF @bob"_s << u"bob"_s;
+    QTest::newRow("prefix and presence mark") << u"@\u25CF bob"_s << u"\u25CF bob"_s;
+    QTest::newRow("presence mark without a space") << u"\u25CFbob"_s << u"\u25CFbob"_s;
+    QTest::newRow("empty") << QString() << QString();
 }
 
-void TestUserListRows::tellsTheNick()
+void TestUserListRows::returnsTheNick()
 {
     QFETCH(const QString, entry);
     QTEST(UserListRows::nickOf(QListWidgetItem(entry)), "nick");
@@ -58,7 +58,7 @@ void TestUserListRows::removesTheFirst_data()
 
     QTest::newRow("one") << u"@a"_s << QStringList{u"b"_s, u"c"_s, u"b"_s};
     QTest::newRow("the first of two") << u"b"_s << QStringList{u"@a"_s, u"c"_s, u"b"_s};
-    QTest::newRow("without its rank") << u"a"_s << QStringList{u"@a"_s, u"b"_s, u"c"_s, u"b"_s};
+    QTest::newRow("without its prefix") << u"a"_s << QStringList{u"@a"_s, u"b"_s, u"c"_s, u"b"_s};
     QTest::newRow("another case") << u"C"_s << QStringList{u"@a"_s, u"b"_s, u"c"_s, u"b"_s};
 }
 
@@ -71,19 +71,19 @@ void TestUserListRows::removesTheFirst()
     QTEST(entries(list), "left");
 }
 
-void TestUserListRows::showsWhoIsAway_data()
+void TestUserListRows::showsAwayUsers_data()
 {
     QTest::addColumn<QString>("nick");
     QTest::addColumn<int>("row");
 
     QTest::newRow("nick") << u"b"_s << 1;
-    QTest::newRow("rank") << u"a"_s << 0;
+    QTest::newRow("prefix") << u"a"_s << 0;
     QTest::newRow("another case") << u"A"_s << 0;
     QTest::newRow("the first of two") << u"c"_s << 2;
-    QTest::newRow("nobody") << u"x"_s << -1;
+    QTest::newRow("unknown nick") << u"x"_s << -1;
 }
 
-void TestUserListRows::showsWhoIsAway()
+void TestUserListRows::showsAwayUsers()
 {
     QFETCH(const QString, nick);
     QFETCH(const int, row);
