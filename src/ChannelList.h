@@ -29,7 +29,6 @@ struct Page
 void addRow(QTreeWidget &tree, const QString &channel, const QString &userCount,
             const QString &topic);
 
-/// Returns the channel name in `row`.
 [[nodiscard]] QString channelOf(const QTreeWidgetItem &row);
 
 /// Sorts by users in descending order, and lets the user sort by a click on the header.

@@ -63,7 +63,6 @@ public:
     /// the server has not confirmed it.
     [[nodiscard]] QString currentNick() const;
 
-    /// Returns the host of the last `connectToServer`.
     [[nodiscard]] QString getHost() const;
 
     /// Returns a copy of the active server's record. Of it, the connection reads only
@@ -77,20 +76,15 @@ public:
     /// The functions from `joinChannel` to `sendWatch` send one line each with this function and do
     /// not check their arguments either.
     void sendRaw(const QString &line);
-    /// Joins `channel`. An empty one sends "JOIN ".
     void joinChannel(const QString &channel);
     /// Leaves `channel` with the message "Leaving".
     void partChannel(const QString &channel);
     /// Sends `text` to a channel or a nick.
     void sendPrivmsg(const QString &target, const QString &text);
-
     /// Requests another nick; `currentNick` changes when the server confirms it.
     void changeNick(const QString &nick);
-
-    /// Sends WHOIS for `nick`; the replies are emitted as `whoisUserReceived` to
-    /// `whoisAwayReceived`.
+    /// Requests the signals from `whoisUserReceived` to `whoisAwayReceived` for `nick`.
     void sendWhois(const QString &nick);
-
     /// Adds `nick` to the server's WATCH list or removes it. Does nothing if not connected.
     void sendWatch(const QString &nick, bool add);
 
@@ -103,9 +97,7 @@ public:
     void setListServerName(const QString &name);
     /// Returns the server that sent the last channel list; empty if its first line had no prefix.
     [[nodiscard]] QString getListServerName() const;
-    /// Returns the number of channels since the last `resetListCounters`.
     [[nodiscard]] int getTotalListChannels() const;
-    /// Returns the sum of these channels' user counts.
     [[nodiscard]] int getTotalListUsers() const;
 
     /// Requests the next alternative nick after the server refused the last one. Emits

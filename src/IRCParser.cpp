@@ -7,7 +7,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The parts of one received message.
 struct Message
 {
     QString prefix;
@@ -66,7 +65,7 @@ void handlePrivmsg(const Message &message, IRCConnection *connection)
 {
     if (message.params.isEmpty() || message.trailing.isEmpty())
         return;
-    // The target of a private message is the user, so its sender names the tab.
+    // The target of a private message is the user, so the sender is reported instead.
     const QString &target =
             ChannelNames::isChannel(message.params.at(0)) ? message.params.at(0) : message.nick;
     emit connection->privmsgReceived(message.nick, target, message.trailing);

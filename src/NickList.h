@@ -11,7 +11,6 @@
 /// prefixes "~&@%+", which denotes the user's rank.
 namespace NickList {
 
-/// Returns true if `character` is one of the prefixes "~&@%+".
 [[nodiscard]] bool isPrefix(QChar character);
 
 /// Returns `entry` without its prefix. Removes only one: "+@nick" becomes "@nick".

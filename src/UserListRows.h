@@ -8,7 +8,6 @@ class QListWidgetItem;
 /// Rows of the user list widget, each with one entry of `NickList`.
 namespace UserListRows {
 
-/// Returns the nick in `row`.
 [[nodiscard]] QString nickOf(const QListWidgetItem &row);
 
 /// Deletes the first row with the text `entry`, if any.

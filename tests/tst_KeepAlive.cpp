@@ -238,7 +238,7 @@ void addEntry(Timeline &timeline, const QString &entry)
     if (!check.hasMatch())
         return;
     const qint64 limit = check.captured(1).toLongLong();
-    const bool isDue = check.captured(3).toLongLong() > limit; // At the latest time.
+    const bool isDue = check.captured(3).toLongLong() > limit; // Possibly due.
     const bool isOverdue = check.captured(2).toLongLong() > limit;
     const QString dueAct = limit == PongTimeout ? u"closes"_s : u"pings"_s;
     if (act == u"waits"_s ? isOverdue : !isDue || act != dueAct)
