@@ -379,7 +379,7 @@ void TestClosingTabs::showsTheNextTabWhenTheCurrentOneCloses()
 
 void TestClosingTabs::fallsBackToServerIfTheCurrentNameIsGone()
 {
-    // After a nick change to that of another open conversation, two tabs have one name.
+    // Two tabs have one name after a nick change to the nick of another open conversation.
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
     session.probe.openTabs({u"alice"_s, u"bob"_s, u"#c"_s});

@@ -220,7 +220,7 @@ void TestInput::sendsCommands_data()
     add(u"/RAW lower case :stays"_s, u"lower case :stays"_s);
     add(u"/raw  TWO  spaces"_s, u" TWO  spaces"_s);
     add(u"/raw %1 %2"_s, u"%1 %2"_s);
-    // After "/ ", the command is section 1.
+    // Field 0 is the slash alone, and field 1 begins at "raw".
     add(u"/ raw MODE me"_s, u"raw MODE me"_s);
     add(u"/list"_s, u"LIST"_s);
     add(u"/l"_s, u"LIST"_s);

@@ -92,8 +92,8 @@ void TestMembership::showsMessagesInTheirTab()
     QCOMPARE(session.probe.users(), (QStringList{u"bob"_s, u"me"_s}));
 }
 
-// IRCConnection reports the sender as the target of a private message, so the test emits the own
-// nick.
+// IRCConnection reports a private message with its sender as the target, so the test emits the
+// signal.
 void TestMembership::comparesTheTargetExactly()
 {
     WindowSession session;

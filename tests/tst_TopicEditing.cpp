@@ -73,7 +73,7 @@ std::function<void(QDialog *)> save(const QString &text)
 
 } // namespace
 
-// The window's part in editing topics: who may, and the effects.
+// The window's part in editing topics: the permission and the effects.
 class TestTopicEditing final : public QObject
 {
     Q_OBJECT

@@ -229,7 +229,7 @@ void TestUserList::opensNoChatWithoutAnItem()
     QCOMPARE(session.probe.tabTexts(), QStringList{Server});
 }
 
-// A nick that equals the name of an open tab shows that tab.
+// Intended: a nick that equals the name of an open tab shows that tab.
 void TestUserList::opensTheReservedTabs()
 {
     WindowSession session;

@@ -37,7 +37,7 @@ bool begin(WindowSession &session)
 
 } // namespace
 
-// WATCH over several requests, and its replies. The tests of tabs cover the single requests.
+// Sequences of WATCH requests, and the replies. The tests of tabs cover single requests.
 class TestWatch final : public QObject
 {
     Q_OBJECT
