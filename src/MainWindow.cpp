@@ -73,8 +73,8 @@ bool equalsIgnoringCase(const QString &left, const QString &right)
     return left.compare(right, Qt::CaseInsensitive) == 0;
 }
 
-// Sets the transient parent, which Wayland compositors need to place a popup. Qt guesses it for a
-// menu without a parent only if the window had the last input event.
+// Shows `menu` at `pos` of `widget`. Wayland compositors show a popup without a transient parent as
+// a separate window, and Qt guesses one only if the window had the last input event.
 void execMenu(QMenu &menu, const QWidget &widget, const QPoint &pos)
 {
     menu.winId(); // Creates the menu's window.
@@ -114,7 +114,7 @@ MainWindow::MainWindow(QWidget *parent)
     connectSession();
     resize(1280, 720);
     setWindowTitle(u"Velmora"_s);
-    // When the event loop runs, the window is on the screen.
+    // Posted, so that the dialog opens over the visible window.
     QTimer::singleShot(0, this, [this] { showConnectDialog(); });
     updateStatusBar();
     initSystemTray();
@@ -755,8 +755,8 @@ void MainWindow::appendMessageToTab(const QString &tabName, const QString &text,
                                     const QString &sender, bool isStatus)
 {
     const QString time = ChatTable::currentTime(timestampFormat);
-    const auto known = tabs.find(tabName);
-    TabInfo &tab = known == tabs.end() ? openTab(tabName) : *known;
+    const auto found = tabs.find(tabName);
+    TabInfo &tab = found == tabs.end() ? openTab(tabName) : *found;
     if (!tab.chatView) {
         qWarning("appendMessageToTab: chatView is null for tab %s", qUtf8Printable(tabName));
         return;

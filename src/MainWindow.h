@@ -127,7 +127,7 @@ private slots:
     void onReconnectTriggered();
     /// Empty and not connected: themes cannot be chosen yet.
     void onToggleTheme();
-    /// Opens another non-modal preferences dialog.
+    /// Opens a non-modal preferences dialog, even if another one is open.
     void openPreferencesWindow();
     void onWatchStatus(const QString &nick, bool online);
     /// Asks an operator for a new topic in a nested event loop, and sends it.
@@ -150,8 +150,7 @@ private:
 
     // Preferences
     void loadPreferences();
-    /// Intended: sets the user list's font, not `chatFont`, in the input line and the
-    /// conversations.
+    /// Intended: applies the user list's font, not `chatFont`.
     void applyChatFont();
     /// Empty and not called: each new row reads the format.
     void applyTimestampFormat();
@@ -168,9 +167,8 @@ private:
     /// Opens a non-modal connect dialog.
     void showConnectDialog();
     void acceptConnectDialog(const ConnectDialog &dialog);
-    /// Stores the session's `ServerConfig`.
     void saveCurrentServerConfig();
-    /// Reloads the session's `ServerConfig`. Not called; the counterpart of the function above.
+    /// Not called yet; the counterpart of saveCurrentServerConfig().
     void loadCurrentServerConfig();
     /// Copies the autojoin list to the session's `ServerConfig` without storing it.
     void copyAutojoinToSession();
@@ -183,11 +181,11 @@ private:
     /// Adds the tab `name` with its record. The reference is valid until the tab is closed or
     /// renamed.
     TabInfo &addTab(const QString &name, QWidget *page);
-    /// Adds the tab for a line to an unknown name, and makes it current if "Server" is.
+    /// Adds the tab `name` for its first line, and makes it current if "Server" is current.
     TabInfo &openTab(const QString &name);
     /// Returns the key of the private tab of `nick`, in any case, or an empty string.
     QString findPrivateChatTab(const QString &nick) const;
-    /// Adds missing close buttons and updates all of them to the tabs' current indexes.
+    /// Adds missing close buttons and updates the indexes of all.
     void addCloseButtonToAllTabs();
     void addAutojoinEntry(QMenu &menu, const QString &channel);
     void updateTopicLabel(const QString &channel);
@@ -233,8 +231,7 @@ private:
     // User list
     void openPrivateChat(const QString &nick);
     void fillUserMenu(QMenu &menu, const QString &nick);
-    /// Returns true if the user's own entry in `channel` has the prefix of a half-operator or
-    /// higher.
+    /// Returns true if the user is a half-operator or higher in `channel`.
     bool isUserOperator(const QString &channel) const;
 
     // Presence
@@ -247,7 +244,6 @@ private:
     void updateNickCompletionModel();
     /// Applies an update that was deferred to the end of a read.
     void flushPendingCompletion();
-    /// Returns what can be completed in the current tab.
     [[nodiscard]] NickCompletion::Source completionSource() const;
 
     // Channel list
