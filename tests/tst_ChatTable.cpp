@@ -1,3 +1,4 @@
+#include "ChatDocument.h"
 #include "ChatTable.h"
 
 #include <QTest>
@@ -10,14 +11,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QColor Grey(136, 136, 136, 255);
-
-QString cellText(const QTextTable &table, int row, int column)
-{
-    const QTextTableCell cell = table.cellAt(row, column);
-    QTextCursor cursor = cell.firstCursorPosition();
-    cursor.setPosition(cell.lastPosition(), QTextCursor::KeepAnchor);
-    return cursor.selectedText();
-}
 
 QTextBlock cellBlock(const QTextTable &table, int row, int column)
 {
@@ -167,15 +160,15 @@ void TestChatTable::keepsTheFirstRowEmpty()
     ChatTable::appendRows(*table, {SampleRows.first()});
     QCOMPARE(table->rows(), 2);
     for (int column = 0; column < 3; ++column)
-        QCOMPARE(cellText(*table, 0, column), QString());
-    QCOMPARE(cellText(*table, 1, 0), u"[10:00]"_s);
+        QCOMPARE(ChatDocument::cellText(*table, 0, column), QString());
+    QCOMPARE(ChatDocument::cellText(*table, 1, 0), u"[10:00]"_s);
     QVERIFY(!table->cellAt(0, 1).format().hasProperty(QTextFormat::TableCellRightBorder));
 }
 
 void TestChatTable::fillsTheTimeCell()
 {
     ChatTable::appendRows(*table, {{.time = u"10:20:30 "_s, .nick = u"bob"_s, .text = u"x"_s}});
-    QCOMPARE(cellText(*table, 1, 0), u"10:20:30 "_s);
+    QCOMPARE(ChatDocument::cellText(*table, 1, 0), u"10:20:30 "_s);
     QCOMPARE(cellBlock(*table, 1, 0).blockFormat().alignment(), Qt::AlignLeft);
     QCOMPARE(textFormat(*table, 1, 0).foreground().color(), Grey);
     QVERIFY(!table->cellAt(1, 0).format().hasProperty(QTextFormat::TableCellRightBorder));
@@ -184,7 +177,7 @@ void TestChatTable::fillsTheTimeCell()
 void TestChatTable::fillsTheNickCell()
 {
     ChatTable::appendRows(*table, {{.time = u"t"_s, .nick = u"bob"_s, .text = u"x"_s}});
-    QCOMPARE(cellText(*table, 1, 1), u"bob  "_s);
+    QCOMPARE(ChatDocument::cellText(*table, 1, 1), u"bob  "_s);
     QCOMPARE(cellBlock(*table, 1, 1).blockFormat().alignment(), Qt::AlignRight);
     const QTextCharFormat format = textFormat(*table, 1, 1);
     QCOMPARE(format.fontWeight(), 700);
@@ -211,7 +204,7 @@ void TestChatTable::setsTheRightBorderOfEachNickCell()
 void TestChatTable::setsNoNickColorInSystemLines()
 {
     ChatTable::appendRows(*table, {{.time = u"t"_s, .nick = {}, .text = u"x"_s, .ownAway = true}});
-    QCOMPARE(cellText(*table, 1, 1), u"  "_s);
+    QCOMPARE(ChatDocument::cellText(*table, 1, 1), u"  "_s);
     const QTextCharFormat format = textFormat(*table, 1, 1);
     QCOMPARE(format.fontWeight(), 700);
     QVERIFY(!format.hasProperty(QTextFormat::ForegroundBrush));
@@ -232,7 +225,7 @@ void TestChatTable::fillsTheTextCell()
 {
     ChatTable::appendRows(*table,
                           {{.time = u"t"_s, .nick = u"bob"_s, .text = u" some \x02text"_s}});
-    QCOMPARE(cellText(*table, 1, 2), u" some \x02text"_s);
+    QCOMPARE(ChatDocument::cellText(*table, 1, 2), u" some \x02text"_s);
     QCOMPARE(cellBlock(*table, 1, 2).blockFormat().alignment(), Qt::AlignLeft);
     QVERIFY(propertiesOf(textFormat(*table, 1, 2)).isEmpty());
 }
@@ -254,16 +247,16 @@ void TestChatTable::showsNoNickWithoutANickCell()
     for (QTextTable *conversation : {narrow, table}) {
         ChatTable::appendRows(*conversation, {row, row});
         for (const int index : {1, 2}) {
-            QCOMPARE(cellText(*conversation, index, 0), u"t"_s);
-            QCOMPARE(cellText(*conversation, index, 1), u"x"_s);
+            QCOMPARE(ChatDocument::cellText(*conversation, index, 0), u"t"_s);
+            QCOMPARE(ChatDocument::cellText(*conversation, index, 1), u"x"_s);
             QCOMPARE(cellBlock(*conversation, index, 1).blockFormat().alignment(), Qt::AlignLeft);
             QVERIFY(!conversation->cellAt(index, 1).format().hasProperty(
                     QTextFormat::TableCellRightBorder));
         }
         QVERIFY(!conversation->document()->toPlainText().contains(u"bob"_s));
     }
-    QCOMPARE(cellText(*table, 1, 2), QString());
-    QCOMPARE(cellText(*table, 2, 2), QString());
+    QCOMPARE(ChatDocument::cellText(*table, 1, 2), QString());
+    QCOMPARE(ChatDocument::cellText(*table, 2, 2), QString());
 }
 
 void TestChatTable::writesNickAndTextInOneCellOfTwoColumns()
@@ -271,8 +264,8 @@ void TestChatTable::writesNickAndTextInOneCellOfTwoColumns()
     QTextBrowser other;
     QTextTable *narrow = ChatTable::create(other, 2);
     ChatTable::appendRows(*narrow, {{.time = u"t"_s, .nick = u"bob"_s, .text = u" x"_s}});
-    QCOMPARE(cellText(*narrow, 1, 0), u"t"_s);
-    QCOMPARE(cellText(*narrow, 1, 1), u"bob   x"_s);
+    QCOMPARE(ChatDocument::cellText(*narrow, 1, 0), u"t"_s);
+    QCOMPARE(ChatDocument::cellText(*narrow, 1, 1), u"bob   x"_s);
     QVERIFY(narrow->cellAt(1, 1).format().hasProperty(QTextFormat::TableCellRightBorder));
 }
 
@@ -293,7 +286,7 @@ void TestChatTable::elidesLongNicks()
     QFETCH(const QString, shown);
     QCOMPARE(ChatTable::elidedNick(nick), shown);
     ChatTable::appendRows(*table, {{.time = u"t"_s, .nick = nick, .text = u"x"_s}});
-    QCOMPARE(cellText(*table, 1, 1), QString(shown + u"  "_s));
+    QCOMPARE(ChatDocument::cellText(*table, 1, 1), QString(shown + u"  "_s));
 }
 
 void TestChatTable::computesNickColors_data()
@@ -437,7 +430,7 @@ void TestChatTable::keepsTheOrderOfThousandsOfRows()
     ChatTable::appendRows(*table, rows);
     QCOMPARE(table->rows(), Count + 1);
     for (int i = 1; i <= Count; ++i)
-        QCOMPARE(cellText(*table, i, 2), QString::number(i));
+        QCOMPARE(ChatDocument::cellText(*table, i, 2), QString::number(i));
 }
 
 void TestChatTable::appendsNothing()

@@ -1,4 +1,5 @@
 #include "ChatCorpus.h"
+#include "ChatDocument.h"
 #include "ChatLayout.h"
 #include "ChatView.h"
 #include "ViewPair.h"
@@ -19,23 +20,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-ChatLayout &layoutOf(const ChatView &view)
-{
-    return *qobject_cast<ChatLayout *>(view.document()->documentLayout());
-}
-
-void scrollToEnd(QTextBrowser &view)
-{
-    QTextCursor cursor = view.textCursor();
-    cursor.movePosition(QTextCursor::End);
-    view.setTextCursor(cursor);
-    view.ensureCursorVisible();
-}
-
 // Returns the y coordinate of the last row's bottom in the viewport.
 int endOfText(const ChatView &view)
 {
-    const ChatLayout &layout = layoutOf(view);
+    const ChatLayout &layout = ChatDocument::layoutOf(view);
     return layout.rowTop(layout.rowCount()) - view.verticalScrollBar()->value();
 }
 
@@ -93,7 +81,7 @@ std::unique_ptr<ChatView> TestChatView::makeView(int rows, QSize size)
     view->show();
     table = ChatTable::create(*view, 3);
     ChatTable::appendRows(*table, ChatCorpus::plainRows(rows));
-    scrollToEnd(*view);
+    ChatDocument::scrollToEnd(*view);
     return view;
 }
 
@@ -102,21 +90,21 @@ void TestChatView::staysAtTheEndWhileLinesArrive()
     const auto view = makeView(0);
     for (int i = 0; i < 60; ++i) {
         ChatTable::appendRows(*table, ChatCorpus::plainRows(1, i));
-        scrollToEnd(*view);
+        ChatDocument::scrollToEnd(*view);
         const QScrollBar &bar = *view->verticalScrollBar();
         QVERIFY(bar.value() >= bar.maximum() - 4);
         QVERIFY(endOfText(*view) <= view->viewport()->height());
-        QVERIFY(!layoutOf(*view).hasEstimates());
+        QVERIFY(!ChatDocument::layoutOf(*view).hasEstimates());
     }
 }
 
 void TestChatView::showsTheEndOfManyLinesAtOnce()
 {
     const auto view = makeView(3000);
-    QVERIFY(layoutOf(*view).hasEstimates());
+    QVERIFY(ChatDocument::layoutOf(*view).hasEstimates());
     QCOMPARE(endOfText(*view), view->viewport()->height());
     const QImage before = painted(*view->viewport());
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(!ChatDocument::layoutOf(*view).hasEstimates(), WaitTimeout);
     QCOMPARE(endOfText(*view), view->viewport()->height());
     QCOMPARE(painted(*view->viewport()), before);
 }
@@ -129,11 +117,11 @@ void TestChatView::measuresNothingWhileHidden()
     stack.addWidget(view);
     stack.show();
     ChatTable::appendRows(*ChatTable::create(*view, 3), ChatCorpus::rows());
-    scrollToEnd(*view);
+    ChatDocument::scrollToEnd(*view);
     QCoreApplication::processEvents();
-    QVERIFY(layoutOf(*view).hasEstimates());
+    QVERIFY(ChatDocument::layoutOf(*view).hasEstimates());
     stack.setCurrentIndex(1);
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(!ChatDocument::layoutOf(*view).hasEstimates(), WaitTimeout);
 }
 
 void TestChatView::showsTheEndWhenATabIsShownAgain()
@@ -147,17 +135,17 @@ void TestChatView::showsTheEndWhenATabIsShownAgain()
     QTextTable *hidden = ChatTable::create(*view, 3);
     for (int i = 0; i < 20; ++i) {
         ChatTable::appendRows(*hidden, ChatCorpus::plainRows(10, 10 * i));
-        scrollToEnd(*view);
+        ChatDocument::scrollToEnd(*view);
     }
     stack.setCurrentIndex(1);
     QVERIFY(endOfText(*view) <= view->viewport()->height());
     QVERIFY(endOfText(*view) >= view->viewport()->height() - 4);
     stack.setCurrentIndex(0);
     ChatTable::appendRows(*hidden, ChatCorpus::rows());
-    scrollToEnd(*view);
+    ChatDocument::scrollToEnd(*view);
     stack.setCurrentIndex(1);
     QCOMPARE(endOfText(*view), view->viewport()->height());
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(!ChatDocument::layoutOf(*view).hasEstimates(), WaitTimeout);
     QCOMPARE(endOfText(*view), view->viewport()->height());
 }
 
@@ -175,12 +163,12 @@ void TestChatView::looksLikeQtsViewAfterHiddenLines()
 void TestChatView::paintsTheFinalRowsAtOnceAfterResizing()
 {
     const auto view = makeView(2000);
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(!ChatDocument::layoutOf(*view).hasEstimates(), WaitTimeout);
     for (const QSize size : {QSize(400, 300), QSize(700, 350), QSize(350, 250)}) {
         view->resize(size);
-        QVERIFY(layoutOf(*view).hasEstimates());
+        QVERIFY(ChatDocument::layoutOf(*view).hasEstimates());
         const QImage first = painted(*view->viewport());
-        QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
+        QTRY_VERIFY_WITH_TIMEOUT(!ChatDocument::layoutOf(*view).hasEstimates(), WaitTimeout);
         QCOMPARE(painted(*view->viewport()), first);
         QCOMPARE(onScreen(*view->viewport()), first);
     }
@@ -197,20 +185,20 @@ void TestChatView::staysAtTheEndWhenSizeOrFontChanges()
     for (const QSize size : {QSize(400, 300), QSize(700, 200), QSize(500, 400)}) {
         view->resize(size);
         QVERIFY(isAtEnd());
-        QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
+        QTRY_VERIFY_WITH_TIMEOUT(!ChatDocument::layoutOf(*view).hasEstimates(), WaitTimeout);
         QVERIFY(isAtEnd());
     }
     view->setFont(QFont(u"DejaVu Serif"_s, 17));
     QVERIFY(isAtEnd());
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(!ChatDocument::layoutOf(*view).hasEstimates(), WaitTimeout);
     QVERIFY(isAtEnd());
 }
 
 void TestChatView::keepsTheScrollPosition()
 {
     const auto view = makeView(500);
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
-    const ChatLayout &layout = layoutOf(*view);
+    QTRY_VERIFY_WITH_TIMEOUT(!ChatDocument::layoutOf(*view).hasEstimates(), WaitTimeout);
+    const ChatLayout &layout = ChatDocument::layoutOf(*view);
     view->verticalScrollBar()->setValue(layout.rowTop(200));
     const auto rowOnTop = [&] { return layout.rowAt(view->verticalScrollBar()->value()); };
     QCOMPARE(rowOnTop(), 200);
@@ -229,7 +217,7 @@ void TestChatView::keepsTheScrollPosition()
 void TestChatView::keepsTheScrollPositionWhileMeasuring()
 {
     const auto view = makeView(3000);
-    const ChatLayout &layout = layoutOf(*view);
+    const ChatLayout &layout = ChatDocument::layoutOf(*view);
     QVERIFY(layout.hasEstimates());
     view->verticalScrollBar()->setValue(view->verticalScrollBar()->maximum() / 2);
     const QImage before = painted(*view->viewport());
@@ -245,7 +233,7 @@ void TestChatView::keepsTheScrollPositionWhileMeasuring()
 void TestChatView::scrollsToEstimatedRows()
 {
     const auto view = makeView(3000);
-    const ChatLayout &layout = layoutOf(*view);
+    const ChatLayout &layout = ChatDocument::layoutOf(*view);
     QScrollBar &bar = *view->verticalScrollBar();
     while (bar.value() > 0) {
         const int row = layout.rowAt(bar.value());
@@ -287,7 +275,7 @@ void TestChatView::keepsTheScreenUpToDate()
         QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
         for (int i = 0; i < 40; ++i) {
             ChatTable::appendRows(*table, ChatCorpus::plainRows(1 + i % 3, i));
-            scrollToEnd(*view);
+            ChatDocument::scrollToEnd(*view);
             QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
         }
         view->verticalScrollBar()->setValue(view->verticalScrollBar()->value() - 37);
@@ -298,7 +286,7 @@ void TestChatView::keepsTheScreenUpToDate()
         QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
         ChatTable::appendRows(*table, ChatCorpus::rows());
         QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
-        scrollToEnd(*view);
+        ChatDocument::scrollToEnd(*view);
         QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
         view->selectAll();
         QTRY_VERIFY_WITH_TIMEOUT(isPainted(), WaitTimeout);
@@ -355,7 +343,7 @@ void TestChatView::canBeDestroyedWithEstimatedRows()
 {
     auto view = makeView(5000);
     QCoreApplication::processEvents();
-    QVERIFY(layoutOf(*view).hasEstimates());
+    QVERIFY(ChatDocument::layoutOf(*view).hasEstimates());
     view.reset();
     QCoreApplication::processEvents();
 

@@ -1,4 +1,5 @@
 #include "ChatCorpus.h"
+#include "ChatDocument.h"
 #include "ChatLayout.h"
 #include "ChatView.h"
 #include "ViewPair.h"
@@ -25,19 +26,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 using Key = std::pair<Qt::Key, Qt::KeyboardModifiers>;
-
-ChatLayout &layoutOf(const ChatView &view)
-{
-    return *qobject_cast<ChatLayout *>(view.document()->documentLayout());
-}
-
-void scrollToEnd(QTextBrowser &view)
-{
-    QTextCursor cursor = view.textCursor();
-    cursor.movePosition(QTextCursor::End);
-    view.setTextCursor(cursor);
-    view.ensureCursorVisible();
-}
 
 // Returns the first point of the viewport with the link `anchor`.
 QPoint pointOf(const QTextBrowser &view, const QString &anchor)
@@ -88,7 +76,7 @@ struct LinkedWindow
         window.resize(450, 350);
         window.show();
         window.activateWindow();
-        scrollToEnd(*view);
+        ChatDocument::scrollToEnd(*view);
         view->setFocus();
         return QTest::qWaitForWindowActive(&window, WaitTimeout);
     }
@@ -145,7 +133,7 @@ std::unique_ptr<ChatView> TestChatViewUse::makeView(int rows, QSize size)
     view->show();
     table = ChatTable::create(*view, 3);
     ChatTable::appendRows(*table, ChatCorpus::plainRows(rows));
-    scrollToEnd(*view);
+    ChatDocument::scrollToEnd(*view);
     return view;
 }
 
@@ -208,7 +196,7 @@ void TestChatViewUse::followsLinksByMouse()
     ChatTable::appendRows(*table, {{.time = u"t"_s,
                                     .nick = u"bob"_s,
                                     .text = u" see https://example.org/x and me@example.org ."_s}});
-    scrollToEnd(*view);
+    ChatDocument::scrollToEnd(*view);
     view->setOpenLinks(false);
     const QSignalSpy clicks(view.get(), &QTextBrowser::anchorClicked);
     for (const QString &link : {u"https://example.org/x"_s, u"mailto:me@example.org"_s}) {
@@ -259,7 +247,7 @@ void TestChatViewUse::startsAtTheLastVisibleLink()
 
     // A new line moves the focus away from the link.
     ChatTable::appendRows(*window.table, ChatCorpus::plainRows(1));
-    scrollToEnd(*window.view);
+    ChatDocument::scrollToEnd(*window.view);
     QTest::keyClick(window.view, key);
     QCOMPARE(window.view->textCursor().selectedText(), u"https://example.org/3"_s);
 }
@@ -344,7 +332,7 @@ void TestChatViewUse::findsText()
     QVERIFY(view->find(u"line 1234 "_s, QTextDocument::FindBackward));
     const QRect found = view->cursorRect();
     QVERIFY(view->viewport()->rect().contains(found));
-    QTRY_VERIFY_WITH_TIMEOUT(!layoutOf(*view).hasEstimates(), WaitTimeout);
+    QTRY_VERIFY_WITH_TIMEOUT(!ChatDocument::layoutOf(*view).hasEstimates(), WaitTimeout);
     QVERIFY(view->viewport()->rect().contains(view->cursorRect()));
 }
 

@@ -22,15 +22,6 @@ namespace {
 
 const auto Star = u"\u2605 "_s;
 
-QStringList entriesOf(const QMenu *menu)
-{
-    QStringList texts;
-    const QList<QAction *> actions = menu->actions();
-    for (const QAction *action : actions)
-        texts.append(action->isSeparator() ? u"-"_s : action->text());
-    return texts;
-}
-
 } // namespace
 
 class TestConnectDialogServers final : public QObject
@@ -310,7 +301,7 @@ void TestConnectDialogServers::opensAMenuOnARow()
     ConnectDialogPage page;
     answers->queueForMenu([&page](QMenu *menu) {
         QCOMPARE(menu->parent(), &page.dialog);
-        QCOMPARE(entriesOf(menu),
+        QCOMPARE(ModalAnswers::entriesOf(*menu),
                  (QStringList{u"Edit"_s, u"Delete"_s, u"-"_s, u"Add to Favorites"_s}));
         // Current before the menu opens, since the menu's actions apply to the current row.
         QCOMPARE(page.currentRow(), u"irc.abjects.net:6667"_s);
@@ -323,7 +314,7 @@ void TestConnectDialogServers::opensAMenuOnARow()
     QCOMPARE(StoredServers::everything(), before);
 
     answers->queueForMenu([](QMenu *menu) {
-        QCOMPARE(entriesOf(menu),
+        QCOMPARE(ModalAnswers::entriesOf(*menu),
                  (QStringList{u"Edit"_s, u"Delete"_s, u"-"_s, u"Remove from Favorites"_s}));
         menu->close();
     });
@@ -346,7 +337,7 @@ void TestConnectDialogServers::offersNoFavoriteForAnInvalidAddress()
     QSettings().setValue(u"servers/customList"_s, QStringList{u"my_host_6667"_s});
     ConnectDialogPage page;
     answers->queueForMenu([](QMenu *menu) {
-        QCOMPARE(entriesOf(menu), (QStringList{u"Edit"_s, u"Delete"_s, u"-"_s}));
+        QCOMPARE(ModalAnswers::entriesOf(*menu), (QStringList{u"Edit"_s, u"Delete"_s, u"-"_s}));
         menu->close();
     });
     page.openMenu(u"my:host:6667"_s);

@@ -1,6 +1,7 @@
 #include "ConnectDialog.h"
 #include "HighlightTabBar.h"
 #include "IRCConnection.h"
+#include "ModalAnswers.h"
 #include "MyTabWidget.h"
 #include "TemporaryStore.h"
 #include "Waiting.h"
@@ -37,15 +38,6 @@ QString signatureOf(const QMetaMethod &method)
 }
 
 // Returns the texts of a menu's entries; "-" is a separator.
-QStringList entriesOf(const QMenu &menu)
-{
-    QStringList entries;
-    const QList<QAction *> actions = menu.actions();
-    for (const QAction *action : actions)
-        entries.append(action->isSeparator() ? u"-"_s : action->text());
-    return entries;
-}
-
 QAction *entry(const MainWindow &window, const QString &text)
 {
     const QList<QAction *> actions = window.findChildren<QAction *>();
@@ -341,7 +333,7 @@ void TestMainWindow::showsItsMenus()
     const QList<QAction *> menus = window.menuBar()->actions();
     QCOMPARE(menus.size(), 5);
     QTEST(menus.at(position)->text(), "title");
-    QTEST(entriesOf(*menus.at(position)->menu()), "entries");
+    QTEST(ModalAnswers::entriesOf(*menus.at(position)->menu()), "entries");
 }
 
 void TestMainWindow::setsMenuRoles_data()

@@ -1,3 +1,4 @@
+#include "Files.h"
 #include "Waiting.h"
 
 #include <QDirIterator>
@@ -17,12 +18,6 @@ namespace {
 const QString Id = QStringLiteral(VELMORA_ID);
 const QString Version = QStringLiteral(VELMORA_VERSION);
 const QString Source = QStringLiteral(VELMORA_SOURCE);
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 // Runs a command and returns its output, after "failed: " if it fails.
 QString outputOf(const QString &program, const QStringList &arguments)
@@ -128,7 +123,7 @@ void TestPackaging::installsListedFilesOnly()
     // The screenshots of the guide.
     static const QRegularExpression screenshot(u"\\]\\((images/[^)]+)\\)"_s);
     const QString guide =
-            QString::fromUtf8(contents(QStringLiteral(VELMORA_SOURCE) + u"/docs/guide.md"_s));
+            QString::fromUtf8(readFile(QStringLiteral(VELMORA_SOURCE) + u"/docs/guide.md"_s));
     QVERIFY(screenshot.match(guide).hasMatch());
     for (const QRegularExpressionMatch &match : screenshot.globalMatch(guide))
         expected += u"usr/share/doc/velmora/"_s + match.captured(1);
@@ -139,19 +134,19 @@ void TestPackaging::installsListedFilesOnly()
 
 void TestPackaging::usesOneId()
 {
-    QCOMPARE(value(contents(entryPath()), u"Icon"_s), Id);
-    const QByteArray metainfo = contents(metainfoPath());
+    QCOMPARE(value(readFile(entryPath()), u"Icon"_s), Id);
+    const QByteArray metainfo = readFile(metainfoPath());
     QCOMPARE(elements(metainfo, u"id"_s), QStringList(Id));
     QCOMPARE(elements(metainfo, u"icon"_s), QStringList(Id));
     QCOMPARE(elements(metainfo, u"launchable"_s), QStringList(Id + u".desktop"_s));
     // A UTF-16 string literal of the program.
     const QByteArray literal(reinterpret_cast<const char *>(Id.utf16()), Id.size() * 2);
-    QVERIFY(contents(installed(u"bin/velmora"_s)).contains(literal));
+    QVERIFY(readFile(installed(u"bin/velmora"_s)).contains(literal));
 }
 
 void TestPackaging::desktopEntryStartsInstalledProgram()
 {
-    const QByteArray entry = contents(entryPath());
+    const QByteArray entry = readFile(entryPath());
     QVERIFY(QFile::exists(installed(u"bin/"_s + value(entry, u"Exec"_s))));
     QCOMPARE(value(entry, u"Categories"_s), u"Network;Chat;IRCClient;Qt;"_s);
     // Under X11, Qt sets the window class to the name of the executable.
@@ -191,7 +186,7 @@ void TestPackaging::containsIconForWindows()
 
 void TestPackaging::containsIconForMacOS()
 {
-    const QByteArray icns = contents(Source + u"/packaging/icons/velmora.icns"_s);
+    const QByteArray icns = readFile(Source + u"/packaging/icons/velmora.icns"_s);
     QVERIFY(icns.startsWith("icns"));
     QCOMPARE(bigEndian(icns, 4), quint32(icns.size()));
 
@@ -212,7 +207,7 @@ void TestPackaging::containsIconForMacOS()
 
 void TestPackaging::bundleDescriptionIsReadable()
 {
-    const QByteArray list = contents(Source + u"/packaging/macos/Info.plist.in"_s);
+    const QByteArray list = readFile(Source + u"/packaging/macos/Info.plist.in"_s);
     const QStringList keys = elements(list, u"key"_s);
     const QStringList needed{u"CFBundleExecutable"_s, u"CFBundleIconFile"_s,
                              u"CFBundleIdentifier"_s, u"CFBundleShortVersionString"_s,
@@ -238,7 +233,7 @@ void TestPackaging::statesOneVersion()
 {
     QFETCH(const QString, file);
     QFETCH(const QString, before);
-    const QString text = QString::fromUtf8(contents(Source + u'/' + file));
+    const QString text = QString::fromUtf8(readFile(Source + u'/' + file));
     const QRegularExpression version(QRegularExpression::escape(before) + u"([0-9.]+)"_s);
     QCOMPARE(version.match(text).captured(1), Version);
 }
@@ -248,7 +243,7 @@ void TestPackaging::statesOneRelease()
 {
     const auto captured = [](const QString &file, const QString &pattern) {
         const QRegularExpression expression(pattern, QRegularExpression::MultilineOption);
-        return expression.match(QString::fromUtf8(contents(Source + u'/' + file))).captured(1);
+        return expression.match(QString::fromUtf8(readFile(Source + u'/' + file))).captured(1);
     };
     const QString state = captured(u"CHANGELOG.md"_s, u"^## [0-9.]+ \\(([^)]+)\\)$"_s);
     const bool isReleased = state != u"unreleased"_s;

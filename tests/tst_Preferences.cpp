@@ -1,3 +1,4 @@
+#include "ChatDocument.h"
 #include "IRCConnection.h"
 #include "PreferencesForm.h"
 #include "TemporaryStore.h"
@@ -21,10 +22,7 @@ namespace {
 QString lastTime(const MainWindowProbe &probe, const QString &tabName)
 {
     const QTextTable *table = probe.tabs().value(tabName).table;
-    const QTextTableCell cell = table->cellAt(table->rows() - 1, 0);
-    QTextCursor cursor = cell.firstCursorPosition();
-    cursor.setPosition(cell.lastPosition(), QTextCursor::KeepAnchor);
-    return cursor.selectedText();
+    return ChatDocument::cellText(*table, table->rows() - 1, 0);
 }
 
 // What preferences could affect according to their names.

@@ -18,14 +18,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QStringList itemsOf(const QComboBox *combo)
-{
-    QStringList items;
-    for (int index = 0; index < combo->count(); ++index)
-        items.append(combo->itemText(index));
-    return items;
-}
-
 // Describes a row of a page: its label, and the classes and texts of its widgets.
 QString describe(const QFormLayout *form, int row)
 {
@@ -329,7 +321,7 @@ void TestPreferencesDialog::offersTheChoices()
     QFETCH(const QString, label);
     WindowSession session;
     const PreferencesForm form(session);
-    QTEST(itemsOf(form.combo(label)), "items");
+    QTEST(FormFields::itemsOf(form.combo(label)), "items");
     QCOMPARE(form.combo(label)->currentIndex(), 0);
     QVERIFY(!form.combo(label)->isEditable());
 }

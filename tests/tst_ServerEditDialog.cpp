@@ -40,14 +40,6 @@ QComboBox *combo(const QWidget *form, const QString &label)
     return FormFields::field<QComboBox>(form, label);
 }
 
-QStringList itemsOf(const QComboBox *box)
-{
-    QStringList items;
-    for (int i = 0; i < box->count(); ++i)
-        items.append(box->itemText(i));
-    return items;
-}
-
 } // namespace
 
 class TestServerEditDialog final : public QObject
@@ -168,10 +160,10 @@ void TestServerEditDialog::offersTheAuthMethods()
 {
     const auto form = makeForm();
     const QComboBox *box = combo(form.get(), u"Auth Method:"_s);
-    QCOMPARE(itemsOf(box), (QStringList{u"None"_s, u"Server Password (PASS)"_s,
-                                        u"NickServ (/nickserv IDENTIFY)"_s,
-                                        u"NickServ (/msg NickServ IDENTIFY)"_s, u"SASL PLAIN"_s,
-                                        u"SASL EXTERNAL"_s}));
+    QCOMPARE(FormFields::itemsOf(box), (QStringList{u"None"_s, u"Server Password (PASS)"_s,
+                                                    u"NickServ (/nickserv IDENTIFY)"_s,
+                                                    u"NickServ (/msg NickServ IDENTIFY)"_s,
+                                                    u"SASL PLAIN"_s, u"SASL EXTERNAL"_s}));
     QVERIFY(!box->itemData(0).isValid());
     QVERIFY(!box->isEditable());
 }
@@ -180,7 +172,7 @@ void TestServerEditDialog::offersTheEncodings()
 {
     const auto form = makeForm();
     const QComboBox *box = combo(form.get(), u"Encoding:"_s);
-    QCOMPARE(itemsOf(box),
+    QCOMPARE(FormFields::itemsOf(box),
              (QStringList{u"UTF-8 (Unicode)"_s, u"ISO-8859-1 (Latin-1)"_s,
                           u"ISO-8859-2 (Central European)"_s, u"ISO-8859-5 (Cyrillic)"_s,
                           u"ISO-8859-7 (Greek)"_s, u"ISO-8859-15 (Latin-9)"_s,

@@ -1,10 +1,10 @@
 #include "ConnectDialog.h"
+#include "Files.h"
 #include "IRCConnection.h"
 #include "Interruptions.h"
 #include "TemporaryStore.h"
 #include "WindowSession.h"
 
-#include <QFile>
 #include <QSettings>
 #include <QTest>
 
@@ -49,12 +49,6 @@ QMap<QString, QVariant> sampleGroup()
             {u"autojoin"_s, QStringList{u"#b"_s, u"#a"_s}},
             {u"encoding"_s, u"KOI8-R"_s},
             {u"ssl"_s, true}};
-}
-
-QByteArray contentOf(const QString &fileName)
-{
-    QFile file(fileName);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QStringList storedAutojoin(const QString &id)
@@ -167,7 +161,7 @@ void TestSessionConfig::writesAReadableFile()
     session.probe.connection().setServerConfig(config);
     session.probe.currentServerId() = u"irc.test_6697"_s;
     session.probe.saveCurrentServerConfig();
-    const QByteArray content = contentOf(store.fileName());
+    const QByteArray content = readFile(store.fileName());
     const QList<QByteArray> lines = content.split('\n');
     for (const QByteArray &line :
          {"[servers]"_ba, "irc.test_6697\\nickname=nick"_ba, "irc.test_6697\\altnick=other"_ba,

@@ -1,3 +1,4 @@
+#include "Files.h"
 #include "PreferencesForm.h"
 #include "TemporaryStore.h"
 #include "WindowSession.h"
@@ -134,12 +135,6 @@ private:
 using MakeFault = std::function<std::unique_ptr<Fault>(const QString &)>;
 using Change = std::function<void(const QString &)>;
 
-QByteArray contentOf(const QString &fileName)
-{
-    QFile file(fileName);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 void write(const QString &fileName, const QByteArray &content)
 {
     QFile file(fileName);
@@ -229,11 +224,11 @@ void addChanges()
     QTest::newRow("garbage") << writing(garbage());
     QTest::newRow("zeros") << writing(QByteArray(4096, '\0'));
     QTest::newRow("first half") << Change([](const QString &fileName) {
-        const QByteArray content = contentOf(fileName);
+        const QByteArray content = readFile(fileName);
         write(fileName, content.first(content.size() / 2));
     });
     QTest::newRow("second half") << Change([](const QString &fileName) {
-        const QByteArray content = contentOf(fileName);
+        const QByteArray content = readFile(fileName);
         write(fileName, content.last(content.size() / 2));
     });
 }
@@ -325,13 +320,13 @@ void TestStoreFaults::runsWithoutWriting()
     WindowSession session;
     QCOMPARE(use(session, 1), QString());
     QCOMPARE(missing(session, 1), QString());
-    const QByteArray before = contentOf(fileName);
+    const QByteArray before = readFile(fileName);
     {
         const std::unique_ptr<Fault> fault = make(fileName);
         QCOMPARE(use(session, 2), QString());
         QCOMPARE(use(session, 3), QString());
     }
-    QCOMPARE(contentOf(fileName), before);
+    QCOMPARE(readFile(fileName), before);
     QCOMPARE(entriesOf(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
 
     QCOMPARE(use(session, 4), QString());
@@ -346,14 +341,14 @@ void TestStoreFaults::startsWithoutWriting()
         WindowSession earlier;
         QCOMPARE(use(earlier, 1), QString());
     }
-    const QByteArray before = contentOf(fileName);
+    const QByteArray before = readFile(fileName);
     std::optional<WindowSession> session;
     {
         const std::unique_ptr<Fault> fault = make(fileName);
         session.emplace();
         QCOMPARE(use(*session, 2), QString());
     }
-    QCOMPARE(contentOf(fileName), before);
+    QCOMPARE(readFile(fileName), before);
     QCOMPARE(entriesOf(folderOf(fileName)), QStringList{u"Velmora.conf"_s});
 
     QCOMPARE(use(*session, 3), QString());

@@ -1,9 +1,9 @@
 #include "VirtualScreen.h"
 
+#include "Files.h"
 #include "Waiting.h"
 
 #include <QDir>
-#include <QFile>
 #include <QHash>
 #include <QRegularExpression>
 #include <QtEndian>
@@ -124,8 +124,7 @@ QProcessEnvironment VirtualScreen::environment() const
 
 QImage VirtualScreen::screenshot() const
 {
-    QFile file(folder.filePath(u"Xvfb_screen0"_s));
-    return file.open(QIODevice::ReadOnly) ? readDump(file.readAll()) : QImage();
+    return readDump(readFile(folder.filePath(u"Xvfb_screen0"_s)));
 }
 
 int VirtualScreen::countPixels(QRgb colour, int distance) const

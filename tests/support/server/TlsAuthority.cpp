@@ -1,8 +1,8 @@
 #include "TlsAuthority.h"
 
+#include "Files.h"
 #include "Waiting.h"
 
-#include <QFile>
 #include <QProcess>
 #include <QSslKey>
 
@@ -25,12 +25,6 @@ bool makeCertificate(const QString &keyFile, const QString &certificateFile, con
            && openssl.exitCode() == 0;
 }
 
-QByteArray contents(const QString &fileName)
-{
-    QFile file(fileName);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 TlsAuthority::TlsAuthority()
@@ -47,7 +41,7 @@ TlsAuthority::~TlsAuthority()
 void TlsAuthority::makeTrusted() const
 {
     QSslConfiguration trusting = before;
-    trusting.addCaCertificate(QSslCertificate(contents(certificateFile())));
+    trusting.addCaCertificate(QSslCertificate(readFile(certificateFile())));
     QSslConfiguration::setDefaultConfiguration(trusting);
 }
 
@@ -74,8 +68,8 @@ QSslConfiguration TlsAuthority::make(const QString &host, const QStringList &sig
     QSslConfiguration made = before;
     if (makeCertificate(keyFile, serverFile, host,
                         signer + QStringList{u"-addext"_s, u"subjectAltName=DNS:"_s + host})) {
-        made.setLocalCertificate(QSslCertificate(contents(serverFile)));
-        made.setPrivateKey(QSslKey(contents(keyFile), QSsl::Ec));
+        made.setLocalCertificate(QSslCertificate(readFile(serverFile)));
+        made.setPrivateKey(QSslKey(readFile(keyFile), QSsl::Ec));
     }
     made.setPeerVerifyMode(QSslSocket::VerifyNone); // Clients have no certificate.
     return made;

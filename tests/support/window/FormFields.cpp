@@ -1,5 +1,6 @@
 #include "FormFields.h"
 
+#include <QComboBox>
 #include <QFormLayout>
 #include <QLabel>
 
@@ -29,6 +30,14 @@ QWidget *fieldOf(const QWidget *window, const QString &label)
         return nullptr;
     QLayoutItem *item = formOf(window)->itemAt(row, QFormLayout::FieldRole);
     return item->layout() != nullptr ? item->layout()->itemAt(0)->widget() : item->widget();
+}
+
+QStringList itemsOf(const QComboBox *combo)
+{
+    QStringList items;
+    for (int index = 0; index < combo->count(); ++index)
+        items.append(combo->itemText(index));
+    return items;
 }
 
 } // namespace FormFields

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+class QComboBox;
 class QFormLayout;
 
 /// Finds the fields of a form by their labels.
@@ -27,6 +28,9 @@ template <typename Wanted>
 {
     return qobject_cast<Wanted *>(fieldOf(window, label));
 }
+
+/// Returns the texts of the items.
+[[nodiscard]] QStringList itemsOf(const QComboBox *combo);
 
 /// Returns the first descendant of this class with this text; null if there is none.
 template <typename Wanted>

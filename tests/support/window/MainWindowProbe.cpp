@@ -1,5 +1,6 @@
 #include "MainWindowProbe.h"
 
+#include "ChatDocument.h"
 #include "HighlightTabBar.h"
 #include "MyTabWidget.h"
 
@@ -15,18 +16,6 @@
 #include <QTreeWidget>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QString cellText(const QTextTable &table, int row, int column)
-{
-    const QTextTableCell cell = table.cellAt(row, column);
-    QTextCursor cursor = cell.firstCursorPosition();
-    cursor.setPosition(cell.lastPosition(), QTextCursor::KeepAnchor);
-    return cursor.selectedText();
-}
-
-} // namespace
 
 QVariantMap MainWindowProbe::preferences() const
 {
@@ -90,13 +79,13 @@ QStringList MainWindowProbe::lines(const QString &tabName) const
         return lines;
     for (int row = 1; row < table->rows(); ++row) {
         if (table->columns() == 2) {
-            lines.append(cellText(*table, row, 1));
+            lines.append(ChatDocument::cellText(*table, row, 1));
             continue;
         }
-        QString text = cellText(*table, row, 2);
+        QString text = ChatDocument::cellText(*table, row, 2);
         if (text.startsWith(u' '))
             text.remove(0, 1);
-        QString nick = cellText(*table, row, 1);
+        QString nick = ChatDocument::cellText(*table, row, 1);
         nick.chop(2);
         lines.append(nick + u'|' + text);
     }

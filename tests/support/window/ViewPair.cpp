@@ -1,5 +1,6 @@
 #include "ViewPair.h"
 
+#include "ChatDocument.h"
 #include "ChatLayout.h"
 #include "Waiting.h"
 
@@ -114,5 +115,5 @@ QString ViewPair::differenceAnywhere(qreal ratio)
 
 ChatLayout &ViewPair::layout() const
 {
-    return *qobject_cast<ChatLayout *>(own.document()->documentLayout());
+    return ChatDocument::layoutOf(own);
 }
