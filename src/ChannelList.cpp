@@ -21,9 +21,11 @@ namespace {
 using Row = NumericTreeWidgetItem;
 
 const auto DarkTreeSheet = u"QTreeWidget { background-color: #1E1E1E; color: #DDDDDD; "
-                           "alternate-background-color: #252525; }"
-                           "QTreeWidget::item:hover { background-color: #3A3A3A; }"
-                           "QTreeWidget::item:selected { background-color: #505050; }"_s;
+                           "alternate-background-color: %1; }"
+                           "QTreeWidget::item:hover { background-color: %2; }"
+                           "QTreeWidget::item:selected { background-color: %3; }"_s.arg(
+                                   ThemeColors::DarkAlternateRow, ThemeColors::DarkHoveredRow,
+                                   ThemeColors::DarkSelectedRow);
 
 QLabel *createInfoLabel()
 {

@@ -2,7 +2,7 @@
 
 #include "ChannelNames.h"
 #include "DialogParts.h"
-#include "FocusMark.h"
+#include "FocusFrame.h"
 #include "ServerCatalogue.h"
 #include "ServerDialogStyle.h"
 #include "ServerEditDialog.h"
@@ -104,7 +104,7 @@ ConnectDialog::ConnectDialog(QWidget *parent)
 ConnectDialog::~ConnectDialog()
 {
     // The message boxes, server edit dialogs and menus that the slots run.
-    DialogParts::letGoOfWindows(*this);
+    DialogParts::detachNestedWindows(*this);
 }
 
 QStringList ConnectDialog::defaultServers()
@@ -373,7 +373,7 @@ void ConnectDialog::addFields(QFormLayout &form)
     serverList->setContextMenuPolicy(Qt::CustomContextMenu);
     serverList->setItemDelegate(new ServerListDelegate(this));
     serverList->setAccessibleName(tr("Servers")); // Its label is a column of buttons.
-    new FocusMark(*serverList);
+    FocusFrame::addTo(*serverList);
     form.addRow(listButtons, serverList);
 
     nicknameEdit = addEdit(tr("Nickname:"), tr("Type you nickname"));
@@ -405,7 +405,7 @@ QBoxLayout *ConnectDialog::makeDialogButtons()
     QPushButton *connectButton = DialogParts::makeButton(tr("Connect"), u"connectButton"_s);
     connect(connectButton, &QPushButton::clicked, this, &ConnectDialog::onConnectClicked);
     connectButton->setDefault(true);
-    new FocusMark(*connectButton);
+    FocusFrame::addTo(*connectButton);
 
     auto *layout = new QHBoxLayout;
     layout->addStretch();

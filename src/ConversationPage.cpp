@@ -1,7 +1,7 @@
 #include "ConversationPage.h"
 
 #include "ChatView.h"
-#include "FocusMark.h"
+#include "FocusFrame.h"
 #include "IconPixmap.h"
 #include "IrcText.h"
 
@@ -84,7 +84,7 @@ QTextBrowser *createChatView()
     view->setPalette(palette);
     view->setAutoFillBackground(true);
     view->setReadOnly(true);
-    new FocusMark(*view);
+    FocusFrame::addTo(*view);
     view->setOpenExternalLinks(true);
     // Intended: a right click shows no menu, not even the standard one.
     view->setContextMenuPolicy(Qt::CustomContextMenu);

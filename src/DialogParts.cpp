@@ -1,13 +1,13 @@
 #include "DialogParts.h"
 
-#include "ComboBoxKeys.h"
-#include "FocusMark.h"
+#include "FocusFrame.h"
 
 #include <QAbstractItemView>
 #include <QAccessible>
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QKeyEvent>
 #include <QPushButton>
 #include <QScreen>
 #include <QWindow>
@@ -15,6 +15,36 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Stops the key that closes a combo box's list from also reaching the dialog.
+///
+/// Qt closes the list at the key's ShortcutOverride. Under Wayland the key press then goes to the
+/// combo box, since the dialog's window has the keyboard, and the box passes Escape and Return on.
+class ClosingKeyFilter final : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::ShortcutOverride) {
+            const int key = static_cast<QKeyEvent *>(event)->key();
+            closingKey = watched == parent() ? 0 : key;
+        } else if (event->type() == QEvent::KeyPress && watched == parent()
+                   && static_cast<QKeyEvent *>(event)->key() == closingKey) {
+            closingKey = 0;
+            return true;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    int closingKey = 0; ///< 0 if none.
+};
+
+} // namespace
 
 namespace DialogParts {
 
@@ -37,7 +67,9 @@ void setUpCombo(QComboBox &combo, const QStringList &texts, const QString &name)
     combo.setObjectName(name);
     combo.addItems(texts);
     combo.setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    new ComboBoxKeys(combo);
+    auto *filter = new ClosingKeyFilter(&combo);
+    combo.installEventFilter(filter);
+    combo.view()->installEventFilter(filter);
 }
 
 QDialogButtonBox *makeSaveAndCancel(QDialog &dialog)
@@ -45,7 +77,7 @@ QDialogButtonBox *makeSaveAndCancel(QDialog &dialog)
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Save | QDialogButtonBox::Cancel);
     QPushButton *save = buttons->button(QDialogButtonBox::Save);
     save->setObjectName(u"connectButton"_s);
-    new FocusMark(*save);
+    FocusFrame::addTo(*save);
     buttons->button(QDialogButtonBox::Cancel)->setObjectName(u"cancelButton"_s);
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
     QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
@@ -70,27 +102,27 @@ void keepCentered(QDialog &dialog, const QWidget &window)
         if (dialog.windowHandle()->isExposed())
             return;
         const QRect framed = window.frameGeometry();
-        // The frame of the dialog is not there yet.
-        QRect place(QPoint(), dialog.size() + framed.size() - window.size());
-        place.moveCenter(framed.center());
+        // The dialog has no window frame yet; the frame of `window` stands for it.
+        QRect target(QPoint(), dialog.size() + framed.size() - window.size());
+        target.moveCenter(framed.center());
         const QRect screen = window.screen()->availableGeometry();
-        place.moveBottomRight({std::min(place.right(), screen.right()),
-                               std::min(place.bottom(), screen.bottom())});
-        place.moveTopLeft(
-                {std::max(place.left(), screen.left()), std::max(place.top(), screen.top())});
-        const QPoint inside = window.geometry().topLeft() - framed.topLeft();
-        dialog.setGeometry(QRect(place.topLeft() + inside, dialog.size()));
+        target.moveBottomRight({std::min(target.right(), screen.right()),
+                                std::min(target.bottom(), screen.bottom())});
+        target.moveTopLeft(
+                {std::max(target.left(), screen.left()), std::max(target.top(), screen.top())});
+        const QPoint frameOffset = window.geometry().topLeft() - framed.topLeft();
+        dialog.setGeometry(QRect(target.topLeft() + frameOffset, dialog.size()));
     };
     QObject::connect(handle, &QWindow::xChanged, &dialog, center);
     QObject::connect(handle, &QWindow::yChanged, &dialog, center);
 }
 
-void letGoOfWindows(QWidget &parent)
+void detachNestedWindows(QWidget &parent)
 {
     const auto children = parent.findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
     for (QWidget *child : children) {
         if (child->isWindow()) {
-            child->hide(); // Which ends the event loop of a dialog and of a menu alike.
+            child->hide(); // Ends the event loop of a dialog or menu.
             child->setParent(nullptr);
         }
     }

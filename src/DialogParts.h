@@ -10,43 +10,42 @@ class QDialogButtonBox;
 class QPushButton;
 class QWidget;
 
-/// What several dialogs have in common.
+/// Parts that several dialogs share.
 namespace DialogParts {
 
-/// The frame of a small dialog: a title and a close button, and nothing else to press.
+/// Window flags of a small dialog: a title and a close button only.
 inline constexpr Qt::WindowFlags Frame =
         Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
 
-/// A button with the object name by which style sheets know it. The caller owns it.
+/// Returns a button with the object name `name`. The caller owns it.
 [[nodiscard]] QPushButton *makeButton(const QString &text, const QString &name);
 
-/// Returns a combo box with these texts, as wide as its row, with the object name by which style
-/// sheets know it. The key that closes its list does not also reach the dialog. The caller owns it.
+/// Returns a combo box with the object name `name` that expands horizontally. The key that closes
+/// its list does not also reach the dialog. The caller owns it.
 [[nodiscard]] QComboBox *makeCombo(const QStringList &texts, const QString &name);
 
-/// Gives `combo` the same texts, width, name and handling of keys as `makeCombo`.
+/// Sets up `combo` like one from `makeCombo`.
 void setUpCombo(QComboBox &combo, const QStringList &texts, const QString &name);
 
-/// Save and Cancel, which accept and reject `dialog`, under the names by which style sheets know
-/// them: "connectButton" and "cancelButton". The caller owns the box.
+/// Returns Save and Cancel buttons that accept and reject `dialog`, with the object names
+/// "connectButton" and "cancelButton". The caller owns the box.
 [[nodiscard]] QDialogButtonBox *makeSaveAndCancel(QDialog &dialog);
 
-/// Gives the lists that the combo boxes of `dialog` open the names of their boxes, for screen
-/// readers. To be called when the boxes have their labels.
+/// Gives the popup list of each combo box in `dialog` the accessible name of its box. Call it once
+/// the boxes have their labels.
 void namePopups(const QDialog &dialog);
 
-/// Centres `dialog` over `window`, within the screen, each time `window` moves until the dialog is
-/// visible.
+/// Keeps `dialog` centred over `window`, within the screen, while `window` moves and until `dialog`
+/// is visible. Both must have been shown.
 ///
-/// For a dialog that opens before the window manager has placed `window`: Qt centres it over the
-/// place that the window had before. Both are shown already.
+/// For a dialog that opens before the window manager has placed `window`: Qt centres the dialog
+/// over the old position.
 void keepCentered(QDialog &dialog, const QWidget &window);
 
-/// Ends every dialog, box and menu that stands over `parent` in an event loop of its own, as if the
-/// user had turned it down, and lets it go.
+/// Rejects every nested dialog, message box and menu of `parent` and removes its parent.
 ///
-/// For the destructor of `parent`: such a window lies on the stack of the function that waits for
-/// it, and must not be deleted as a child.
-void letGoOfWindows(QWidget &parent);
+/// For the destructor of `parent`: such a window is on the stack of the function that runs its
+/// event loop, and must not be deleted as a child.
+void detachNestedWindows(QWidget &parent);
 
 } // namespace DialogParts

@@ -3,11 +3,11 @@
 #include "DialogParts.h"
 #include "EmojiFont.h"
 #include "EmojiPicker.h"
-#include "FocusMark.h"
+#include "FocusFrame.h"
 #include "IconPixmap.h"
 #include "IrcText.h"
 #include "LineBreaks.h"
-#include "PlainTitle.h"
+#include "LiteralText.h"
 #include "ThemeManager.h"
 
 #include <QAction>
@@ -31,8 +31,7 @@ namespace {
 constexpr int IconSize = 24;
 
 constexpr QColor LetterColor(0x33, 0x33, 0x33);
-constexpr QColor TextColorLetter(0x00, 0x7A, 0xFF);
-constexpr QColor BackgroundPlate(0xFF, 0xFF, 0x99);
+constexpr QColor BackgroundSquare(0xFF, 0xFF, 0x99);
 
 constexpr QChar BoldCode(0x02);
 constexpr QChar ItalicCode(0x1D);
@@ -51,8 +50,8 @@ protected:
     }
 };
 
-/// What an icon of the tool bar shows.
-struct Drawing
+/// An icon of the tool bar.
+struct IconSpec
 {
     QString text;
     QColor color = Qt::black;
@@ -60,38 +59,37 @@ struct Drawing
     bool bold = false;
     bool italic = false;
     bool underline = false;
-    QColor plate =
-            QColor(); ///< Of the rounded ground under the text; there is none if it isn't valid.
-    QFont font = QFont(); ///< Size and style are those above.
+    QColor background = QColor(); ///< Of a rounded square under the text; none if invalid.
+    QFont font = QFont();         ///< Size and style are those above.
 };
 
-QIcon draw(const Drawing &drawing)
+QIcon draw(const IconSpec &icon)
 {
     QPixmap pixmap = IconPixmap::make(IconSize);
     QPainter painter(&pixmap);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (drawing.plate.isValid()) {
+    if (icon.background.isValid()) {
         painter.setPen(Qt::NoPen);
-        painter.setBrush(drawing.plate);
+        painter.setBrush(icon.background);
         painter.drawRoundedRect(2, 2, 20, 20, 4, 4);
     }
-    QFont font = drawing.font;
-    font.setPixelSize(drawing.pixelSize);
-    font.setBold(drawing.bold);
-    font.setItalic(drawing.italic);
-    font.setUnderline(drawing.underline);
+    QFont font = icon.font;
+    font.setPixelSize(icon.pixelSize);
+    font.setBold(icon.bold);
+    font.setItalic(icon.italic);
+    font.setUnderline(icon.underline);
     painter.setFont(font);
-    painter.setPen(drawing.color);
-    painter.drawText(QRect(0, 0, IconSize, IconSize), Qt::AlignCenter, drawing.text);
+    painter.setPen(icon.color);
+    painter.drawText(QRect(0, 0, IconSize, IconSize), Qt::AlignCenter, icon.text);
     return QIcon(pixmap);
 }
 
-/// Index of the IRC colour that `color` is nearest to; of two that are as near, the lower.
+/// Returns the index of the IRC colour nearest to `color`; the lower of two equally near.
 int nearestIrcColor(const QColor &color)
 {
     const int count = static_cast<int>(IrcText::colors().size());
     int nearest = 0;
-    int bestDistance = 1'000'000; // More than any two colours are apart.
+    int bestDistance = 1'000'000; // More than the distance of any two colours.
     for (int index = 0; index < count; ++index) {
         const QColor &candidate = IrcText::color(index);
         const int red = color.red() - candidate.red();
@@ -113,7 +111,7 @@ EditTopicDialog::EditTopicDialog(const QString &channel, const QString &topic, c
     : QDialog(parent)
     , currentTheme(theme)
 {
-    new PlainTitle(*this);
+    LiteralText::showTitle(*this);
     setWindowTitle(tr("Edit Topic for %1").arg(channel));
     setMinimumSize(560, 380);
     setWindowFlags(DialogParts::Frame);
@@ -124,7 +122,7 @@ EditTopicDialog::EditTopicDialog(const QString &channel, const QString &topic, c
     connect(save, &QShortcut::activated, this, &QDialog::accept);
 
     applyTheme();
-    // The tool bar's letters are dark in every theme and stand on the dialog itself.
+    // The tool bar's icons are dark in every theme and drawn on the dialog's background.
     setStyleSheet(styleSheet() + u" QDialog { background-color: #FFFFFF; }"_s);
 }
 
@@ -156,7 +154,7 @@ void EditTopicDialog::chooseIrcColor(bool background)
     if (background)
         text += QString::number(IrcText::legibleOn(IrcText::color(index))) + u',';
     text += QString::number(index);
-    // A background is closed at once even if there is nothing under it.
+    // A background colour is closed even if nothing is selected.
     if (background || !selected.isEmpty())
         text += selected + ColorCode;
     cursor.insertText(text);
@@ -196,14 +194,14 @@ void EditTopicDialog::buildForm(const QString &topic)
     topicEdit->setStyleSheet(
             u"QTextEdit { background-color: #FFFFFF; border: 1px solid #ccc; border-radius: 6px; "
             "padding: 8px; font-size: 14px; }"
-            "QTextEdit:focus { border: 2px solid #007AFF; padding: 7px; }"_s);
-    // The ground is white; on a dark desktop the letters would be too.
+            "QTextEdit:focus { border: 2px solid %1; padding: 7px; }"_s.arg(ThemeColors::Accent));
+    // The background is white; on a dark desktop the text would be white as well.
     QPalette palette = topicEdit->palette();
     palette.setColor(QPalette::Text, Qt::black);
     topicEdit->setPalette(palette);
     topicEdit->setPlainText(topic);
     topicEdit->setAccessibleName(tr("Topic"));
-    // A topic has no tabs in it, and without the key nothing else could be reached from here.
+    // Topics contain no tab characters, and the Tab key must reach the buttons.
     topicEdit->setTabChangesFocus(true);
     layout->addWidget(topicEdit);
     topicEdit->setFocus();
@@ -221,14 +219,14 @@ QToolBar *EditTopicDialog::buildToolBar()
             "QToolButton { min-width: 32px; min-height: 32px; margin: 0px; padding: 4px; "
             "border-radius: 4px; }"
             "QToolButton:hover { background: rgba(128,128,128,0.15); }"_s);
-    const auto add = [&](const QString &text, const Drawing &drawing, const auto &work) {
-        QAction *action = bar->addAction(draw(drawing), text);
-        connect(action, &QAction::triggered, this, work);
+    const auto add = [&](const QString &text, const IconSpec &icon, const auto &slot) {
+        QAction *action = bar->addAction(draw(icon), text);
+        connect(action, &QAction::triggered, this, slot);
         return action;
     };
-    const auto addFormat = [&](const QString &text, const Drawing &drawing, const QString &code,
+    const auto addFormat = [&](const QString &text, const IconSpec &icon, const QString &code,
                                QKeySequence::StandardKey shortcut) {
-        add(text, drawing, [this, code] { insertIrcFormatting(code); })->setShortcut(shortcut);
+        add(text, icon, [this, code] { insertIrcFormatting(code); })->setShortcut(shortcut);
     };
     addFormat(tr("Bold"), {.text = u"B"_s, .color = LetterColor, .bold = true}, BoldCode,
               QKeySequence::Bold);
@@ -236,20 +234,20 @@ QToolBar *EditTopicDialog::buildToolBar()
               QKeySequence::Italic);
     addFormat(tr("Underline"), {.text = u"U"_s, .color = LetterColor, .underline = true},
               UnderlineCode, QKeySequence::Underline);
-    add(tr("Text Color"), {.text = u"A"_s, .color = TextColorLetter, .bold = true},
+    add(tr("Text Color"), {.text = u"A"_s, .color = QColor(ThemeColors::Accent), .bold = true},
         [this] { chooseIrcColor(false); });
     add(tr("Background Color"),
-        {.text = u"A"_s, .color = LetterColor, .bold = true, .plate = BackgroundPlate},
+        {.text = u"A"_s, .color = LetterColor, .bold = true, .background = BackgroundSquare},
         [this] { chooseIrcColor(true); });
     add(tr("Emoji"), {.text = u"😊"_s, .pixelSize = 20, .font = EmojiFont::colored(QFont())},
         [this] { openEmojiPicker(); });
-    // Qt leaves the buttons of a tool bar out, and half of these have no shortcut.
+    // Qt leaves tool buttons out of the tab order, and half of these have no shortcut.
     const QList<QToolButton *> buttons = bar->findChildren<QToolButton *>();
     for (QToolButton *button : buttons) {
         if (button->defaultAction() == nullptr)
             continue;
         button->setFocusPolicy(Qt::TabFocus);
-        new FocusMark(*button);
+        FocusFrame::addTo(*button);
     }
     return bar;
 }

@@ -6,41 +6,37 @@
 class QTextEdit;
 class QToolBar;
 
-/// The window in which an operator writes a channel's topic: plain text, into which a tool bar puts
-/// the codes of IRC formatting.
+/// Lets an operator edit a channel's topic as plain text. A tool bar inserts IRC formatting codes.
 ///
-/// It knows neither the session nor the channel's state: it shows the topic that it is given and
-/// gives back what the user made of it. It is white in every theme. It lives for one `exec`, on the
-/// stack of its caller.
+/// Does not use the session. White in every theme. Created on the stack for one `exec`.
 class EditTopicDialog final : public QDialog
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(EditTopicDialog)
 
 public:
-    /// `topic` is raw, with its control codes. `theme` names the looks of what isn't white.
+    /// `topic` contains its control codes. `theme` applies to everything but the background.
     EditTopicDialog(const QString &channel, const QString &topic, const QString &theme,
                     QWidget *parent);
 
-    /// The text as it stands, raw, without white space at its ends. It keeps the line breaks that
-    /// the user has typed.
+    /// Returns the edited topic with its control codes and typed line breaks, trimmed.
     [[nodiscard]] QString newTopic() const;
 
-    /// Puts `code` around the selection, or at the cursor if nothing is selected. It never takes a
-    /// code away.
+    /// Inserts `code` before and after the selection, or once at the cursor if nothing is selected.
+    /// Never removes a code.
     void insertIrcFormatting(const QString &code);
 
-    /// Asks the user for a colour, in an event loop of its own, and gives the selection the nearest
-    /// of the IRC colours: as background, under black or white letters, whichever is legible, or
-    /// else as text colour. With nothing selected a text colour stays open at the cursor. Does
-    /// nothing if the user chooses no colour.
+    /// Asks for a colour in a nested event loop and applies the nearest IRC colour to the
+    /// selection: as background with black or white text, whichever is legible, or as text colour.
+    /// Without a selection a text colour is left open at the cursor. Does nothing if the user
+    /// cancels.
     void chooseIrcColor(bool background);
 
-    /// Opens a picker over the middle of the dialog and returns at once. A chosen emoji goes to the
-    /// cursor.
+    /// Opens an emoji picker over the middle of the dialog without blocking. A chosen emoji is
+    /// inserted at the cursor.
     void openEmojiPicker();
 
-    /// Puts on the sheet of the dialog's theme.
+    /// Applies the style sheet of the dialog's theme.
     void applyTheme();
 
 private:

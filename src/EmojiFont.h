@@ -4,10 +4,10 @@
 
 namespace EmojiFont {
 
-/// Returns `font` with the family of a colour emoji font, or as it is where none is installed.
+/// Returns `font` with the family of an installed colour emoji font, or unchanged if there is none.
 ///
-/// For texts that are an emoji. Left to itself Qt may choose another font with the same characters:
-/// DejaVu Sans draws many of them as lines.
+/// For texts that consist of an emoji. Qt may otherwise choose a font such as DejaVu Sans, which
+/// draws many emojis as outlines.
 [[nodiscard]] QFont colored(QFont font);
 
 } // namespace EmojiFont

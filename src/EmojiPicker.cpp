@@ -1,7 +1,6 @@
 #include "EmojiPicker.h"
 
 #include "EmojiFont.h"
-#include "EmojiNames.h"
 #include "PopupArea.h"
 #include "ThemeManager.h"
 
@@ -12,8 +11,10 @@
 #include <QPoint>
 #include <QPushButton>
 #include <QRect>
-#include <QStringList>
 #include <QVBoxLayout>
+
+#include <array>
+#include <span>
 
 using namespace Qt::StringLiterals;
 
@@ -22,11 +23,11 @@ namespace {
 constexpr int Columns = 8;
 constexpr int ButtonSize = 36;
 
-// Between the picker and the button that it opens from, or the edge of the screen; the room that is
-// looked for beside the button has as much to spare on the far side.
+// Pixels between the picker and its button or the edge of the screen. Beside the button, this gap
+// must also fit on the far side of the picker.
 constexpr int Gap = 5;
 
-// The columns and rows that an arrow key moves by; null for other keys.
+// Returns the columns and rows that an arrow key moves by; null for other keys.
 QPoint stepOf(int key)
 {
     switch (key) {
@@ -43,7 +44,8 @@ QPoint stepOf(int key)
     }
 }
 
-// Moves the focus from `button` to the next one in this direction, past headings, if there is one.
+// Moves the focus from `button` to the next button in the direction of `step`, if there is one.
+// Skips headings.
 void moveFocus(QWidget &button, QPoint step)
 {
     const auto *grid = static_cast<QGridLayout *>(button.parentWidget()->layout());
@@ -62,13 +64,134 @@ void moveFocus(QWidget &button, QPoint step)
         item->widget()->setFocus(Qt::TabFocusReason);
 }
 
-struct EmojiCategory
+struct Emoji
 {
-    QString name; ///< Shown as heading; without one there is no heading.
-    QStringList emojis;
+    QStringView text;
+    const char *name = nullptr; ///< For screen readers; translated by the picker.
 };
 
-// The picker's few colours are its own: it floats over windows of every kind.
+// U+FE0F makes an emoji of a character that is a text symbol otherwise.
+constexpr std::array Smileys{
+        Emoji{u"😀", QT_TRANSLATE_NOOP("EmojiPicker", "grinning face")},
+        Emoji{u"😃", QT_TRANSLATE_NOOP("EmojiPicker", "grinning face with big eyes")},
+        Emoji{u"😄", QT_TRANSLATE_NOOP("EmojiPicker", "grinning face with smiling eyes")},
+        Emoji{u"😁", QT_TRANSLATE_NOOP("EmojiPicker", "beaming face with smiling eyes")},
+        Emoji{u"😅", QT_TRANSLATE_NOOP("EmojiPicker", "grinning face with sweat")},
+        Emoji{u"😂", QT_TRANSLATE_NOOP("EmojiPicker", "face with tears of joy")},
+        Emoji{u"🤣", QT_TRANSLATE_NOOP("EmojiPicker", "rolling on the floor laughing")},
+        Emoji{u"😊", QT_TRANSLATE_NOOP("EmojiPicker", "smiling face with smiling eyes")},
+        Emoji{u"😇", QT_TRANSLATE_NOOP("EmojiPicker", "smiling face with halo")},
+        Emoji{u"🙂", QT_TRANSLATE_NOOP("EmojiPicker", "slightly smiling face")},
+        Emoji{u"😉", QT_TRANSLATE_NOOP("EmojiPicker", "winking face")},
+        Emoji{u"😌", QT_TRANSLATE_NOOP("EmojiPicker", "relieved face")},
+        Emoji{u"😍", QT_TRANSLATE_NOOP("EmojiPicker", "smiling face with heart-eyes")},
+        Emoji{u"🥰", QT_TRANSLATE_NOOP("EmojiPicker", "smiling face with hearts")},
+        Emoji{u"😘", QT_TRANSLATE_NOOP("EmojiPicker", "face blowing a kiss")},
+        Emoji{u"😗", QT_TRANSLATE_NOOP("EmojiPicker", "kissing face")},
+};
+
+constexpr std::array Gestures{
+        Emoji{u"👍", QT_TRANSLATE_NOOP("EmojiPicker", "thumbs up")},
+        Emoji{u"👎", QT_TRANSLATE_NOOP("EmojiPicker", "thumbs down")},
+        Emoji{u"👌", QT_TRANSLATE_NOOP("EmojiPicker", "OK hand")},
+        Emoji{u"✌\uFE0F", QT_TRANSLATE_NOOP("EmojiPicker", "victory hand")},
+        Emoji{u"🤞", QT_TRANSLATE_NOOP("EmojiPicker", "crossed fingers")},
+        Emoji{u"🤟", QT_TRANSLATE_NOOP("EmojiPicker", "love-you gesture")},
+        Emoji{u"🤘", QT_TRANSLATE_NOOP("EmojiPicker", "sign of the horns")},
+        Emoji{u"🤙", QT_TRANSLATE_NOOP("EmojiPicker", "call me hand")},
+        Emoji{u"👋", QT_TRANSLATE_NOOP("EmojiPicker", "waving hand")},
+        Emoji{u"🤚", QT_TRANSLATE_NOOP("EmojiPicker", "raised back of hand")},
+        Emoji{u"🖐\uFE0F", QT_TRANSLATE_NOOP("EmojiPicker", "hand with fingers splayed")},
+        Emoji{u"✋", QT_TRANSLATE_NOOP("EmojiPicker", "raised hand")},
+        Emoji{u"🖖", QT_TRANSLATE_NOOP("EmojiPicker", "vulcan salute")},
+        Emoji{u"👏", QT_TRANSLATE_NOOP("EmojiPicker", "clapping hands")},
+        Emoji{u"🙌", QT_TRANSLATE_NOOP("EmojiPicker", "raising hands")},
+        Emoji{u"🤝", QT_TRANSLATE_NOOP("EmojiPicker", "handshake")},
+};
+
+constexpr std::array Hearts{
+        Emoji{u"❤\uFE0F", QT_TRANSLATE_NOOP("EmojiPicker", "red heart")},
+        Emoji{u"🧡", QT_TRANSLATE_NOOP("EmojiPicker", "orange heart")},
+        Emoji{u"💛", QT_TRANSLATE_NOOP("EmojiPicker", "yellow heart")},
+        Emoji{u"💚", QT_TRANSLATE_NOOP("EmojiPicker", "green heart")},
+        Emoji{u"💙", QT_TRANSLATE_NOOP("EmojiPicker", "blue heart")},
+        Emoji{u"💜", QT_TRANSLATE_NOOP("EmojiPicker", "purple heart")},
+        Emoji{u"🖤", QT_TRANSLATE_NOOP("EmojiPicker", "black heart")},
+        Emoji{u"🤍", QT_TRANSLATE_NOOP("EmojiPicker", "white heart")},
+        Emoji{u"🤎", QT_TRANSLATE_NOOP("EmojiPicker", "brown heart")},
+        Emoji{u"💔", QT_TRANSLATE_NOOP("EmojiPicker", "broken heart")},
+        Emoji{u"❣\uFE0F", QT_TRANSLATE_NOOP("EmojiPicker", "heart exclamation")},
+        Emoji{u"💕", QT_TRANSLATE_NOOP("EmojiPicker", "two hearts")},
+        Emoji{u"💞", QT_TRANSLATE_NOOP("EmojiPicker", "revolving hearts")},
+        Emoji{u"💓", QT_TRANSLATE_NOOP("EmojiPicker", "beating heart")},
+        Emoji{u"💗", QT_TRANSLATE_NOOP("EmojiPicker", "growing heart")},
+        Emoji{u"💖", QT_TRANSLATE_NOOP("EmojiPicker", "sparkling heart")},
+};
+
+constexpr std::array Emotions{
+        Emoji{u"🔥", QT_TRANSLATE_NOOP("EmojiPicker", "fire")},
+        Emoji{u"⭐", QT_TRANSLATE_NOOP("EmojiPicker", "star")},
+        Emoji{u"🌟", QT_TRANSLATE_NOOP("EmojiPicker", "glowing star")},
+        Emoji{u"✨", QT_TRANSLATE_NOOP("EmojiPicker", "sparkles")},
+        Emoji{u"💫", QT_TRANSLATE_NOOP("EmojiPicker", "dizzy")},
+        Emoji{u"🎉", QT_TRANSLATE_NOOP("EmojiPicker", "party popper")},
+        Emoji{u"🎊", QT_TRANSLATE_NOOP("EmojiPicker", "confetti ball")},
+        Emoji{u"🎈", QT_TRANSLATE_NOOP("EmojiPicker", "balloon")},
+        Emoji{u"💯", QT_TRANSLATE_NOOP("EmojiPicker", "hundred points")},
+        Emoji{u"✅", QT_TRANSLATE_NOOP("EmojiPicker", "check mark")},
+        Emoji{u"❌", QT_TRANSLATE_NOOP("EmojiPicker", "cross mark")},
+        Emoji{u"💡", QT_TRANSLATE_NOOP("EmojiPicker", "light bulb")},
+        Emoji{u"💤", QT_TRANSLATE_NOOP("EmojiPicker", "zzz")},
+        Emoji{u"💢", QT_TRANSLATE_NOOP("EmojiPicker", "anger symbol")},
+        Emoji{u"💣", QT_TRANSLATE_NOOP("EmojiPicker", "bomb")},
+        Emoji{u"💥", QT_TRANSLATE_NOOP("EmojiPicker", "collision")},
+};
+
+constexpr std::array Animals{
+        Emoji{u"🐶", QT_TRANSLATE_NOOP("EmojiPicker", "dog face")},
+        Emoji{u"🐱", QT_TRANSLATE_NOOP("EmojiPicker", "cat face")},
+        Emoji{u"🐭", QT_TRANSLATE_NOOP("EmojiPicker", "mouse face")},
+        Emoji{u"🐹", QT_TRANSLATE_NOOP("EmojiPicker", "hamster")},
+        Emoji{u"🐰", QT_TRANSLATE_NOOP("EmojiPicker", "rabbit face")},
+        Emoji{u"🦊", QT_TRANSLATE_NOOP("EmojiPicker", "fox")},
+        Emoji{u"🐻", QT_TRANSLATE_NOOP("EmojiPicker", "bear")},
+        Emoji{u"🐼", QT_TRANSLATE_NOOP("EmojiPicker", "panda")},
+        Emoji{u"🐨", QT_TRANSLATE_NOOP("EmojiPicker", "koala")},
+        Emoji{u"🐯", QT_TRANSLATE_NOOP("EmojiPicker", "tiger face")},
+        Emoji{u"🦁", QT_TRANSLATE_NOOP("EmojiPicker", "lion")},
+        Emoji{u"🐮", QT_TRANSLATE_NOOP("EmojiPicker", "cow face")},
+        Emoji{u"🐷", QT_TRANSLATE_NOOP("EmojiPicker", "pig face")},
+        Emoji{u"🐸", QT_TRANSLATE_NOOP("EmojiPicker", "frog")},
+        Emoji{u"🐵", QT_TRANSLATE_NOOP("EmojiPicker", "monkey face")},
+        Emoji{u"🐔", QT_TRANSLATE_NOOP("EmojiPicker", "chicken")},
+};
+
+constexpr std::array Food{
+        Emoji{u"🍎", QT_TRANSLATE_NOOP("EmojiPicker", "red apple")},
+        Emoji{u"🍕", QT_TRANSLATE_NOOP("EmojiPicker", "pizza")},
+        Emoji{u"🍔", QT_TRANSLATE_NOOP("EmojiPicker", "hamburger")},
+        Emoji{u"🍟", QT_TRANSLATE_NOOP("EmojiPicker", "french fries")},
+        Emoji{u"🍩", QT_TRANSLATE_NOOP("EmojiPicker", "doughnut")},
+        Emoji{u"🍪", QT_TRANSLATE_NOOP("EmojiPicker", "cookie")},
+        Emoji{u"🎂", QT_TRANSLATE_NOOP("EmojiPicker", "birthday cake")},
+        Emoji{u"🍰", QT_TRANSLATE_NOOP("EmojiPicker", "shortcake")},
+        Emoji{u"☕", QT_TRANSLATE_NOOP("EmojiPicker", "hot beverage")},
+        Emoji{u"🍵", QT_TRANSLATE_NOOP("EmojiPicker", "teacup without handle")},
+        Emoji{u"🍺", QT_TRANSLATE_NOOP("EmojiPicker", "beer mug")},
+        Emoji{u"🍷", QT_TRANSLATE_NOOP("EmojiPicker", "wine glass")},
+        Emoji{u"🍸", QT_TRANSLATE_NOOP("EmojiPicker", "cocktail glass")},
+        Emoji{u"🍹", QT_TRANSLATE_NOOP("EmojiPicker", "tropical drink")},
+        Emoji{u"🧃", QT_TRANSLATE_NOOP("EmojiPicker", "beverage box")},
+        Emoji{u"🥤", QT_TRANSLATE_NOOP("EmojiPicker", "cup with straw")},
+};
+
+struct EmojiCategory
+{
+    QString name; ///< Shown as heading; there is none if it is empty.
+    std::span<const Emoji> emojis;
+};
+
+// The picker has colours of its own, since it opens over different windows.
 QString containerSheet(const QString &theme)
 {
     if (theme == "glass"_L1) {
@@ -163,24 +286,9 @@ QPoint EmojiPicker::placeAt(const QRect &button, const QSize &size, const QRect 
 
 void EmojiPicker::setupUI()
 {
-    // Some of these are text symbols by themselves; the selector at their end makes them emojis.
     const QList<EmojiCategory> categories{
-            {u"Смайлы"_s,
-             u"😀 😃 😄 😁 😅 😂 🤣 😊 😇 🙂 😉 😌 😍 🥰 😘 😗"_s
-                     .split(u' ')},
-            {u"Жесты"_s,
-             u"👍 👎 👌 ✌\uFE0F 🤞 🤟 🤘 🤙 👋 🤚 🖐\uFE0F ✋ 🖖 👏 🙌 🤝"_s
-                     .split(u' ')},
-            {u"Сердца"_s,
-             u"❤\uFE0F 🧡 💛 💚 💙 💜 🖤 🤍 🤎 💔 ❣\uFE0F 💕 💞 💓 💗 💖"_s
-                     .split(u' ')},
-            {u"Эмоции"_s, u"🔥 ⭐ 🌟 ✨ 💫 🎉 🎊 🎈 💯 ✅ ❌ 💡 💤 💢 💣 💥"_s.split(u' ')},
-            {u"Животные"_s,
-             u"🐶 🐱 🐭 🐹 🐰 🦊 🐻 🐼 🐨 🐯 🦁 🐮 🐷 🐸 🐵 🐔"_s
-                     .split(u' ')},
-            {u"Еда"_s,
-             u"🍎 🍕 🍔 🍟 🍩 🍪 🎂 🍰 ☕ 🍵 🍺 🍷 🍸 🍹 🧃 🥤"_s
-                     .split(u' ')},
+            {u"Смайлы"_s, Smileys},  {u"Жесты"_s, Gestures},   {u"Сердца"_s, Hearts},
+            {u"Эмоции"_s, Emotions}, {u"Животные"_s, Animals}, {u"Еда"_s, Food},
     };
 
     QGridLayout *grid = createGrid();
@@ -192,8 +300,8 @@ void EmojiPicker::setupUI()
             grid->addWidget(heading, row++, 0, 1, Columns);
         }
         int column = 0;
-        for (const QString &emoji : category.emojis) {
-            addEmoji(grid, emoji, row, column);
+        for (const Emoji &emoji : category.emojis) {
+            addEmoji(grid, emoji.text.toString(), tr(emoji.name), row, column);
             if (++column == Columns) {
                 column = 0;
                 ++row;
@@ -221,11 +329,12 @@ QGridLayout *EmojiPicker::createGrid()
     return grid;
 }
 
-void EmojiPicker::addEmoji(QGridLayout *grid, const QString &emoji, int row, int column)
+void EmojiPicker::addEmoji(QGridLayout *grid, const QString &emoji, const QString &name, int row,
+                           int column)
 {
     auto *button = new QPushButton(emoji);
     button->setToolTip(emoji);
-    button->setAccessibleName(EmojiNames::nameOf(emoji));
+    button->setAccessibleName(name);
     button->setFixedSize(ButtonSize, ButtonSize);
     button->setCursor(Qt::PointingHandCursor);
     button->setStyleSheet(buttonSheet(currentTheme));
@@ -235,7 +344,7 @@ void EmojiPicker::addEmoji(QGridLayout *grid, const QString &emoji, int row, int
     connect(button, &QPushButton::clicked, this, [this, emoji] {
         emit emojiSelected(emoji);
         close();
-        // Keys that were typed before the popup had closed still get here.
+        // Keys pressed before the popup has closed still arrive here.
         if (QWidget *focused = focusWidget())
             focused->clearFocus();
     });

@@ -8,24 +8,22 @@ class QPoint;
 class QRect;
 class QSize;
 
-/// A small popup with a fixed table of emojis in six categories.
+/// A popup with a fixed table of emojis in six categories.
 ///
-/// A click on an emoji, or outside, closes it. It is made anew for each opening: the caller says
-/// where it stands, shows it, sees to its end (`Qt::WA_DeleteOnClose`) and decides what happens
-/// with the emoji.
+/// A click on an emoji or outside closes it. The caller creates one for each opening, moves and
+/// shows it, sets `Qt::WA_DeleteOnClose` and handles the emoji.
 class EmojiPicker final : public QDialog
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(EmojiPicker)
 
 public:
-    /// `theme` names the looks: "glass", "dark", or anything else for light.
+    /// `theme` is "glass", "dark", or anything else for light.
     EmojiPicker(QWidget *parent, const QString &theme);
 
-    /// Where the top left corner of a picker of `size` belongs that opens from `button`, all in the
-    /// coordinates of the screen of which `available` may be used: to the right of the button, or
-    /// else to its left, or else over it, or else under it, and within `available` as far as it
-    /// fits.
+    /// Returns the top left corner for a picker of `size` that opens from `button`, both in the
+    /// coordinates of `available`, the area to use: to the right of the button, or to its left,
+    /// above or below it, moved into `available` as far as it fits.
     [[nodiscard]] static QPoint placeAt(const QRect &button, const QSize &size,
                                         const QRect &available);
 
@@ -33,18 +31,19 @@ public:
     void showBeside(const QWidget &button);
 
 signals:
-    /// A click has chosen `emoji`, with its variation selector if it has one. The picker is still
-    /// up; it closes when this returns.
+    /// Emitted when the user has chosen `emoji`, which includes its variation selector if it has
+    /// one. The picker closes afterwards.
     void emojiSelected(const QString &emoji);
 
 protected:
-    /// Moves the focus from one emoji to the next as an arrow key says, within the grid.
+    /// Moves the focus within the grid by the arrow keys.
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void setupUI();
     [[nodiscard]] QGridLayout *createGrid();
-    void addEmoji(QGridLayout *grid, const QString &emoji, int row, int column);
+    void addEmoji(QGridLayout *grid, const QString &emoji, const QString &name, int row,
+                  int column);
 
     QString currentTheme;
 };

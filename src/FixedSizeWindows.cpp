@@ -7,7 +7,7 @@
 
 namespace {
 
-// Property of a window of fixed size that accepts any size.
+// Property of a window of fixed size that accepts any size for now.
 constexpr char AcceptsAnySize[] = "acceptsAnySize";
 
 bool isEnlarged(const QWindow &window)
@@ -15,7 +15,7 @@ bool isEnlarged(const QWindow &window)
     return (window.windowStates() & (Qt::WindowMaximized | Qt::WindowFullScreen)) != 0;
 }
 
-// Called before the compositor answers.
+// Must run before the compositor answers.
 void acceptAnySize(QWindow &window)
 {
     if (!isEnlarged(window) || window.minimumSize() != window.maximumSize())
@@ -29,7 +29,7 @@ void restoreSize(QWindow &window)
     if (!window.property(AcceptsAnySize).toBool())
         return;
     if (isEnlarged(window)) {
-        // Weston ignores it before the window has been painted in its new size.
+        // Later, since Weston ignores the request until the window is painted in its new size.
         QTimer::singleShot(0, &window, [&window] { window.setWindowStates(Qt::WindowNoState); });
     } else {
         window.setProperty(AcceptsAnySize, false);

@@ -2,11 +2,11 @@
 
 #include <QObject>
 
-/// Stops windows of fixed size from being maximised, as an event filter of the application.
+/// An event filter of the application that restores maximised windows of fixed size.
 ///
-/// QtWayland's own decoration offers it for every window. The window would keep its size, which
-/// Weston answers with a protocol error that ends the program. QtWayland cannot withdraw the
-/// request before the answer, so the window accepts any size until it is back to normal.
+/// QtWayland's window decoration lets users maximise any window. If the window keeps its size,
+/// Weston sends a protocol error that ends the program. QtWayland cannot withdraw the request
+/// before Weston answers, so the window accepts any size until it has its normal state again.
 class FixedSizeWindows final : public QObject
 {
     Q_OBJECT

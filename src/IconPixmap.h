@@ -3,11 +3,11 @@
 #include <QGuiApplication>
 #include <QPixmap>
 
-/// Pixmaps for icons that are drawn at run time.
+/// Pixmaps for icons drawn at run time.
 namespace IconPixmap {
 
-/// A transparent square of `extent` by `extent`, in the coordinates of windows, with as many points
-/// as the sharpest screen shows of it.
+/// Returns a transparent square with sides of `extent` device-independent pixels, in the highest
+/// device pixel ratio of all screens.
 [[nodiscard]] inline QPixmap make(int extent)
 {
     const qreal ratio = qGuiApp->devicePixelRatio();

@@ -1,7 +1,7 @@
 #include "InfoDialogs.h"
 
 #include "DialogParts.h"
-#include "FocusMark.h"
+#include "FocusFrame.h"
 #include "ThemeManager.h"
 
 #include <QDialog>
@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString LettersFont = u"Comic Sans MS"_s;
+const QString TitleFont = u"Comic Sans MS"_s;
 
 struct CommandHelp
 {
@@ -97,12 +97,13 @@ void addButton(QDialog &dialog, QVBoxLayout &layout)
     QPushButton *button = DialogParts::makeButton(QDialog::tr("OK"), u"connectButton"_s);
     button->setFixedWidth(88);
     button->setDefault(true);
-    new FocusMark(*button);
+    FocusFrame::addTo(*button);
     button->setStyleSheet(
-            u"QPushButton#connectButton {  background-color: #007AFF; color: white; border: none; "
+            u"QPushButton#connectButton {  background-color: %1; color: white; border: none; "
             "border-radius: 6px;  padding: 8px 0px; font-size: 14px; font-weight: 500;}"
-            "QPushButton#connectButton:hover { background-color: #0062CC; }"
-            "QPushButton#connectButton:pressed { background-color: #0051AA; }"_s);
+            "QPushButton#connectButton:hover { background-color: %2; }"
+            "QPushButton#connectButton:pressed { background-color: %3; }"_s.arg(
+                    ThemeColors::Accent, ThemeColors::AccentHover, ThemeColors::AccentPressed));
     QObject::connect(button, &QPushButton::clicked, &dialog, &QDialog::accept);
 
     auto *row = new QHBoxLayout;
@@ -110,7 +111,7 @@ void addButton(QDialog &dialog, QVBoxLayout &layout)
     row->addWidget(button);
     row->addStretch();
     layout.addLayout(row);
-    button->setFocus(); // Help's scroll area comes first in the tab order.
+    button->setFocus(); // The scroll area of Help comes first in the tab order.
 }
 
 QString commandTable()
@@ -128,26 +129,26 @@ QString commandTable()
     for (const CommandHelp &row : Commands) {
         html += u"<tr>"_s + cell.arg(extra, row.command.toString().toHtmlEscaped())
                 + cell.arg(QString(), QDialog::tr(row.description).toHtmlEscaped()) + u"</tr>"_s;
-        extra.clear(); // The first cell keeps the whole column from wrapping.
+        extra.clear(); // "nowrap" in the first cell applies to the whole column.
     }
     return html + u"</table>"_s;
 }
 
 void addHelpTitle(QVBoxLayout &layout)
 {
-    // The theme's sheet gives every label of a dialog one size; the sheet of a nearer ancestor
-    // lets the title keep its own.
+    // The theme's sheet sets the font size of all labels. The sheet of a nearer ancestor overrides
+    // it for the title.
     auto *heading = new QWidget;
     heading->setStyleSheet(u"QLabel { font-size: 18pt; }"_s);
     auto *headingLayout = new QVBoxLayout(heading);
     headingLayout->setContentsMargins(0, 0, 0, 0);
     addLabel(*headingLayout, QDialog::tr("Basic IRC commands"),
-             u"color: #1d1d1f; margin-bottom: 8px;"_s)
-            ->setFont(QFont(LettersFont, 18, QFont::Bold));
+             u"color: %1; margin-bottom: 8px;"_s.arg(ThemeColors::Title))
+            ->setFont(QFont(TitleFont, 18, QFont::Bold));
     layout.addWidget(heading);
 }
 
-// The window's size is fixed and the table is taller, with most fonts, than what is left of it.
+// Adds the table in a scroll area, since most fonts make it taller than the fixed window.
 void addTable(QVBoxLayout &layout)
 {
     auto *table = new QLabel(commandTable());
@@ -158,7 +159,7 @@ void addTable(QVBoxLayout &layout)
     area->setWidgetResizable(true);
     area->setWidget(table);
     area->setAccessibleName(QDialog::tr("Basic IRC commands"));
-    // Both would otherwise paint a ground of their own over the window's.
+    // Otherwise both would paint a background over the window's.
     table->setAutoFillBackground(false);
     area->viewport()->setAutoFillBackground(false);
     layout.addWidget(area);
@@ -176,17 +177,18 @@ void showAbout(QWidget *parent)
     layout->setContentsMargins(30, 30, 30, 20);
     layout->setSpacing(16);
 
-    addIcon(*layout, 96, u"Velmora"_s, u"font-size: 42px; font-weight: bold; color: #007AFF;"_s);
-    addLabel(*layout, u"Velmora"_s, u"color: #1d1d1f;"_s)
-            ->setFont(QFont(LettersFont, 26, QFont::Bold));
+    addIcon(*layout, 96, u"Velmora"_s,
+            u"font-size: 42px; font-weight: bold; color: %1;"_s.arg(ThemeColors::Accent));
+    addLabel(*layout, u"Velmora"_s, u"color: %1;"_s.arg(ThemeColors::Title))
+            ->setFont(QFont(TitleFont, 26, QFont::Bold));
     addLabel(*layout, QDialog::tr("Version 2.0 Sable-Ridge"), u"color: #888888;"_s)
-            ->setFont(QFont(LettersFont, 16));
+            ->setFont(QFont(TitleFont, 16));
     QLabel *description = addLabel(
             *layout,
             u"<p style=\"color:#555555; font-size:15px; text-align:center;\">%1<br>%2<br><br>"
-            "<a href=\"https://velmora.example/\" style=\"color:#007AFF;\">velmora.example</a></p>"_s
+            "<a href=\"https://velmora.example/\" style=\"color:%3;\">velmora.example</a></p>"_s
                     .arg(QDialog::tr("Velmora is a free, modern, cross\u2011platform IRC client"),
-                         QDialog::tr("for macOS, Linux and Windows.")),
+                         QDialog::tr("for macOS, Linux and Windows."), ThemeColors::Accent),
             QString());
     description->setTextFormat(Qt::RichText);
     description->setWordWrap(true);
@@ -206,7 +208,7 @@ void showHelp(QWidget *parent, const QString &theme)
     layout->setContentsMargins(25, 25, 25, 20);
     layout->setSpacing(12);
 
-    addIcon(*layout, 48, u"?"_s, u"font-size: 36px; color: #007AFF;"_s);
+    addIcon(*layout, 48, u"?"_s, u"font-size: 36px; color: %1;"_s.arg(ThemeColors::Accent));
     addHelpTitle(*layout);
     addTable(*layout);
     layout->addStretch();

@@ -21,19 +21,19 @@ struct RoleColors
 constexpr QRgb Black = 0xff000000;
 constexpr QRgb White = 0xffffffff;
 constexpr QRgb Grey = 0xffefefef;
-constexpr QRgb Faint = 0xffbebebe;
+constexpr QRgb DisabledText = 0xffbebebe;
 
 constexpr std::array Roles
 {
-    RoleColors{QPalette::WindowText, Black, Faint}, RoleColors{QPalette::Button, Grey, Grey},
+    RoleColors{QPalette::WindowText, Black, DisabledText}, RoleColors{QPalette::Button, Grey, Grey},
             RoleColors{QPalette::Light, White, White},
             RoleColors{QPalette::Midlight, 0xffcacaca, 0xffcacaca},
             RoleColors{QPalette::Dark, 0xff9f9f9f, 0xffbebebe},
             RoleColors{QPalette::Mid, 0xffb8b8b8, 0xffb8b8b8},
-            RoleColors{QPalette::Text, Black, Faint},
+            RoleColors{QPalette::Text, Black, DisabledText},
             RoleColors{QPalette::BrightText, White, White},
-            RoleColors{QPalette::ButtonText, Black, Faint}, RoleColors{QPalette::Base, White, Grey},
-            RoleColors{QPalette::Window, Grey, Grey},
+            RoleColors{QPalette::ButtonText, Black, DisabledText},
+            RoleColors{QPalette::Base, White, Grey}, RoleColors{QPalette::Window, Grey, Grey},
             RoleColors{QPalette::Shadow, 0xff767676, 0xffb1b1b1},
             RoleColors{QPalette::Highlight, 0xff308cc6, 0xff919191},
             RoleColors{QPalette::HighlightedText, White, White},
@@ -48,7 +48,7 @@ constexpr std::array Roles
 #endif
 };
 
-// Qt fills roles that are not set from the desktop's palette, so every one is set.
+// Returns a palette with every role set, since Qt takes the others from the desktop's palette.
 QPalette lightPalette()
 {
     QPalette palette;
@@ -82,7 +82,7 @@ bool LightPalette::eventFilter(QObject *watched, QEvent *event)
 void LightPalette::apply()
 {
     const QScopedValueRollback applying(isApplying, true);
-    // Qt forgets the palettes of widget classes, which a theme may bring, only when the
+    // Qt resets the palettes of widget classes, which a desktop theme may set, only when the
     // application's palette changes.
     QApplication::setPalette(QPalette());
     const QPalette palette = lightPalette();

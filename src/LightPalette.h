@@ -2,18 +2,17 @@
 
 #include <QObject>
 
-/// Applies the light colours that the style sheets are written for, whatever the desktop's are.
+/// Applies Fusion's light palette, which the style sheets are written for, on every desktop.
 ///
-/// They are Fusion's. The style itself returns dark ones on a dark desktop, and leaves the colours
-/// of links to the desktop.
+/// The style itself returns a dark palette on a dark desktop, and the desktop's link colours.
 class LightPalette final : public QObject
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(LightPalette)
 
 public:
-    /// Applies the colours to the application, its tool tips and all widget classes, and restores
-    /// them while the object lives, when the desktop changes them. Create one before any widget.
+    /// Applies the palette to the application, its tool tips and all widget classes, and again
+    /// whenever the desktop changes it. Create it before any widget.
     LightPalette();
 
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -18,11 +18,10 @@
 #include "InputRow.h"
 #include "LineBreaks.h"
 #include "LinkOpener.h"
+#include "LiteralText.h"
 #include "MyTabWidget.h"
 #include "NickList.h"
 #include "Notifications.h"
-#include "PlainTabs.h"
-#include "PlainTextMenu.h"
 #include "PreferencesDialog.h"
 #include "Prompts.h"
 #include "ServerStore.h"
@@ -569,7 +568,7 @@ MainWindow::TabInfo &MainWindow::addTab(const QString &name, QWidget *page)
     TabInfo &tab = *tabs.insert(name, TabInfo());
     tab.page = page;
     tab.chatView = page->findChild<QTextBrowser *>();
-    const int index = PlainTabs::add(*tabWidget, page, name);
+    const int index = LiteralText::addTab(*tabWidget, page, name);
     tabWidget->setTabToolTip(index, name);
     TabStrip::setTabOrderAfter(*tabBar, *page);
     if (tab.chatView) {
@@ -628,7 +627,7 @@ void MainWindow::onTabChanged(int index)
     if (tab != tabs.end() && tab->highlighted) {
         tab->highlighted = false;
         tabBar->unhighlightTab(tabWidget->currentIndex());
-        PlainTabs::setMarked(*tabWidget, index, false);
+        LiteralText::setTabMarked(*tabWidget, index, false);
     }
 
     const bool isChannel = ChannelNames::isChannel(name);
@@ -831,7 +830,7 @@ void MainWindow::highlightTab(const QString &tabName)
     const int index = tabWidget->indexOf(tab->page);
     if (index >= 0 && tabName != currentTabName) {
         tabBar->highlightTab(index);
-        PlainTabs::setMarked(*tabWidget, index, true);
+        LiteralText::setTabMarked(*tabWidget, index, true);
     }
 }
 
@@ -1000,7 +999,7 @@ void MainWindow::renamePrivateTab(const QString &oldNick, const QString &newNick
     // Intended: replaces the record of an open conversation with the new name. Its page stays.
     tabs.insert(newNick, info);
     if (index >= 0)
-        PlainTabs::rename(*tabWidget, index, newNick);
+        LiteralText::renameTab(*tabWidget, index, newNick);
     ConversationPage::setName(*info.page, newNick);
     if (isCurrent)
         currentTabName = newNick;
@@ -1295,7 +1294,7 @@ void MainWindow::showChannelListContextMenu(const QPoint &pos)
         return;
     // The entries keep the name. The row and the tree can be deleted while the menu is open.
     const QString channel = ChannelList::channelOf(*item);
-    PlainTextMenu menu;
+    LiteralText::Menu menu;
     menu.addAction(tr("Join %1").arg(channel), this,
                    [this, channel] { connection->joinChannel(channel); });
     addAutojoinEntry(menu, channel);

@@ -7,12 +7,12 @@ class QWidget;
 /// The area in which popups must fit.
 namespace PopupArea {
 
-/// Returns false on Wayland, where a program cannot learn where its windows are on the screen and
+/// Returns false on Wayland, which does not report where windows are on the screen:
 /// QWidget::mapToGlobal() returns coordinates relative to the window.
 [[nodiscard]] bool hasGlobalPositions();
 
-/// Returns the area for popups of `window` in the coordinates of QWidget::mapToGlobal(): what is
-/// available of the primary screen or, without global positions, the window itself.
+/// Returns the area for popups of `window` in the coordinates of QWidget::mapToGlobal(): the
+/// available area of the primary screen or, without global positions, the window itself.
 [[nodiscard]] QRect of(const QWidget &window);
 
 } // namespace PopupArea

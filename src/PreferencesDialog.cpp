@@ -2,7 +2,7 @@
 
 #include "ChatBackground.h"
 #include "DialogParts.h"
-#include "FocusMark.h"
+#include "FocusFrame.h"
 #include "MainWindow.h"
 #include "ThemeManager.h"
 
@@ -99,7 +99,7 @@ PreferencesDialog::PreferencesDialog(MainWindow *parent)
     layout->setContentsMargins(28, 28, 28, 20);
     layout->setSpacing(18);
     auto *pages = new QTabWidget;
-    new FocusMark(*pages->tabBar());
+    FocusFrame::addTo(*pages->tabBar());
     pages->addTab(buildInterfacePage(), tr("Interface"));
     pages->addTab(buildChatPage(), tr("Chat"));
     pages->addTab(buildNetworkPage(), tr("Network"));
@@ -118,7 +118,7 @@ PreferencesDialog::PreferencesDialog(MainWindow *parent)
 PreferencesDialog::~PreferencesDialog()
 {
     // The dialogs of Qt's static functions.
-    DialogParts::letGoOfWindows(*this);
+    DialogParts::detachNestedWindows(*this);
 }
 
 void PreferencesDialog::showEvent(QShowEvent *event)
@@ -254,7 +254,7 @@ void PreferencesDialog::buildButtons()
     buttonBox = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Apply
                                      | QDialogButtonBox::Cancel);
     for (const auto which : {QDialogButtonBox::Ok, QDialogButtonBox::Apply})
-        new FocusMark(*buttonBox->button(which));
+        FocusFrame::addTo(*buttonBox->button(which));
     connect(buttonBox->button(QDialogButtonBox::Apply), &QPushButton::clicked, this,
             &PreferencesDialog::saveAndApply);
     connect(buttonBox, &QDialogButtonBox::accepted, this, [this] {

@@ -6,13 +6,13 @@
 
 class QWidget;
 
-/// Small modal dialogs that ask for one line of text, in the look of the theme.
+/// Modal dialogs that ask for one line of text.
 ///
-/// Each blocks in an event loop of its own until the user has answered. The answer is trimmed and
-/// may be empty; there is none if the user cancelled.
+/// Each blocks in a nested event loop and returns the trimmed text, which may be empty, or
+/// `std::nullopt` if the user cancelled.
 namespace Prompts {
 
-/// Asks why the user is away.
+/// Asks for an away message.
 [[nodiscard]] std::optional<QString> askAwayMessage(QWidget *parent, const QString &theme);
 
 /// Asks for a new nick, starting from `current`.

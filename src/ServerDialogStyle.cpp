@@ -49,8 +49,8 @@ QString connectDialogSheet(const QString &theme)
         QLabel#titleLabel { color: <title>; font-size: 22px; font-weight: bold; }
         QLineEdit { color: <text>; background: <input>; border: 1px solid <border>;
             border-radius: 6px; padding: 8px 12px; font-size: 14px;
-            selection-background-color: #007AFF; }
-        QLineEdit:focus { border: 2px solid #007AFF; padding: 7px 11px; }
+            selection-background-color: <accent>; }
+        QLineEdit:focus { border: 2px solid <accent>; padding: 7px 11px; }
         QListWidget { color: <text>; background: <list>; alternate-background-color: <alternate>;
             border: 1px solid <border>; border-radius: 6px; font-size: 14px;
             selection-background-color: <selected>; selection-color: <selectedText>; }
@@ -59,45 +59,49 @@ QString connectDialogSheet(const QString &theme)
         QCheckBox { color: <text>; }
         QPushButton { color: <text>; border-radius: 6px; padding: 10px 24px; font-size: 14px;
             font-weight: 500; }
-        QPushButton#connectButton { background: #007AFF; color: white; border: none; }
-        QPushButton#connectButton:hover { background: #0062CC; }
-        QPushButton#connectButton:pressed { background: #0051AA; }
-        QPushButton#cancelButton { background: transparent; color: #FF3B30;
-            border: 1px solid #FF3B30; }
-        QPushButton#cancelButton:hover { background: <cancelHover>; }
-        QPushButton#addButton, QPushButton#editButton { background: transparent; color: #007AFF;
-            border: 1px solid #007AFF; border-radius: 6px; padding: 8px 16px; font-size: 13px;
+        QPushButton#connectButton { background: <accent>; color: white; border: none; }
+        QPushButton#connectButton:hover { background: <accentHover>; }
+        QPushButton#connectButton:pressed { background: <accentPressed>; }
+        QPushButton#cancelButton { background: transparent; color: <destructive>;
+            border: 1px solid <destructive>; }
+        QPushButton#cancelButton:hover { background: <destructiveTint>; }
+        QPushButton#addButton, QPushButton#editButton { background: transparent; color: <accent>;
+            border: 1px solid <accent>; border-radius: 6px; padding: 8px 16px; font-size: 13px;
             font-weight: 500; }
-        QPushButton#addButton:hover, QPushButton#editButton:hover { background: <addHover>; }
-        QPushButton#deleteButton { background: transparent; color: #FF3B30;
-            border: 1px solid #FF3B30; border-radius: 6px; padding: 8px 16px; font-size: 13px;
+        QPushButton#addButton:hover, QPushButton#editButton:hover { background: <accentTint>; }
+        QPushButton#deleteButton { background: transparent; color: <destructive>;
+            border: 1px solid <destructive>; border-radius: 6px; padding: 8px 16px; font-size: 13px;
             font-weight: 500; }
-        QPushButton#deleteButton:hover { background: <deleteHover>; }
+        QPushButton#deleteButton:hover { background: <destructiveTint>; }
     )"_s;
     const bool dark = ThemeManager::isDark(theme);
-    return fill(sheet, {{u"<window>", dark ? u"#2E2E2E" : u"#FFFFFF"},
-                        {u"<text>", dark ? u"#DDDDDD" : u"#333333"},
-                        {u"<title>", dark ? u"#FFFFFF" : u"#1d1d1f"},
-                        {u"<border>", dark ? u"#555555" : u"#D1D1D6"},
-                        {u"<input>", dark ? u"#3E3E3E" : u"#FFFFFF"},
-                        {u"<list>", dark ? u"#1E1E1E" : u"#FFFFFF"},
-                        {u"<alternate>", dark ? u"#252525" : u"#F9F9F9"},
-                        {u"<hover>", dark ? u"#3A3A3A" : u"#E8F0FE"},
-                        {u"<selected>", dark ? u"#505050" : u"#007AFF"},
-                        {u"<selectedText>", dark ? QStringView(u"#FFFFFF") : QStringView(u"white")},
-                        {u"<cancelHover>", dark ? u"#5F1E1E" : u"#FFE5E5"},
-                        {u"<addHover>", dark ? u"#1E3A5F" : u"#E5F0FF"},
-                        {u"<deleteHover>", dark ? u"#5F1E1E" : u"#FFE5E5"}});
+    return fill(sheet,
+                {{u"<window>", dark ? u"#2E2E2E" : u"#FFFFFF"},
+                 {u"<text>", dark ? u"#DDDDDD" : u"#333333"},
+                 {u"<title>", dark ? QStringView(u"#FFFFFF") : ThemeColors::Title},
+                 {u"<border>", dark ? u"#555555" : u"#D1D1D6"},
+                 {u"<input>", dark ? u"#3E3E3E" : u"#FFFFFF"},
+                 {u"<list>", dark ? u"#1E1E1E" : u"#FFFFFF"},
+                 {u"<alternate>", dark ? ThemeColors::DarkAlternateRow : QStringView(u"#F9F9F9")},
+                 {u"<hover>", dark ? ThemeColors::DarkHoveredRow : QStringView(u"#E8F0FE")},
+                 {u"<selected>", dark ? ThemeColors::DarkSelectedRow : ThemeColors::Accent},
+                 {u"<selectedText>", dark ? QStringView(u"#FFFFFF") : QStringView(u"white")},
+                 {u"<accent>", ThemeColors::Accent},
+                 {u"<accentHover>", ThemeColors::AccentHover},
+                 {u"<accentPressed>", ThemeColors::AccentPressed},
+                 {u"<accentTint>", ThemeColors::accentTint(theme)},
+                 {u"<destructive>", ThemeColors::Destructive},
+                 {u"<destructiveTint>", ThemeColors::destructiveTint(theme)}});
 }
 
 QString errorButtonSheet()
 {
     return uR"(
-        QPushButton { background: #007AFF; color: white; border: none; border-radius: 6px;
+        QPushButton { background: %1; color: white; border: none; border-radius: 6px;
             padding: 8px 16px; font-size: 14px; font-weight: 500; }
-        QPushButton:hover { background: #0062CC; }
-        QPushButton:pressed { background: #0051AA; }
-    )"_s;
+        QPushButton:hover { background: %2; }
+        QPushButton:pressed { background: %3; }
+    )"_s.arg(ThemeColors::Accent, ThemeColors::AccentHover, ThemeColors::AccentPressed);
 }
 
 QString deletionBoxSheet(const QString &theme)
@@ -106,14 +110,17 @@ QString deletionBoxSheet(const QString &theme)
         QMessageBox { background: %1; }
         QLabel { color: %2; font-size: 13px; }
         QPushButton { border-radius: 6px; padding: 10px 24px; font-size: 14px; font-weight: 500; }
-        QPushButton#yesButton { background: #007AFF; color: white; border: none; }
-        QPushButton#yesButton:hover { background: #0062CC; }
-        QPushButton#yesButton:pressed { background: #0051AA; }
-        QPushButton#noButton { background: transparent; color: #FF3B30; border: 1px solid #FF3B30; }
+        QPushButton#yesButton { background: %4; color: white; border: none; }
+        QPushButton#yesButton:hover { background: %5; }
+        QPushButton#yesButton:pressed { background: %6; }
+        QPushButton#noButton { background: transparent; color: %7; border: 1px solid %7; }
         QPushButton#noButton:hover { background: %3; }
     )"_s;
-    return ThemeManager::isDark(theme) ? sheet.arg(u"#2E2E2E"_s, u"#DDDDDD"_s, u"#5F1E1E"_s)
-                                       : sheet.arg(u"#FFFFFF"_s, u"#333333"_s, u"#FFE5E5"_s);
+    const bool dark = ThemeManager::isDark(theme);
+    return sheet.arg(dark ? u"#2E2E2E"_s : u"#FFFFFF"_s, ThemeManager::palette(theme).textColor,
+                     ThemeColors::destructiveTint(theme), ThemeColors::Accent,
+                     ThemeColors::AccentHover, ThemeColors::AccentPressed,
+                     ThemeColors::Destructive);
 }
 
 QString comboBoxSheet(const QString &theme)

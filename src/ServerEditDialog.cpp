@@ -2,7 +2,7 @@
 
 #include "ChannelNames.h"
 #include "DialogParts.h"
-#include "PlainTitle.h"
+#include "LiteralText.h"
 #include "ServerDialogStyle.h"
 #include "ServerStore.h"
 #include "ThemeManager.h"
@@ -122,7 +122,7 @@ ServerEditDialog::ServerEditDialog(const QString &title, const QString &address,
     : QDialog(parent)
     , currentTheme(theme)
 {
-    new PlainTitle(*this);
+    LiteralText::showTitle(*this);
     setWindowTitle(title);
     setMinimumWidth(480);
     setWindowFlags(DialogParts::Frame);

@@ -1,9 +1,9 @@
 #include "TabStrip.h"
 
-#include "FocusMark.h"
+#include "FocusFrame.h"
 #include "HighlightTabBar.h"
+#include "LiteralText.h"
 #include "MyTabWidget.h"
-#include "PlainToolTips.h"
 
 #include <QContextMenuEvent>
 #include <QPushButton>
@@ -74,9 +74,9 @@ HighlightTabBar *create(MyTabWidget &tabs)
     auto *bar = new HighlightTabBar(&tabs);
     tabs.setPublicTabBar(bar);
     bar->setExpanding(true);
-    new PlainToolTips(*bar);
+    LiteralText::showTabToolTips(*bar);
     new TabMenuKeyFilter(*bar);
-    new FocusMark(*bar);
+    FocusFrame::addTo(*bar);
     tabs.setTabsClosable(false); // updateCloseButtons() adds buttons on the left.
     bar->setContextMenuPolicy(Qt::CustomContextMenu);
     // Works around Qt, which reads the theme's "max-width: none" as 0 and truncates long names. The

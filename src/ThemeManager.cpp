@@ -4,13 +4,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Behind a cancel or delete button under the pointer.
-QString destructiveHover(const QString &theme)
-{
-    return ThemeManager::isDark(theme) ? u"#5F1E1E"_s : u"#FFE5E5"_s;
-}
-
-/// Behind tool bars, and behind the preferences' font button under the pointer.
+/// Returns the background of tool bars, and of the preferences' font button under the pointer.
 QString barBackground(const QString &theme)
 {
     return ThemeManager::isDark(theme) ? u"#3E3E3E"_s : u"#F0F0F0"_s;
@@ -24,17 +18,18 @@ QTextBrowser { background: %2; color: %3; border: none; }
 QListWidget { background: %2; color: %3; }
 QLineEdit { background: %4; color: %3; border: 1px solid %5; }
 QMenuBar { background: %1; color: %3; }
-QMenuBar::item:selected { background: #505050; }
+QMenuBar::item:selected { background: %6; }
 QMenu { background: %1; color: %3; border: 1px solid %5; }
-QMenu::item:selected { background: #505050; }
+QMenu::item:selected { background: %6; }
 QHeaderView::section { background: %4; color: %3; padding: 4px; border: 1px solid %5; }
-QTreeWidget { background: %2; color: %3; alternate-background-color: #252525; }
-QTreeWidget::item:hover { background: #3A3A3A; }
-QTreeWidget::item:selected { background: #505050; }
+QTreeWidget { background: %2; color: %3; alternate-background-color: %7; }
+QTreeWidget::item:hover { background: %8; }
+QTreeWidget::item:selected { background: %6; }
 QStatusBar { background: %1; color: %3; }
 QLabel#topicLabel { color: %3; }
 )"_s.arg(colors.windowBackground, colors.panelBackground, colors.textColor, colors.inputBackground,
-         colors.borderColor);
+         colors.borderColor, ThemeColors::DarkSelectedRow, ThemeColors::DarkAlternateRow,
+         ThemeColors::DarkHoveredRow);
 }
 
 QString lightGlobalSheet(const ThemePalette &colors)
@@ -67,20 +62,20 @@ QLabel#topicLabel { color: %2; background: transparent; }
 )"_s.arg(colors.windowBackground, colors.textColor, colors.accentColor, colors.borderColor);
 }
 
-/// What makes the tabs of one sheet differ from those of another.
-struct TabLook
+/// The differences between the tabs of two sheets.
+struct TabColors
 {
     QString background;
-    /// A whole declaration, or nothing where tabs take the text colour that the widget has.
+    /// A whole declaration; empty if the tabs inherit the widget's text colour.
     QString colorRule;
     QString borderColor;
     QString hoverBackground;
     QString hoverColor;
-    /// The border goes round all four sides; otherwise a tab is open towards its page.
-    bool closed = false;
+    /// Whether the tabs also have a bottom border.
+    bool hasBottomBorder = false;
 };
 
-TabLook lightTabs()
+TabColors lightTabs()
 {
     return {.background = u"#F0F0F0"_s,
             .colorRule = {},
@@ -89,7 +84,7 @@ TabLook lightTabs()
             .hoverColor = u"#333333"_s};
 }
 
-TabLook darkTabs()
+TabColors darkTabs()
 {
     return {.background = u"#3A3A3A"_s,
             .colorRule = {},
@@ -98,10 +93,11 @@ TabLook darkTabs()
             .hoverColor = u"#EEEEEE"_s};
 }
 
-QString tabRules(const TabLook &look)
+QString tabRules(const TabColors &tabs)
 {
-    const QString bottom = look.closed ? u"1px solid "_s + look.borderColor : u"none"_s;
-    const QString selectedBottom = look.closed ? u"1px solid #007AFF"_s : u"none"_s;
+    const QString bottom = tabs.hasBottomBorder ? u"1px solid "_s + tabs.borderColor : u"none"_s;
+    const QString selectedBottom =
+            tabs.hasBottomBorder ? u"1px solid "_s + ThemeColors::Accent : u"none"_s;
     return uR"(
 QTabBar::tab {
     background: %1; %2 border: 1px solid %3; border-bottom: %4; padding: 6px 8px 6px 4px;
@@ -109,16 +105,16 @@ QTabBar::tab {
     min-width: 80px; max-width: none; font-size: 12px;
 }
 QTabBar::tab:selected {
-    background: #007AFF; color: #FFFFFF; font-weight: 600; border: 1px solid #007AFF;
+    background: %8; color: #FFFFFF; font-weight: 600; border: 1px solid %8;
     border-bottom: %5; border-top-left-radius: 6px; border-top-right-radius: 6px;
 }
 QTabBar::tab:hover:!selected { background: %6; color: %7; }
-QTabBar::tab:selected:hover { background: #007AFF; color: #FFFFFF; }
-)"_s.arg(look.background, look.colorRule, look.borderColor, bottom, selectedBottom,
-         look.hoverBackground, look.hoverColor);
+QTabBar::tab:selected:hover { background: %8; color: #FFFFFF; }
+)"_s.arg(tabs.background, tabs.colorRule, tabs.borderColor, bottom, selectedBottom,
+         tabs.hoverBackground, tabs.hoverColor, ThemeColors::Accent);
 }
 
-/// Labels, fields and the font button of the preferences dialog.
+/// Returns the rules for the labels, fields and font button of the preferences dialog.
 QString preferencesFormRules(const QString &theme)
 {
     const ThemePalette colors = ThemeManager::palette(theme);
@@ -144,22 +140,22 @@ QPushButton#prefsFontButton:hover { background: %4; }
 )"_s.arg(colors.borderColor, colors.inputBackground, colors.accentColor, barBackground(theme));
 }
 
-/// The buttons that choose and delete the chat background.
+/// Returns the rules for the buttons that choose and delete the chat background.
 QString preferencesBackgroundRules(const QString &theme)
 {
-    const QString chooseHover = ThemeManager::isDark(theme) ? u"#1E3A5F"_s : u"#E5F0FF"_s;
     return uR"(
 QPushButton#prefsBgButton {
-    background: transparent; color: #007AFF; border: 1px solid #007AFF; border-radius: 6px;
+    background: transparent; color: %3; border: 1px solid %3; border-radius: 6px;
     padding: 6px 12px; font-size: 12px; font-weight: 500;
 }
 QPushButton#prefsBgButton:hover { background: %1; }
 QPushButton#prefsDeleteButton {
-    background: transparent; color: #FF3B30; border: 1px solid #FF3B30; border-radius: 6px;
+    background: transparent; color: %4; border: 1px solid %4; border-radius: 6px;
     padding: 6px 12px; font-size: 12px; font-weight: 500;
 }
 QPushButton#prefsDeleteButton:hover { background: %2; }
-)"_s.arg(chooseHover, destructiveHover(theme));
+)"_s.arg(ThemeColors::accentTint(theme), ThemeColors::destructiveTint(theme), ThemeColors::Accent,
+         ThemeColors::Destructive);
 }
 
 QString darkPageTabRules(const ThemePalette &colors)
@@ -171,15 +167,16 @@ QTabBar::tab {
     border-bottom: none; border-top-left-radius: 4px; border-top-right-radius: 4px;
     min-width: 80px; max-width: none;
 }
-QTabBar::tab:selected { background: #505050; color: #FFFFFF; font-weight: bold; }
+QTabBar::tab:selected { background: %4; color: #FFFFFF; font-weight: bold; }
 QTabBar::tab:hover { background: #4A4A4A; }
-)"_s.arg(colors.windowBackground, colors.inputBackground, colors.borderColor);
+)"_s.arg(colors.windowBackground, colors.inputBackground, colors.borderColor,
+         ThemeColors::DarkSelectedRow);
 }
 
 QString lightPageTabRules(const ThemePalette &colors)
 {
-    // The pane's border takes the colour of a window's background and not that of frames: on the
-    // white dialog it shows as a faint edge only, and the tabs' own frames stand out.
+    // Intended: the pane's border has the window's background colour. It is faint on the white
+    // dialog, so that the frames of the tabs stand out.
     const QString pane = uR"(
 QTabWidget::pane { background: #FFFFFF; border: 1px solid %1; border-radius: 8px; padding: 8px; }
 )"_s.arg(colors.windowBackground);
@@ -191,13 +188,23 @@ QTabBar::close-button {
 QTabBar::close-button:hover { background: rgba(0,0,0,0.1); }
 QTabBar::close-button:selected:hover { background: rgba(255,255,255,0.25); }
 )"_s;
-    TabLook look = lightTabs();
-    look.colorRule = u"color: #333333;"_s;
-    look.closed = true;
-    return pane + tabRules(look) + closeButton;
+    TabColors tabs = lightTabs();
+    tabs.colorRule = u"color: #333333;"_s;
+    tabs.hasBottomBorder = true;
+    return pane + tabRules(tabs) + closeButton;
 }
 
 } // namespace
+
+QString ThemeColors::accentTint(const QString &theme)
+{
+    return ThemeManager::isDark(theme) ? u"#1E3A5F"_s : u"#E5F0FF"_s;
+}
+
+QString ThemeColors::destructiveTint(const QString &theme)
+{
+    return ThemeManager::isDark(theme) ? u"#5F1E1E"_s : u"#FFE5E5"_s;
+}
 
 bool ThemeManager::isDark(const QString &theme)
 {
@@ -210,20 +217,20 @@ ThemePalette ThemeManager::palette(const QString &theme)
         return {.windowBackground = u"#2E2E2E"_s,
                 .panelBackground = u"#1E1E1E"_s,
                 .textColor = u"#DDDDDD"_s,
-                .accentColor = u"#007AFF"_s,
-                .accentHoverColor = u"#0062CC"_s,
+                .accentColor = ThemeColors::Accent.toString(),
+                .accentHoverColor = ThemeColors::AccentHover.toString(),
                 .inputBackground = u"#3E3E3E"_s,
                 .borderColor = u"#555555"_s,
-                .destructiveColor = u"#FF3B30"_s};
+                .destructiveColor = ThemeColors::Destructive.toString()};
     }
     return {.windowBackground = u"#F5F5F7"_s,
             .panelBackground = u"#F0F0F0"_s,
             .textColor = u"#333333"_s,
-            .accentColor = u"#007AFF"_s,
-            .accentHoverColor = u"#0062CC"_s,
+            .accentColor = ThemeColors::Accent.toString(),
+            .accentHoverColor = ThemeColors::AccentHover.toString(),
             .inputBackground = u"#FFFFFF"_s,
             .borderColor = u"#D1D1D6"_s,
-            .destructiveColor = u"#FF3B30"_s};
+            .destructiveColor = ThemeColors::Destructive.toString()};
 }
 
 QString ThemeManager::globalStyleSheet(const QString &theme)
@@ -256,19 +263,20 @@ QString ThemeManager::lineEditStyleSheet(const QString &theme)
 
 QString ThemeManager::buttonStyleSheet(const QString &theme)
 {
-    // These two wear the same colours in every theme; only the hint behind "cancel" differs.
+    // Only the background of "cancelButton" under the pointer depends on the theme.
     return uR"(
 QPushButton#connectButton {
-    background: #007AFF; color: white; border: none; padding: 10px 24px; border-radius: 6px;
+    background: %2; color: white; border: none; padding: 10px 24px; border-radius: 6px;
     font-size: 14px; font-weight: 500;
 }
-QPushButton#connectButton:hover { background: #0062CC; }
+QPushButton#connectButton:hover { background: %3; }
 QPushButton#cancelButton {
-    background: transparent; color: #FF3B30; border: 1px solid #FF3B30; padding: 10px 24px;
+    background: transparent; color: %4; border: 1px solid %4; padding: 10px 24px;
     border-radius: 6px; font-size: 14px; font-weight: 500;
 }
 QPushButton#cancelButton:hover { background: %1; }
-)"_s.arg(destructiveHover(theme));
+)"_s.arg(ThemeColors::destructiveTint(theme), ThemeColors::Accent, ThemeColors::AccentHover,
+         ThemeColors::Destructive);
 }
 
 QString ThemeManager::preferencesDialogStyleSheet(const QString &theme)
@@ -280,7 +288,7 @@ QString ThemeManager::preferencesDialogStyleSheet(const QString &theme)
 
 QString ThemeManager::tabWidgetStyleSheet(const QString &theme)
 {
-    // The test is for "light" and not for "dark": of the light themes, "glass" has dark tabs.
+    // Intended: not isDark(), since "glass" has dark tabs.
     const bool isLight = theme == "light"_L1;
     return u"QTabWidget::pane { border: none; padding: 0; }"_s
            + tabRules(isLight ? lightTabs() : darkTabs());

@@ -38,17 +38,17 @@ namespace {
 
 const auto Theme = u"light"_s;
 
-using Look = std::function<void(const QWidget &)>;
-using Show = void (*)(const Look &look);
+using Check = std::function<void(const QWidget &)>;
+using Show = void (*)(const Check &check);
 
-// What a screen reader says of a widget.
+// Returns the name that a screen reader announces.
 QString spokenName(QWidget *widget)
 {
     const QAccessibleInterface *interface = QAccessible::queryAccessibleInterface(widget);
     return interface != nullptr ? interface->text(QAccessible::Name) : QString();
 }
 
-// Whether a person has to do with it by itself: some are parts that Qt puts into others.
+// Returns whether users operate the widget itself; some are parts of other Qt widgets.
 bool isControl(const QWidget *widget)
 {
     const bool isReached = (widget->focusPolicy() & Qt::TabFocus) != 0
@@ -60,95 +60,95 @@ bool isControl(const QWidget *widget)
 QList<QWidget *> controls(const QWidget &window)
 {
     QList<QWidget *> found = window.findChildren<QWidget *>();
-    // The list that a combo box opens is a window of its own, which its box speaks for.
+    // The list of a combo box is a window of its own, tested in namesPopups().
     found.removeIf([&window](const QWidget *widget) {
         return !isControl(widget) || widget->window() != &window;
     });
     return found;
 }
 
-void lookAtDialog(const Look &look, const std::function<void()> &show)
+void checkDialog(const Check &check, const std::function<void()> &show)
 {
     ModalAnswers answers;
-    answers.queueForDialog([&look](QDialog *dialog) {
-        look(*dialog);
+    answers.queueForDialog([&check](QDialog *dialog) {
+        check(*dialog);
         dialog->reject();
     });
     show();
     QCOMPARE(answers.problems(), QStringList());
 }
 
-void showMainWindow(const Look &look)
+void showMainWindow(const Check &check)
 {
     WindowSession session;
     session.probe.openTabs({u"#c"_s, u"bob"_s});
     session.probe.addListTab();
-    look(session.window);
+    check(session.window);
 }
 
-void showConnectDialog(const Look &look)
+void showConnectDialog(const Check &check)
 {
-    look(ConnectDialog(nullptr));
+    check(ConnectDialog(nullptr));
 }
 
-void showServerForm(const Look &look)
+void showServerForm(const Check &check)
 {
-    look(ServerEditDialog(u"Edit"_s, u"irc.org:6667"_s, ServerConfig(), Theme, nullptr));
+    check(ServerEditDialog(u"Edit"_s, u"irc.org:6667"_s, ServerConfig(), Theme, nullptr));
 }
 
-void showPreferences(const Look &look)
+void showPreferences(const Check &check)
 {
     WindowSession session;
     session.choose(u"&Preferences..."_s);
     const auto *dialog = session.window.findChild<PreferencesDialog *>();
     QVERIFY(dialog);
-    look(*dialog);
+    check(*dialog);
 }
 
-void showTopicEditor(const Look &look)
+void showTopicEditor(const Check &check)
 {
-    look(EditTopicDialog(u"#c"_s, {}, Theme, nullptr));
+    check(EditTopicDialog(u"#c"_s, {}, Theme, nullptr));
 }
 
-void showEmojis(const Look &look)
+void showEmojis(const Check &check)
 {
-    look(EmojiPicker(nullptr, Theme));
+    check(EmojiPicker(nullptr, Theme));
 }
 
-void showAwayPrompt(const Look &look)
+void showAwayPrompt(const Check &check)
 {
-    lookAtDialog(look, [] { static_cast<void>(Prompts::askAwayMessage(nullptr, Theme)); });
+    checkDialog(check, [] { static_cast<void>(Prompts::askAwayMessage(nullptr, Theme)); });
 }
 
-void showNickPrompt(const Look &look)
+void showNickPrompt(const Check &check)
 {
-    lookAtDialog(look, [] { static_cast<void>(Prompts::askNickname(nullptr, Theme, u"me"_s)); });
+    checkDialog(check, [] { static_cast<void>(Prompts::askNickname(nullptr, Theme, u"me"_s)); });
 }
 
-void showAbout(const Look &look)
+void showAbout(const Check &check)
 {
-    lookAtDialog(look, [] { InfoDialogs::showAbout(nullptr); });
+    checkDialog(check, [] { InfoDialogs::showAbout(nullptr); });
 }
 
-void showHelp(const Look &look)
+void showHelp(const Check &check)
 {
-    lookAtDialog(look, [] { InfoDialogs::showHelp(nullptr, Theme); });
+    checkDialog(check, [] { InfoDialogs::showHelp(nullptr, Theme); });
 }
 
-// The names of what Tab leads through from `start` until it comes there again.
-QStringList wayOfTheKey(QWidget *start, Qt::Key key = Qt::Key_Tab)
+// Returns the names in the tab order, from `start` around to it again.
+QStringList tabOrder(QWidget *start, Qt::Key key = Qt::Key_Tab)
 {
-    constexpr int LongestWay = 200;
-    QStringList way;
+    constexpr int MaximumLength = 200;
+    QStringList order;
     start->setFocus();
     do {
-        QWidget *here = QApplication::focusWidget();
-        if (here == nullptr || way.size() == LongestWay)
-            return way + QStringList{u"lost"_s};
-        way.append(spokenName(here));
-        QTest::keyClick(here, key);
+        QWidget *current = QApplication::focusWidget();
+        if (current == nullptr || order.size() == MaximumLength)
+            return order + QStringList{u"lost"_s};
+        order.append(spokenName(current));
+        QTest::keyClick(current, key);
     } while (QApplication::focusWidget() != start);
-    return way;
+    return order;
 }
 
 bool activate(QWidget &window)
@@ -160,7 +160,7 @@ bool activate(QWidget &window)
 
 } // namespace
 
-/// Whether the program can be used without a mouse, and without seeing it.
+/// Use by keyboard and with a screen reader.
 class TestAccessibility final : public QObject
 {
     Q_OBJECT
@@ -170,20 +170,20 @@ private slots:
 
     void namesEveryControl_data();
     void namesEveryControl();
-    void namesEachEmojiForItself();
-    void namesThePopups();
-    void namesTheEmojiPicker();
-    void namesTheProgramsIcon();
-    void tellsOfATopic();
-    void tellsOfAMarkedTab();
-    void namesARenamedConversation();
-    void leadsThroughTheMainWindow();
-    void leadsThroughTheChannelList();
-    void leadsThroughTheConnectDialog();
-    void leadsThroughTheTopicEditor();
-    void beginsInTheTopic();
-    void usesTheTopicEditorsToolsByKey();
-    void leavesTheKeyboardWhereItIsWhenATabIsClosed();
+    void namesEachEmoji();
+    void namesPopups();
+    void namesEmojiPicker();
+    void namesProgramIcon();
+    void describesTopic();
+    void describesMarkedTab();
+    void namesRenamedConversation();
+    void mainWindowTabOrder();
+    void channelListTabOrder();
+    void connectDialogTabOrder();
+    void topicEditorTabOrder();
+    void topicEditorStartsInTheText();
+    void topicEditorToolsWorkByKey();
+    void closingATabKeepsFocus();
 
 private:
     TemporaryStore store;
@@ -197,7 +197,7 @@ void TestAccessibility::init()
 void TestAccessibility::namesEveryControl_data()
 {
     QTest::addColumn<Show>("show");
-    QTest::addColumn<int>("least");
+    QTest::addColumn<int>("minimum");
 
     QTest::newRow("main window") << Show(showMainWindow) << 14;
     QTest::newRow("connect dialog") << Show(showConnectDialog) << 12;
@@ -214,7 +214,7 @@ void TestAccessibility::namesEveryControl_data()
 void TestAccessibility::namesEveryControl()
 {
     QFETCH(const Show, show);
-    QFETCH(const int, least);
+    QFETCH(const int, minimum);
     static const QRegularExpression letter(u"\\p{L}"_s);
     int count = 0;
     QStringList nameless;
@@ -223,7 +223,7 @@ void TestAccessibility::namesEveryControl()
         for (QWidget *widget : found) {
             ++count;
             const QString name = spokenName(widget);
-            // A sign like "×" or an emoji tells nothing.
+            // A symbol like "×" or an emoji is no name.
             if (!name.contains(letter))
                 nameless.append(u"%1 \"%2\" \"%3\""_s.arg(
                         QString::fromLatin1(widget->metaObject()->className()),
@@ -231,30 +231,30 @@ void TestAccessibility::namesEveryControl()
         }
     });
     QVERIFY2(nameless.isEmpty(), qPrintable(nameless.join(u'\n')));
-    QVERIFY2(count >= least, qPrintable(QString::number(count)));
+    QVERIFY2(count >= minimum, qPrintable(QString::number(count)));
 }
 
-void TestAccessibility::namesEachEmojiForItself()
+void TestAccessibility::namesEachEmoji()
 {
     const EmojiPicker picker(nullptr, Theme);
     const QList<QPushButton *> buttons = picker.findChildren<QPushButton *>();
     QHash<QString, QString> names;
-    QSet<QString> different;
+    QSet<QString> distinct;
     for (QPushButton *button : buttons) {
         names.insert(button->text(), spokenName(button));
-        different.insert(spokenName(button));
+        distinct.insert(spokenName(button));
     }
-    QCOMPARE(different.size(), 96);
+    QCOMPARE(distinct.size(), 96);
     QCOMPARE(names.value(u"😀"_s), u"grinning face"_s);
     QCOMPARE(names.value(u"👎"_s), u"thumbs down"_s);
     QCOMPARE(names.value(u"❤\uFE0F"_s), u"red heart"_s);
     QCOMPARE(names.value(u"🥤"_s), u"cup with straw"_s);
 }
 
-void TestAccessibility::namesThePopups()
+void TestAccessibility::namesPopups()
 {
     int count = 0;
-    const Look look = [&count](const QWidget &window) {
+    const Check check = [&count](const QWidget &window) {
         const QList<QComboBox *> boxes = window.findChildren<QComboBox *>();
         for (QComboBox *box : boxes) {
             ++count;
@@ -262,32 +262,32 @@ void TestAccessibility::namesThePopups()
             QCOMPARE(spokenName(box->view()), spokenName(box));
         }
     };
-    showPreferences(look);
-    showServerForm(look);
+    showPreferences(check);
+    showServerForm(check);
     QCOMPARE(count, 5);
     const WindowSession session;
     QCOMPARE(spokenName(session.probe.inputLine().completer()->popup()), u"Completions"_s);
 }
 
-void TestAccessibility::namesTheEmojiPicker()
+void TestAccessibility::namesEmojiPicker()
 {
     EmojiPicker picker(nullptr, Theme);
     QCOMPARE(spokenName(&picker), u"Emoji"_s);
 }
 
-void TestAccessibility::namesTheProgramsIcon()
+void TestAccessibility::namesProgramIcon()
 {
-    const Look look = [](const QWidget &window) {
+    const Check check = [](const QWidget &window) {
         const QList<QLabel *> labels = window.findChildren<QLabel *>();
         const auto hasIcon = [](const QLabel *label) { return !label->pixmap().isNull(); };
         const auto icon = std::find_if(labels.cbegin(), labels.cend(), hasIcon);
         QVERIFY(icon != labels.cend());
         QCOMPARE(spokenName(*icon), u"Velmora icon"_s);
     };
-    showAbout(look);
+    showAbout(check);
 }
 
-void TestAccessibility::tellsOfATopic()
+void TestAccessibility::describesTopic()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -300,7 +300,7 @@ void TestAccessibility::tellsOfATopic()
     QCOMPARE(label->accessibleDescription(), u"Topic"_s);
 }
 
-void TestAccessibility::tellsOfAMarkedTab()
+void TestAccessibility::describesMarkedTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -314,14 +314,14 @@ void TestAccessibility::tellsOfAMarkedTab()
         return spoken;
     };
     QCOMPARE(names(), (QStringList{u"Server"_s, u"#c"_s, u"al, new message"_s}));
-    // The mark stays through another name.
+    // Renaming keeps the mark.
     QVERIFY(session.receive(u":al!u@h NICK alice"_s));
     QCOMPARE(names(), (QStringList{u"Server"_s, u"#c"_s, u"alice, new message"_s}));
     session.probe.showTab(u"alice"_s);
     QCOMPARE(names(), (QStringList{u"Server"_s, u"#c"_s, u"alice"_s}));
 }
 
-void TestAccessibility::namesARenamedConversation()
+void TestAccessibility::namesRenamedConversation()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -332,7 +332,7 @@ void TestAccessibility::namesARenamedConversation()
     QCOMPARE(spokenName(view), u"Conversation alice"_s);
 }
 
-void TestAccessibility::leadsThroughTheMainWindow()
+void TestAccessibility::mainWindowTabOrder()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -342,17 +342,17 @@ void TestAccessibility::leadsThroughTheMainWindow()
     session.probe.showTab(u"#c"_s);
     QVERIFY(activate(session.window));
 
-    QStringList way{u"Message"_s,    u"Insert emoji"_s,    u"#c"_s,
-                    u"Edit topic"_s, u"Conversation #c"_s, u"Users"_s};
-    QCOMPARE(wayOfTheKey(&session.probe.inputLine()), way);
-    std::reverse(way.begin() + 1, way.end());
-    QCOMPARE(wayOfTheKey(&session.probe.inputLine(), Qt::Key_Backtab), way);
+    QStringList order{u"Message"_s,    u"Insert emoji"_s,    u"#c"_s,
+                      u"Edit topic"_s, u"Conversation #c"_s, u"Users"_s};
+    QCOMPARE(tabOrder(&session.probe.inputLine()), order);
+    std::reverse(order.begin() + 1, order.end());
+    QCOMPARE(tabOrder(&session.probe.inputLine(), Qt::Key_Backtab), order);
     session.probe.showTab(u"al"_s);
-    QCOMPARE(wayOfTheKey(&session.probe.inputLine()),
+    QCOMPARE(tabOrder(&session.probe.inputLine()),
              (QStringList{u"Message"_s, u"Insert emoji"_s, u"al"_s, u"Conversation al"_s}));
 }
 
-void TestAccessibility::leadsThroughTheChannelList()
+void TestAccessibility::channelListTabOrder()
 {
     WindowSession session;
     QVERIFY(session.registerAs(u"me"_s));
@@ -360,45 +360,45 @@ void TestAccessibility::leadsThroughTheChannelList()
     QVERIFY(session.receiveAll({u":srv 321 me Channel :Users Name"_s, u":srv 322 me #a 1 :"_s,
                                 u":srv 323 me :End"_s}));
     QVERIFY(activate(session.window));
-    QCOMPARE(wayOfTheKey(&session.probe.listSearchEdit()),
+    QCOMPARE(tabOrder(&session.probe.listSearchEdit()),
              (QStringList{u"Search channels"_s, u"List"_s, u"Channels"_s}));
 }
 
-void TestAccessibility::leadsThroughTheConnectDialog()
+void TestAccessibility::connectDialogTabOrder()
 {
     ConnectDialog dialog(nullptr);
     QVERIFY(activate(dialog));
     QWidget *server = dialog.findChildren<QLineEdit *>().constFirst();
-    QCOMPARE(wayOfTheKey(server),
+    QCOMPARE(tabOrder(server),
              (QStringList{u"Server:"_s, u"Port:"_s, u"Add"_s, u"Edit"_s, u"Delete"_s, u"Servers"_s,
                           u"Nickname:"_s, u"Real name:"_s, u"Join channels:"_s, u"Use SSL"_s,
                           u"Cancel"_s, u"Connect"_s}));
 }
 
-void TestAccessibility::leadsThroughTheTopicEditor()
+void TestAccessibility::topicEditorTabOrder()
 {
     EditTopicDialog dialog(u"#c"_s, u"topic"_s, Theme, nullptr);
     QVERIFY(activate(dialog));
     auto *edit = dialog.findChild<QTextEdit *>();
-    QCOMPARE(wayOfTheKey(edit),
+    QCOMPARE(tabOrder(edit),
              (QStringList{u"Topic"_s, u"Save"_s, u"Cancel"_s, u"Bold"_s, u"Italic"_s,
                           u"Underline"_s, u"Text Color"_s, u"Background Color"_s, u"Emoji"_s}));
     QCOMPARE(dialog.newTopic(), u"topic"_s);
 }
 
-void TestAccessibility::beginsInTheTopic()
+void TestAccessibility::topicEditorStartsInTheText()
 {
     EditTopicDialog dialog(u"#c"_s, u"topic"_s, Theme, nullptr);
     QVERIFY(activate(dialog));
     QCOMPARE(QApplication::focusWidget(), dialog.findChild<QTextEdit *>());
 }
 
-void TestAccessibility::usesTheTopicEditorsToolsByKey()
+void TestAccessibility::topicEditorToolsWorkByKey()
 {
     EditTopicDialog dialog(u"#c"_s, u"topic"_s, Theme, nullptr);
     QVERIFY(activate(dialog));
     auto *edit = dialog.findChild<QTextEdit *>();
-    // The tool next to the text is the emojis'.
+    // The tool next to the text is the emoji button.
     QTest::keyClick(edit, Qt::Key_Backtab);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
     auto *picker = dialog.findChild<EmojiPicker *>();
@@ -407,7 +407,7 @@ void TestAccessibility::usesTheTopicEditorsToolsByKey()
     QCOMPARE(dialog.newTopic(), u"😀topic"_s);
 }
 
-void TestAccessibility::leavesTheKeyboardWhereItIsWhenATabIsClosed()
+void TestAccessibility::closingATabKeepsFocus()
 {
     WindowSession session;
     session.probe.openTabs({u"bob"_s, u"carol"_s});

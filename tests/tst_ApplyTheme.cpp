@@ -28,7 +28,7 @@ void addThemes(const QList<std::array<QString, 2>> &rows)
         QTest::newRow(qUtf8Printable(theme)) << theme << value;
 }
 
-// Counts what reaches an object of one kind of event.
+// Counts the events of one type that an object receives.
 class EventCounter final : public QObject
 {
     Q_OBJECT
@@ -62,30 +62,30 @@ class TestApplyTheme final : public QObject
 private slots:
     void init();
 
-    void clearsTheListsOwnSheet();
+    void clearsListTreeSheet();
     void replacesEarlierSheets();
-    void fillsTheBackgroundItself();
-    void putsTheGlobalSheetOnTheWindow_data();
-    void putsTheGlobalSheetOnTheWindow();
-    void keepsAndStoresTheName_data();
-    void keepsAndStoresTheName();
-    void handsTheThemeToTheTabBar_data();
-    void handsTheThemeToTheTabBar();
-    void framesTheUserList_data();
-    void framesTheUserList();
-    void dressesTheTabs_data();
-    void dressesTheTabs();
-    void leavesThePaneBare_data();
-    void leavesThePaneBare();
-    void putsCloseButtonsRight();
-    void hidesTheSplittersHandle();
-    void keepsTheUserListAsItWas_data();
-    void keepsTheUserListAsItWas();
-    void bringsTheStatusBarUpToDate();
-    void repaintsTheWindowAtOnce();
-    void givesLongTabsTheirWidth();
-    void hasNoWayToToggle();
-    void ignoresTheStoredThemeAtTheNextStart();
+    void enablesAutoFill();
+    void appliesGlobalSheet_data();
+    void appliesGlobalSheet();
+    void storesThemeName_data();
+    void storesThemeName();
+    void passesThemeToTabBar_data();
+    void passesThemeToTabBar();
+    void stylesUserList_data();
+    void stylesUserList();
+    void stylesTabs_data();
+    void stylesTabs();
+    void stylesPane_data();
+    void stylesPane();
+    void updatesCloseButtons();
+    void hidesSplitterHandle();
+    void keepsUserListVisibility_data();
+    void keepsUserListVisibility();
+    void updatesStatusBar();
+    void repaintsWindowImmediately();
+    void longTabNamesFit();
+    void toggleThemeDoesNothing();
+    void nextStartIgnoresStoredTheme();
 
 private:
     TemporaryStore store;
@@ -96,7 +96,7 @@ void TestApplyTheme::init()
     store.clear();
 }
 
-void TestApplyTheme::clearsTheListsOwnSheet()
+void TestApplyTheme::clearsListTreeSheet()
 {
     WindowSession session;
     QTreeWidget tree;
@@ -118,7 +118,7 @@ void TestApplyTheme::replacesEarlierSheets()
     QCOMPARE(session.window.centralWidget()->styleSheet(), QString());
 }
 
-void TestApplyTheme::fillsTheBackgroundItself()
+void TestApplyTheme::enablesAutoFill()
 {
     WindowSession session;
     QWidget *central = session.window.centralWidget();
@@ -129,11 +129,11 @@ void TestApplyTheme::fillsTheBackgroundItself()
     session.probe.applyTheme(u"light"_s);
     QVERIFY(!session.window.testAttribute(Qt::WA_TranslucentBackground));
     QVERIFY(!central->testAttribute(Qt::WA_TranslucentBackground));
-    // The window's own fill gives way to the background that the sheet brings.
+    // Qt disables the window's auto fill, since the sheet sets a background.
     QVERIFY(central->autoFillBackground());
 }
 
-void TestApplyTheme::putsTheGlobalSheetOnTheWindow_data()
+void TestApplyTheme::appliesGlobalSheet_data()
 {
     addThemes({{u"light"_s, u"#F5F5F7"_s},
                {u"dark"_s, u"#2E2E2E"_s},
@@ -142,7 +142,7 @@ void TestApplyTheme::putsTheGlobalSheetOnTheWindow_data()
                {u""_s, u"#F5F5F7"_s}});
 }
 
-void TestApplyTheme::putsTheGlobalSheetOnTheWindow()
+void TestApplyTheme::appliesGlobalSheet()
 {
     QFETCH(const QString, theme);
     WindowSession session;
@@ -153,12 +153,12 @@ void TestApplyTheme::putsTheGlobalSheetOnTheWindow()
     QCOMPARE(sheet.selectors().contains(u"QLineEdit:focus"_s), theme != "dark"_L1);
 }
 
-void TestApplyTheme::keepsAndStoresTheName_data()
+void TestApplyTheme::storesThemeName_data()
 {
     addThemes({{u"light"_s, u"light"_s}, {u"dark"_s, u"dark"_s}, {u"glass"_s, u"glass"_s}});
 }
 
-void TestApplyTheme::keepsAndStoresTheName()
+void TestApplyTheme::storesThemeName()
 {
     QFETCH(const QString, theme);
     WindowSession session;
@@ -167,12 +167,12 @@ void TestApplyTheme::keepsAndStoresTheName()
     QTEST(QSettings().value(u"theme"_s).toString(), "value");
 }
 
-void TestApplyTheme::handsTheThemeToTheTabBar_data()
+void TestApplyTheme::passesThemeToTabBar_data()
 {
     addThemes({{u"light"_s, u"#FFB800"_s}, {u"dark"_s, u"#FFD700"_s}, {u"glass"_s, u"#FFB800"_s}});
 }
 
-void TestApplyTheme::handsTheThemeToTheTabBar()
+void TestApplyTheme::passesThemeToTabBar()
 {
     QFETCH(const QString, theme);
     QFETCH(const QString, value);
@@ -181,28 +181,28 @@ void TestApplyTheme::handsTheThemeToTheTabBar()
     session.probe.showTab(u"Server"_s);
     session.probe.applyTheme(theme);
     session.probe.tabBar().highlightTab(1);
-    const QImage picture = session.probe.tabBar().grab().toImage();
-    const auto count = [&picture](const QColor &color) {
-        int points = 0;
-        for (int y = 0; y < picture.height(); ++y) {
-            for (int x = 0; x < picture.width(); ++x)
-                points += picture.pixelColor(x, y) == color ? 1 : 0;
+    const QImage image = session.probe.tabBar().grab().toImage();
+    const auto count = [&image](const QColor &color) {
+        int pixels = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                pixels += image.pixelColor(x, y) == color ? 1 : 0;
         }
-        return points;
+        return pixels;
     };
     const QString other = value == "#FFB800"_L1 ? u"#FFD700"_s : u"#FFB800"_s;
     QVERIFY(count(QColor(value)) > 0);
     QCOMPARE(count(QColor(other)), 0);
 }
 
-void TestApplyTheme::framesTheUserList_data()
+void TestApplyTheme::stylesUserList_data()
 {
     addThemes({{u"light"_s, u"QListWidget { border: 1px solid #ccc; }"_s},
                {u"dark"_s, u"QListWidget { border: 1px solid #555; }"_s},
                {u"glass"_s, u"QListWidget { border: 1px solid #ccc; }"_s}});
 }
 
-void TestApplyTheme::framesTheUserList()
+void TestApplyTheme::stylesUserList()
 {
     QFETCH(const QString, theme);
     WindowSession session;
@@ -210,7 +210,7 @@ void TestApplyTheme::framesTheUserList()
     QTEST(session.probe.userList().styleSheet(), "value");
 }
 
-void TestApplyTheme::dressesTheTabs_data()
+void TestApplyTheme::stylesTabs_data()
 {
     QTest::addColumn<QString>("theme");
     QTest::addColumn<QString>("background");
@@ -229,7 +229,7 @@ void TestApplyTheme::dressesTheTabs_data()
     dark("Light");
 }
 
-void TestApplyTheme::dressesTheTabs()
+void TestApplyTheme::stylesTabs()
 {
     QFETCH(const QString, theme);
     WindowSession session;
@@ -266,12 +266,12 @@ void TestApplyTheme::dressesTheTabs()
                                              {u"color"_s, u"#FFFFFF"_s}}));
 }
 
-void TestApplyTheme::leavesThePaneBare_data()
+void TestApplyTheme::stylesPane_data()
 {
     addThemes({{u"light"_s, u"none"_s}, {u"dark"_s, u"none"_s}});
 }
 
-void TestApplyTheme::leavesThePaneBare()
+void TestApplyTheme::stylesPane()
 {
     QFETCH(const QString, theme);
     WindowSession session;
@@ -281,18 +281,18 @@ void TestApplyTheme::leavesThePaneBare()
     QCOMPARE(sheet.value(u"QTabWidget::pane"_s, u"padding"_s), u"0"_s);
 }
 
-void TestApplyTheme::putsCloseButtonsRight()
+void TestApplyTheme::updatesCloseButtons()
 {
     WindowSession session;
     session.probe.openTabs({u"#a"_s, u"#b"_s, u"#c"_s});
     session.probe.closeTab(2);
     session.probe.applyTheme(u"light"_s);
-    // Without that, the button of #c would still close what is to the right of it.
+    // Otherwise the button of #c would still close the tab to its right.
     session.probe.closeButton(2)->click();
     QCOMPARE(session.probe.tabTexts(), (QStringList{u"Server"_s, u"#a"_s}));
 }
 
-void TestApplyTheme::hidesTheSplittersHandle()
+void TestApplyTheme::hidesSplitterHandle()
 {
     WindowSession session;
     session.probe.splitter().setStyleSheet(QString());
@@ -301,7 +301,7 @@ void TestApplyTheme::hidesTheSplittersHandle()
              u"QSplitter::handle { background: transparent; }"_s);
 }
 
-void TestApplyTheme::keepsTheUserListAsItWas_data()
+void TestApplyTheme::keepsUserListVisibility_data()
 {
     QTest::addColumn<QString>("tab");
     QTest::addColumn<bool>("visible");
@@ -311,7 +311,7 @@ void TestApplyTheme::keepsTheUserListAsItWas_data()
     QTest::newRow("channel") << u"#c"_s << true;
 }
 
-void TestApplyTheme::keepsTheUserListAsItWas()
+void TestApplyTheme::keepsUserListVisibility()
 {
     QFETCH(const QString, tab);
     QFETCH(const bool, visible);
@@ -319,7 +319,7 @@ void TestApplyTheme::keepsTheUserListAsItWas()
     session.probe.appendMessageToTab(u"bob"_s, u"x"_s);
     session.probe.appendMessageToTab(u"#c"_s, u"x"_s);
     session.probe.showTab(tab);
-    // What the theme goes by is what was decided, not what shows at the moment.
+    // applyTheme() restores the visibility that the tab decided.
     session.probe.userList().setVisible(!visible);
     for (const QString &theme : {u"light"_s, u"dark"_s}) {
         session.probe.applyTheme(theme);
@@ -327,7 +327,7 @@ void TestApplyTheme::keepsTheUserListAsItWas()
     }
 }
 
-void TestApplyTheme::bringsTheStatusBarUpToDate()
+void TestApplyTheme::updatesStatusBar()
 {
     WindowSession session;
     session.window.statusBar()->setStyleSheet(u"QStatusBar { color: red; }"_s);
@@ -345,7 +345,7 @@ void TestApplyTheme::bringsTheStatusBarUpToDate()
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
 }
 
-void TestApplyTheme::repaintsTheWindowAtOnce()
+void TestApplyTheme::repaintsWindowImmediately()
 {
     WindowSession session;
     QVERIFY(QTest::qWaitForWindowExposed(&session.window, WaitTimeout));
@@ -355,7 +355,7 @@ void TestApplyTheme::repaintsTheWindowAtOnce()
     QVERIFY(paints.count > 0);
 }
 
-void TestApplyTheme::givesLongTabsTheirWidth()
+void TestApplyTheme::longTabNamesFit()
 {
     WindowSession session;
     const QString name = u"#a-channel-with-quite-a-long-name"_s;
@@ -369,7 +369,7 @@ void TestApplyTheme::givesLongTabsTheirWidth()
     }
 }
 
-void TestApplyTheme::hasNoWayToToggle()
+void TestApplyTheme::toggleThemeDoesNothing()
 {
     WindowSession session;
     const QString sheet = session.window.styleSheet();
@@ -378,7 +378,7 @@ void TestApplyTheme::hasNoWayToToggle()
     QCOMPARE(session.window.styleSheet(), sheet);
 }
 
-void TestApplyTheme::ignoresTheStoredThemeAtTheNextStart()
+void TestApplyTheme::nextStartIgnoresStoredTheme()
 {
     {
         WindowSession session;

@@ -1,5 +1,5 @@
 #include "DialogParts.h"
-#include "FocusMark.h"
+#include "FocusFrame.h"
 #include "Waiting.h"
 
 #include <QAbstractItemView>
@@ -22,19 +22,19 @@ class TestDialogParts final : public QObject
     Q_OBJECT
 
 private slots:
-    void framesWithTitleAndCloseButton();
+    void frameHasTitleAndCloseButton();
     void namesButtons();
     void namesSaveAndCancel();
-    void keepsAListsKeyFromTheDialog_data();
-    void keepsAListsKeyFromTheDialog();
-    void endsTheDialog_data();
-    void endsTheDialog();
-    void letsGoOfAWindow_data();
-    void letsGoOfAWindow();
-    void keepsWhatIsNoWindow();
+    void consumesTheKeyThatClosesAList_data();
+    void consumesTheKeyThatClosesAList();
+    void buttonsEndTheDialog_data();
+    void buttonsEndTheDialog();
+    void detachesNestedWindow_data();
+    void detachesNestedWindow();
+    void keepsChildWidgets();
 };
 
-void TestDialogParts::framesWithTitleAndCloseButton()
+void TestDialogParts::frameHasTitleAndCloseButton()
 {
     const Qt::WindowFlags frame = DialogParts::Frame;
     QCOMPARE(frame & Qt::WindowType_Mask, Qt::WindowFlags(Qt::Dialog));
@@ -59,12 +59,12 @@ void TestDialogParts::namesSaveAndCancel()
     const QPushButton *cancel = box->button(QDialogButtonBox::Cancel);
     QCOMPARE(save->objectName(), u"connectButton"_s);
     QCOMPARE(cancel->objectName(), u"cancelButton"_s);
-    // The mark is white, and so to be seen on a ground of the accent's colour alone.
-    QVERIFY(save->findChild<FocusMark *>() != nullptr);
-    QVERIFY(cancel->findChild<FocusMark *>() == nullptr);
+    // The white frame is visible only on a button with the accent colour.
+    QVERIFY(save->findChild<FocusFrame *>() != nullptr);
+    QVERIFY(cancel->findChild<FocusFrame *>() == nullptr);
 }
 
-void TestDialogParts::keepsAListsKeyFromTheDialog_data()
+void TestDialogParts::consumesTheKeyThatClosesAList_data()
 {
     QTest::addColumn<Qt::Key>("key");
 
@@ -73,7 +73,7 @@ void TestDialogParts::keepsAListsKeyFromTheDialog_data()
     QTest::newRow("Enter") << Qt::Key_Enter;
 }
 
-void TestDialogParts::keepsAListsKeyFromTheDialog()
+void TestDialogParts::consumesTheKeyThatClosesAList()
 {
     QFETCH(const Qt::Key, key);
     QDialog dialog;
@@ -86,7 +86,7 @@ void TestDialogParts::keepsAListsKeyFromTheDialog()
     combo->setFocus();
     combo->showPopup();
     QVERIFY(combo->view()->isVisible());
-    // Wayland gives keys to the dialog's window, even while a list is open.
+    // Wayland sends keys to the dialog's window even while a list is open.
     QTest::keyClick(dialog.windowHandle(), key);
     QVERIFY(!combo->view()->isVisible());
     QVERIFY(dialog.isVisible());
@@ -94,7 +94,7 @@ void TestDialogParts::keepsAListsKeyFromTheDialog()
     QVERIFY(!dialog.isVisible());
 }
 
-void TestDialogParts::endsTheDialog_data()
+void TestDialogParts::buttonsEndTheDialog_data()
 {
     QTest::addColumn<QDialogButtonBox::StandardButton>("button");
     QTest::addColumn<int>("result");
@@ -103,7 +103,7 @@ void TestDialogParts::endsTheDialog_data()
     QTest::newRow("cancel") << QDialogButtonBox::Cancel << int(QDialog::Rejected);
 }
 
-void TestDialogParts::endsTheDialog()
+void TestDialogParts::buttonsEndTheDialog()
 {
     QFETCH(const QDialogButtonBox::StandardButton, button);
     QDialog dialog;
@@ -118,7 +118,7 @@ void TestDialogParts::endsTheDialog()
     QTEST(result, "result");
 }
 
-void TestDialogParts::letsGoOfAWindow_data()
+void TestDialogParts::detachesNestedWindow_data()
 {
     QTest::addColumn<bool>("isMenu");
 
@@ -126,16 +126,16 @@ void TestDialogParts::letsGoOfAWindow_data()
     QTest::newRow("menu") << true;
 }
 
-void TestDialogParts::letsGoOfAWindow()
+void TestDialogParts::detachesNestedWindow()
 {
     QFETCH(const bool, isMenu);
     auto parent = std::make_unique<QWidget>();
-    // On the stack, as where they are used: to delete them with the parent would be fatal.
+    // On the stack, like the callers' windows: deleting them with the parent would crash.
     QDialog dialog(parent.get());
     QMenu menu(parent.get());
     menu.addAction(u"Edit"_s);
     QTimer::singleShot(0, this, [&parent] {
-        DialogParts::letGoOfWindows(*parent);
+        DialogParts::detachNestedWindows(*parent);
         parent.reset();
     });
     if (isMenu)
@@ -147,11 +147,11 @@ void TestDialogParts::letsGoOfAWindow()
     QVERIFY(menu.parent() == nullptr);
 }
 
-void TestDialogParts::keepsWhatIsNoWindow()
+void TestDialogParts::keepsChildWidgets()
 {
     QWidget parent;
     auto *child = new QPushButton(&parent);
-    DialogParts::letGoOfWindows(parent);
+    DialogParts::detachNestedWindows(parent);
     QCOMPARE(child->parentWidget(), &parent);
     QVERIFY(!child->isHidden());
 }

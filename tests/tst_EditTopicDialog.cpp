@@ -71,7 +71,7 @@ void select(const QDialog &dialog, int start, int length)
     edit(dialog)->setTextCursor(cursor);
 }
 
-// Codes written as letters: {b}old, {i}talic, {u}nderline, {c}olour.
+// Replaces {b}, {i}, {u} and {c} with the codes of bold, italic, underline and colour.
 QString withCodes(QString text)
 {
     return text.replace("{b}"_L1, QChar(0x02))
@@ -88,12 +88,12 @@ QString withLetters(QString text)
             .replace(QChar(0x03), "{c}"_L1);
 }
 
-QString contentOf(const QDialog &dialog)
+QString contents(const QDialog &dialog)
 {
     return withLetters(edit(dialog)->toPlainText());
 }
 
-std::function<void(QDialog *)> pick(const QColor &color)
+std::function<void(QDialog *)> choosing(const QColor &color)
 {
     return [color](QDialog *shown) {
         auto *colors = qobject_cast<QColorDialog *>(shown);
@@ -112,7 +112,7 @@ QImage iconOf(const QDialog &dialog, const QString &text)
             .convertToFormat(QImage::Format_ARGB32);
 }
 
-int countPoints(const QImage &image, QRgb color)
+int countPixels(const QImage &image, QRgb color)
 {
     int count = 0;
     for (int y = 0; y < image.height(); ++y) {
@@ -132,56 +132,56 @@ private slots:
     void init();
     void cleanup();
 
-    void isAWindowWithoutGadgets();
-    void laysOutTheForm();
-    void holdsItsActionsInOrder();
-    void takesPlainTextOnly();
-    void showsTheRawTopic();
-    void hasItsButtons();
-    void takesTheDialogsSheetButStaysWhite_data();
-    void takesTheDialogsSheetButStaysWhite();
-    void writesBlackOnWhiteOnADarkDesktop();
-    void drawsItsIcons_data();
-    void drawsItsIcons();
-    void writesItsIconsInTheirStyles();
-    void writesItsIconsInTheMiddle_data();
-    void writesItsIconsInTheMiddle();
-    void cutsNothingOff();
+    void hasTitleAndCloseButton();
+    void hasTheLayout();
+    void hasActionsInOrder();
+    void editsPlainText();
+    void showsControlCodes();
+    void hasSaveAndCancel();
+    void appliesTheThemeOnWhite_data();
+    void appliesTheThemeOnWhite();
+    void showsBlackTextOnDarkDesktop();
+    void drawsIconColors_data();
+    void drawsIconColors();
+    void drawsIconStyles();
+    void drawsIconsExactly_data();
+    void drawsIconsExactly();
+    void clipsNoButton();
 
-    void givesBackTheTrimmedText_data();
-    void givesBackTheTrimmedText();
+    void returnsTrimmedText_data();
+    void returnsTrimmedText();
 
     void formatsTheSelection_data();
     void formatsTheSelection();
     void formatsTwice();
-    void formatsOverALineBreak();
-    void putsACodeAtTheCursor_data();
-    void putsACodeAtTheCursor();
+    void formatsAcrossLineBreak();
+    void insertsCodeAtCursor_data();
+    void insertsCodeAtCursor();
     void formatsByShortcut_data();
     void formatsByShortcut();
 
-    void asksForAColor_data();
-    void asksForAColor();
-    void findsTheNearestColor_data();
-    void findsTheNearestColor();
-    void leavesATextColorOpen();
+    void showsColorDialog_data();
+    void showsColorDialog();
+    void choosesNearestColor_data();
+    void choosesNearestColor();
+    void leavesTextColorOpen();
     void colorsTheSelection();
-    void takesTheSelectionAsItIs();
-    void choosesALegibleForeground_data();
-    void choosesALegibleForeground();
-    void colorsABackgroundOfNothing();
-    void goesOnBehindWhatWasInserted();
-    void doesNothingWithoutAColor_data();
-    void doesNothingWithoutAColor();
+    void insertsSelectionVerbatim();
+    void choosesLegibleForeground_data();
+    void choosesLegibleForeground();
+    void closesBackgroundWithoutSelection();
+    void typingContinuesAfterInsertion();
+    void changesNothingWithoutColor_data();
+    void changesNothingWithoutColor();
 
-    void opensThePickerOverItsMiddle();
-    void insertsAnEmoji();
-    void showsTheCursorAfterAnEmoji();
-    void takesThePickerWithIt();
+    void opensPickerOverTheMiddle();
+    void insertsEmoji();
+    void scrollsToCursorAfterEmoji();
+    void deletesPickerWithDialog();
 
     void savesAndCancelsByButton();
     void savesByControlReturn();
-    void breaksTheLineByReturn();
+    void returnInsertsLineBreak();
     void pastesAsOneLine();
     void cancelsByEscape();
 
@@ -192,7 +192,7 @@ private:
 void TestEditTopicDialog::init()
 {
     answers = std::make_unique<ModalAnswers>();
-    // The platform without a display says what it can't do for a window.
+    // The offscreen platform warns of what it does not support.
     QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
 }
 
@@ -201,12 +201,12 @@ void TestEditTopicDialog::cleanup()
     QCOMPARE(answers->problems(), QStringList());
 }
 
-void TestEditTopicDialog::isAWindowWithoutGadgets()
+void TestEditTopicDialog::hasTitleAndCloseButton()
 {
     const auto dialog = makeDialog();
     QCOMPARE(dialog->windowTitle(), u"Edit Topic for #c"_s);
     QCOMPARE(dialog->minimumSize(), QSize(560, 380));
-    // Qt itself adds the system menu to a window with a close button.
+    // Qt adds the system menu to a window with a close button.
     QCOMPARE(dialog->windowFlags() & ~Qt::WindowSystemMenuHint,
              Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
                      | Qt::WindowCloseButtonHint);
@@ -214,7 +214,7 @@ void TestEditTopicDialog::isAWindowWithoutGadgets()
              u"Edit Topic for #%1"_s);
 }
 
-void TestEditTopicDialog::laysOutTheForm()
+void TestEditTopicDialog::hasTheLayout()
 {
     const auto dialog = makeDialog();
     const auto *layout = qobject_cast<QVBoxLayout *>(dialog->layout());
@@ -227,7 +227,7 @@ void TestEditTopicDialog::laysOutTheForm()
     QCOMPARE(layout->itemAt(2)->widget(), dialog->findChild<QDialogButtonBox *>());
 }
 
-void TestEditTopicDialog::holdsItsActionsInOrder()
+void TestEditTopicDialog::hasActionsInOrder()
 {
     const auto dialog = makeDialog();
     QStringList texts;
@@ -254,7 +254,7 @@ void TestEditTopicDialog::holdsItsActionsInOrder()
              "QToolButton:hover { background: rgba(128,128,128,0.15); }"_s);
 }
 
-void TestEditTopicDialog::takesPlainTextOnly()
+void TestEditTopicDialog::editsPlainText()
 {
     const auto dialog = makeDialog();
     QVERIFY(!edit(*dialog)->acceptRichText());
@@ -265,7 +265,7 @@ void TestEditTopicDialog::takesPlainTextOnly()
              "QTextEdit:focus { border: 2px solid #007AFF; padding: 7px; }"_s);
 }
 
-void TestEditTopicDialog::showsTheRawTopic()
+void TestEditTopicDialog::showsControlCodes()
 {
     const QString topic = withCodes(u"{b}bold{b} {c}4,1red{c} <i>no tag</i> &amp; \u000F\u0016"_s);
     const auto dialog = makeDialog(topic);
@@ -273,7 +273,7 @@ void TestEditTopicDialog::showsTheRawTopic()
     QCOMPARE(dialog->newTopic(), topic);
 }
 
-void TestEditTopicDialog::hasItsButtons()
+void TestEditTopicDialog::hasSaveAndCancel()
 {
     const auto dialog = makeDialog();
     const auto *box = dialog->findChild<QDialogButtonBox *>();
@@ -282,14 +282,14 @@ void TestEditTopicDialog::hasItsButtons()
     QCOMPARE(box->button(QDialogButtonBox::Cancel)->objectName(), u"cancelButton"_s);
 }
 
-void TestEditTopicDialog::takesTheDialogsSheetButStaysWhite_data()
+void TestEditTopicDialog::appliesTheThemeOnWhite_data()
 {
     QTest::addColumn<QString>("theme");
     for (const auto &theme : {u"light"_s, u"dark"_s, u"glass"_s})
         QTest::newRow(qUtf8Printable(theme)) << theme;
 }
 
-void TestEditTopicDialog::takesTheDialogsSheetButStaysWhite()
+void TestEditTopicDialog::appliesTheThemeOnWhite()
 {
     QFETCH(const QString, theme);
     const auto dialog = makeDialog(QString(), theme);
@@ -297,20 +297,20 @@ void TestEditTopicDialog::takesTheDialogsSheetButStaysWhite()
                                            + u" QDialog { background-color: #FFFFFF; }"_s));
     QVERIFY(!dialog->testAttribute(Qt::WA_TranslucentBackground));
     dialog->show();
-    const QImage picture = dialog->grab().toImage();
-    QCOMPARE(picture.pixelColor(5, 5), QColor(Qt::white));
-    QCOMPARE(picture.pixelColor(dialog->width() - 5, dialog->height() - 5), QColor(Qt::white));
-    QCOMPARE(picture.pixelColor(edit(*dialog)->geometry().center()), QColor(Qt::white));
+    const QImage image = dialog->grab().toImage();
+    QCOMPARE(image.pixelColor(5, 5), QColor(Qt::white));
+    QCOMPARE(image.pixelColor(dialog->width() - 5, dialog->height() - 5), QColor(Qt::white));
+    QCOMPARE(image.pixelColor(edit(*dialog)->geometry().center()), QColor(Qt::white));
 
-    // On its own the method puts back the theme's sheet.
+    // applyTheme() alone restores the theme's sheet.
     dialog->applyTheme();
     QCOMPARE(dialog->styleSheet(), ThemeManager::dialogStyleSheet(theme));
-    // Qt gives back what it has turned off for a sheet with a ground.
+    // Qt disables the auto fill while a sheet sets a background.
     dialog->setStyleSheet(QString());
     QVERIFY(dialog->autoFillBackground());
 }
 
-void TestEditTopicDialog::writesBlackOnWhiteOnADarkDesktop()
+void TestEditTopicDialog::showsBlackTextOnDarkDesktop()
 {
     const QPalette before = QApplication::palette();
     QPalette dark = before;
@@ -319,12 +319,12 @@ void TestEditTopicDialog::writesBlackOnWhiteOnADarkDesktop()
     QApplication::setPalette(dark);
     const auto dialog = makeDialog(u"\u2588\u2588\u2588"_s);
     dialog->show();
-    const QImage picture = edit(*dialog)->grab().toImage();
+    const QImage image = edit(*dialog)->grab().toImage();
     QApplication::setPalette(before);
-    QVERIFY(countPoints(picture.convertToFormat(QImage::Format_ARGB32), qRgb(0, 0, 0)) > 10);
+    QVERIFY(countPixels(image.convertToFormat(QImage::Format_ARGB32), qRgb(0, 0, 0)) > 10);
 }
 
-void TestEditTopicDialog::drawsItsIcons_data()
+void TestEditTopicDialog::drawsIconColors_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QRgb>("color");
@@ -333,11 +333,11 @@ void TestEditTopicDialog::drawsItsIcons_data()
     QTest::newRow("italic") << u"Italic"_s << qRgb(0x33, 0x33, 0x33);
     QTest::newRow("underline") << u"Underline"_s << qRgb(0x33, 0x33, 0x33);
     QTest::newRow("text colour") << u"Text Color"_s << qRgb(0x00, 0x7A, 0xFF);
-    QTest::newRow("background's letter") << u"Background Color"_s << qRgb(0x33, 0x33, 0x33);
-    QTest::newRow("background's ground") << u"Background Color"_s << qRgb(0xFF, 0xFF, 0x99);
+    QTest::newRow("background glyph") << u"Background Color"_s << qRgb(0x33, 0x33, 0x33);
+    QTest::newRow("background square") << u"Background Color"_s << qRgb(0xFF, 0xFF, 0x99);
 }
 
-void TestEditTopicDialog::drawsItsIcons()
+void TestEditTopicDialog::drawsIconColors()
 {
     QFETCH(const QString, text);
     QFETCH(const QRgb, color);
@@ -346,17 +346,17 @@ void TestEditTopicDialog::drawsItsIcons()
     QCOMPARE(icon.size(), QSize(24, 24));
     QCOMPARE(icon.pixelColor(0, 0).alpha(), 0);
     QCOMPARE(icon.pixelColor(1, 12).alpha(), 0);
-    QVERIFY2(countPoints(icon, color) > 5, qPrintable(QString::number(countPoints(icon, color))));
-    // The plate's corners are round, and only one icon has a plate.
-    const bool hasPlate = text == u"Background Color"_s;
-    QCOMPARE(icon.pixelColor(3, 12), hasPlate ? QColor(0xFF, 0xFF, 0x99) : QColor(0, 0, 0, 0));
+    QVERIFY2(countPixels(icon, color) > 5, qPrintable(QString::number(countPixels(icon, color))));
+    // Only one icon has a background square, whose corners are round.
+    const bool hasSquare = text == u"Background Color"_s;
+    QCOMPARE(icon.pixelColor(3, 12), hasSquare ? QColor(0xFF, 0xFF, 0x99) : QColor(0, 0, 0, 0));
     QVERIFY(icon.pixelColor(2, 2).alpha() < 255);
 }
 
-void TestEditTopicDialog::writesItsIconsInTheirStyles()
+void TestEditTopicDialog::drawsIconStyles()
 {
     const auto dialog = makeDialog();
-    // The line under the letter, or the widest row of its lower half.
+    // The widest row of the lower half, which contains the underline.
     const auto widest = [&](const QString &text) {
         const QImage icon = iconOf(*dialog, text);
         int most = 0;
@@ -369,7 +369,7 @@ void TestEditTopicDialog::writesItsIconsInTheirStyles()
         return most;
     };
     QVERIFY(widest(u"Underline"_s) > 10);
-    // An upright letter of one stroke stands in few columns, a slanted one in more.
+    // A slanted "I" covers more columns than an upright one.
     const QImage slanted = iconOf(*dialog, u"Italic"_s);
     QSet<int> columns;
     for (int y = 0; y < 24; ++y) {
@@ -380,15 +380,15 @@ void TestEditTopicDialog::writesItsIconsInTheirStyles()
     }
     QVERIFY(columns.size() > 3);
     QVERIFY(widest(u"Bold"_s) > widest(u"Italic"_s));
-    // Whether in colour or not depends on the fonts that are there.
+    // Whether it has colours depends on the installed fonts.
     const QImage emoji = iconOf(*dialog, u"Emoji"_s);
-    QVERIFY(countPoints(emoji, qRgba(0, 0, 0, 0)) < 24 * 24 - 50);
+    QVERIFY(countPixels(emoji, qRgba(0, 0, 0, 0)) < 24 * 24 - 50);
 }
 
-void TestEditTopicDialog::writesItsIconsInTheMiddle_data()
+void TestEditTopicDialog::drawsIconsExactly_data()
 {
     QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("letter");
+    QTest::addColumn<QString>("glyph");
     QTest::addColumn<QColor>("color");
     QTest::addColumn<int>("pixelSize");
     QTest::addColumn<QFont>("font");
@@ -411,10 +411,10 @@ void TestEditTopicDialog::writesItsIconsInTheMiddle_data()
                            << EmojiFont::colored(QFont());
 }
 
-void TestEditTopicDialog::writesItsIconsInTheMiddle()
+void TestEditTopicDialog::drawsIconsExactly()
 {
     QFETCH(const QString, text);
-    QFETCH(const QString, letter);
+    QFETCH(const QString, glyph);
     QFETCH(const QColor, color);
     QFETCH(const int, pixelSize);
     QFETCH(QFont, font);
@@ -431,12 +431,12 @@ void TestEditTopicDialog::writesItsIconsInTheMiddle()
     }
     painter.setFont(font);
     painter.setPen(color);
-    painter.drawText(QRect(0, 0, 24, 24), Qt::AlignCenter, letter);
+    painter.drawText(QRect(0, 0, 24, 24), Qt::AlignCenter, glyph);
     painter.end();
     QCOMPARE(iconOf(*dialog, text), expected.toImage().convertToFormat(QImage::Format_ARGB32));
 }
 
-void TestEditTopicDialog::cutsNothingOff()
+void TestEditTopicDialog::clipsNoButton()
 {
     const auto dialog = makeDialog();
     dialog->show();
@@ -454,21 +454,21 @@ void TestEditTopicDialog::cutsNothingOff()
         QVERIFY(button->width() >= button->sizeHint().width());
 }
 
-void TestEditTopicDialog::givesBackTheTrimmedText_data()
+void TestEditTopicDialog::returnsTrimmedText_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("topic");
 
     QTest::newRow("empty") << QString() << QString();
-    QTest::newRow("blanks only") << u" \t\n "_s << QString();
-    QTest::newRow("blanks at both ends") << u"  a  b \n"_s << u"a  b"_s;
+    QTest::newRow("spaces only") << u" \t\n "_s << QString();
+    QTest::newRow("spaces at both ends") << u"  a  b \n"_s << u"a  b"_s;
     QTest::newRow("line break within") << u"\na\nb\n"_s << u"a\nb"_s;
     QTest::newRow("codes at both ends")
             << u"{b}{i}{u}{c}a{c}{u}{i}{b}"_s << u"{b}{i}{u}{c}a{c}{u}{i}{b}"_s;
-    QTest::newRow("blanks within codes") << u" {b} a {b} "_s << u"{b} a {b}"_s;
+    QTest::newRow("spaces within codes") << u" {b} a {b} "_s << u"{b} a {b}"_s;
 }
 
-void TestEditTopicDialog::givesBackTheTrimmedText()
+void TestEditTopicDialog::returnsTrimmedText()
 {
     QFETCH(const QString, text);
     const auto dialog = makeDialog(u"old"_s);
@@ -493,7 +493,7 @@ void TestEditTopicDialog::formatsTheSelection()
     dialog->show();
     select(*dialog, 4, 3);
     click(*dialog, text);
-    QTEST(contentOf(*dialog), "topic");
+    QTEST(contents(*dialog), "topic");
     QVERIFY(!edit(*dialog)->textCursor().hasSelection());
     QCOMPARE(edit(*dialog)->textCursor().position(), 9);
 }
@@ -506,13 +506,13 @@ void TestEditTopicDialog::formatsTwice()
     click(*dialog, u"Bold"_s);
     select(*dialog, 4, 5);
     click(*dialog, u"Bold"_s);
-    QCOMPARE(contentOf(*dialog), u"one {b}{b}two{b}{b} three"_s);
+    QCOMPARE(contents(*dialog), u"one {b}{b}two{b}{b} three"_s);
     select(*dialog, 6, 3);
     click(*dialog, u"Bold"_s);
-    QCOMPARE(contentOf(*dialog), u"one {b}{b}{b}two{b}{b}{b} three"_s);
+    QCOMPARE(contents(*dialog), u"one {b}{b}{b}two{b}{b}{b} three"_s);
 }
 
-void TestEditTopicDialog::formatsOverALineBreak()
+void TestEditTopicDialog::formatsAcrossLineBreak()
 {
     const auto dialog = makeDialog(u"one\ntwo"_s);
     edit(*dialog)->selectAll();
@@ -520,7 +520,7 @@ void TestEditTopicDialog::formatsOverALineBreak()
     QCOMPARE(withLetters(dialog->newTopic()), u"{b}one\ntwo{b}"_s);
 }
 
-void TestEditTopicDialog::putsACodeAtTheCursor_data()
+void TestEditTopicDialog::insertsCodeAtCursor_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("topic");
@@ -530,14 +530,14 @@ void TestEditTopicDialog::putsACodeAtTheCursor_data()
     QTest::newRow("underline") << u"Underline"_s << u"one {u}two"_s;
 }
 
-void TestEditTopicDialog::putsACodeAtTheCursor()
+void TestEditTopicDialog::insertsCodeAtCursor()
 {
     QFETCH(const QString, text);
     const auto dialog = makeDialog(u"one two"_s);
     dialog->show();
     select(*dialog, 4, 0);
     click(*dialog, text);
-    QTEST(contentOf(*dialog), "topic");
+    QTEST(contents(*dialog), "topic");
     QCOMPARE(edit(*dialog)->textCursor().position(), 5);
 }
 
@@ -559,10 +559,10 @@ void TestEditTopicDialog::formatsByShortcut()
     QVERIFY(QTest::qWaitForWindowActive(dialog.get(), WaitTimeout));
     edit(*dialog)->selectAll();
     QTest::keyClick(edit(*dialog), static_cast<Qt::Key>(key), Qt::ControlModifier);
-    QTEST(contentOf(*dialog), "topic");
+    QTEST(contents(*dialog), "topic");
 }
 
-void TestEditTopicDialog::asksForAColor_data()
+void TestEditTopicDialog::showsColorDialog_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("title");
@@ -571,7 +571,7 @@ void TestEditTopicDialog::asksForAColor_data()
     QTest::newRow("background") << u"Background Color"_s << u"Choose Background Color"_s;
 }
 
-void TestEditTopicDialog::asksForAColor()
+void TestEditTopicDialog::showsColorDialog()
 {
     QFETCH(const QString, text);
     const auto dialog = makeDialog();
@@ -593,7 +593,7 @@ void TestEditTopicDialog::asksForAColor()
     QCOMPARE(parent, dialog.get());
 }
 
-void TestEditTopicDialog::findsTheNearestColor_data()
+void TestEditTopicDialog::choosesNearestColor_data()
 {
     QTest::addColumn<QColor>("color");
     QTest::addColumn<int>("index");
@@ -613,24 +613,24 @@ void TestEditTopicDialog::findsTheNearestColor_data()
     QTest::newRow("between green and teal") << QColor(0, 128, 64) << 3;
 }
 
-void TestEditTopicDialog::findsTheNearestColor()
+void TestEditTopicDialog::choosesNearestColor()
 {
     QFETCH(const QColor, color);
     QFETCH(const int, index);
     const auto dialog = makeDialog();
-    answers->queueForDialog(pick(color));
+    answers->queueForDialog(choosing(color));
     dialog->chooseIrcColor(false);
-    QCOMPARE(contentOf(*dialog), u"{c}%1"_s.arg(index));
+    QCOMPARE(contents(*dialog), u"{c}%1"_s.arg(index));
 }
 
-void TestEditTopicDialog::leavesATextColorOpen()
+void TestEditTopicDialog::leavesTextColorOpen()
 {
     const auto dialog = makeDialog(u"one two"_s);
     dialog->show();
     select(*dialog, 4, 0);
-    answers->queueForDialog(pick(Qt::red));
+    answers->queueForDialog(choosing(Qt::red));
     click(*dialog, u"Text Color"_s);
-    QCOMPARE(contentOf(*dialog), u"one {c}4two"_s);
+    QCOMPARE(contents(*dialog), u"one {c}4two"_s);
     QCOMPARE(edit(*dialog)->textCursor().position(), 6);
 }
 
@@ -639,75 +639,75 @@ void TestEditTopicDialog::colorsTheSelection()
     const auto dialog = makeDialog(u"one two three"_s);
     dialog->show();
     select(*dialog, 4, 3);
-    answers->queueForDialog(pick(Qt::red));
+    answers->queueForDialog(choosing(Qt::red));
     click(*dialog, u"Text Color"_s);
-    QCOMPARE(contentOf(*dialog), u"one {c}4two{c} three"_s);
+    QCOMPARE(contents(*dialog), u"one {c}4two{c} three"_s);
     QVERIFY(!edit(*dialog)->textCursor().hasSelection());
 }
 
-void TestEditTopicDialog::takesTheSelectionAsItIs()
+void TestEditTopicDialog::insertsSelectionVerbatim()
 {
-    // A digit at its start joins the colour's number.
+    // Intended: a leading digit of the selection joins the colour's number.
     const auto dialog = makeDialog(u"%1 %2 2"_s);
     edit(*dialog)->selectAll();
-    answers->queueForDialog(pick(Qt::red));
+    answers->queueForDialog(choosing(Qt::red));
     dialog->chooseIrcColor(false);
-    QCOMPARE(contentOf(*dialog), u"{c}4%1 %2 2{c}"_s);
+    QCOMPARE(contents(*dialog), u"{c}4%1 %2 2{c}"_s);
 
     edit(*dialog)->setPlainText(u"2 %3"_s);
     edit(*dialog)->selectAll();
-    answers->queueForDialog(pick(Qt::red));
+    answers->queueForDialog(choosing(Qt::red));
     dialog->chooseIrcColor(true);
-    QCOMPARE(contentOf(*dialog), u"{c}0,42 %3{c}"_s);
+    QCOMPARE(contents(*dialog), u"{c}0,42 %3{c}"_s);
 }
 
-void TestEditTopicDialog::choosesALegibleForeground_data()
+void TestEditTopicDialog::choosesLegibleForeground_data()
 {
     QTest::addColumn<int>("index");
     QTest::addColumn<int>("foreground");
 
     constexpr int White = 0;
     constexpr int Black = 1;
-    // The sum for grey, number 14, is a hair below 128.
+    // The luminance of grey, number 14, is just below 128.
     const QList<int> foregrounds{Black, White, White, White, White, White, White, Black,
                                  Black, Black, White, Black, White, White, White, Black};
     for (int index = 0; index < 16; ++index)
         QTest::addRow("on number %d", index) << index << foregrounds.at(index);
 }
 
-void TestEditTopicDialog::choosesALegibleForeground()
+void TestEditTopicDialog::choosesLegibleForeground()
 {
     QFETCH(const int, index);
     QFETCH(const int, foreground);
     const auto dialog = makeDialog(u"one two"_s);
     select(*dialog, 4, 3);
-    answers->queueForDialog(pick(IrcText::colors().at(static_cast<size_t>(index))));
+    answers->queueForDialog(choosing(IrcText::colors().at(static_cast<size_t>(index))));
     dialog->chooseIrcColor(true);
-    QCOMPARE(contentOf(*dialog), u"one {c}%1,%2two{c}"_s.arg(foreground).arg(index));
+    QCOMPARE(contents(*dialog), u"one {c}%1,%2two{c}"_s.arg(foreground).arg(index));
 }
 
-void TestEditTopicDialog::colorsABackgroundOfNothing()
+void TestEditTopicDialog::closesBackgroundWithoutSelection()
 {
     const auto dialog = makeDialog(u"one two"_s);
     dialog->show();
     select(*dialog, 4, 0);
-    answers->queueForDialog(pick(QColor(0xFF, 0xFF, 0x00)));
+    answers->queueForDialog(choosing(QColor(0xFF, 0xFF, 0x00)));
     click(*dialog, u"Background Color"_s);
-    QCOMPARE(contentOf(*dialog), u"one {c}1,8{c}two"_s);
+    QCOMPARE(contents(*dialog), u"one {c}1,8{c}two"_s);
 }
 
-void TestEditTopicDialog::goesOnBehindWhatWasInserted()
+void TestEditTopicDialog::typingContinuesAfterInsertion()
 {
     const auto dialog = makeDialog();
     dialog->show();
     QVERIFY(QTest::qWaitForWindowActive(dialog.get(), WaitTimeout));
-    answers->queueForDialog(pick(Qt::red));
+    answers->queueForDialog(choosing(Qt::red));
     dialog->chooseIrcColor(false);
     QTest::keyClicks(edit(*dialog), u"go"_s);
-    QCOMPARE(contentOf(*dialog), u"{c}4go"_s);
+    QCOMPARE(contents(*dialog), u"{c}4go"_s);
 }
 
-void TestEditTopicDialog::doesNothingWithoutAColor_data()
+void TestEditTopicDialog::changesNothingWithoutColor_data()
 {
     QTest::addColumn<bool>("background");
 
@@ -715,18 +715,18 @@ void TestEditTopicDialog::doesNothingWithoutAColor_data()
     QTest::newRow("background") << true;
 }
 
-void TestEditTopicDialog::doesNothingWithoutAColor()
+void TestEditTopicDialog::changesNothingWithoutColor()
 {
     QFETCH(const bool, background);
     const auto dialog = makeDialog(u"one"_s);
     edit(*dialog)->selectAll();
     answers->queueForDialog([](QDialog *colors) { colors->reject(); });
     dialog->chooseIrcColor(background);
-    QCOMPARE(contentOf(*dialog), u"one"_s);
+    QCOMPARE(contents(*dialog), u"one"_s);
     QCOMPARE(edit(*dialog)->textCursor().selectedText(), u"one"_s);
 }
 
-void TestEditTopicDialog::opensThePickerOverItsMiddle()
+void TestEditTopicDialog::opensPickerOverTheMiddle()
 {
     const auto dialog = makeDialog(QString(), u"dark"_s);
     dialog->move(300, 200);
@@ -743,7 +743,7 @@ void TestEditTopicDialog::opensThePickerOverItsMiddle()
     QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, WaitTimeout);
 }
 
-void TestEditTopicDialog::insertsAnEmoji()
+void TestEditTopicDialog::insertsEmoji()
 {
     const auto dialog = makeDialog(u"I hate IRC"_s);
     dialog->show();
@@ -760,7 +760,7 @@ void TestEditTopicDialog::insertsAnEmoji()
     QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, WaitTimeout);
 }
 
-void TestEditTopicDialog::showsTheCursorAfterAnEmoji()
+void TestEditTopicDialog::scrollsToCursorAfterEmoji()
 {
     const auto dialog = makeDialog(u"line\n"_s.repeated(100) + u"end"_s);
     dialog->show();
@@ -773,7 +773,7 @@ void TestEditTopicDialog::showsTheCursorAfterAnEmoji()
     QVERIFY(edit(*dialog)->viewport()->rect().contains(edit(*dialog)->cursorRect()));
 }
 
-void TestEditTopicDialog::takesThePickerWithIt()
+void TestEditTopicDialog::deletesPickerWithDialog()
 {
     auto dialog = makeDialog();
     dialog->show();
@@ -811,7 +811,7 @@ void TestEditTopicDialog::savesByControlReturn()
     QCOMPARE(edit(*dialog)->toPlainText(), u"topic"_s);
 }
 
-void TestEditTopicDialog::breaksTheLineByReturn()
+void TestEditTopicDialog::returnInsertsLineBreak()
 {
     const auto dialog = makeDialog(u"one two"_s);
     dialog->show();

@@ -66,7 +66,7 @@ void addThemes()
         QTest::newRow(qUtf8Printable(theme)) << theme;
 }
 
-/// A window with a channel on show, so that its emoji button is there.
+/// A window whose current tab is a channel, so that the emoji button is visible.
 struct Conversation
 {
     Conversation() { session.probe.openTabs({u"#c"_s}); }
@@ -93,41 +93,41 @@ class TestEmojiPicker final : public QObject
 private slots:
     void init();
 
-    void isAFramelessPopup();
-    void holdsEveryEmoji_data();
-    void holdsEveryEmoji();
-    void holdsNothingElse();
+    void isFramelessPopup();
+    void hasEveryEmoji_data();
+    void hasEveryEmoji();
+    void hasNothingElse();
     void showsEmojisInColor();
-    void makesButtonsToPointAt();
-    void laysOutItsGrid();
-    void dressesItsContainer_data();
-    void dressesItsContainer();
-    void dressesItsHeadings_data();
-    void dressesItsHeadings();
-    void dressesItsButtons_data();
-    void dressesItsButtons();
-    void showsItsTableWhole();
+    void hasPointingHandCursors();
+    void hasTheGrid();
+    void stylesContainer_data();
+    void stylesContainer();
+    void stylesHeadings_data();
+    void stylesHeadings();
+    void stylesButtons_data();
+    void stylesButtons();
+    void showsTheWholeTable();
 
     void emitsOnceAndCloses();
-    void tellsBeforeItCloses();
+    void emitsBeforeItCloses();
     void emitsTheVariationSelector_data();
     void emitsTheVariationSelector();
-    void closesAtAClickOutside();
-    void closesAtEscape();
+    void closesOnClickOutside();
+    void closesOnEscape();
     void movesByArrows_data();
     void movesByArrows();
-    void choosesByReturn();
+    void choosesOnReturn();
 
-    void findsItsPlace_data();
-    void findsItsPlace();
+    void placesItself_data();
+    void placesItself();
 
     void opensBesideTheInputLine();
-    void opensInTheWindowsTheme();
-    void opensANewOneEachTime();
-    void insertsAtTheCursor();
-    void replacesTheSelection();
-    void insertsNothingAfterAClickOutside();
-    void goesWithTheWindow();
+    void usesTheWindowsTheme();
+    void opensNewPickerEachTime();
+    void insertsAtCursor();
+    void replacesSelection();
+    void insertsNothingAfterClickOutside();
+    void isDeletedWithTheWindow();
 
 private:
     TemporaryStore store;
@@ -136,11 +136,11 @@ private:
 void TestEmojiPicker::init()
 {
     store.clear();
-    // The platform without a display says what it can't do for a popup.
+    // The offscreen platform warns of what it does not support.
     QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
 }
 
-void TestEmojiPicker::isAFramelessPopup()
+void TestEmojiPicker::isFramelessPopup()
 {
     const EmojiPicker picker(nullptr, u"light"_s);
     QCOMPARE(picker.windowType(), Qt::Popup);
@@ -149,7 +149,7 @@ void TestEmojiPicker::isAFramelessPopup()
     QVERIFY(picker.testAttribute(Qt::WA_ShowWithoutActivating));
 }
 
-void TestEmojiPicker::holdsEveryEmoji_data()
+void TestEmojiPicker::hasEveryEmoji_data()
 {
     QTest::addColumn<int>("row");
     QTest::addColumn<QString>("heading");
@@ -170,7 +170,7 @@ void TestEmojiPicker::holdsEveryEmoji_data()
                           << u"☕ 🍵 🍺 🍷 🍸 🍹 🧃 🥤"_s;
 }
 
-void TestEmojiPicker::holdsEveryEmoji()
+void TestEmojiPicker::hasEveryEmoji()
 {
     QFETCH(const int, row);
     QFETCH(const QString, first);
@@ -195,7 +195,7 @@ void TestEmojiPicker::holdsEveryEmoji()
     }
 }
 
-void TestEmojiPicker::holdsNothingElse()
+void TestEmojiPicker::hasNothingElse()
 {
     const EmojiPicker picker(nullptr, u"light"_s);
     QCOMPARE(picker.findChildren<QPushButton *>().size(), 96);
@@ -217,7 +217,7 @@ void TestEmojiPicker::showsEmojisInColor()
     }
 }
 
-void TestEmojiPicker::makesButtonsToPointAt()
+void TestEmojiPicker::hasPointingHandCursors()
 {
     const EmojiPicker picker(nullptr, u"light"_s);
     const auto buttons = picker.findChildren<QPushButton *>();
@@ -228,7 +228,7 @@ void TestEmojiPicker::makesButtonsToPointAt()
     }
 }
 
-void TestEmojiPicker::laysOutItsGrid()
+void TestEmojiPicker::hasTheGrid()
 {
     const EmojiPicker picker(nullptr, u"light"_s);
     QVERIFY(qobject_cast<QVBoxLayout *>(picker.layout()) != nullptr);
@@ -241,7 +241,7 @@ void TestEmojiPicker::laysOutItsGrid()
     QCOMPARE(container(picker)->maximumWidth(), 340);
 }
 
-void TestEmojiPicker::dressesItsContainer_data()
+void TestEmojiPicker::stylesContainer_data()
 {
     QTest::addColumn<QString>("theme");
     QTest::addColumn<QString>("background");
@@ -258,7 +258,7 @@ void TestEmojiPicker::dressesItsContainer_data()
     QTest::newRow("none") << QString() << light << lightBorder;
 }
 
-void TestEmojiPicker::dressesItsContainer()
+void TestEmojiPicker::stylesContainer()
 {
     QFETCH(const QString, theme);
     QFETCH(const QString, background);
@@ -269,12 +269,12 @@ void TestEmojiPicker::dressesItsContainer()
              "padding: 8px; }"_s.arg(background, border));
 }
 
-void TestEmojiPicker::dressesItsHeadings_data()
+void TestEmojiPicker::stylesHeadings_data()
 {
     addThemes();
 }
 
-void TestEmojiPicker::dressesItsHeadings()
+void TestEmojiPicker::stylesHeadings()
 {
     QFETCH(const QString, theme);
     const EmojiPicker picker(nullptr, theme);
@@ -287,12 +287,12 @@ void TestEmojiPicker::dressesItsHeadings()
     }
 }
 
-void TestEmojiPicker::dressesItsButtons_data()
+void TestEmojiPicker::stylesButtons_data()
 {
     addThemes();
 }
 
-void TestEmojiPicker::dressesItsButtons()
+void TestEmojiPicker::stylesButtons()
 {
     QFETCH(const QString, theme);
     const QString sheet =
@@ -309,7 +309,7 @@ void TestEmojiPicker::dressesItsButtons()
         QCOMPARE(each->styleSheet(), expected);
 }
 
-void TestEmojiPicker::showsItsTableWhole()
+void TestEmojiPicker::showsTheWholeTable()
 {
     EmojiPicker picker(nullptr, u"light"_s);
     picker.show();
@@ -338,7 +338,7 @@ void TestEmojiPicker::emitsOnceAndCloses()
     QVERIFY(!picker.isVisible());
 }
 
-void TestEmojiPicker::tellsBeforeItCloses()
+void TestEmojiPicker::emitsBeforeItCloses()
 {
     EmojiPicker picker(nullptr, u"light"_s);
     bool wasUp = false;
@@ -369,7 +369,7 @@ void TestEmojiPicker::emitsTheVariationSelector()
     QCOMPARE(selections, (QList<QVariantList>{{emoji}}));
 }
 
-void TestEmojiPicker::closesAtAClickOutside()
+void TestEmojiPicker::closesOnClickOutside()
 {
     QWidget below;
     below.resize(600, 400);
@@ -384,7 +384,7 @@ void TestEmojiPicker::closesAtAClickOutside()
     QCOMPARE(selections.size(), 0);
 }
 
-void TestEmojiPicker::closesAtEscape()
+void TestEmojiPicker::closesOnEscape()
 {
     EmojiPicker picker(nullptr, u"light"_s);
     const QSignalSpy selections(&picker, &EmojiPicker::emojiSelected);
@@ -425,7 +425,7 @@ void TestEmojiPicker::movesByArrows()
     QVERIFY(picker.isVisible());
 }
 
-void TestEmojiPicker::choosesByReturn()
+void TestEmojiPicker::choosesOnReturn()
 {
     EmojiPicker picker(nullptr, u"light"_s);
     const QSignalSpy selections(&picker, &EmojiPicker::emojiSelected);
@@ -433,65 +433,65 @@ void TestEmojiPicker::choosesByReturn()
     QTest::keyClick(picker.focusWidget(), Qt::Key_Right);
     QTest::keyClick(picker.focusWidget(), Qt::Key_Return);
     QVERIFY(!picker.isVisible());
-    // As a Return that was typed before the picker had closed.
+    // Like a Return pressed before the picker has closed.
     QWidget *focused = picker.focusWidget();
     QTest::keyClick(focused ? focused : &picker, Qt::Key_Return);
     QCOMPARE(selections, (QList<QVariantList>{{u"😃"_s}}));
 }
 
-void TestEmojiPicker::findsItsPlace_data()
+void TestEmojiPicker::placesItself_data()
 {
     QTest::addColumn<QRect>("available");
     QTest::addColumn<QPoint>("button");
-    QTest::addColumn<QPoint>("place");
+    QTest::addColumn<QPoint>("position");
 
-    const auto add = [](const char *name, const QRect &available, QPoint button, QPoint place) {
-        QTest::newRow(name) << available << button << place;
+    const auto add = [](const char *name, const QRect &available, QPoint button, QPoint position) {
+        QTest::newRow(name) << available << button << position;
     };
     // The button is 36 by 30, the picker 330 by 620. The right edge of the first screen is 1919.
-    add("right of it", FullHd, {800, 500}, {841, 190});
-    add("right of it for the last time", FullHd, {1543, 500}, {1584, 190});
-    add("left of it", FullHd, {1544, 500}, {1209, 190});
+    add("right", FullHd, {800, 500}, {841, 190});
+    add("last position right", FullHd, {1543, 500}, {1584, 190});
+    add("left", FullHd, {1544, 500}, {1209, 190});
     add("at the right edge", FullHd, {1884, 500}, {1549, 190});
-    add("too near to the top", FullHd, {800, 309}, {841, 5});
-    add("just not too near to the top", FullHd, {800, 310}, {841, 0});
-    add("just not too near to the bottom", FullHd, {800, 769}, {841, 459});
-    add("too near to the bottom", FullHd, {800, 770}, {841, 454});
+    add("near the top", FullHd, {800, 309}, {841, 5});
+    add("just clear of the top", FullHd, {800, 310}, {841, 0});
+    add("just clear of the bottom", FullHd, {800, 769}, {841, 459});
+    add("near the bottom", FullHd, {800, 770}, {841, 454});
 
-    // A screen for which neither side has room.
+    // A screen with no space on either side.
     const QRect narrow(0, 0, 700, 1080);
-    add("left of it for the last time", narrow, {340, 500}, {5, 190});
-    add("over it", narrow, {339, 700}, {192, 75});
-    add("over it for the last time", narrow, {339, 625}, {192, 0});
-    add("under it", narrow, {339, 624}, {192, 454});
-    add("under it without a clamp", narrow, {339, 400}, {192, 435});
-    add("under it for lack of room", narrow, {339, 100}, {192, 135});
+    add("last position left", narrow, {340, 500}, {5, 190});
+    add("above", narrow, {339, 700}, {192, 75});
+    add("last position above", narrow, {339, 625}, {192, 0});
+    add("below", narrow, {339, 624}, {192, 454});
+    add("below without a clamp", narrow, {339, 400}, {192, 435});
+    add("below, no space above", narrow, {339, 100}, {192, 135});
 
-    // Clamps of the centred place.
+    // Clamps of the centred position.
     const QRect slim(0, 0, 400, 1080);
-    add("over it, too far to the left", slim, {30, 700}, {5, 75});
-    add("over it, at the left edge", slim, {147, 700}, {0, 75});
-    add("over it, too far to the right", slim, {300, 700}, {64, 75});
+    add("above, too far left", slim, {30, 700}, {5, 75});
+    add("above, at the left edge", slim, {147, 700}, {0, 75});
+    add("above, too far right", slim, {300, 700}, {64, 75});
 
     // Available areas start where panels end, and on a second screen far from zero.
     const QRect second(1920, 40, 1280, 1000);
-    add("right of it on a second screen", second, {2000, 600}, {2041, 290});
-    add("left of it on a second screen", second, {3100, 600}, {2765, 290});
-    add("under a panel", second, {2000, 60}, {2041, 45});
+    add("right, second screen", second, {2000, 600}, {2041, 290});
+    add("left, second screen", second, {3100, 600}, {2765, 290});
+    add("below a panel", second, {2000, 60}, {2041, 45});
     const QRect negative(-700, -1080, 700, 1080);
-    add("left of it on a screen before", negative, {-100, -500}, {-435, -810});
-    add("over it on a screen before", negative, {-361, -300}, {-508, -925});
+    add("left, negative coordinates", negative, {-100, -500}, {-435, -810});
+    add("above, negative coordinates", negative, {-361, -300}, {-508, -925});
 
-    // On a screen that it does not fit on, the last clamp holds.
+    // On a screen that is too small, the last clamp decides.
     const QRect tiny(0, 0, 300, 300);
     add("too big for the screen", tiny, {100, 200}, {-36, -326});
 }
 
-void TestEmojiPicker::findsItsPlace()
+void TestEmojiPicker::placesItself()
 {
     QFETCH(const QRect, available);
     QFETCH(const QPoint, button);
-    QTEST(EmojiPicker::placeAt(QRect(button, QSize(36, 30)), PickerSize, available), "place");
+    QTEST(EmojiPicker::placeAt(QRect(button, QSize(36, 30)), PickerSize, available), "position");
 }
 
 void TestEmojiPicker::opensBesideTheInputLine()
@@ -510,7 +510,7 @@ void TestEmojiPicker::opensBesideTheInputLine()
     QCOMPARE(picker->size(), picker->sizeHint());
 }
 
-void TestEmojiPicker::opensInTheWindowsTheme()
+void TestEmojiPicker::usesTheWindowsTheme()
 {
     const Conversation conversation;
     conversation.session.probe.currentTheme() = u"dark"_s;
@@ -519,7 +519,7 @@ void TestEmojiPicker::opensInTheWindowsTheme()
     QVERIFY(container(*picker)->styleSheet().contains(u"rgba(40,40,40,0.95)"_s));
 }
 
-void TestEmojiPicker::opensANewOneEachTime()
+void TestEmojiPicker::opensNewPickerEachTime()
 {
     const Conversation conversation;
     const QPointer<EmojiPicker> first = conversation.open();
@@ -535,7 +535,7 @@ void TestEmojiPicker::opensANewOneEachTime()
     QCOMPARE(conversation.pickers().size(), 0);
 }
 
-void TestEmojiPicker::insertsAtTheCursor()
+void TestEmojiPicker::insertsAtCursor()
 {
     const Conversation conversation;
     QLineEdit &line = conversation.session.probe.inputLine();
@@ -551,7 +551,7 @@ void TestEmojiPicker::insertsAtTheCursor()
     QTRY_VERIFY_WITH_TIMEOUT(picker == nullptr, WaitTimeout);
 }
 
-void TestEmojiPicker::replacesTheSelection()
+void TestEmojiPicker::replacesSelection()
 {
     const Conversation conversation;
     QLineEdit &line = conversation.session.probe.inputLine();
@@ -564,7 +564,7 @@ void TestEmojiPicker::replacesTheSelection()
     QVERIFY(!line.hasSelectedText());
 }
 
-void TestEmojiPicker::insertsNothingAfterAClickOutside()
+void TestEmojiPicker::insertsNothingAfterClickOutside()
 {
     const Conversation conversation;
     const QPointer<EmojiPicker> picker = conversation.open();
@@ -576,7 +576,7 @@ void TestEmojiPicker::insertsNothingAfterAClickOutside()
     QCOMPARE(conversation.session.probe.inputLine().text(), QString());
 }
 
-void TestEmojiPicker::goesWithTheWindow()
+void TestEmojiPicker::isDeletedWithTheWindow()
 {
     Conversation conversation;
     const QPointer<EmojiPicker> picker = conversation.open();

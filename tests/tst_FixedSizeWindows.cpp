@@ -18,9 +18,9 @@ class TestFixedSizeWindows final : public QObject
 private slots:
     void initTestCase();
 
-    void restoresAWindowOfFixedSize_data();
-    void restoresAWindowOfFixedSize();
-    void leavesOtherWindowsAlone();
+    void restoresFixedSizeWindow_data();
+    void restoresFixedSizeWindow();
+    void ignoresOtherWindows();
 
 private:
     FixedSizeWindows filter;
@@ -31,7 +31,7 @@ void TestFixedSizeWindows::initTestCase()
     qApp->installEventFilter(&filter);
 }
 
-void TestFixedSizeWindows::restoresAWindowOfFixedSize_data()
+void TestFixedSizeWindows::restoresFixedSizeWindow_data()
 {
     QTest::addColumn<Qt::WindowStates>("state");
 
@@ -39,9 +39,8 @@ void TestFixedSizeWindows::restoresAWindowOfFixedSize_data()
     QTest::newRow("full screen") << Qt::WindowStates(Qt::WindowFullScreen);
 }
 
-// The size that the platform gives the window must be accepted first: a window that refuses it ends
-// the program on Weston.
-void TestFixedSizeWindows::restoresAWindowOfFixedSize()
+// The window must accept the platform's size first, or Weston ends the program.
+void TestFixedSizeWindows::restoresFixedSizeWindow()
 {
     QFETCH(const Qt::WindowStates, state);
     QDialog dialog;
@@ -58,7 +57,7 @@ void TestFixedSizeWindows::restoresAWindowOfFixedSize()
     }
 }
 
-void TestFixedSizeWindows::leavesOtherWindowsAlone()
+void TestFixedSizeWindows::ignoresOtherWindows()
 {
     QDialog dialog;
     dialog.show();

@@ -21,20 +21,20 @@ namespace {
 
 constexpr int IconSize = 24;
 
-// The icon as a screen of two points for each one shows it; empty rows and columns count.
-QSize pointsOf(const QIcon &icon)
+// Returns the size of the icon in device pixels at a ratio of 2, margins included.
+QSize deviceSize(const QIcon &icon)
 {
     return icon.pixmap(QSize(IconSize, IconSize), 2.0).size();
 }
 
-// Where something is drawn, in the points of the picture.
+// Returns the bounding rectangle of what is drawn, in device pixels.
 QRect drawnArea(const QIcon &icon)
 {
-    const QImage picture = icon.pixmap(QSize(IconSize, IconSize), 2.0).toImage();
+    const QImage image = icon.pixmap(QSize(IconSize, IconSize), 2.0).toImage();
     QRect area;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            if (qAlpha(picture.pixel(x, y)) > 0)
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (qAlpha(image.pixel(x, y)) > 0)
                 area |= QRect(x, y, 1, 1);
         }
     }
@@ -43,17 +43,17 @@ QRect drawnArea(const QIcon &icon)
 
 } // namespace
 
-/// What is drawn at run time, on a screen that has two points for each one of a window.
+/// Icons drawn at run time, on a screen with a device pixel ratio of 2.
 class TestHighDpi final : public QObject
 {
     Q_OBJECT
 
 private slots:
     void initTestCase();
-    void drawsThePencilSharply();
-    void drawsTheTopicEditorsIconsSharply();
-    void showsTheProgramsIconSharply_data();
-    void showsTheProgramsIconSharply();
+    void drawsPencilInFullResolution();
+    void drawsToolBarIconsInFullResolution();
+    void showsProgramIconInFullResolution_data();
+    void showsProgramIconInFullResolution();
 };
 
 void TestHighDpi::initTestCase()
@@ -61,25 +61,25 @@ void TestHighDpi::initTestCase()
     QCOMPARE(qApp->devicePixelRatio(), 2.0);
 }
 
-void TestHighDpi::drawsThePencilSharply()
+void TestHighDpi::drawsPencilInFullResolution()
 {
     const std::unique_ptr<QWidget> page(ConversationPage::create(true));
     const auto *button = page->findChild<QPushButton *>(u"editTopicBtn"_s);
     QVERIFY(button);
-    QCOMPARE(pointsOf(button->icon()), QSize(2 * IconSize, 2 * IconSize));
-    // The whole of it: it reaches over the middle in both directions.
+    QCOMPARE(deviceSize(button->icon()), QSize(2 * IconSize, 2 * IconSize));
+    // The pencil extends across the middle in both directions, so it is drawn whole.
     QVERIFY(drawnArea(button->icon()).contains(QRect(IconSize - 6, IconSize - 6, 12, 12)));
     QVERIFY(drawnArea(button->icon()).width() > IconSize);
 }
 
-void TestHighDpi::drawsTheTopicEditorsIconsSharply()
+void TestHighDpi::drawsToolBarIconsInFullResolution()
 {
     const EditTopicDialog dialog(u"#c"_s, {}, u"light"_s, nullptr);
     const QList<QAction *> actions = dialog.findChild<QToolBar *>()->actions();
     QCOMPARE(actions.size(), 6);
     for (const QAction *action : actions) {
-        QCOMPARE(pointsOf(action->icon()), QSize(2 * IconSize, 2 * IconSize));
-        // A letter stands in the middle.
+        QCOMPARE(deviceSize(action->icon()), QSize(2 * IconSize, 2 * IconSize));
+        // The letter is centred.
         const QPoint centre = drawnArea(action->icon()).center();
         QVERIFY2(qAbs(centre.x() - IconSize) <= 6, qPrintable(action->text()));
         QVERIFY2(qAbs(centre.y() - IconSize) <= 8, qPrintable(action->text()));
@@ -88,7 +88,7 @@ void TestHighDpi::drawsTheTopicEditorsIconsSharply()
 
 using Show = void (*)();
 
-void TestHighDpi::showsTheProgramsIconSharply_data()
+void TestHighDpi::showsProgramIconInFullResolution_data()
 {
     QTest::addColumn<Show>("show");
     QTest::addColumn<QSizeF>("size");
@@ -98,7 +98,7 @@ void TestHighDpi::showsTheProgramsIconSharply_data()
                           << QSizeF(48, 48);
 }
 
-void TestHighDpi::showsTheProgramsIconSharply()
+void TestHighDpi::showsProgramIconInFullResolution()
 {
     QFETCH(const Show, show);
     QFETCH(const QSizeF, size);
@@ -120,7 +120,7 @@ void TestHighDpi::showsTheProgramsIconSharply()
 
 int main(int argc, char *argv[])
 {
-    // Read once, when the application is made.
+    // Qt reads it once, when the application is created.
     qputenv("QT_SCALE_FACTOR", "2");
     QApplication application(argc, argv);
     TestHighDpi test;

@@ -34,12 +34,12 @@ void showHelp()
 
 using Show = void (*)();
 
-// Shows a window, lets `look` look at it and closes it. The problems on the way are returned.
-QStringList lookAt(Show show, const std::function<void(QDialog &)> &look)
+// Shows a dialog, passes it to `check` and closes it. Returns the problems that occurred.
+QStringList checkDialog(Show show, const std::function<void(QDialog &)> &check)
 {
     ModalAnswers answers;
-    answers.queueForDialog([&look](QDialog *dialog) {
-        look(*dialog);
+    answers.queueForDialog([&check](QDialog *dialog) {
+        check(*dialog);
         dialog->reject();
     });
     show();
@@ -56,7 +56,7 @@ QLabel *label(const QDialog &dialog, const QString &text)
     return nullptr;
 }
 
-// What a table of rich text shows, a row of texts per row.
+// Returns the texts of a rich-text table, row by row.
 QList<QStringList> shownRows(const QString &html)
 {
     QTextDocument document;
@@ -68,7 +68,7 @@ QList<QStringList> shownRows(const QString &html)
         for (int row = 0; table && row < table->rows(); ++row) {
             QStringList texts;
             for (int column = 0; column < table->columns(); ++column)
-                // Qt keeps a cell from wrapping by blanks that do not break.
+                // Qt implements "nowrap" with no-break spaces.
                 texts.append(table->cellAt(row, column)
                                      .firstCursorPosition()
                                      .block()
@@ -80,14 +80,14 @@ QList<QStringList> shownRows(const QString &html)
     return rows;
 }
 
-// What stands in a box one after another: a label's text or "icon", "button" and so on.
-QStringList partsOf(const QLayout &box)
+// Returns the items of a box layout in order: a label's text, "icon", a class name and so on.
+QStringList itemsOf(const QLayout &box)
 {
     QStringList parts;
     for (int index = 0; index < box.count(); ++index) {
         QLayoutItem *item = box.itemAt(index);
         if (item->layout() != nullptr)
-            parts.append(u"("_s + partsOf(*item->layout()).join(u' ') + u")"_s);
+            parts.append(u"("_s + itemsOf(*item->layout()).join(u' ') + u")"_s);
         else if (item->spacerItem() != nullptr)
             parts.append(item->expandingDirections() != Qt::Orientations()
                                  ? u"stretch"_s
@@ -100,7 +100,7 @@ QStringList partsOf(const QLayout &box)
     return parts;
 }
 
-// The styles of all that are opened by `tag`, in order.
+// Returns the styles of all elements named `tag`, in order.
 QStringList stylesOf(const QString &html, const QString &tag)
 {
     const QRegularExpression expression(u"<%1 [^>]*?style=\"([^\"]*)\""_s.arg(tag));
@@ -117,27 +117,27 @@ class TestInfoDialogs final : public QObject
     Q_OBJECT
 
 private slots:
-    void framesBothWindows_data();
-    void framesBothWindows();
-    void closesByAccepting_data();
-    void closesByAccepting();
-    void tellsWhatTheProgramIs();
-    void stylesTheDescription();
-    void spacesItsParts();
-    void listsTheBasicCommands();
-    void stylesTheTable();
-    void letsTheWholeTableBeRead();
-    void scrollsTheTableByKeyboard();
-    void staysWhiteAboutButWearsTheThemeInHelp();
-    void showsWordsIfTheIconIsMissing();
-    void opensFromTheMenu_data();
-    void opensFromTheMenu();
+    void hasTheFrame_data();
+    void hasTheFrame();
+    void keysAccept_data();
+    void keysAccept();
+    void describesTheProgram();
+    void stylesDescription();
+    void hasItemsInOrder();
+    void listsCommands();
+    void stylesTable();
+    void scrollsToTheWholeTable();
+    void scrollsByKeyboard();
+    void onlyHelpFollowsTheTheme();
+    void showsTextWithoutIcon();
+    void opensFromMenu_data();
+    void opensFromMenu();
 
 private:
     TemporaryStore store;
 };
 
-void TestInfoDialogs::framesBothWindows_data()
+void TestInfoDialogs::hasTheFrame_data()
 {
     QTest::addColumn<Show>("show");
     QTest::addColumn<QString>("title");
@@ -152,7 +152,7 @@ void TestInfoDialogs::framesBothWindows_data()
                           << QMargins(25, 25, 25, 20) << 12 << 48;
 }
 
-void TestInfoDialogs::framesBothWindows()
+void TestInfoDialogs::hasTheFrame()
 {
     QFETCH(const Show, show);
     QFETCH(const QString, title);
@@ -160,11 +160,11 @@ void TestInfoDialogs::framesBothWindows()
     QFETCH(const QMargins, margins);
     QFETCH(const int, spacing);
     QFETCH(const int, iconExtent);
-    const QStringList problems = lookAt(show, [&](QDialog &dialog) {
+    const QStringList problems = checkDialog(show, [&](QDialog &dialog) {
         QCOMPARE(dialog.windowTitle(), title);
         QCOMPARE(dialog.minimumSize(), size);
         QCOMPARE(dialog.maximumSize(), size);
-        // Qt adds the hint for a system menu, in which the close button is an entry.
+        // Qt adds the system menu to a window with a close button.
         QCOMPARE(dialog.windowFlags() & ~Qt::WindowSystemMenuHint,
                  Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
                          | Qt::WindowCloseButtonHint);
@@ -185,13 +185,13 @@ void TestInfoDialogs::framesBothWindows()
                  "none; border-radius: 6px;  padding: 8px 0px; font-size: 14px; font-weight: "
                  "500;}QPushButton#connectButton:hover { background-color: #0062CC; }"
                  "QPushButton#connectButton:pressed { background-color: #0051AA; }"_s);
-        // In the middle, within the pixel that an odd rest leaves.
+        // Centred, within the pixel that rounding leaves.
         QVERIFY(qAbs(button->geometry().center().x() - dialog.rect().center().x()) <= 1);
     });
     QCOMPARE(problems, QStringList());
 }
 
-void TestInfoDialogs::closesByAccepting_data()
+void TestInfoDialogs::keysAccept_data()
 {
     QTest::addColumn<Show>("show");
     QTest::addColumn<int>("key");
@@ -204,7 +204,7 @@ void TestInfoDialogs::closesByAccepting_data()
     QTest::newRow("help, Space") << Show(showHelp) << int(Qt::Key_Space);
 }
 
-void TestInfoDialogs::closesByAccepting()
+void TestInfoDialogs::keysAccept()
 {
     QFETCH(const Show, show);
     QFETCH(const int, key);
@@ -212,7 +212,7 @@ void TestInfoDialogs::closesByAccepting()
     int result = -1;
     answers.queueForDialog([&](QDialog *dialog) {
         connect(dialog, &QDialog::finished, this, [&result](int code) { result = code; });
-        // A shortcut needs the window to be the active one.
+        // A shortcut works in the active window only.
         QApplication::setActiveWindow(dialog);
         QTest::keyClick(dialog->focusWidget(), Qt::Key(key));
         if (dialog->isVisible())
@@ -223,9 +223,9 @@ void TestInfoDialogs::closesByAccepting()
     QCOMPARE(result, int(QDialog::Accepted));
 }
 
-void TestInfoDialogs::tellsWhatTheProgramIs()
+void TestInfoDialogs::describesTheProgram()
 {
-    const QStringList problems = lookAt(showAbout, [](QDialog &dialog) {
+    const QStringList problems = checkDialog(showAbout, [](QDialog &dialog) {
         const QList<QLabel *> labels = dialog.findChildren<QLabel *>();
         QCOMPARE(labels.size(), 5);
         QCOMPARE(labels.at(1)->text(), u"Velmora"_s);
@@ -255,9 +255,9 @@ void TestInfoDialogs::tellsWhatTheProgramIs()
     QCOMPARE(problems, QStringList());
 }
 
-void TestInfoDialogs::stylesTheDescription()
+void TestInfoDialogs::stylesDescription()
 {
-    const QStringList problems = lookAt(showAbout, [](QDialog &dialog) {
+    const QStringList problems = checkDialog(showAbout, [](QDialog &dialog) {
         const QString html = label(dialog, u"<p"_s)->text();
         QCOMPARE(stylesOf(html, u"p"_s),
                  QStringList{u"color:#555555; font-size:15px; text-align:center;"_s});
@@ -266,24 +266,24 @@ void TestInfoDialogs::stylesTheDescription()
     QCOMPARE(problems, QStringList());
 }
 
-void TestInfoDialogs::spacesItsParts()
+void TestInfoDialogs::hasItemsInOrder()
 {
-    QStringList problems = lookAt(showAbout, [](QDialog &dialog) {
-        QCOMPARE(partsOf(*dialog.layout()),
+    QStringList problems = checkDialog(showAbout, [](QDialog &dialog) {
+        QCOMPARE(itemsOf(*dialog.layout()),
                  (QStringList{u"icon"_s, u"Velmora"_s, u"Version"_s, u"<p styl"_s, u"stretch"_s,
                               u"\u00A9 2026 "_s, u"6"_s, u"(stretch QPushButton stretch)"_s}));
     });
-    problems += lookAt(showHelp, [](QDialog &dialog) {
-        QCOMPARE(partsOf(*dialog.layout()),
+    problems += checkDialog(showHelp, [](QDialog &dialog) {
+        QCOMPARE(itemsOf(*dialog.layout()),
                  (QStringList{u"icon"_s, u"QWidget"_s, u"QScrollArea"_s, u"stretch"_s,
                               u"(stretch QPushButton stretch)"_s}));
     });
     QCOMPARE(problems, QStringList());
 }
 
-void TestInfoDialogs::listsTheBasicCommands()
+void TestInfoDialogs::listsCommands()
 {
-    const QStringList problems = lookAt(showHelp, [](QDialog &dialog) {
+    const QStringList problems = checkDialog(showHelp, [](QDialog &dialog) {
         const QLabel *title = label(dialog, u"Basic IRC commands"_s);
         QVERIFY(title);
         QCOMPARE(title->font().family(), u"Comic Sans MS"_s);
@@ -320,9 +320,9 @@ void TestInfoDialogs::listsTheBasicCommands()
     QCOMPARE(problems, QStringList());
 }
 
-void TestInfoDialogs::stylesTheTable()
+void TestInfoDialogs::stylesTable()
 {
-    const QStringList problems = lookAt(showHelp, [](QDialog &dialog) {
+    const QStringList problems = checkDialog(showHelp, [](QDialog &dialog) {
         const QString html = label(dialog, u"<table"_s)->text();
         QCOMPARE(stylesOf(html, u"table"_s),
                  QStringList{
@@ -338,13 +338,13 @@ void TestInfoDialogs::stylesTheTable()
     QCOMPARE(problems, QStringList());
 }
 
-void TestInfoDialogs::letsTheWholeTableBeRead()
+void TestInfoDialogs::scrollsToTheWholeTable()
 {
-    const QStringList problems = lookAt(showHelp, [](QDialog &dialog) {
+    const QStringList problems = checkDialog(showHelp, [](QDialog &dialog) {
         const auto *area = dialog.findChild<QScrollArea *>();
         QVERIFY(area);
         const QWidget *table = area->widget();
-        // Nothing is cut off at the side, and what is too high can be scrolled to.
+        // Nothing is clipped at the sides, and the rest is reached by scrolling.
         QVERIFY(table->width() <= area->viewport()->width());
         QVERIFY(table->height() >= table->heightForWidth(table->width()));
         area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
@@ -354,12 +354,12 @@ void TestInfoDialogs::letsTheWholeTableBeRead()
     QCOMPARE(problems, QStringList());
 }
 
-void TestInfoDialogs::scrollsTheTableByKeyboard()
+void TestInfoDialogs::scrollsByKeyboard()
 {
-    const QStringList problems = lookAt(showHelp, [](QDialog &dialog) {
+    const QStringList problems = checkDialog(showHelp, [](QDialog &dialog) {
         auto *area = dialog.findChild<QScrollArea *>();
         QVERIFY(area);
-        area->setFixedHeight(100); // Too low for the table in every font.
+        area->setFixedHeight(100); // Too low for the table in any font.
         dialog.layout()->activate();
         QApplication::setActiveWindow(&dialog);
         QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
@@ -370,9 +370,9 @@ void TestInfoDialogs::scrollsTheTableByKeyboard()
     QCOMPARE(problems, QStringList());
 }
 
-void TestInfoDialogs::staysWhiteAboutButWearsTheThemeInHelp()
+void TestInfoDialogs::onlyHelpFollowsTheTheme()
 {
-    QStringList problems = lookAt(showAbout, [](QDialog &dialog) {
+    QStringList problems = checkDialog(showAbout, [](QDialog &dialog) {
         QCOMPARE(dialog.styleSheet(), u"QDialog { background-color: #FFFFFF; }"_s);
         QCOMPARE(dialog.grab().toImage().pixelColor(3, 3), QColor(Qt::white));
     });
@@ -390,24 +390,25 @@ void TestInfoDialogs::staysWhiteAboutButWearsTheThemeInHelp()
     }
 }
 
-void TestInfoDialogs::showsWordsIfTheIconIsMissing()
+void TestInfoDialogs::showsTextWithoutIcon()
 {
     Q_CLEANUP_RESOURCE(velmora);
-    QStringList problems = lookAt(showAbout, [](QDialog &dialog) {
-        const QLabel *words = dialog.findChildren<QLabel *>().constFirst();
-        QCOMPARE(words->text(), u"Velmora"_s);
-        QCOMPARE(words->styleSheet(), u"font-size: 42px; font-weight: bold; color: #007AFF;"_s);
+    QStringList problems = checkDialog(showAbout, [](QDialog &dialog) {
+        const QLabel *substitute = dialog.findChildren<QLabel *>().constFirst();
+        QCOMPARE(substitute->text(), u"Velmora"_s);
+        QCOMPARE(substitute->styleSheet(),
+                 u"font-size: 42px; font-weight: bold; color: #007AFF;"_s);
     });
-    problems += lookAt(showHelp, [](QDialog &dialog) {
-        const QLabel *words = dialog.findChildren<QLabel *>().constFirst();
-        QCOMPARE(words->text(), u"?"_s);
-        QCOMPARE(words->styleSheet(), u"font-size: 36px; color: #007AFF;"_s);
+    problems += checkDialog(showHelp, [](QDialog &dialog) {
+        const QLabel *substitute = dialog.findChildren<QLabel *>().constFirst();
+        QCOMPARE(substitute->text(), u"?"_s);
+        QCOMPARE(substitute->styleSheet(), u"font-size: 36px; color: #007AFF;"_s);
     });
     Q_INIT_RESOURCE(velmora);
     QCOMPARE(problems, QStringList());
 }
 
-void TestInfoDialogs::opensFromTheMenu_data()
+void TestInfoDialogs::opensFromMenu_data()
 {
     QTest::addColumn<QString>("entry");
     QTest::addColumn<QString>("title");
@@ -416,7 +417,7 @@ void TestInfoDialogs::opensFromTheMenu_data()
     QTest::newRow("help") << u"Help"_s << u"Help"_s;
 }
 
-void TestInfoDialogs::opensFromTheMenu()
+void TestInfoDialogs::opensFromMenu()
 {
     QFETCH(const QString, entry);
     QFETCH(const QString, title);

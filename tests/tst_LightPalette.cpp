@@ -1,5 +1,3 @@
-// The same colours on every desktop.
-
 #include "Child.h"
 #include "ConnectDialog.h"
 #include "EmojiPicker.h"
@@ -37,14 +35,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// With this argument and a folder the program saves images of all windows there.
+// Argument that makes this executable save images of all windows into the folder that follows.
 constexpr QLatin1StringView SaveWindows = "--save-windows"_L1;
 
 const auto DarkScheme = u"custom_palette=true\n"
                         "color_scheme_path=/usr/share/qt6ct/colors/darker.conf\n"_s;
 const auto LightScheme = u"custom_palette=false\n"_s;
 
-// Writes the settings of qt6ct, which brings its colours to every Qt program.
+// Writes the settings of qt6ct, which applies its colours to every Qt program.
 bool configureDesktop(const QString &configHome, const QString &scheme)
 {
     QFile file(configHome + u"/qt6ct/qt6ct.conf"_s);
@@ -127,7 +125,7 @@ void showPreferences(NestedLoopFixture &fixture, const Save &save)
     save(*dialog);
 }
 
-// Those that run no event loop of their own.
+// Windows without a nested event loop.
 constexpr std::array Windows{
         Window{"main window", showMainWindow},
         Window{"channel list", showChannelList},
@@ -153,7 +151,7 @@ QString imageFile(const QString &folder, const QString &name)
     return u"%1/%2.png"_s.arg(folder, name);
 }
 
-// A session that shows the same at each run: the times and the server's port do not.
+// Enters a session that looks the same in each run, without times and the server's port.
 bool enter(NestedLoopFixture &fixture, TemporaryStore &store)
 {
     fixture.session.probe.timestampFormat() = u"'[12:00:00]'"_s;
@@ -205,13 +203,13 @@ class TestLightPalette final : public QObject
     Q_OBJECT
 
 private slots:
-    void looksAlikeOnEachDesktop_data();
-    void looksAlikeOnEachDesktop();
-    void startsAlikeOnEachDesktop();
-    void isThatOfTheStyle_data();
-    void isThatOfTheStyle();
-    void staysWhenTheDesktopChanges_data();
-    void staysWhenTheDesktopChanges();
+    void windowsLookAlikeOnEachDesktop_data();
+    void windowsLookAlikeOnEachDesktop();
+    void programLooksAlikeOnEachDesktop();
+    void matchesTheStylesPalette_data();
+    void matchesTheStylesPalette();
+    void staysWhenDesktopChanges_data();
+    void staysWhenDesktopChanges();
 
 private:
     struct Desktop
@@ -248,7 +246,7 @@ void TestLightPalette::saveWindowsOnBothDesktops()
     }
 }
 
-void TestLightPalette::looksAlikeOnEachDesktop_data()
+void TestLightPalette::windowsLookAlikeOnEachDesktop_data()
 {
     QTest::addColumn<QString>("window");
     for (const Window &window : Windows)
@@ -261,7 +259,7 @@ void TestLightPalette::looksAlikeOnEachDesktop_data()
     QVERIFY2(qGray(desktop.pixel(0, 0)) < 100, "qt6ct does not make the desktop dark");
 }
 
-void TestLightPalette::looksAlikeOnEachDesktop()
+void TestLightPalette::windowsLookAlikeOnEachDesktop()
 {
     QFETCH(const QString, window);
     const QImage expected(imageFile(light.images.path(), window));
@@ -269,7 +267,7 @@ void TestLightPalette::looksAlikeOnEachDesktop()
     QCOMPARE(QImage(imageFile(dark.images.path(), window)), expected);
 }
 
-void TestLightPalette::startsAlikeOnEachDesktop()
+void TestLightPalette::programLooksAlikeOnEachDesktop()
 {
     VirtualScreen screen;
     QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
@@ -280,7 +278,7 @@ void TestLightPalette::startsAlikeOnEachDesktop()
         ProgramOnScreen program(screen, store);
         QVERIFY(program.start({u"env"_s, u"QT_QPA_PLATFORMTHEME=qt6ct"_s}));
         if (scheme == LightScheme) {
-            // The whole window is painted, and the cursor is seen.
+            // Until the whole window is painted and the cursor is visible.
             QVERIFY(screen.waitFor([&] {
                 const QImage before = std::exchange(expected, screen.screenshot());
                 return !before.isNull() && screen.countChangedPixels(before) == 0;
@@ -290,7 +288,7 @@ void TestLightPalette::startsAlikeOnEachDesktop()
     }
 }
 
-void TestLightPalette::isThatOfTheStyle_data()
+void TestLightPalette::matchesTheStylesPalette_data()
 {
     QTest::addColumn<QPalette::ColorRole>("role");
     const auto roles = QMetaEnum::fromType<QPalette::ColorRole>();
@@ -301,16 +299,16 @@ void TestLightPalette::isThatOfTheStyle_data()
     }
 }
 
-void TestLightPalette::isThatOfTheStyle()
+void TestLightPalette::matchesTheStylesPalette()
 {
     QFETCH(const QPalette::ColorRole, role);
-    // Light, since this platform has no theme.
+    // Light, since the offscreen platform has no theme.
     const QPalette standard = QApplication::palette();
     const LightPalette palette;
     const QPalette applied = QApplication::palette();
     for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
         QCOMPARE(applied.color(group, role), standard.color(group, role));
-        // What is not set comes from the desktop.
+        // Unset roles would come from the desktop.
         QVERIFY(applied.isBrushSet(group, role));
     }
 }
@@ -323,12 +321,12 @@ const QPalette &darkPalette()
     return Dark;
 }
 
-void TestLightPalette::staysWhenTheDesktopChanges_data()
+void TestLightPalette::staysWhenDesktopChanges_data()
 {
     QTest::addColumn<Change>("change");
 
     QTest::newRow("palette") << Change([] { QApplication::setPalette(darkPalette()); });
-    // As Qt does it when a theme changes: first the palettes, and then the event.
+    // Like Qt when a theme changes: first the palettes, then the event.
     QTest::newRow("classes") << Change([] {
         QApplication::setPalette(darkPalette(), "QMenu");
         QToolTip::setPalette(darkPalette());
@@ -338,7 +336,7 @@ void TestLightPalette::staysWhenTheDesktopChanges_data()
     });
 }
 
-void TestLightPalette::staysWhenTheDesktopChanges()
+void TestLightPalette::staysWhenDesktopChanges()
 {
     QFETCH(const Change, change);
     const LightPalette palette;

@@ -32,8 +32,8 @@ const auto UnmarkAway = u"Unmark Away"_s;
 const auto ChangeNick = u"Change Nick..."_s;
 const auto Join = u"&Join channel..."_s;
 
-// What the user has said, and not the window by itself.
-const QRegularExpression Spoken(u"^(?!WATCH |QUIT )"_s);
+// Lines that the window does not send by itself.
+const QRegularExpression UserLines(u"^(?!WATCH |QUIT )"_s);
 
 using Lines = SessionOutput::Lines;
 using Answer = std::function<void(QDialog *)>;
@@ -46,27 +46,26 @@ Answer accepting(const QString &text)
     };
 }
 
-// The ways out of a prompt that are no answer.
-using WayOut = void (*)(QDialog *dialog);
+using Dismissal = void (*)(QDialog *dialog);
 
-void byCancel(QDialog *dialog)
+void dismissByCancel(QDialog *dialog)
 {
     dialog->findChild<QPushButton *>(u"cancelButton"_s)->click();
 }
 
-void byEscape(QDialog *dialog)
+void dismissByEscape(QDialog *dialog)
 {
     QTest::keyClick(dialog->findChild<QLineEdit *>(), Qt::Key_Escape);
 }
 
-void byTitleBar(QDialog *dialog)
+void dismissByTitleBar(QDialog *dialog)
 {
     QCloseEvent event;
     QCoreApplication::sendEvent(dialog, &event);
 }
 
-// What can come to pass while a prompt is open.
-using Happening = bool (*)(WindowSession &session);
+// What can happen while a prompt is open.
+using SessionEvent = bool (*)(WindowSession &session);
 
 bool disconnectByMenu(WindowSession &session)
 {
@@ -81,8 +80,8 @@ bool changeOwnNick(WindowSession &session)
 
 } // namespace
 
-Q_DECLARE_METATYPE(WayOut)
-Q_DECLARE_METATYPE(Happening)
+Q_DECLARE_METATYPE(Dismissal)
+Q_DECLARE_METATYPE(SessionEvent)
 
 class TestPrompts final : public QObject
 {
@@ -91,50 +90,50 @@ class TestPrompts final : public QObject
 private slots:
     void init();
 
-    void asksInTheForm_data();
-    void asksInTheForm();
-    void wearsTheTheme_data();
-    void wearsTheTheme();
-    void fillsInTheNickOfTheMoment();
-    void acceptsByReturn_data();
-    void acceptsByReturn();
-    void changesNothingWhenRejected_data();
-    void changesNothingWhenRejected();
-    void asksAnewEachTime();
+    void showsTheForm_data();
+    void showsTheForm();
+    void appliesTheTheme_data();
+    void appliesTheTheme();
+    void startsWithCurrentNick();
+    void acceptsByReturnOrClick_data();
+    void acceptsByReturnOrClick();
+    void rejectionChangesNothing_data();
+    void rejectionChangesNothing();
+    void keepsNoStateBetweenPrompts();
 
-    void goesAway_data();
-    void goesAway();
-    void tellsTheConversationsLater();
-    void greysTheUser();
-    void comesBackWithoutAsking();
-    void leavesOutTheList();
-    void followsTheLink();
+    void setsAway_data();
+    void setsAway();
+    void addsAwayLinesLater();
+    void updatesUserListAndStatusBar();
+    void leavesAwayWithoutPrompt();
+    void addsNoLineToListTab();
+    void disconnectResetsAway();
 
-    void changesTheNick_data();
-    void changesTheNick();
-    void keepsTheNick_data();
-    void keepsTheNick();
-    void comesBackForANewNick();
-    void staysAwayWithTheOldNick();
+    void changesNick_data();
+    void changesNick();
+    void keepsNick_data();
+    void keepsNick();
+    void newNickLeavesAway();
+    void sameNickStaysAway();
 
-    void asksNothingWithoutALink_data();
-    void asksNothingWithoutALink();
-    void refusesToJoinWithoutALink();
+    void doesNotAskWhileDisconnected_data();
+    void doesNotAskWhileDisconnected();
+    void refusesToJoinWhileDisconnected();
 
-    void asksForAChannel();
-    void joins_data();
-    void joins();
-    void joinsNothingWhenRejected();
+    void showsJoinDialog();
+    void joinsChannel_data();
+    void joinsChannel();
+    void rejectionJoinsNothing();
 
-    void goesAwayAfterWhatHappened_data();
-    void goesAwayAfterWhatHappened();
-    void changesTheNickAfterWhatHappened_data();
-    void changesTheNickAfterWhatHappened();
-    void joinsAfterWhatHappened_data();
-    void joinsAfterWhatHappened();
-    void comparesWithTheNickOfTheMoment();
-    void takesHostileTexts_data();
-    void takesHostileTexts();
+    void setsAwayAfterSessionEvent_data();
+    void setsAwayAfterSessionEvent();
+    void changesNickAfterSessionEvent_data();
+    void changesNickAfterSessionEvent();
+    void joinsAfterSessionEvent_data();
+    void joinsAfterSessionEvent();
+    void comparesWithCurrentNick();
+    void acceptsHostileNicks_data();
+    void acceptsHostileNicks();
 
 private:
     TemporaryStore store;
@@ -145,7 +144,7 @@ void TestPrompts::init()
     store.clear();
 }
 
-void TestPrompts::asksInTheForm_data()
+void TestPrompts::showsTheForm_data()
 {
     QTest::addColumn<QString>("entry");
     QTest::addColumn<QString>("title");
@@ -161,7 +160,7 @@ void TestPrompts::asksInTheForm_data()
                           << u"me"_s << u"Enter new nickname"_s << u"Change"_s;
 }
 
-void TestPrompts::asksInTheForm()
+void TestPrompts::showsTheForm()
 {
     QFETCH(const QString, entry);
     WindowSession session;
@@ -170,7 +169,7 @@ void TestPrompts::asksInTheForm()
     answers.queueForDialog([&session](QDialog *dialog) {
         QCOMPARE(dialog->parent(), &session.window);
         QTEST(dialog->windowTitle(), "title");
-        // A button in the title bar brings its menu along.
+        // Qt adds the system menu to a window with a close button.
         QCOMPARE(dialog->windowFlags() & ~Qt::WindowSystemMenuHint,
                  Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
                          | Qt::WindowCloseButtonHint);
@@ -207,7 +206,7 @@ void TestPrompts::asksInTheForm()
     QCOMPARE(answers.problems(), QStringList());
 }
 
-void TestPrompts::wearsTheTheme_data()
+void TestPrompts::appliesTheTheme_data()
 {
     QTest::addColumn<QString>("theme");
     QTest::addColumn<QString>("entry");
@@ -218,7 +217,7 @@ void TestPrompts::wearsTheTheme_data()
     }
 }
 
-void TestPrompts::wearsTheTheme()
+void TestPrompts::appliesTheTheme()
 {
     QFETCH(const QString, theme);
     QFETCH(const QString, entry);
@@ -240,7 +239,7 @@ void TestPrompts::wearsTheTheme()
     QCOMPARE(answers.problems(), QStringList());
 }
 
-void TestPrompts::fillsInTheNickOfTheMoment()
+void TestPrompts::startsWithCurrentNick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -258,7 +257,7 @@ void TestPrompts::fillsInTheNickOfTheMoment()
     QCOMPARE(text, u"[you]"_s);
 }
 
-void TestPrompts::acceptsByReturn_data()
+void TestPrompts::acceptsByReturnOrClick_data()
 {
     QTest::addColumn<QString>("entry");
     QTest::addColumn<QString>("sent");
@@ -267,13 +266,13 @@ void TestPrompts::acceptsByReturn_data()
     QTest::newRow("nick") << ChangeNick << u"NICK typed"_s;
 }
 
-void TestPrompts::acceptsByReturn()
+void TestPrompts::acceptsByReturnOrClick()
 {
     QFETCH(const QString, entry);
     QFETCH(const QString, sent);
-    const QList<std::function<void(QDialog *)>> ways{
+    const QList<std::function<void(QDialog *)>> acceptances{
             [](QDialog *dialog) {
-                // By the line itself, and not by way of the default button.
+                // Disabled, so that the line edit itself must accept.
                 dialog->findChild<QPushButton *>(u"connectButton"_s)->setEnabled(false);
                 QTest::keyClick(dialog->findChild<QLineEdit *>(), Qt::Key_Return);
             },
@@ -282,7 +281,7 @@ void TestPrompts::acceptsByReturn()
                                   Qt::LeftButton);
             },
     };
-    for (const auto &accept : ways) {
+    for (const auto &accept : acceptances) {
         WindowSession session;
         QVERIFY(session.registerAs());
         const SessionOutput output(session);
@@ -297,22 +296,22 @@ void TestPrompts::acceptsByReturn()
     }
 }
 
-void TestPrompts::changesNothingWhenRejected_data()
+void TestPrompts::rejectionChangesNothing_data()
 {
     QTest::addColumn<QString>("entry");
-    QTest::addColumn<WayOut>("leave");
+    QTest::addColumn<Dismissal>("dismiss");
 
     for (const QString &entry : {MarkAway, ChangeNick}) {
-        QTest::addRow("cancel, %s", qPrintable(entry)) << entry << WayOut(byCancel);
-        QTest::addRow("escape, %s", qPrintable(entry)) << entry << WayOut(byEscape);
-        QTest::addRow("title bar, %s", qPrintable(entry)) << entry << WayOut(byTitleBar);
+        QTest::addRow("cancel, %s", qPrintable(entry)) << entry << Dismissal(dismissByCancel);
+        QTest::addRow("escape, %s", qPrintable(entry)) << entry << Dismissal(dismissByEscape);
+        QTest::addRow("title bar, %s", qPrintable(entry)) << entry << Dismissal(dismissByTitleBar);
     }
 }
 
-void TestPrompts::changesNothingWhenRejected()
+void TestPrompts::rejectionChangesNothing()
 {
     QFETCH(const QString, entry);
-    QFETCH(const WayOut, leave);
+    QFETCH(const Dismissal, dismiss);
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
@@ -323,7 +322,7 @@ void TestPrompts::changesNothingWhenRejected()
         QObject::connect(dialog, &QDialog::finished, dialog,
                          [&result](int code) { result = code; });
         dialog->findChild<QLineEdit *>()->setText(u"typed"_s);
-        leave(dialog);
+        dismiss(dialog);
     });
     session.choose(entry);
     QCOMPARE(answers.problems(), QStringList());
@@ -336,7 +335,7 @@ void TestPrompts::changesNothingWhenRejected()
     QCOMPARE(output.lines(), Lines());
 }
 
-void TestPrompts::asksAnewEachTime()
+void TestPrompts::keepsNoStateBetweenPrompts()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -355,7 +354,7 @@ void TestPrompts::asksAnewEachTime()
     QVERIFY(session.window.findChild<QDialogButtonBox *>() == nullptr);
 }
 
-void TestPrompts::goesAway_data()
+void TestPrompts::setsAway_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("message");
@@ -363,16 +362,16 @@ void TestPrompts::goesAway_data()
     const auto add = [](const char *name, const QString &typed, const QString &message) {
         QTest::newRow(name) << typed << message;
     };
-    add("as offered", u"Away"_s, u"Away"_s);
+    add("default", u"Away"_s, u"Away"_s);
     add("a reason", u"lunch"_s, u"lunch"_s);
-    add("nothing", QString(), u"Away"_s);
-    add("blanks", u"   "_s, u"Away"_s);
-    add("blanks around", u"  back at  two "_s, u"back at  two"_s);
+    add("empty", QString(), u"Away"_s);
+    add("spaces", u"   "_s, u"Away"_s);
+    add("surrounding spaces", u"  back at  two "_s, u"back at  two"_s);
     add("placeholders", u"%1 %2"_s, u"%1 %2"_s);
     add("markup", u"<b>x</b> &amp;"_s, u"<b>x</b> &amp;"_s);
 }
 
-void TestPrompts::goesAway()
+void TestPrompts::setsAway()
 {
     QFETCH(const QString, typed);
     QFETCH(const QString, message);
@@ -396,7 +395,7 @@ void TestPrompts::goesAway()
                     {u"bob"_s, {said}}}));
 }
 
-void TestPrompts::tellsTheConversationsLater()
+void TestPrompts::addsAwayLinesLater()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -415,7 +414,7 @@ void TestPrompts::tellsTheConversationsLater()
     QCOMPARE(answers.problems(), QStringList());
 }
 
-void TestPrompts::greysTheUser()
+void TestPrompts::updatesUserListAndStatusBar()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -435,7 +434,7 @@ void TestPrompts::greysTheUser()
     QCOMPARE(answers.problems(), QStringList());
 }
 
-void TestPrompts::comesBackWithoutAsking()
+void TestPrompts::leavesAwayWithoutPrompt()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -455,7 +454,7 @@ void TestPrompts::comesBackWithoutAsking()
                                     {u"bob"_s, {u"me|is back"_s}}}));
 }
 
-void TestPrompts::leavesOutTheList()
+void TestPrompts::addsNoLineToListTab()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -466,12 +465,12 @@ void TestPrompts::leavesOutTheList()
     answers.queueForDialog(accepting(u"lunch"_s));
     session.choose(MarkAway);
     session.choose(UnmarkAway);
-    // A line for the list would be a warning, which fails the test.
+    // A line for the list would log a warning, which fails the test.
     QCOMPARE(output.sent(), (QStringList{u"AWAY :lunch"_s, u"AWAY"_s}));
     QCOMPARE(output.lines().keys(), (QStringList{u"#a"_s, Server}));
 }
 
-void TestPrompts::followsTheLink()
+void TestPrompts::disconnectResetsAway()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -482,7 +481,7 @@ void TestPrompts::followsTheLink()
     QVERIFY(Interruptions::dropLink(session));
     QVERIFY(!session.probe.isAway());
     QCOMPARE(session.probe.awayAction().text(), MarkAway);
-    // The server's word plays no part.
+    // Numeric 306 has no effect.
     QVERIFY(session.registerAs());
     QVERIFY(session.receive(u":irc.test 306 me :You have been marked as being away"_s));
     QVERIFY(!session.probe.isAway());
@@ -490,19 +489,19 @@ void TestPrompts::followsTheLink()
     QCOMPARE(answers.problems(), QStringList());
 }
 
-void TestPrompts::changesTheNick_data()
+void TestPrompts::changesNick_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("nick");
 
-    QTest::newRow("another") << u"newer"_s << u"newer"_s;
-    QTest::newRow("with blanks around") << u"  newer "_s << u"newer"_s;
-    QTest::newRow("another case") << u"ME"_s << u"ME"_s;
+    QTest::newRow("different") << u"newer"_s << u"newer"_s;
+    QTest::newRow("surrounding spaces") << u"  newer "_s << u"newer"_s;
+    QTest::newRow("different case") << u"ME"_s << u"ME"_s;
     QTest::newRow("two words") << u"new er"_s << u"new er"_s;
     QTest::newRow("placeholder") << u"%1"_s << u"%1"_s;
 }
 
-void TestPrompts::changesTheNick()
+void TestPrompts::changesNick()
 {
     QFETCH(const QString, typed);
     QFETCH(const QString, nick);
@@ -519,17 +518,17 @@ void TestPrompts::changesTheNick()
     QCOMPARE(output.lines(), Lines());
 }
 
-void TestPrompts::keepsTheNick_data()
+void TestPrompts::keepsNick_data()
 {
     QTest::addColumn<QString>("typed");
 
     QTest::newRow("unchanged") << u"me"_s;
-    QTest::newRow("with blanks around") << u" me "_s;
-    QTest::newRow("nothing") << QString();
-    QTest::newRow("blanks") << u"  "_s;
+    QTest::newRow("surrounding spaces") << u" me "_s;
+    QTest::newRow("empty") << QString();
+    QTest::newRow("spaces") << u"  "_s;
 }
 
-void TestPrompts::keepsTheNick()
+void TestPrompts::keepsNick()
 {
     QFETCH(const QString, typed);
     WindowSession session;
@@ -544,7 +543,7 @@ void TestPrompts::keepsTheNick()
     QCOMPARE(output.lines(), Lines());
 }
 
-void TestPrompts::comesBackForANewNick()
+void TestPrompts::newNickLeavesAway()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -563,14 +562,14 @@ void TestPrompts::comesBackForANewNick()
     QCOMPARE(session.window.statusBar()->currentMessage(), u"Connected to 127.0.0.1 as me"_s);
     QCOMPARE(session.probe.pendingNick(), u"newer"_s);
     QCOMPARE(output.sent(), (QStringList{u"AWAY"_s, u"NICK newer"_s}));
-    // The conversations hear nothing of it.
+    // The conversations get no line.
     QCOMPARE(output.lines(), (Lines{{Server, {u"*** You are back"_s}}}));
     QVERIFY(session.receive(u":me!u@h NICK newer"_s));
     QCOMPARE(session.probe.pendingNick(), QString());
     QCOMPARE(session.probe.lastLine(u"#a"_s), u"me|is now known as newer"_s);
 }
 
-void TestPrompts::staysAwayWithTheOldNick()
+void TestPrompts::sameNickStaysAway()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -589,7 +588,7 @@ void TestPrompts::staysAwayWithTheOldNick()
     QCOMPARE(output.lines(), Lines());
 }
 
-void TestPrompts::asksNothingWithoutALink_data()
+void TestPrompts::doesNotAskWhileDisconnected_data()
 {
     QTest::addColumn<QString>("entry");
     QTest::addColumn<bool>("isAway");
@@ -599,7 +598,7 @@ void TestPrompts::asksNothingWithoutALink_data()
     QTest::newRow("nick") << ChangeNick << false;
 }
 
-void TestPrompts::asksNothingWithoutALink()
+void TestPrompts::doesNotAskWhileDisconnected()
 {
     QFETCH(const QString, entry);
     QFETCH(const bool, isAway);
@@ -613,7 +612,7 @@ void TestPrompts::asksNothingWithoutALink()
     QCOMPARE(session.probe.lines(Server), QStringList());
 }
 
-void TestPrompts::refusesToJoinWithoutALink()
+void TestPrompts::refusesToJoinWhileDisconnected()
 {
     WindowSession session;
     ModalAnswers answers;
@@ -629,7 +628,7 @@ void TestPrompts::refusesToJoinWithoutALink()
     QCOMPARE(session.probe.lines(Server), QStringList());
 }
 
-void TestPrompts::asksForAChannel()
+void TestPrompts::showsJoinDialog()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -648,7 +647,7 @@ void TestPrompts::asksForAChannel()
     QCOMPARE(answers.problems(), QStringList());
 }
 
-void TestPrompts::joins_data()
+void TestPrompts::joinsChannel_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QStringList>("sent");
@@ -657,17 +656,17 @@ void TestPrompts::joins_data()
         QTest::newRow(name) << typed << sent;
     };
     add("a channel", u"#linux"_s, {u"JOIN #linux"_s});
-    add("a bare name", u"linux"_s, {u"JOIN #linux"_s});
+    add("name without prefix", u"linux"_s, {u"JOIN #linux"_s});
     add("a local channel", u"&linux"_s, {u"JOIN #&linux"_s});
-    add("two signs", u"##linux"_s, {u"JOIN ##linux"_s});
-    add("a sign alone", u"#"_s, {u"JOIN #"_s});
-    add("blanks", u"  "_s, {u"JOIN #  "_s});
-    add("blanks around", u" linux "_s, {u"JOIN # linux "_s});
+    add("two prefixes", u"##linux"_s, {u"JOIN ##linux"_s});
+    add("prefix only", u"#"_s, {u"JOIN #"_s});
+    add("spaces", u"  "_s, {u"JOIN #  "_s});
+    add("surrounding spaces", u" linux "_s, {u"JOIN # linux "_s});
     add("a key", u"linux key"_s, {u"JOIN #linux key"_s});
-    add("nothing", QString(), {});
+    add("empty", QString(), {});
 }
 
-void TestPrompts::joins()
+void TestPrompts::joinsChannel()
 {
     QFETCH(const QString, typed);
     WindowSession session;
@@ -683,11 +682,11 @@ void TestPrompts::joins()
     QCOMPARE(answers.problems(), QStringList());
     QTEST(output.sent(), "sent");
     QCOMPARE(output.lines(), Lines());
-    // The tab comes with the server's answer.
+    // The tab opens with the server's reply.
     QCOMPARE(session.probe.tabTexts(), QStringList{Server});
 }
 
-void TestPrompts::joinsNothingWhenRejected()
+void TestPrompts::rejectionJoinsNothing()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -702,41 +701,40 @@ void TestPrompts::joinsNothingWhenRejected()
     QCOMPARE(output.sent(), QStringList());
 }
 
-void TestPrompts::goesAwayAfterWhatHappened_data()
+void TestPrompts::setsAwayAfterSessionEvent_data()
 {
-    QTest::addColumn<Happening>("happening");
+    QTest::addColumn<SessionEvent>("sessionEvent");
     QTest::addColumn<QStringList>("sent");
 
-    QTest::newRow("link") << Happening(Interruptions::dropLink) << QStringList();
-    QTest::newRow("disconnect") << Happening(disconnectByMenu) << QStringList();
-    QTest::newRow("flood") << Happening(Interruptions::flood) << QStringList{u"AWAY :lunch"_s};
-    QTest::newRow("nick") << Happening(changeOwnNick) << QStringList{u"AWAY :lunch"_s};
-    QTest::newRow("closed tabs") << Happening(Interruptions::closeTabs)
+    QTest::newRow("connection lost") << SessionEvent(Interruptions::dropLink) << QStringList();
+    QTest::newRow("disconnect") << SessionEvent(disconnectByMenu) << QStringList();
+    QTest::newRow("flood") << SessionEvent(Interruptions::flood) << QStringList{u"AWAY :lunch"_s};
+    QTest::newRow("nick") << SessionEvent(changeOwnNick) << QStringList{u"AWAY :lunch"_s};
+    QTest::newRow("closed tabs") << SessionEvent(Interruptions::closeTabs)
                                  << QStringList{u"PART #a :Leaving"_s, u"AWAY :lunch"_s};
 }
 
-// The answer counts whatever has come to pass since the question.
-void TestPrompts::goesAwayAfterWhatHappened()
+void TestPrompts::setsAwayAfterSessionEvent()
 {
-    QFETCH(const Happening, happening);
+    QFETCH(const SessionEvent, sessionEvent);
     QFETCH(const QStringList, sent);
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     const SessionOutput output(session);
     ModalAnswers answers;
-    bool happened = false;
+    bool eventOccurred = false;
     answers.queueForDialog([&](QDialog *dialog) {
-        happened = happening(session);
+        eventOccurred = sessionEvent(session);
         accepting(u"lunch"_s)(dialog);
     });
     session.choose(MarkAway);
     QCOMPARE(answers.problems(), QStringList());
-    QVERIFY(happened);
+    QVERIFY(eventOccurred);
     QVERIFY(session.probe.isAway());
     QCOMPARE(session.probe.awayAction().text(), UnmarkAway);
     QVERIFY(session.probe.lines(Server).contains(u"*** You are marked as away (lunch)"_s));
-    QCOMPARE(output.sent().filter(Spoken), sent);
+    QCOMPARE(output.sent().filter(UserLines), sent);
     if (session.probe.tabs().contains(u"#a"_s)) {
         QTRY_COMPARE_WITH_TIMEOUT(
                 session.probe.lastLine(u"#a"_s),
@@ -745,70 +743,70 @@ void TestPrompts::goesAwayAfterWhatHappened()
     }
 }
 
-void TestPrompts::changesTheNickAfterWhatHappened_data()
+void TestPrompts::changesNickAfterSessionEvent_data()
 {
-    QTest::addColumn<Happening>("happening");
+    QTest::addColumn<SessionEvent>("sessionEvent");
     QTest::addColumn<QStringList>("sent");
 
-    QTest::newRow("link") << Happening(Interruptions::dropLink) << QStringList();
-    QTest::newRow("disconnect") << Happening(disconnectByMenu) << QStringList();
-    QTest::newRow("flood") << Happening(Interruptions::flood) << QStringList{u"NICK newer"_s};
-    QTest::newRow("nick") << Happening(changeOwnNick) << QStringList{u"NICK newer"_s};
+    QTest::newRow("connection lost") << SessionEvent(Interruptions::dropLink) << QStringList();
+    QTest::newRow("disconnect") << SessionEvent(disconnectByMenu) << QStringList();
+    QTest::newRow("flood") << SessionEvent(Interruptions::flood) << QStringList{u"NICK newer"_s};
+    QTest::newRow("nick") << SessionEvent(changeOwnNick) << QStringList{u"NICK newer"_s};
 }
 
-void TestPrompts::changesTheNickAfterWhatHappened()
+void TestPrompts::changesNickAfterSessionEvent()
 {
-    QFETCH(const Happening, happening);
+    QFETCH(const SessionEvent, sessionEvent);
     QFETCH(const QStringList, sent);
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     const SessionOutput output(session);
     ModalAnswers answers;
-    bool happened = false;
+    bool eventOccurred = false;
     answers.queueForDialog([&](QDialog *dialog) {
-        happened = happening(session);
+        eventOccurred = sessionEvent(session);
         accepting(u"newer"_s)(dialog);
     });
     session.choose(ChangeNick);
     QCOMPARE(answers.problems(), QStringList());
-    QVERIFY(happened);
+    QVERIFY(eventOccurred);
     QCOMPARE(session.probe.pendingNick(), u"newer"_s);
-    QCOMPARE(output.sent().filter(Spoken), sent);
+    QCOMPARE(output.sent().filter(UserLines), sent);
 }
 
-void TestPrompts::joinsAfterWhatHappened_data()
+void TestPrompts::joinsAfterSessionEvent_data()
 {
-    QTest::addColumn<Happening>("happening");
+    QTest::addColumn<SessionEvent>("sessionEvent");
     QTest::addColumn<QStringList>("sent");
 
-    QTest::newRow("link") << Happening(Interruptions::dropLink) << QStringList();
-    QTest::newRow("disconnect") << Happening(disconnectByMenu) << QStringList();
-    QTest::newRow("flood") << Happening(Interruptions::flood) << QStringList{u"JOIN #b"_s};
-    QTest::newRow("nick") << Happening(changeOwnNick) << QStringList{u"JOIN #b"_s};
+    QTest::newRow("connection lost") << SessionEvent(Interruptions::dropLink) << QStringList();
+    QTest::newRow("disconnect") << SessionEvent(disconnectByMenu) << QStringList();
+    QTest::newRow("flood") << SessionEvent(Interruptions::flood) << QStringList{u"JOIN #b"_s};
+    QTest::newRow("nick") << SessionEvent(changeOwnNick) << QStringList{u"JOIN #b"_s};
 }
 
-void TestPrompts::joinsAfterWhatHappened()
+void TestPrompts::joinsAfterSessionEvent()
 {
-    QFETCH(const Happening, happening);
+    QFETCH(const SessionEvent, sessionEvent);
     QFETCH(const QStringList, sent);
     WindowSession session;
     QVERIFY(session.registerAs());
     QVERIFY(session.join(u"#a"_s, u"me bob"_s));
     const SessionOutput output(session);
     ModalAnswers answers;
-    bool happened = false;
+    bool eventOccurred = false;
     answers.queueForDialog([&](QDialog *dialog) {
-        happened = happening(session);
+        eventOccurred = sessionEvent(session);
         accepting(u"b"_s)(dialog);
     });
     session.choose(Join);
     QCOMPARE(answers.problems(), QStringList());
-    QVERIFY(happened);
-    QCOMPARE(output.sent().filter(Spoken), sent);
+    QVERIFY(eventOccurred);
+    QCOMPARE(output.sent().filter(UserLines), sent);
 }
 
-void TestPrompts::comparesWithTheNickOfTheMoment()
+void TestPrompts::comparesWithCurrentNick()
 {
     WindowSession session;
     QVERIFY(session.registerAs());
@@ -825,7 +823,7 @@ void TestPrompts::comparesWithTheNickOfTheMoment()
     QCOMPARE(output.sent(), QStringList{u"NICK me"_s});
 }
 
-void TestPrompts::takesHostileTexts_data()
+void TestPrompts::acceptsHostileNicks_data()
 {
     QTest::addColumn<QString>("text");
 
@@ -836,8 +834,8 @@ void TestPrompts::takesHostileTexts_data()
     QTest::newRow("mnemonic") << u"a&b"_s;
 }
 
-// A server can give any nick, and the prompt starts from it.
-void TestPrompts::takesHostileTexts()
+// A server can send any nick, and the prompt shows it.
+void TestPrompts::acceptsHostileNicks()
 {
     QFETCH(const QString, text);
     WindowSession session;

@@ -1,4 +1,4 @@
-// What a screen reader gets from the built program over an accessibility bus.
+// The built program as a screen reader sees it over an accessibility bus.
 
 #include "AccessibilityBus.h"
 #include "PreparedStore.h"
@@ -15,12 +15,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Of `AtspiStateType`.
+// Values of `AtspiStateType`.
 constexpr int Focusable = 11;
 constexpr int Focused = 12;
 
 constexpr QRgb StampColour = qRgb(136, 136, 136);
-constexpr int StampDistance = 40;
+constexpr int StampColourTolerance = 40;
 
 const auto Document = u"document"_s;
 
@@ -39,7 +39,7 @@ public:
     /// Starts the program, which shows its connect dialog.
     [[nodiscard]] bool start()
     {
-        // The quotes keep the text as it is.
+        // The quotes make it a literal text.
         store.setValue(u"timestampFormat"_s, u"'[now]'"_s);
         store.addServer({.host = u"127.0.0.1"_s,
                          .port = server.port(),
@@ -52,7 +52,7 @@ public:
         return !root.path.isEmpty();
     }
 
-    /// Starts the program and lets it join #room, which is the current tab then.
+    /// Starts the program and joins #room, whose tab becomes the current one.
     [[nodiscard]] bool startSession()
     {
         if (!start() || !program.pressConnect() || !server.waitForClient()
@@ -67,8 +67,8 @@ public:
         return server.waitForLine(u"NAMES #room"_s) && screen.waitFor(isJoined);
     }
 
-    /// Joins #room as an operator with alice, who also says something in private, and answers a
-    /// request for the channel list.
+    /// Starts a session as operator of #room with alice, who also sends a private message. The
+    /// server answers requests for the channel list.
     [[nodiscard]] bool startBusySession()
     {
         QObject::connect(&server, &ScriptedServer::lineReceived, &server,
@@ -104,7 +104,7 @@ public:
                && screen.waitFor([this] { return bus.hasState(room, Focused); });
     }
 
-    /// Returns the control that has reported the focus last.
+    /// Returns the control that last reported the focus.
     [[nodiscard]] AccessibleNode focused() const
     {
         const auto &events = bus.events();
@@ -140,7 +140,7 @@ public:
         return node;
     }
 
-    /// The texts that the conversation has reported as inserted.
+    /// Returns the texts that the conversation reported as inserted.
     [[nodiscard]] QStringList insertedTexts() const
     {
         QStringList texts;
@@ -151,7 +151,7 @@ public:
         return texts;
     }
 
-    /// The names of the notifications that were shown.
+    /// Returns the names of the notifications shown.
     [[nodiscard]] QStringList announcedTexts() const
     {
         QStringList texts;
@@ -183,12 +183,12 @@ class TestScreenReader final : public QObject
 
 private slots:
     void initTestCase();
-    void findsANameAndARole_data();
-    void findsANameAndARole();
-    void readsAndReportsLines();
-    void movesTheCaretRowByRow();
+    void controlsHaveNamesAndRoles_data();
+    void controlsHaveNamesAndRoles();
+    void reportsLines();
+    void movesCaretByRow();
     void focusesLinks();
-    void findsCharactersOnTheScreen();
+    void reportsCharacterExtents();
 };
 
 void TestScreenReader::initTestCase()
@@ -200,11 +200,11 @@ void TestScreenReader::initTestCase()
     QSKIP(qPrintable(missing));
 }
 
-void TestScreenReader::findsANameAndARole_data()
+void TestScreenReader::controlsHaveNamesAndRoles_data()
 {
     QTest::addColumn<bool>("isMainWindow");
     QTest::addColumn<Steps>("steps");
-    QTest::addColumn<int>("least");
+    QTest::addColumn<int>("minimum");
 
     const Step toEmojis{u"Tab"_s, u"Insert emoji"_s};
     const Step toTabs{u"Tab"_s, u"#room"_s};
@@ -285,11 +285,11 @@ void TestScreenReader::findsANameAndARole_data()
                           << 1;
 }
 
-void TestScreenReader::findsANameAndARole()
+void TestScreenReader::controlsHaveNamesAndRoles()
 {
     QFETCH(const bool, isMainWindow);
     QFETCH(const Steps, steps);
-    QFETCH(const int, least);
+    QFETCH(const int, minimum);
     Scene scene;
     QVERIFY(isMainWindow ? scene.startBusySession() : scene.start());
     const QString first = isMainWindow ? u"Message"_s : u"Server:"_s;
@@ -312,10 +312,10 @@ void TestScreenReader::findsANameAndARole()
             faults.append(u"%1 \"%2\" %3"_s.arg(role, name, node.path));
     });
     QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
-    QVERIFY2(count >= least, qPrintable(QString::number(count)));
+    QVERIFY2(count >= minimum, qPrintable(QString::number(count)));
 }
 
-void TestScreenReader::readsAndReportsLines()
+void TestScreenReader::reportsLines()
 {
     Scene scene;
     QVERIFY(scene.startSession());
@@ -334,7 +334,7 @@ void TestScreenReader::readsAndReportsLines()
             (QStringList{u"[now] alice: first message"_s, u"[now] bob: second"_s}), WaitTimeout);
 }
 
-void TestScreenReader::movesTheCaretRowByRow()
+void TestScreenReader::movesCaretByRow()
 {
     Scene scene;
     QVERIFY(scene.startSession());
@@ -374,7 +374,7 @@ void TestScreenReader::focusesLinks()
     QVERIFY(scene.bus.hasState(links.first(), Focused));
 }
 
-void TestScreenReader::findsCharactersOnTheScreen()
+void TestScreenReader::reportsCharacterExtents()
 {
     Scene scene;
     QVERIFY(scene.startSession());
@@ -386,7 +386,7 @@ void TestScreenReader::findsCharactersOnTheScreen()
     const QRect column(view.left() + 2, view.top() + 2, stamp.right() - view.left(),
                        view.height() - 4);
     const QRect drawn = scene.screen.waitUntilStable(
-            [&] { return scene.screen.findPixels(column, StampColour, StampDistance); });
+            [&] { return scene.screen.findPixels(column, StampColour, StampColourTolerance); });
     QVERIFY(!drawn.isEmpty());
     QVERIFY(stamp.contains(drawn));
     QVERIFY(stamp.height() < 3 * drawn.height());

@@ -14,7 +14,7 @@ class TestThemeManager final : public QObject
 private slots:
     void init();
 
-    void knowsOneDarkName();
+    void onlyDarkIsDark();
     void paletteByName_data();
     void paletteByName();
 
@@ -32,29 +32,30 @@ private slots:
     void tabWidgetSheet();
 
     void preferencesFrameHasTheWindowsColour();
-    void qtReadsEachSheet_data();
-    void qtReadsEachSheet();
-    void qtComplainsAboutABrokenSheet();
+    void qtParsesEachSheet_data();
+    void qtParsesEachSheet();
+    void qtWarnsOfBrokenSheet();
 };
 
 namespace {
 
 const QStringList LightNames{u"light"_s, u"glass"_s, u"Dark"_s, u"sepia"_s, u""_s};
 
-/// How two sheets differ, in words; empty if they say the same, however they are written.
+/// Describes how the rules of two sheets differ; empty if they are equal.
 QString difference(const QString &actual, const QString &expected)
 {
-    const StyleSheetReader is(actual);
-    const StyleSheetReader shouldBe(expected);
+    const StyleSheetReader actualSheet(actual);
+    const StyleSheetReader expectedSheet(expected);
     QStringList lines;
-    const QStringList selectors = is.selectors() + shouldBe.selectors();
+    const QStringList selectors = actualSheet.selectors() + expectedSheet.selectors();
     for (const QString &selector : selectors) {
-        if (is.rule(selector) == shouldBe.rule(selector))
+        if (actualSheet.rule(selector) == expectedSheet.rule(selector))
             continue;
-        const QStringList properties = is.rule(selector).keys() + shouldBe.rule(selector).keys();
+        const QStringList properties =
+                actualSheet.rule(selector).keys() + expectedSheet.rule(selector).keys();
         for (const QString &property : properties) {
-            const QString value = is.value(selector, property);
-            const QString expectedValue = shouldBe.value(selector, property);
+            const QString value = actualSheet.value(selector, property);
+            const QString expectedValue = expectedSheet.value(selector, property);
             if (value != expectedValue) {
                 lines.append(u"%1 { %2 } is \"%3\", not \"%4\""_s.arg(selector, property, value,
                                                                       expectedValue));
@@ -65,7 +66,7 @@ QString difference(const QString &actual, const QString &expected)
     return lines.join(u'\n');
 }
 
-/// One row for "dark" and one for each name that means the light look.
+/// Adds one row for "dark" and one for each name that selects the light theme.
 void addRows(const QString &dark, const QString &light)
 {
     QTest::addColumn<QString>("theme");
@@ -101,7 +102,7 @@ const QString Buttons = uR"(
 const QString DarkCancelHover = u"QPushButton#cancelButton:hover { background: #5F1E1E; }"_s;
 const QString LightCancelHover = u"QPushButton#cancelButton:hover { background: #FFE5E5; }"_s;
 
-/// What the tabs of the main window have in common in both looks.
+/// The rules of the main window's tabs that both themes share.
 const QString MainTabs = uR"(
     QTabWidget::pane { border: none; padding: 0; }
     QTabBar::tab { border-bottom: none; padding: 6px 8px 6px 4px; margin-right: 2px;
@@ -113,7 +114,7 @@ const QString MainTabs = uR"(
     QTabBar::tab:selected:hover { background: #007AFF; color: #FFFFFF; }
 )"_s;
 
-/// What the preferences dialog has in common in both looks.
+/// The rules of the preferences dialog that both themes share.
 const QString Preferences = uR"(
     QDialog { background: #FFFFFF; }
     QLabel { color: #333333; font-size: 13px; }
@@ -140,12 +141,11 @@ const QString Preferences = uR"(
 
 void TestThemeManager::init()
 {
-    // A sheet that Qt cannot read is dropped whole, and an argument without a placeholder is
-    // ignored: both with nothing but a warning.
+    // Qt only warns of a sheet that it cannot parse and of an argument without a placeholder.
     QTest::failOnWarning(QRegularExpression(u"."_s));
 }
 
-void TestThemeManager::knowsOneDarkName()
+void TestThemeManager::onlyDarkIsDark()
 {
     QVERIFY(ThemeManager::isDark(u"dark"_s));
     for (const QString &name : LightNames)
@@ -170,7 +170,7 @@ void TestThemeManager::paletteByName_data()
 void TestThemeManager::paletteByName()
 {
     QFETCH(const QString, theme);
-    // The fields in the order of their declaration.
+    // In the order of declaration.
     const auto [windowBackground, panelBackground, textColor, accentColor, accentHoverColor,
                 inputBackground, borderColor, destructiveColor, paletteFlag] =
             ThemeManager::palette(theme);
@@ -350,7 +350,7 @@ void TestThemeManager::preferencesFrameHasTheWindowsColour()
             != sheet.value(u"QTabBar::tab"_s, u"border"_s));
 }
 
-void TestThemeManager::qtReadsEachSheet_data()
+void TestThemeManager::qtParsesEachSheet_data()
 {
     QTest::addColumn<QString>("sheet");
     for (const char *name : {"light", "dark", "glass"}) {
@@ -364,7 +364,7 @@ void TestThemeManager::qtReadsEachSheet_data()
     }
 }
 
-void TestThemeManager::qtReadsEachSheet()
+void TestThemeManager::qtParsesEachSheet()
 {
     QFETCH(const QString, sheet);
     QVERIFY(!sheet.contains(u'%'));
@@ -373,7 +373,7 @@ void TestThemeManager::qtReadsEachSheet()
     widget.ensurePolished();
 }
 
-void TestThemeManager::qtComplainsAboutABrokenSheet()
+void TestThemeManager::qtWarnsOfBrokenSheet()
 {
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^Could not parse stylesheet"_s));
     QWidget widget;

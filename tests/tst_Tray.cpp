@@ -1,5 +1,5 @@
-// The built program's icon in a real tray, and on a bus where a desktop takes icons in and shows
-// notifications. What others show of it is looked at from outside.
+// The built program's icon in a real tray, and on a bus with a fake desktop that shows icons and
+// notifications.
 
 #include "Child.h"
 #include "DrawnText.h"
@@ -31,39 +31,39 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int OneTry = 5000; // In ms, of several.
+constexpr int AttemptMs = 5000;
 constexpr int NotificationMs = 5000;
 
 const auto MainTitle = u"Velmora"_s;
 const auto DesktopEntry = u"example.velmora.Velmora"_s;
-const auto OtherTitle = u"Somebody else"_s;
+const auto OtherTitle = u"Other program"_s;
 
 constexpr QRgb OtherColour = qRgb(192, 0, 192);
-constexpr int OtherPoints = 50'000; // The other window has more points than this.
+constexpr int OtherPoints = 50'000; // Minimum for the other window.
 
-constexpr int MenuPoints = 1000; // A tab's menu changes more points than this.
+constexpr int MenuPoints = 1000; // Minimum that a tab's menu changes.
 
-// The icon's menu is white, as nothing else is where it comes up, the tool tip included.
+// The icon's menu is the only white area where it opens; the tool tip is not white.
 constexpr QRect MenuArea(1200, 32, 200, 60);
 constexpr QRgb MenuColour = qRgb(255, 255, 255);
 constexpr int MenuWidth = 100;
 constexpr int MenuHeight = 30;
 
-// A notification by a window of its own.
+// A notification in a window of its own.
 constexpr QRgb BalloonColour = qRgb(255, 255, 225);
-constexpr int BalloonPoints = 2000; // It has more of them, and the tool tip of the icon none.
+constexpr int BalloonPoints = 2000; // Minimum; the icon's tool tip has none.
 
-// With these arguments the program is one that shows a window of another program, that tells by its
-// exit status whether there is a tray, that notifies of the odd text and tells what Qt's own window
-// for that shows, or that brings a maximised window back in two ways.
-constexpr QLatin1StringView ShowAWindow = "--show-a-window"_L1;
-constexpr QLatin1StringView LookForATray = "--look-for-a-tray"_L1;
+// Arguments that make this executable a helper program. It shows a window of another program,
+// returns by its exit status whether there is a tray, prints what Qt's notification window shows
+// for `MarkupText`, or restores a maximised window in two ways.
+constexpr QLatin1StringView ShowWindow = "--show-window"_L1;
+constexpr QLatin1StringView CheckForTray = "--check-for-tray"_L1;
 constexpr QLatin1StringView Notify = "--notify"_L1;
 constexpr QLatin1StringView ShowMaximised = "--show-maximised"_L1;
 
-const auto OddText = u"<b>bold</b> &amp; <a href=\"x:y\">here</a>"_s;
+const auto MarkupText = u"<b>bold</b> &amp; <a href=\"x:y\">here</a>"_s;
 
-int showAWindow(int argc, char **argv)
+int showWindow(int argc, char **argv)
 {
     const QApplication application(argc, argv);
     QWidget window;
@@ -74,7 +74,7 @@ int showAWindow(int argc, char **argv)
     return QApplication::exec();
 }
 
-int lookForATray(int argc, char **argv)
+int checkForTray(int argc, char **argv)
 {
     const QApplication application(argc, argv);
     return QSystemTrayIcon::isSystemTrayAvailable() ? 0 : 1;
@@ -99,7 +99,7 @@ int notify(int argc, char **argv)
     const QSystemTrayIcon *icon = probe.trayIcon();
     if (!icon || !QTest::qWaitFor([&] { return !icon->geometry().isEmpty(); }, WaitTimeout))
         return 1;
-    probe.showNotification(OddText, OddText);
+    probe.showNotification(MarkupText, MarkupText);
     if (!QTest::qWaitFor([] { return findBalloon() != nullptr; }, WaitTimeout))
         return 1;
     QTextStream(stdout) << DrawnText::joined(*findBalloon());
@@ -124,8 +124,8 @@ int showMaximised(int argc, char **argv)
     return window.isMaximized() ? 3 : 0;
 }
 
-// The sizes of the pictures that are read from a message.
-QList<QSize> readPictures(const QDBusArgument &argument)
+// Returns the sizes of the images in a D-Bus argument.
+QList<QSize> readImageSizes(const QDBusArgument &argument)
 {
     QList<QSize> sizes;
     argument.beginArray();
@@ -149,7 +149,7 @@ QString toolTip(const QDBusArgument &argument)
     QString text;
     argument.beginStructure();
     argument >> icon;
-    readPictures(argument);
+    readImageSizes(argument);
     argument >> title >> text;
     argument.endStructure();
     return title;
@@ -171,7 +171,7 @@ QStringList texts(const QList<FakeDesktop::Notification> &notifications)
     return result;
 }
 
-/// A screen with the program on it, and with what the test puts there first.
+/// A screen with the program and the tray or desktop that the test adds first.
 class Scene final
 {
 public:
@@ -191,12 +191,12 @@ public:
         return true;
     }
 
-    /// Starts the program and takes its connect dialog away.
+    /// Starts the program and closes its connect dialog.
     [[nodiscard]] bool startProgram()
     {
         return program.start(wrapper()) && screen.press(u"Escape"_s) && waitForActive(MainTitle);
     }
-    /// Starts the program and lets it connect and join #room, which is on show then.
+    /// Starts the program, connects and joins #room, whose tab becomes the current one.
     [[nodiscard]] bool startSession()
     {
         store.addServer({.host = u"127.0.0.1"_s,
@@ -213,12 +213,12 @@ public:
         return server.waitForLine(u"NAMES #room"_s);
     }
 
-    /// Puts a window of another program over ours. A window manager need not let a new window do
-    /// that by itself.
+    /// Shows a window of another program over ours and activates it, since a window manager may
+    /// refuse to activate new windows.
     [[nodiscard]] bool cover()
     {
         other.setProcessEnvironment(screen.environment());
-        return other.launch(QCoreApplication::applicationFilePath(), {ShowAWindow})
+        return other.launch(QCoreApplication::applicationFilePath(), {ShowWindow})
                && screen.waitFor([this] { return screen.activate(OtherTitle); })
                && screen.waitFor([this] { return isCovered(); });
     }
@@ -226,19 +226,19 @@ public:
     {
         return screen.countPixels(OtherColour) > OtherPoints && screen.activeTitle() == OtherTitle;
     }
-    /// Waits until our window has the keyboard and lies before the other.
+    /// Waits until our window is active and in front of the other.
     [[nodiscard]] bool waitForUncovered() const
     {
         return waitForActive(MainTitle)
                && screen.waitFor([this] { return screen.countPixels(OtherColour) == 0; });
     }
-    /// Opens the icon's menu and waits until it is painted, and so takes the keys. As long as the
-    /// program hears that its window has lost the keyboard, Qt closes the menu again at once.
+    /// Opens the icon's menu and waits until it is painted and receives keys. Tries again, since Qt
+    /// closes the menu when the program's window loses the focus at that moment.
     [[nodiscard]] bool openMenu() const
     {
         const auto isOpened = [this] {
             return screen.click(panel->icon(), 3)
-                   && QTest::qWaitFor([this] { return isMenuOpen(); }, OneTry);
+                   && QTest::qWaitFor([this] { return isMenuOpen(); }, AttemptMs);
         };
         return screen.waitFor(isOpened);
     }
@@ -251,9 +251,9 @@ public:
     {
         return screen.minimise() && screen.waitFor([this] { return isMinimised(); });
     }
-    [[nodiscard]] bool waitForActive(const QString &title, int patience = WaitTimeout) const
+    [[nodiscard]] bool waitForActive(const QString &title, int timeout = WaitTimeout) const
     {
-        return QTest::qWaitFor([&] { return screen.activeTitle() == title; }, patience);
+        return QTest::qWaitFor([&] { return screen.activeTitle() == title; }, timeout);
     }
     [[nodiscard]] bool isMinimised() const { return screen.activeTitle() != MainTitle; }
 
@@ -277,13 +277,13 @@ private:
     {
         Child look;
         look.setProcessEnvironment(screen.environment());
-        return look.launch(QCoreApplication::applicationFilePath(), {LookForATray})
+        return look.launch(QCoreApplication::applicationFilePath(), {CheckForTray})
                && look.waitForFinished(WaitTimeout) && look.exitCode() == 0;
     }
 };
 
-// What waits for the user, in an event loop of its own, while the program is told to quit.
-using Opening = bool (*)(const Scene &scene);
+// Opens something with a nested event loop, for quitting meanwhile.
+using Opener = bool (*)(const Scene &scene);
 
 bool openNothing(const Scene &)
 {
@@ -309,7 +309,7 @@ bool openTabMenu(const Scene &scene)
 
 } // namespace
 
-Q_DECLARE_METATYPE(Opening)
+Q_DECLARE_METATYPE(Opener)
 
 class TestTray final : public QObject
 {
@@ -319,29 +319,29 @@ private slots:
     void init();
     void cleanup();
 
-    void restoresItsMinimisedWindowByAClick();
-    void raisesItsWindowByAClick();
-    void doesNothingByAMiddleClick();
-    void showsItsMenuByARightClick();
-    void comesBackByTheMenu();
-    void leavesAMaximisedWindowToItsMenu();
-    void quitsByTheMenu();
-    void notifiesByAWindowOfItsOwn();
-    void notifiesOfTextAsItIsByAWindowOfItsOwn();
-    void survivesALongNickInATray();
+    void clickRestoresMinimisedWindow();
+    void clickRaisesWindow();
+    void middleClickDoesNothing();
+    void rightClickOpensMenu();
+    void menuRestoresWindow();
+    void onlyMenuRestoresMaximisedWindow();
+    void menuQuits();
+    void notifiesWithOwnWindow();
+    void notifiesVerbatimWithOwnWindow();
+    void survivesLongNickInTray();
 
-    void announcesItselfToADesktop();
-    void offersItsMenuToADesktop();
-    void comesBackByTheDesktop();
-    void comesBackByTheDesktopsMenu();
-    void quitsByTheDesktopsMenu_data();
-    void quitsByTheDesktopsMenu();
-    void notifiesByTheDesktop();
-    void showsTheTabOfAClickedNotification();
-    void notifiesOfTextAsItIs();
-    void outlivesTheDesktop();
+    void registersIconWithDesktop();
+    void exportsMenuToDesktop();
+    void desktopActivationRestoresWindow();
+    void desktopMenuRestoresWindow();
+    void desktopMenuQuits_data();
+    void desktopMenuQuits();
+    void notifiesThroughDesktop();
+    void clickedNotificationShowsTab();
+    void notifiesVerbatim();
+    void survivesEndOfDesktop();
 
-    void livesWithoutATray();
+    void worksWithoutTray();
 
 private:
     std::unique_ptr<Scene> scene;
@@ -361,7 +361,7 @@ void TestTray::cleanup()
     scene.reset();
 }
 
-void TestTray::restoresItsMinimisedWindowByAClick()
+void TestTray::clickRestoresMinimisedWindow()
 {
     QVERIFY(scene->addPanel());
     QVERIFY(scene->panel->icon().isNull());
@@ -372,7 +372,7 @@ void TestTray::restoresItsMinimisedWindowByAClick()
     QVERIFY(scene->waitForActive(MainTitle));
 }
 
-void TestTray::raisesItsWindowByAClick()
+void TestTray::clickRaisesWindow()
 {
     QVERIFY(scene->addPanel());
     QVERIFY(scene->startProgram());
@@ -382,19 +382,19 @@ void TestTray::raisesItsWindowByAClick()
     QVERIFY(scene->waitForUncovered());
 }
 
-void TestTray::doesNothingByAMiddleClick()
+void TestTray::middleClickDoesNothing()
 {
     QVERIFY(scene->addPanel());
     QVERIFY(scene->startProgram());
     QVERIFY(scene->panel->waitForIcon());
     QVERIFY(scene->cover());
     QVERIFY(scene->screen.click(scene->panel->icon(), 2));
-    // Whatever the click did is done by the time that the menu has come up.
+    // When the menu is open, the effect of the click would be visible.
     QVERIFY(scene->openMenu());
     QVERIFY(scene->isCovered());
 }
 
-void TestTray::showsItsMenuByARightClick()
+void TestTray::rightClickOpensMenu()
 {
     QVERIFY(scene->addPanel());
     QVERIFY(scene->startProgram());
@@ -408,7 +408,7 @@ void TestTray::showsItsMenuByARightClick()
     QVERIFY(scene->program.isRunning());
 }
 
-void TestTray::comesBackByTheMenu()
+void TestTray::menuRestoresWindow()
 {
     QVERIFY(scene->addPanel());
     QVERIFY(scene->startProgram());
@@ -416,13 +416,13 @@ void TestTray::comesBackByTheMenu()
     QVERIFY(scene->minimise());
     const auto isBack = [this] {
         return scene->openMenu() && scene->screen.press(u"Down"_s)
-               && scene->screen.press(u"Return"_s) && scene->waitForActive(MainTitle, OneTry);
+               && scene->screen.press(u"Return"_s) && scene->waitForActive(MainTitle, AttemptMs);
     };
     QVERIFY(scene->screen.waitFor(isBack));
 }
 
-// A click brings such a window to the front as it is, the menu's entry at its normal size.
-void TestTray::leavesAMaximisedWindowToItsMenu()
+// A click raises a maximised window, the menu's entry restores its normal size.
+void TestTray::onlyMenuRestoresMaximisedWindow()
 {
     QVERIFY(scene->addPanel());
     Child shower;
@@ -432,7 +432,7 @@ void TestTray::leavesAMaximisedWindowToItsMenu()
     QCOMPARE(shower.exitCode(), 0);
 }
 
-void TestTray::quitsByTheMenu()
+void TestTray::menuQuits()
 {
     QVERIFY(scene->addPanel());
     QVERIFY(scene->startSession());
@@ -445,8 +445,8 @@ void TestTray::quitsByTheMenu()
     QVERIFY(scene->server.waitForLine(u"QUIT :Velmora leaving"_s));
 }
 
-// Where only a tray is, Qt shows a notification beside the icon by itself.
-void TestTray::notifiesByAWindowOfItsOwn()
+// With a tray but no notification service, Qt shows a window beside the icon.
+void TestTray::notifiesWithOwnWindow()
 {
     QVERIFY(scene->addPanel());
     QVERIFY(scene->startSession());
@@ -457,11 +457,11 @@ void TestTray::notifiesByAWindowOfItsOwn()
     QVERIFY(!isNotified());
     scene->server.send(u":bob!u@h PRIVMSG wanda :<b>psst</b>"_s);
     QTRY_VERIFY_WITH_TIMEOUT(isNotified(), WaitTimeout);
-    // It goes again by itself.
+    // It closes after a while.
     QTRY_VERIFY_WITH_TIMEOUT(!isNotified(), WaitTimeout);
 }
 
-void TestTray::notifiesOfTextAsItIsByAWindowOfItsOwn()
+void TestTray::notifiesVerbatimWithOwnWindow()
 {
     QVERIFY(scene->addPanel());
     Child notifier;
@@ -469,10 +469,10 @@ void TestTray::notifiesOfTextAsItIsByAWindowOfItsOwn()
     QVERIFY(notifier.launch(QCoreApplication::applicationFilePath(), {Notify}));
     QVERIFY(notifier.waitForFinished(2 * WaitTimeout));
     const QString drawn = QString::fromUtf8(notifier.readAllStandardOutput());
-    QCOMPARE(drawn.simplified(), QString(OddText + OddText));
+    QCOMPARE(drawn.simplified(), QString(MarkupText + MarkupText));
 }
 
-void TestTray::survivesALongNickInATray()
+void TestTray::survivesLongNickInTray()
 {
     QVERIFY(scene->addPanel());
     QVERIFY(scene->startSession());
@@ -484,7 +484,7 @@ void TestTray::survivesALongNickInATray()
     QVERIFY(scene->server.waitForLine(u"PRIVMSG #room :still here"_s));
 }
 
-void TestTray::announcesItselfToADesktop()
+void TestTray::registersIconWithDesktop()
 {
     QVERIFY(scene->addDesktop());
     QVERIFY(scene->startProgram());
@@ -493,11 +493,11 @@ void TestTray::announcesItselfToADesktop()
     QCOMPARE(desktop.iconProperty(u"Status"_s).toString(), u"Active"_s);
     QCOMPARE(desktop.iconProperty(u"Title"_s).toString(), MainTitle);
     QCOMPARE(toolTip(desktop.iconProperty(u"ToolTip"_s).value<QDBusArgument>()), MainTitle);
-    const auto pictures = desktop.iconProperty(u"IconPixmap"_s).value<QDBusArgument>();
-    QVERIFY(!readPictures(pictures).isEmpty());
+    const auto images = desktop.iconProperty(u"IconPixmap"_s).value<QDBusArgument>();
+    QVERIFY(!readImageSizes(images).isEmpty());
 }
 
-void TestTray::offersItsMenuToADesktop()
+void TestTray::exportsMenuToDesktop()
 {
     QVERIFY(scene->addDesktop());
     QVERIFY(scene->startProgram());
@@ -505,7 +505,7 @@ void TestTray::offersItsMenuToADesktop()
     QCOMPARE(labels(scene->desktop->menu()), (QStringList{u"Show Velmora"_s, u"-"_s, u"Quit"_s}));
 }
 
-void TestTray::comesBackByTheDesktop()
+void TestTray::desktopActivationRestoresWindow()
 {
     QVERIFY(scene->addDesktop());
     QVERIFY(scene->startProgram());
@@ -522,7 +522,7 @@ void TestTray::comesBackByTheDesktop()
     QVERIFY(scene->waitForUncovered());
 }
 
-void TestTray::comesBackByTheDesktopsMenu()
+void TestTray::desktopMenuRestoresWindow()
 {
     QVERIFY(scene->addDesktop());
     QVERIFY(scene->startProgram());
@@ -535,17 +535,17 @@ void TestTray::comesBackByTheDesktopsMenu()
     QVERIFY(scene->waitForUncovered());
 }
 
-void TestTray::quitsByTheDesktopsMenu_data()
+void TestTray::desktopMenuQuits_data()
 {
-    QTest::addColumn<Opening>("open");
-    QTest::newRow("nothing open") << Opening(openNothing);
-    QTest::newRow("prompt") << Opening(openPrompt);
-    QTest::newRow("menu") << Opening(openTabMenu);
+    QTest::addColumn<Opener>("open");
+    QTest::newRow("nothing open") << Opener(openNothing);
+    QTest::newRow("prompt") << Opener(openPrompt);
+    QTest::newRow("menu") << Opener(openTabMenu);
 }
 
-void TestTray::quitsByTheDesktopsMenu()
+void TestTray::desktopMenuQuits()
 {
-    QFETCH(const Opening, open);
+    QFETCH(const Opener, open);
     QVERIFY(scene->addDesktop());
     QVERIFY(scene->startSession());
     QVERIFY(scene->desktop->waitForIcon());
@@ -556,13 +556,13 @@ void TestTray::quitsByTheDesktopsMenu()
     QVERIFY(scene->server.waitForLine(u"QUIT :Velmora leaving"_s));
 }
 
-void TestTray::notifiesByTheDesktop()
+void TestTray::notifiesThroughDesktop()
 {
     QVERIFY(scene->addDesktop());
     QVERIFY(scene->startSession());
     QVERIFY(scene->desktop->waitForIcon());
     const QString whole(255, u'x');
-    // #room is on show, and the window active: only that the tab is on show keeps it silent.
+    // No notification for #room, the current tab of the active window.
     scene->server.send(u":bob!u@h PRIVMSG #room :hi wanda"_s);
     scene->server.send(u":bob!u@h PRIVMSG #other :hello"_s);
     scene->server.send(u":bob!u@h PRIVMSG #other :hi Wanda!"_s);
@@ -582,7 +582,7 @@ void TestTray::notifiesByTheDesktop()
     }
 }
 
-void TestTray::showsTheTabOfAClickedNotification()
+void TestTray::clickedNotificationShowsTab()
 {
     QVERIFY(scene->addDesktop());
     QVERIFY(scene->startSession());
@@ -597,24 +597,24 @@ void TestTray::showsTheTabOfAClickedNotification()
     QVERIFY(scene->screen.waitFor([&] { return currentTab().left() > before.right(); }));
 }
 
-// The text goes on as it is; whether a desktop reads markup in it is the desktop's choice.
-void TestTray::notifiesOfTextAsItIs()
+// The text is sent verbatim; whether to interpret markup is the desktop's choice.
+void TestTray::notifiesVerbatim()
 {
     QVERIFY(scene->addDesktop());
     QVERIFY(scene->startSession());
     QVERIFY(scene->desktop->waitForIcon());
-    const QStringList told{u"<b>bold</b> &amp; <a href=\"x:y\">here</a> <img src=\"x\">"_s,
-                           u"%1 %2 %n"_s, u"\u0002bold\u0002 \u001b[31m"_s,
-                           u"\u05D0 \u202Egnp.exe"_s, u"\U0001F642"_s};
-    for (const QString &text : told)
+    const QStringList messages{u"<b>bold</b> &amp; <a href=\"x:y\">here</a> <img src=\"x\">"_s,
+                               u"%1 %2 %n"_s, u"\u0002bold\u0002 \u001b[31m"_s,
+                               u"\u05D0 \u202Egnp.exe"_s, u"\U0001F642"_s};
+    for (const QString &text : messages)
         scene->server.send(u":<i>bob</i>!u@h PRIVMSG wanda :"_s + text);
-    QTRY_COMPARE_WITH_TIMEOUT(scene->desktop->notifications().size(), told.size(), WaitTimeout);
-    QStringList expected = told;
+    QTRY_COMPARE_WITH_TIMEOUT(scene->desktop->notifications().size(), messages.size(), WaitTimeout);
+    QStringList expected = messages;
     expected.replaceInStrings(QRegularExpression(u"^"_s), u"<i>bob</i> | "_s);
     QCOMPARE(texts(scene->desktop->notifications()), expected);
 }
 
-void TestTray::outlivesTheDesktop()
+void TestTray::survivesEndOfDesktop()
 {
     QVERIFY(scene->addDesktop());
     QVERIFY(scene->startSession());
@@ -628,7 +628,7 @@ void TestTray::outlivesTheDesktop()
     QVERIFY(scene->server.waitForLine(u"PRIVMSG #room :still here"_s));
 }
 
-void TestTray::livesWithoutATray()
+void TestTray::worksWithoutTray()
 {
     QVERIFY(scene->startSession());
     scene->server.send(u":bob!u@h PRIVMSG wanda :psst"_s);
@@ -641,10 +641,10 @@ void TestTray::livesWithoutATray()
 
 int main(int argc, char **argv)
 {
-    if (argc > 1 && QLatin1StringView(argv[1]) == ShowAWindow)
-        return showAWindow(argc, argv);
-    if (argc > 1 && QLatin1StringView(argv[1]) == LookForATray)
-        return lookForATray(argc, argv);
+    if (argc > 1 && QLatin1StringView(argv[1]) == ShowWindow)
+        return showWindow(argc, argv);
+    if (argc > 1 && QLatin1StringView(argv[1]) == CheckForTray)
+        return checkForTray(argc, argv);
     if (argc > 1 && QLatin1StringView(argv[1]) == Notify)
         return notify(argc, argv);
     if (argc > 1 && QLatin1StringView(argv[1]) == ShowMaximised)

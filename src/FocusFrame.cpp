@@ -1,4 +1,4 @@
-#include "FocusMark.h"
+#include "FocusFrame.h"
 
 #include "ThemeManager.h"
 
@@ -12,9 +12,9 @@
 namespace {
 
 constexpr qreal LineWidth = 2;
-constexpr qreal AreaRadius = 8; // As the corners of the areas themselves.
+constexpr qreal EdgeRadius = 8; // The corner radius of the scroll areas.
 constexpr qreal InnerRadius = 4;
-constexpr int Inset = 4;
+constexpr int InnerMargin = 4;
 
 bool isByKey(Qt::FocusReason reason)
 {
@@ -22,7 +22,7 @@ bool isByKey(Qt::FocusReason reason)
            || reason == Qt::ShortcutFocusReason;
 }
 
-// The window, or a menu, has taken the keyboard for a while: whatever brought it here before.
+// The focus returns from another window or from a popup; how the widget got it before still counts.
 bool isReturn(Qt::FocusReason reason)
 {
     return reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
@@ -30,36 +30,36 @@ bool isReturn(Qt::FocusReason reason)
 
 } // namespace
 
-FocusMark::FocusMark(QAbstractScrollArea &area)
-    : FocusMark(area, Place::AroundAll)
+void FocusFrame::addTo(QAbstractScrollArea &area)
 {
+    new FocusFrame(area, Position::WidgetEdge);
 }
 
-FocusMark::FocusMark(QToolButton &button)
-    : FocusMark(button, Place::AroundAll)
+void FocusFrame::addTo(QToolButton &button)
 {
+    new FocusFrame(button, Position::WidgetEdge);
 }
 
-FocusMark::FocusMark(QPushButton &button)
-    : FocusMark(button, Place::WithinAll)
+void FocusFrame::addTo(QPushButton &button)
 {
+    new FocusFrame(button, Position::InsideWidget);
 }
 
-FocusMark::FocusMark(QTabBar &bar)
-    : FocusMark(bar, Place::WithinTab)
+void FocusFrame::addTo(QTabBar &bar)
 {
+    new FocusFrame(bar, Position::InsideCurrentTab);
 }
 
-FocusMark::FocusMark(QWidget &target, Place where)
+FocusFrame::FocusFrame(QWidget &target, Position framePosition)
     : QWidget(&target)
-    , place(where)
+    , position(framePosition)
 {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     hide();
     target.installEventFilter(this);
 }
 
-bool FocusMark::eventFilter(QObject *watched, QEvent *event)
+bool FocusFrame::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::FocusIn) {
         const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
@@ -76,26 +76,24 @@ bool FocusMark::eventFilter(QObject *watched, QEvent *event)
     return QWidget::eventFilter(watched, event);
 }
 
-QRect FocusMark::framed() const
+QRect FocusFrame::frameRect() const
 {
-    if (place == Place::AroundAll)
+    if (position == Position::WidgetEdge)
         return rect();
     const auto *bar = qobject_cast<QTabBar *>(parentWidget());
-    const QRect all = bar != nullptr ? bar->tabRect(bar->currentIndex()) : rect();
-    return all.adjusted(Inset, Inset, -Inset, -Inset);
+    const QRect outer = bar != nullptr ? bar->tabRect(bar->currentIndex()) : rect();
+    return outer.adjusted(InnerMargin, InnerMargin, -InnerMargin, -InnerMargin);
 }
 
-void FocusMark::paintEvent(QPaintEvent *)
+void FocusFrame::paintEvent(QPaintEvent *)
 {
-    // The ground of an area is white or nearly so; a current tab and a button have the accent's
-    // colour, and white text on it.
-    const bool isAround = place == Place::AroundAll;
-    const QColor color =
-            isAround ? QColor(ThemeManager::palette({}).accentColor) : QColor(Qt::white);
-    const qreal radius = isAround ? AreaRadius : InnerRadius;
+    // Scroll areas have a light background; the current tab and the buttons have the accent colour.
+    const bool isAtEdge = position == Position::WidgetEdge;
+    const QColor color = isAtEdge ? QColor(ThemeColors::Accent) : QColor(Qt::white);
+    const qreal radius = isAtEdge ? EdgeRadius : InnerRadius;
     const qreal half = LineWidth / 2;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(color, LineWidth));
-    painter.drawRoundedRect(QRectF(framed()).adjusted(half, half, -half, -half), radius, radius);
+    painter.drawRoundedRect(QRectF(frameRect()).adjusted(half, half, -half, -half), radius, radius);
 }

@@ -1,4 +1,4 @@
-#include "FocusMark.h"
+#include "FocusFrame.h"
 #include "ThemeManager.h"
 #include "Waiting.h"
 
@@ -19,14 +19,14 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QColor Accent(ThemeManager::palette(u"light"_s).accentColor);
-constexpr int FramePoints = 40; // A frame has more points of its colour than this.
+constexpr int MinimumFramePixels = 40;
 
 using Make = QWidget *(*) ();
 
 QWidget *makeArea()
 {
     auto *area = new QPlainTextEdit;
-    new FocusMark(*area);
+    FocusFrame::addTo(*area);
     return area;
 }
 
@@ -35,7 +35,7 @@ QWidget *makeToolButton()
     auto *button = new QToolButton;
     button->setFixedSize(60, 40);
     button->setFocusPolicy(Qt::StrongFocus);
-    new FocusMark(*button);
+    FocusFrame::addTo(*button);
     return button;
 }
 
@@ -44,7 +44,7 @@ QWidget *makePushButton()
     auto *button = new QPushButton;
     button->setFixedHeight(40);
     button->setStyleSheet(u"background-color: %1; border: none;"_s.arg(Accent.name()));
-    new FocusMark(*button);
+    FocusFrame::addTo(*button);
     return button;
 }
 
@@ -55,31 +55,31 @@ QTabBar *makeTabBar()
                        "height: 40px; }"_s.arg(Accent.name()));
     bar->addTab(u"one"_s);
     bar->addTab(u"two"_s);
-    new FocusMark(*bar);
+    FocusFrame::addTo(*bar);
     return bar;
 }
 
-int countPoints(QWidget &widget, const QColor &colour, const QRect &area)
+int countPixels(QWidget &widget, const QColor &colour, const QRect &area)
 {
-    const QImage picture = widget.grab(area).toImage();
+    const QImage image = widget.grab(area).toImage();
     int count = 0;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x)
-            count += picture.pixelColor(x, y) == colour ? 1 : 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            count += image.pixelColor(x, y) == colour ? 1 : 0;
     }
     return count;
 }
 
-int countPoints(QWidget &widget, const QColor &colour)
+int countPixels(QWidget &widget, const QColor &colour)
 {
-    return countPoints(widget, colour, widget.rect());
+    return countPixels(widget, colour, widget.rect());
 }
 
-// A window with a line edit and below it the widget in question.
+// A window with a line edit above the tested widget.
 struct Window
 {
-    explicit Window(QWidget *shown)
-        : target(shown)
+    explicit Window(QWidget *widgetUnderTest)
+        : target(widgetUnderTest)
     {
         auto *layout = new QVBoxLayout(&widget);
         layout->addWidget(edit);
@@ -95,7 +95,7 @@ struct Window
         return QTest::qWaitForWindowActive(&widget, WaitTimeout) && edit->hasFocus();
     }
 
-    [[nodiscard]] QWidget *mark() const { return target->findChild<FocusMark *>(); }
+    [[nodiscard]] QWidget *frame() const { return target->findChild<FocusFrame *>(); }
 
     QWidget widget;
     QLineEdit *edit = new QLineEdit;
@@ -104,21 +104,21 @@ struct Window
 
 } // namespace
 
-class TestFocusMark final : public QObject
+class TestFocusFrame final : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void framesWhatAKeyHasReached_data();
-    void framesWhatAKeyHasReached();
-    void isNotSeenForTheMouse();
-    void isThereAgainWhenTheWindowIs();
-    void followsTheCurrentTab();
-    void followsTheSize();
-    void letsTheMouseThrough();
+    void isShownAfterKeyboardFocus_data();
+    void isShownAfterKeyboardFocus();
+    void isHiddenAfterMouseFocus();
+    void returnsWithTheWindow();
+    void followsCurrentTab();
+    void followsSize();
+    void ignoresTheMouse();
 };
 
-void TestFocusMark::framesWhatAKeyHasReached_data()
+void TestFocusFrame::isShownAfterKeyboardFocus_data()
 {
     QTest::addColumn<Make>("make");
     QTest::addColumn<QColor>("colour");
@@ -129,35 +129,35 @@ void TestFocusMark::framesWhatAKeyHasReached_data()
     QTest::newRow("tabs") << Make([]() -> QWidget * { return makeTabBar(); }) << QColor(Qt::white);
 }
 
-void TestFocusMark::framesWhatAKeyHasReached()
+void TestFocusFrame::isShownAfterKeyboardFocus()
 {
     QFETCH(const Make, make);
     QFETCH(const QColor, colour);
     Window window(make());
     QVERIFY(window.open());
-    const int before = countPoints(*window.target, colour);
+    const int before = countPixels(*window.target, colour);
 
     QTest::keyClick(window.edit, Qt::Key_Tab);
     QVERIFY(window.target->hasFocus());
-    QVERIFY(countPoints(*window.target, colour) > before + FramePoints);
+    QVERIFY(countPixels(*window.target, colour) > before + MinimumFramePixels);
 
     window.edit->setFocus();
-    QCOMPARE(countPoints(*window.target, colour), before);
+    QCOMPARE(countPixels(*window.target, colour), before);
 }
 
-void TestFocusMark::isNotSeenForTheMouse()
+void TestFocusFrame::isHiddenAfterMouseFocus()
 {
     Window window(makePushButton());
     QVERIFY(window.open());
     QTest::keyClick(window.edit, Qt::Key_Tab);
-    QVERIFY(window.mark()->isVisible());
+    QVERIFY(window.frame()->isVisible());
     window.edit->setFocus();
     QTest::mouseClick(window.target, Qt::LeftButton);
     QVERIFY(window.target->hasFocus());
-    QVERIFY(!window.mark()->isVisible());
+    QVERIFY(!window.frame()->isVisible());
 }
 
-void TestFocusMark::isThereAgainWhenTheWindowIs()
+void TestFocusFrame::returnsWithTheWindow()
 {
     Window window(makeArea());
     QVERIFY(window.open());
@@ -165,45 +165,45 @@ void TestFocusMark::isThereAgainWhenTheWindowIs()
     for (const Qt::FocusReason reason : {Qt::ActiveWindowFocusReason, Qt::PopupFocusReason}) {
         QFocusEvent out(QEvent::FocusOut, reason);
         QApplication::sendEvent(window.target, &out);
-        QVERIFY(!window.mark()->isVisible());
+        QVERIFY(!window.frame()->isVisible());
         QFocusEvent in(QEvent::FocusIn, reason);
         QApplication::sendEvent(window.target, &in);
-        QVERIFY(window.mark()->isVisible());
+        QVERIFY(window.frame()->isVisible());
     }
 }
 
-void TestFocusMark::followsTheCurrentTab()
+void TestFocusFrame::followsCurrentTab()
 {
     QTabBar *bar = makeTabBar();
     Window window(bar);
     QVERIFY(window.open());
-    const auto count = [bar](int tab) { return countPoints(*bar, Qt::white, bar->tabRect(tab)); };
+    const auto count = [bar](int tab) { return countPixels(*bar, Qt::white, bar->tabRect(tab)); };
     bar->setCurrentIndex(1);
     const int first = count(0);
     bar->setCurrentIndex(0);
     const int second = count(1);
     QTest::keyClick(window.edit, Qt::Key_Tab);
-    QVERIFY(count(0) > first + FramePoints);
+    QVERIFY(count(0) > first + MinimumFramePixels);
     QCOMPARE(count(1), second);
     bar->setCurrentIndex(1);
     QCOMPARE(count(0), first);
-    QVERIFY(count(1) > second + FramePoints);
+    QVERIFY(count(1) > second + MinimumFramePixels);
 }
 
-void TestFocusMark::followsTheSize()
+void TestFocusFrame::followsSize()
 {
     Window window(makeArea());
     QVERIFY(window.open());
     QTest::keyClick(window.edit, Qt::Key_Tab);
     window.widget.resize(500, 400);
     QTRY_VERIFY_WITH_TIMEOUT(window.target->width() > 400, WaitTimeout);
-    QCOMPARE(window.mark()->geometry(), window.target->rect());
+    QCOMPARE(window.frame()->geometry(), window.target->rect());
 }
 
-void TestFocusMark::letsTheMouseThrough()
+void TestFocusFrame::ignoresTheMouse()
 {
     auto *area = new QPlainTextEdit;
-    new FocusMark(*area);
+    FocusFrame::addTo(*area);
     area->setPlainText(u"one\ntwo"_s);
     Window window(area);
     QVERIFY(window.open());
@@ -215,5 +215,5 @@ void TestFocusMark::letsTheMouseThrough()
     QCOMPARE(area->textCursor().blockNumber(), 1);
 }
 
-QTEST_MAIN(TestFocusMark)
-#include "tst_FocusMark.moc"
+QTEST_MAIN(TestFocusFrame)
+#include "tst_FocusFrame.moc"

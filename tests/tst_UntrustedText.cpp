@@ -1,5 +1,5 @@
-// Whatever others send or write into the store is shown as it is: what each place draws is
-// compared, and not what it was given.
+// Texts from the server, other users and the settings store are shown verbatim. The tests compare
+// what widgets draw, not the texts that they were given.
 
 #include "ConnectDialogPage.h"
 #include "DrawnText.h"
@@ -40,28 +40,26 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Rows of texts that some widget or other takes for more than text; none has a blank, so that each
-/// can be a name, too.
+/// Adds texts that some widget would interpret. None contains a space, so that each can be a name.
 void addRows()
 {
-    QTest::addColumn<QString>("odd");
+    QTest::addColumn<QString>("hostile");
 
     QTest::newRow("tag") << u"<b>x</b>"_s;
-    QTest::newRow("picture") << u"<img/src=x>"_s;
+    QTest::newRow("image") << u"<img/src=x>"_s;
     QTest::newRow("entity") << u"&amp;&lt;"_s;
     QTest::newRow("ampersand") << u"a&b"_s;
     QTest::newRow("two ampersands") << u"a&&b"_s;
-    QTest::newRow("key") << u"&x"_s;
+    QTest::newRow("mnemonic") << u"&x"_s;
     QTest::newRow("placeholder") << u"%1%2"_s;
-    QTest::newRow("mark of a title") << u"x[*]y"_s;
+    QTest::newRow("title placeholder") << u"x[*]y"_s;
     QTest::newRow("right to left") << u"a\u202Ebc\u202Cd"_s;
     QTest::newRow("control character") << u"a\u0007b"_s;
     QTest::newRow("line feed") << u"a\nb"_s;
 }
 
-// Blanks, line ends and characters that have no look of their own are drawn one way here and
-// another way there.
-QString visible(QString text)
+// Removes spaces, line ends and invisible characters, which widgets draw differently.
+QString withoutInvisible(QString text)
 {
     return text.removeIf([](QChar character) {
         return character.isSpace() || character.category() == QChar::Other_Control
@@ -71,24 +69,24 @@ QString visible(QString text)
 
 bool shows(QWidget &widget, const QString &text)
 {
-    const QString drawn = visible(DrawnText::joined(widget));
-    if (drawn.contains(visible(text)))
+    const QString drawn = withoutInvisible(DrawnText::joined(widget));
+    if (drawn.contains(withoutInvisible(text)))
         return true;
     qInfo() << "Drawn:" << drawn;
     return false;
 }
 
-// A session of "me" in #a, which is on show, with alice and the user `nick`.
+// Starts a session of "me" in #a, the current tab, with alice and the user `nick`.
 bool begin(WindowSession &session, const QString &nick)
 {
     return session.registerAs() && session.join(u"#a"_s, u"@me alice"_s)
            && session.receive(u":%1!u@h JOIN #a"_s.arg(nick));
 }
 
-QLabel *tipOf(QTabBar &bar, int index)
+QLabel *showToolTip(QTabBar &bar, int index)
 {
-    const QPoint place = bar.tabRect(index).center();
-    QHelpEvent event(QEvent::ToolTip, place, bar.mapToGlobal(place));
+    const QPoint position = bar.tabRect(index).center();
+    QHelpEvent event(QEvent::ToolTip, position, bar.mapToGlobal(position));
     QCoreApplication::sendEvent(&bar, &event);
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *window : windows) {
@@ -99,15 +97,15 @@ QLabel *tipOf(QTabBar &bar, int index)
     return nullptr;
 }
 
-QString spokenName(QTabBar &bar, int index)
+QString accessibleName(QTabBar &bar, int index)
 {
-    QAccessibleInterface *spoken = QAccessible::queryAccessibleInterface(&bar);
-    return spoken->child(index)->text(QAccessible::Name);
+    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(&bar);
+    return accessible->child(index)->text(QAccessible::Name);
 }
 
 } // namespace
 
-class TestTextFromElsewhere final : public QObject
+class TestUntrustedText final : public QObject
 {
     Q_OBJECT
 
@@ -118,7 +116,7 @@ private slots:
     void nicksInTabs();
     void ampersandsFitIntoTabs_data();
     void ampersandsFitIntoTabs();
-    void givesTabsNoKeys();
+    void tabsHaveNoMnemonics();
     void nicksInLists_data() { addRows(); }
     void nicksInLists();
     void ownNick_data() { addRows(); }
@@ -141,36 +139,36 @@ private:
     TemporaryStore store;
 };
 
-void TestTextFromElsewhere::init()
+void TestUntrustedText::init()
 {
     store.clear();
 }
 
-void TestTextFromElsewhere::nicksInTabs()
+void TestUntrustedText::nicksInTabs()
 {
-    QFETCH(const QString, odd);
+    QFETCH(const QString, hostile);
     WindowSession session;
     QVERIFY(begin(session, u"bob"_s));
-    QVERIFY(session.receive(u":%1!u@h PRIVMSG me :hi"_s.arg(odd)));
+    QVERIFY(session.receive(u":%1!u@h PRIVMSG me :hi"_s.arg(hostile)));
     HighlightTabBar &bar = session.probe.tabBar();
     QVERIFY(bar.isHighlighted(2));
-    QVERIFY(shows(bar, odd));
+    QVERIFY(shows(bar, hostile));
     session.probe.clickTab(2);
     QVERIFY(!bar.isHighlighted(2));
-    QVERIFY(shows(bar, odd));
-    QCOMPARE(spokenName(bar, 2), odd);
-    QLabel *tip = tipOf(bar, 2);
+    QVERIFY(shows(bar, hostile));
+    QCOMPARE(accessibleName(bar, 2), hostile);
+    QLabel *tip = showToolTip(bar, 2);
     QVERIFY(tip != nullptr);
-    QVERIFY(shows(*tip, odd));
+    QVERIFY(shows(*tip, hostile));
 
-    const QString renamed = u"new"_s + odd;
-    QVERIFY(session.receive(u":%1!u@h NICK %2"_s.arg(odd, renamed)));
+    const QString renamed = u"new"_s + hostile;
+    QVERIFY(session.receive(u":%1!u@h NICK %2"_s.arg(hostile, renamed)));
     QVERIFY(shows(bar, renamed));
-    QCOMPARE(spokenName(bar, 2), renamed);
+    QCOMPARE(accessibleName(bar, 2), renamed);
 }
 
 // Qt measures a tab's name without its ampersands.
-void TestTextFromElsewhere::ampersandsFitIntoTabs_data()
+void TestUntrustedText::ampersandsFitIntoTabs_data()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("one") << u"rock&roll-and-rhythm"_s;
@@ -179,12 +177,12 @@ void TestTextFromElsewhere::ampersandsFitIntoTabs_data()
     QTest::newRow("many") << u"&a&b&c&d&e&f&g&h&i&j"_s;
 }
 
-void TestTextFromElsewhere::ampersandsFitIntoTabs()
+void TestUntrustedText::ampersandsFitIntoTabs()
 {
     QFETCH(const QString, name);
     WindowSession session;
     QVERIFY(begin(session, u"bob"_s));
-    // A name that Qt measures in full.
+    // A name that Qt measures completely.
     const QString plain = QString(name).replace(u'&', u'+');
     QVERIFY(session.receive(u":%1!u@h PRIVMSG me :hi"_s.arg(name)));
     QVERIFY(session.receive(u":bob!u@h PRIVMSG me :hi"_s));
@@ -198,16 +196,16 @@ void TestTextFromElsewhere::ampersandsFitIntoTabs()
     const auto surplus = [&](int index, const QString &text) {
         return bar.tabRect(index).width() - textWidth(text);
     };
-    const int before = surplus(2, name);
+    const int surplusBefore = surplus(2, name);
     QVERIFY(session.receive(u":%1!u@h NICK %2"_s.arg(name, plain)));
-    const int whole = surplus(2, plain);
-    QVERIFY(before >= whole - 1);
+    const int plainSurplus = surplus(2, plain);
+    QVERIFY(surplusBefore >= plainSurplus - 1);
     QVERIFY(session.receive(u":bob!u@h NICK %1"_s.arg(name)));
-    QVERIFY(surplus(3, name) >= whole - 1);
+    QVERIFY(surplus(3, name) >= plainSurplus - 1);
 }
 
-// Alt and the letter behind an ampersand would bring such a tab to the front.
-void TestTextFromElsewhere::givesTabsNoKeys()
+// Otherwise Alt and the letter after an ampersand would switch to that tab.
+void TestUntrustedText::tabsHaveNoMnemonics()
 {
     WindowSession session;
     QVERIFY(begin(session, u"bob"_s));
@@ -219,16 +217,16 @@ void TestTextFromElsewhere::givesTabsNoKeys()
         QTest::keyClick(&session.window, key, Qt::AltModifier);
         QCOMPARE(session.probe.currentTabName(), u"#a"_s);
     }
-    // What has one in its own text keeps it.
+    // Other widgets keep their mnemonics.
     const QPushButton button(u"&x"_s);
     QCOMPARE(button.shortcut(), QKeySequence(Qt::ALT | Qt::Key_X));
 }
 
-void TestTextFromElsewhere::nicksInLists()
+void TestUntrustedText::nicksInLists()
 {
-    QFETCH(const QString, odd);
+    QFETCH(const QString, hostile);
     WindowSession session;
-    const QString nick = u'n' + odd; // Some of them begin with what stands for a rank.
+    const QString nick = u'n' + hostile; // Some would start with a mode prefix.
     QVERIFY(begin(session, nick));
     QVERIFY(shows(session.probe.userList(), nick));
     QCompleter &completer = session.probe.nickCompleter();
@@ -238,17 +236,17 @@ void TestTextFromElsewhere::nicksInLists()
     completer.popup()->hide();
 }
 
-void TestTextFromElsewhere::ownNick()
+void TestUntrustedText::ownNick()
 {
-    QFETCH(const QString, odd);
+    QFETCH(const QString, hostile);
     WindowSession session;
     QVERIFY(session.registerAs());
-    QVERIFY(session.receive(u":me!u@h NICK "_s + odd));
-    QVERIFY(shows(*session.window.statusBar(), u"Connected to 127.0.0.1 as "_s + odd));
+    QVERIFY(session.receive(u":me!u@h NICK "_s + hostile));
+    QVERIFY(shows(*session.window.statusBar(), u"Connected to 127.0.0.1 as "_s + hostile));
     ModalAnswers answers;
     bool shown = false;
     answers.queueForDialog([&](QDialog *dialog) {
-        shown = shows(*dialog->findChild<QLineEdit *>(), odd);
+        shown = shows(*dialog->findChild<QLineEdit *>(), hostile);
         dialog->reject();
     });
     session.choose(u"Change Nick..."_s);
@@ -256,10 +254,10 @@ void TestTextFromElsewhere::ownNick()
     QVERIFY(shown);
 }
 
-// Those of the status bar; what a desktop gets and what Qt shows by itself is held with the tray.
-void TestTextFromElsewhere::notifications()
+// In the status bar; tst_Tray covers the notifications of the desktop and of Qt.
+void TestUntrustedText::notifications()
 {
-    QFETCH(const QString, odd);
+    QFETCH(const QString, hostile);
     WindowSession session;
     QVERIFY(session.registerAs());
     QWidget other;
@@ -267,26 +265,26 @@ void TestTextFromElsewhere::notifications()
     other.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&other, WaitTimeout));
     QVERIFY(session.join(u"#a"_s, u"me"_s));
-    // The bar would empty itself before we look if that took long.
+    // Otherwise the bar could clear the message surplusBefore the check.
     const QStatusBar *bar = session.window.statusBar();
     QObject::connect(bar, &QStatusBar::messageChanged, bar, [bar] {
         if (auto *timer = bar->findChild<QTimer *>())
             timer->stop();
     });
-    QVERIFY(session.receive(u":%1!u@h PRIVMSG me :hi %1"_s.arg(odd)));
-    QVERIFY(shows(*session.window.statusBar(), u"%1: hi %1"_s.arg(odd)));
+    QVERIFY(session.receive(u":%1!u@h PRIVMSG me :hi %1"_s.arg(hostile)));
+    QVERIFY(shows(*session.window.statusBar(), u"%1: hi %1"_s.arg(hostile)));
 }
 
-void TestTextFromElsewhere::messagesAndTopics()
+void TestUntrustedText::messagesAndTopics()
 {
-    QFETCH(const QString, odd);
+    QFETCH(const QString, hostile);
     WindowSession session;
-    const QString nick = u'n' + odd;
+    const QString nick = u'n' + hostile;
     QVERIFY(begin(session, nick));
-    const QString text = u"one %1 two"_s.arg(odd);
+    const QString text = u"one %1 two"_s.arg(hostile);
     QVERIFY(session.receiveAll({u":%1!u@h PRIVMSG #a :%2"_s.arg(nick, text),
                                 u":irc.test 332 me #a :topic %1"_s.arg(text),
-                                u":irc.test 372 me :four %1"_s.arg(odd)}));
+                                u":irc.test 372 me :four %1"_s.arg(hostile)}));
     const MainWindow::TabInfo channel = session.probe.tabs().value(u"#a"_s);
     QVERIFY(shows(*channel.chatView, text));
     QVERIFY(shows(*channel.chatView, nick));
@@ -295,33 +293,33 @@ void TestTextFromElsewhere::messagesAndTopics()
     channel.chatView->selectAll();
     channel.chatView->copy();
     const QMimeData *copied = QGuiApplication::clipboard()->mimeData();
-    QVERIFY(visible(copied->text()).contains(visible(text)));
+    QVERIFY(withoutInvisible(copied->text()).contains(withoutInvisible(text)));
     QTextDocument document;
     document.setHtml(copied->html());
-    QVERIFY(visible(document.toPlainText()).contains(visible(text)));
+    QVERIFY(withoutInvisible(document.toPlainText()).contains(withoutInvisible(text)));
 
     session.probe.clickTab(0);
-    QVERIFY(shows(*session.probe.tabs().value(u"Server"_s).chatView, u"four "_s + odd));
+    QVERIFY(shows(*session.probe.tabs().value(u"Server"_s).chatView, u"four "_s + hostile));
 }
 
-void TestTextFromElsewhere::channelLists()
+void TestUntrustedText::channelLists()
 {
-    QFETCH(const QString, odd);
+    QFETCH(const QString, hostile);
     WindowSession session;
     QVERIFY(session.registerAs());
     session.choose(u"Channel &List"_s);
-    QVERIFY(session.receiveAll({u":%1 321 me :Channels"_s.arg(odd),
-                                u":irc.test 322 me #%1 5 :one %1"_s.arg(odd),
+    QVERIFY(session.receiveAll({u":%1 321 me :Channels"_s.arg(hostile),
+                                u":irc.test 322 me #%1 5 :one %1"_s.arg(hostile),
                                 u":irc.test 323 me :End"_s}));
     QTreeWidget &tree = *session.probe.listTree();
-    QVERIFY(shows(tree, u'#' + odd));
-    QVERIFY(shows(tree, u"one "_s + odd));
-    QVERIFY(shows(*session.probe.listInfoLabel(), odd + u": 1 channels, 5 users"_s));
+    QVERIFY(shows(tree, u'#' + hostile));
+    QVERIFY(shows(tree, u"one "_s + hostile));
+    QVERIFY(shows(*session.probe.listInfoLabel(), hostile + u": 1 channels, 5 users"_s));
 
     ModalAnswers answers;
     bool shown = false;
     answers.queueForMenu([&](QMenu *menu) {
-        shown = shows(*menu, u"Join #"_s + odd);
+        shown = shows(*menu, u"Join #"_s + hostile);
         menu->close();
     });
     emit tree.customContextMenuRequested(tree.visualItemRect(tree.topLevelItem(0)).center());
@@ -329,20 +327,20 @@ void TestTextFromElsewhere::channelLists()
     QVERIFY(shown);
 }
 
-void TestTextFromElsewhere::channelsInTitles()
+void TestUntrustedText::channelsInTitles()
 {
-    QFETCH(const QString, odd);
+    QFETCH(const QString, hostile);
     WindowSession session;
     QVERIFY(session.registerAs());
-    const QString channel = u'#' + odd;
+    const QString channel = u'#' + hostile;
     QVERIFY(session.join(channel, u"@me"_s));
-    QVERIFY(session.receive(u":irc.test 332 me %1 :one %2"_s.arg(channel, odd)));
+    QVERIFY(session.receive(u":irc.test 332 me %1 :one %2"_s.arg(channel, hostile)));
     ModalAnswers answers;
     QStringList titles;
     bool shown = false;
     answers.queueForDialog([&](QDialog *dialog) {
         titles = {dialog->windowTitle(), dialog->windowHandle()->title()};
-        shown = shows(*dialog, u"one "_s + odd);
+        shown = shows(*dialog, u"one "_s + hostile);
         dialog->reject();
     });
     session.probe.tabs().value(channel).editTopicBtn->click();
@@ -351,17 +349,17 @@ void TestTextFromElsewhere::channelsInTitles()
     QVERIFY(shown);
 }
 
-void TestTextFromElsewhere::storedServers()
+void TestUntrustedText::storedServers()
 {
-    QFETCH(const QString, odd);
-    StoredServers::addCustom(odd, 6667);
-    const QString address = odd + u":6667"_s;
+    QFETCH(const QString, hostile);
+    StoredServers::addCustom(hostile, 6667);
+    const QString address = hostile + u":6667"_s;
     ConnectDialogPage page;
     page.dialog.show();
     QVERIFY(page.select(address));
     page.list->scrollToItem(page.list->currentItem());
     QVERIFY(shows(*page.list, address));
-    QVERIFY(shows(page.dialog, odd));
+    QVERIFY(shows(page.dialog, hostile));
 
     ModalAnswers answers;
     QStringList titles;
@@ -382,7 +380,7 @@ void TestTextFromElsewhere::storedServers()
     QVERIFY(shown);
 }
 
-void TestTextFromElsewhere::storedFont()
+void TestUntrustedText::storedFont()
 {
     WindowSession session;
     session.probe.chatFont() = QFont(u"Ink & Quill <b>"_s, 12);
@@ -390,5 +388,5 @@ void TestTextFromElsewhere::storedFont()
     QVERIFY(shows(*form.fontButton(), u"Ink & Quill <b> 12"_s));
 }
 
-QTEST_MAIN(TestTextFromElsewhere)
-#include "tst_TextFromElsewhere.moc"
+QTEST_MAIN(TestUntrustedText)
+#include "tst_UntrustedText.moc"
