@@ -26,7 +26,6 @@ void setValue(const QString &id, const QString &key, const QVariant &value);
 /// Stores a custom server, as adding it in the dialog does. Its nick is "nick-of-<host>".
 void addCustom(const QString &host, int port);
 
-/// Returns all stored values by key.
 [[nodiscard]] QMap<QString, QVariant> everything();
 
 } // namespace StoredServers

@@ -34,9 +34,7 @@ public:
     /// Does one action and waits until it has been handled. Returns a description of the first
     /// failure; empty if there is none.
     [[nodiscard]] QString step();
-    /// Returns the latest steps.
     [[nodiscard]] QString recentSteps() const;
-    /// Returns totals since construction.
     [[nodiscard]] Counts counts() const { return done; }
 
 private:

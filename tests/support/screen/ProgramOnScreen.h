@@ -27,10 +27,8 @@ public:
 
     /// Accepts the connect dialog, which must have the focus, with Return.
     [[nodiscard]] bool pressConnect();
-    /// Opens the connect dialog from the menu.
     [[nodiscard]] bool openConnectDialog();
 
-    /// Opens the preferences from the menu.
     [[nodiscard]] bool openPreferences();
     /// Closes the dialog with the focus by Escape.
     [[nodiscard]] bool closeDialog();
@@ -62,7 +60,6 @@ public:
     [[nodiscard]] qint64 processId() const;
     /// Returns the exit code; -1 if the program is running or has crashed.
     [[nodiscard]] int exitStatus() const;
-    /// Returns what the program has written to standard error.
     [[nodiscard]] QString errorOutput();
 
 private:

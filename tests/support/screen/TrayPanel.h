@@ -21,7 +21,6 @@ public:
 
     /// Returns the centre of the program's blue icon; null if there is none.
     [[nodiscard]] QPoint icon() const;
-    /// Waits until the icon is visible.
     [[nodiscard]] bool waitForIcon() const;
 
 private:

@@ -53,7 +53,6 @@ public:
     /// Saves a screenshot with this name in the current folder and prints its path.
     void saveScreenshot(const QString &name) const;
 
-    /// Returns the title of the active window.
     [[nodiscard]] QString activeTitle() const;
     /// Returns the client area of the active window. Moves the mouse to its upper left corner.
     [[nodiscard]] QRect activeWindow() const;

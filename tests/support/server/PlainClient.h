@@ -18,7 +18,6 @@ public:
 
     /// Returns the received lines without their line ends.
     [[nodiscard]] QStringList lines() const;
-    /// Waits until a line that contains this text has been received.
     [[nodiscard]] bool waitFor(const QString &text) const;
 
 private:

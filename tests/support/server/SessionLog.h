@@ -17,7 +17,6 @@ class SessionLog final : public QObject
 public:
     explicit SessionLog(const IRCConnection &session);
 
-    /// Returns all signals so far.
     [[nodiscard]] const QStringList &entries() const;
 
     /// Returns all signals so far except `rawMessageReceived`.

@@ -9,7 +9,6 @@ class QTextTable;
 /// Helpers for the document of a conversation.
 namespace ChatDocument {
 
-/// Returns the text of a table cell.
 [[nodiscard]] QString cellText(const QTextTable &table, int row, int column);
 
 /// Returns the layout of the view's document, which must be a `ChatLayout`.

@@ -21,7 +21,6 @@ public:
     /// Makes the row with exactly this text current. Returns false if there is none.
     bool select(const QString &row) const;
 
-    /// Returns the texts of all rows.
     [[nodiscard]] QStringList rows() const;
 
     /// Returns the text of the current row; empty if there is none.

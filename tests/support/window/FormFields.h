@@ -29,7 +29,6 @@ template <typename Wanted>
     return qobject_cast<Wanted *>(fieldOf(window, label));
 }
 
-/// Returns the texts of the items.
 [[nodiscard]] QStringList itemsOf(const QComboBox *combo);
 
 /// Returns the first descendant of this class with this text; null if there is none.

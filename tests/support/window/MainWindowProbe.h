@@ -115,7 +115,6 @@ public:
     [[nodiscard]] QStringList listColumn(int column) const;
 
     // What a user sees
-    /// Returns the texts of the tabs.
     [[nodiscard]] QStringList tabTexts() const;
     /// Returns the lines of a tab: "nick|text" if it has a nick column, otherwise "text". Times,
     /// the leading space of a text, the trailing spaces of a nick and the empty first row are
@@ -125,11 +124,9 @@ public:
     [[nodiscard]] QString lastLine(const QString &tabName) const;
     /// Returns the text colour of the tab's last line; invalid if it has the default colour.
     [[nodiscard]] QColor lastTextColor(const QString &tabName) const;
-    /// Returns the texts of the user list.
     [[nodiscard]] QStringList users() const;
     /// Returns the centre of the user list entry with this text, in viewport coordinates.
     [[nodiscard]] QPoint positionOfUser(const QString &entry) const;
-    /// Returns all completions in their order.
     [[nodiscard]] QStringList completions() const;
     /// Returns the user list's share of the splitter's width, in per cent.
     [[nodiscard]] int shareOfUserList() const;

@@ -61,7 +61,6 @@ public:
     {
         return field<QPushButton>(QStringLiteral("Chat font:"));
     }
-    /// Returns the preview of the background.
     [[nodiscard]] QLabel *preview() const;
 
     void clickOk() const { click(QDialogButtonBox::Ok); }

@@ -12,14 +12,12 @@ namespace ServerAnswers {
 /// Enters texts into the fields with these labels of the server form and saves it.
 void save(ModalAnswers &answers, const QMap<QString, QString> &texts);
 
-/// Cancels the server form.
 void cancel(ModalAnswers &answers);
 
 /// Checks that a message box has this icon, title and text and only an OK button, and presses it.
 void confirm(ModalAnswers &answers, QMessageBox::Icon icon, const QString &title,
              const QString &text);
 
-/// Presses a button of a message box.
 void pressButton(ModalAnswers &answers, QMessageBox::StandardButton button);
 
 /// Chooses the menu entry with this text by keyboard.

@@ -16,7 +16,6 @@ public:
 
     explicit StyleSheetReader(const QString &sheet);
 
-    /// Returns all declarations of `selector`.
     [[nodiscard]] Declarations rule(const QString &selector) const;
 
     /// Returns the value of `property` for `selector`; a null string if there is none.

@@ -29,7 +29,6 @@ public:
     /// Waits until `ChatLayout` has measured all rows. Returns false at the timeout.
     [[nodiscard]] bool measure() const;
 
-    /// Sets both vertical scroll bars.
     void scrollTo(int value);
 
     /// Compares the views, with their frames, painted with this device pixel ratio. Returns where
