@@ -174,7 +174,7 @@ void TestAttention::findsMentions_data()
     row("what a bar would match", u"a|b"_s, u"a"_s, false);
     row("an end of quoting", u"a\\Eb"_s, u"a\\Eb"_s, true);
     row("a line end's sign", u"a$b"_s, u"a$b"_s, true);
-    // At the nick's end, a character that is not a word character needs one as its neighbour.
+    // At either end of the nick, a character outside words needs a word character beside it.
     row("a bracket at the end", u"me["_s, u"me[ hi"_s, false);
     row("a bracket at the line's end", u"me["_s, u"hi me["_s, false);
     row("a bracket before a word", u"me["_s, u"me[x"_s, true);
@@ -401,9 +401,9 @@ void TestAttention::shortensNotifications()
     QVERIFY(inactive.start());
     const QString whole = u"me "_s + QString(252, u'x');
     QVERIFY(inactive.session.receiveAll({QString(u":bob!u@h PRIVMSG #a :"_s + whole),
-                                     QString(u":bob!u@h PRIVMSG me :"_s + whole),
-                                     QString(u":bob!u@h PRIVMSG #a :"_s + whole + u'y'),
-                                     QString(u":bob!u@h PRIVMSG me :"_s + whole + u'y')}));
+                                         QString(u":bob!u@h PRIVMSG me :"_s + whole),
+                                         QString(u":bob!u@h PRIVMSG #a :"_s + whole + u'y'),
+                                         QString(u":bob!u@h PRIVMSG me :"_s + whole + u'y')}));
     const QString shortened = whole.first(252) + u"..."_s;
     QCOMPARE(inactive.notifications(),
              (QStringList{QString(u"#a: bob: "_s + whole), QString(u"bob: "_s + whole),
