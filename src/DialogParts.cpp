@@ -102,7 +102,7 @@ void keepCentered(QDialog &dialog, const QWidget &window)
         if (dialog.windowHandle()->isExposed())
             return;
         const QRect framed = window.frameGeometry();
-        // The dialog has no window frame yet; the frame of `window` stands for it.
+        // Uses the frame of `window`, since the dialog has none yet.
         QRect target(QPoint(), dialog.size() + framed.size() - window.size());
         target.moveCenter(framed.center());
         const QRect screen = window.screen()->availableGeometry();

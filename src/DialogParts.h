@@ -24,7 +24,7 @@ inline constexpr Qt::WindowFlags Frame =
 /// its list does not also reach the dialog. The caller owns it.
 [[nodiscard]] QComboBox *makeCombo(const QStringList &texts, const QString &name);
 
-/// Sets up `combo` like one from `makeCombo`.
+/// Sets up `combo` as `makeCombo` does.
 void setUpCombo(QComboBox &combo, const QStringList &texts, const QString &name);
 
 /// Returns Save and Cancel buttons that accept and reject `dialog`, with the object names
