@@ -2,6 +2,7 @@
 #include "MyTabWidget.h"
 #include "Ngircd.h"
 #include "PlainClient.h"
+#include "RequiredTools.h"
 #include "TemporaryStore.h"
 #include "Waiting.h"
 #include "WindowSession.h"
@@ -301,6 +302,7 @@ void TestChannelList::keepsItsRowsAfterADisconnect()
 
 void TestChannelList::listsARealServer()
 {
+    REQUIRE_TOOLS(u"ngircd"_s);
     Ngircd ngircd;
     QVERIFY(ngircd.start());
     PlainClient bob;

@@ -1,3 +1,4 @@
+#include "RequiredTools.h"
 #include "VirtualScreen.h"
 #include "Waiting.h"
 
@@ -64,6 +65,7 @@ void TestDemo::start(const QStringList &arguments)
 
 void TestDemo::runsUntilTheUserClosesTheWindow()
 {
+    SKIP_IF_MISSING(VirtualScreen::missingParts());
     VirtualScreen screen;
     QVERIFY2(screen.start(), qPrintable(screen.failure()));
     demo.setProcessEnvironment(screen.environment());

@@ -2,6 +2,7 @@
 // check the lines sent and received, and the screen for what the lines do not show.
 
 #include "Ngircd.h"
+#include "RequiredTools.h"
 #include "Scenario.h"
 #include "ScriptedServer.h"
 #include "TlsAuthority.h"
@@ -81,6 +82,8 @@ private:
 
 void TestEndToEnd::initTestCase()
 {
+    SKIP_IF_MISSING(VirtualScreen::missingParts());
+    REQUIRE_TOOLS(u"ngircd"_s);
     QVERIFY2(screen.start(), qPrintable(screen.failure()));
 }
 
@@ -271,6 +274,7 @@ void TestEndToEnd::handlesAJoinWithATrailingChannel()
 
 void TestEndToEnd::trustsAnAuthorityOfTheSystem()
 {
+    REQUIRE_TOOLS(u"openssl"_s, u"unshare"_s);
     const TlsAuthority authority;
     ScriptedServer server(authority.issue(u"localhost"_s));
     QVERIFY(prepareTls(server.port()));
@@ -289,6 +293,7 @@ void TestEndToEnd::trustsAnAuthorityOfTheSystem()
 
 void TestEndToEnd::refusesASelfSignedCertificate()
 {
+    REQUIRE_TOOLS(u"openssl"_s, u"unshare"_s);
     const TlsAuthority authority;
     QSslServer server;
     server.setSslConfiguration(authority.selfSigned(u"localhost"_s));

@@ -1,6 +1,7 @@
 // End-to-end tests of the keyboard focus, and of copy and paste, with a real window and server.
 
 #include "InspIrcd.h"
+#include "RequiredTools.h"
 #include "Scenario.h"
 #include "VirtualScreen.h"
 
@@ -48,6 +49,8 @@ private:
 
 void TestEndToEndKeyboard::initTestCase()
 {
+    SKIP_IF_MISSING(VirtualScreen::missingParts());
+    REQUIRE_TOOLS(u"inspircd"_s);
     QVERIFY2(screen.start(), qPrintable(screen.failure()));
 }
 

@@ -2,6 +2,7 @@
 // supports WATCH.
 
 #include "InspIrcd.h"
+#include "RequiredTools.h"
 #include "Scenario.h"
 #include "VirtualScreen.h"
 
@@ -74,6 +75,8 @@ private:
 
 void TestEndToEndPeople::initTestCase()
 {
+    SKIP_IF_MISSING(VirtualScreen::missingParts());
+    REQUIRE_TOOLS(u"inspircd"_s);
     QVERIFY2(screen.start(), qPrintable(screen.failure()));
 }
 

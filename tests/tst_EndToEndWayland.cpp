@@ -4,6 +4,7 @@
 #include "Child.h"
 #include "PreparedStore.h"
 #include "ProgramOnScreen.h"
+#include "RequiredTools.h"
 #include "ScriptedServer.h"
 #include "Waiting.h"
 #include "WaylandScreen.h"
@@ -230,10 +231,7 @@ private:
 
 void TestEndToEndWayland::initTestCase()
 {
-    const QStringList missing = WaylandScreen::missingParts();
-    if (!missing.isEmpty() && !qEnvironmentVariableIsSet("CI"))
-        QSKIP(qPrintable(u"not installed: "_s + missing.join(u' ')));
-    QCOMPARE(missing, QStringList());
+    SKIP_IF_MISSING(WaylandScreen::missingParts());
     QVERIFY2(screen.start(), qPrintable(screen.failure()));
 }
 

@@ -1,3 +1,4 @@
+#include "RequiredTools.h"
 #include "TestSession.h"
 #include "TlsAuthority.h"
 #include "Waiting.h"
@@ -139,6 +140,7 @@ void TestIRCConnectionLinks::replacesTheOldSession_data()
 
 void TestIRCConnectionLinks::replacesTheOldSession()
 {
+    REQUIRE_TOOLS(u"openssl"_s);
     QFETCH(const bool, fromTls);
     QFETCH(const bool, toTls);
     const TlsAuthority trusted;
@@ -240,6 +242,7 @@ void TestIRCConnectionLinks::destructorSendsQuitAndEmitsNothing_data()
 
 void TestIRCConnectionLinks::destructorSendsQuitAndEmitsNothing()
 {
+    REQUIRE_TOOLS(u"openssl"_s);
     QFETCH(const bool, isSecure);
     const TlsAuthority trusted;
     trusted.makeTrusted();

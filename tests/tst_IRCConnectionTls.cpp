@@ -1,3 +1,4 @@
+#include "RequiredTools.h"
 #include "TemporaryStore.h"
 #include "TestSession.h"
 #include "TlsAuthority.h"
@@ -33,6 +34,7 @@ private:
 
 void TestIRCConnectionTls::initTestCase()
 {
+    REQUIRE_TOOLS(u"openssl"_s);
     store = std::make_unique<TemporaryStore>();
     authority = std::make_unique<TlsAuthority>();
     QVERIFY(!authority->issue(u"localhost"_s).localCertificate().isNull());

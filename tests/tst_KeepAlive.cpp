@@ -1,4 +1,5 @@
 #include "Preloading.h"
+#include "RequiredTools.h"
 #include "TestSession.h"
 #include "TlsAuthority.h"
 #include "Waiting.h"
@@ -287,7 +288,7 @@ private:
 
 void TestKeepAlive::initTestCase()
 {
-    QVERIFY2(hasFastClock(), "faketime is not installed");
+    REQUIRE_TOOLS(u"faketime"_s);
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     const QStringList clock = fastClockCommand();
     process.start(clock.first(),
@@ -396,6 +397,7 @@ void TestKeepAlive::setsSocketOptions_data()
 
 void TestKeepAlive::setsSocketOptions()
 {
+    REQUIRE_TOOLS(u"openssl"_s);
     QFETCH(const bool, isSecure);
     const TlsAuthority authority;
     authority.makeTrusted();

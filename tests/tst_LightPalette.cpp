@@ -6,6 +6,7 @@
 #include "PreferencesDialog.h"
 #include "PreparedStore.h"
 #include "ProgramOnScreen.h"
+#include "RequiredTools.h"
 #include "TemporaryStore.h"
 #include "VirtualScreen.h"
 #include "Waiting.h"
@@ -248,6 +249,7 @@ void TestLightPalette::saveWindowsOnBothDesktops()
 
 void TestLightPalette::windowsLookAlikeOnEachDesktop_data()
 {
+    REQUIRE_TOOLS(u"qt6ct"_s);
     QTest::addColumn<QString>("window");
     for (const Window &window : Windows)
         QTest::newRow(window.name) << QString::fromLatin1(window.name);
@@ -269,6 +271,8 @@ void TestLightPalette::windowsLookAlikeOnEachDesktop()
 
 void TestLightPalette::programLooksAlikeOnEachDesktop()
 {
+    SKIP_IF_MISSING(VirtualScreen::missingParts());
+    REQUIRE_TOOLS(u"qt6ct"_s);
     VirtualScreen screen;
     QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
     QImage expected;

@@ -6,6 +6,7 @@
 #include "PreparedStore.h"
 #include "ProgramOnScreen.h"
 #include "QuitRequests.h"
+#include "RequiredTools.h"
 #include "ScriptedServer.h"
 #include "TemporaryStore.h"
 #include "VirtualScreen.h"
@@ -123,6 +124,7 @@ void TestMainWindowEnd::quitsByShortcut_data()
 void TestMainWindowEnd::quitsByShortcut()
 {
     QFETCH(const QString, theme);
+    SKIP_IF_MISSING(VirtualScreen::missingParts());
     VirtualScreen screen;
     QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
     const PreparedStore programStore;
@@ -149,6 +151,7 @@ void TestMainWindowEnd::quitsOnSignals_data()
 void TestMainWindowEnd::quitsOnSignals()
 {
     QFETCH(const int, signal);
+    SKIP_IF_MISSING(VirtualScreen::missingParts());
     VirtualScreen screen;
     QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
     ScriptedServer server;
@@ -184,6 +187,7 @@ void TestMainWindowEnd::quitsWithTheDesktopSession()
 
 void TestMainWindowEnd::quitsDuringAHostLookup()
 {
+    SKIP_IF_MISSING(VirtualScreen::missingParts());
     VirtualScreen screen;
     QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
     PreparedStore programStore;

@@ -1,5 +1,6 @@
 #include "PreparedStore.h"
 #include "ProgramOnScreen.h"
+#include "RequiredTools.h"
 #include "VirtualScreen.h"
 
 #include <QTest>
@@ -17,6 +18,7 @@ private slots:
 
 void TestMainWindowStart::centresTheFirstDialog()
 {
+    SKIP_IF_MISSING(VirtualScreen::missingParts());
     VirtualScreen screen;
     QVERIFY2(screen.start(), qUtf8Printable(screen.failure()));
     const PreparedStore store;

@@ -1,6 +1,7 @@
 #include "IRCParser.h"
 #include "Ngircd.h"
 #include "RecordedLines.h"
+#include "RequiredTools.h"
 #include "TestSession.h"
 
 #include <QRegularExpression>
@@ -150,6 +151,7 @@ void TestRealServer::reportsRecordedErrors()
 
 void TestRealServer::registersAndTalks()
 {
+    REQUIRE_TOOLS(u"ngircd"_s);
     Ngircd ngircd;
     QVERIFY(ngircd.start());
     IRCConnection alice;
@@ -197,6 +199,7 @@ void TestRealServer::registersAndTalks()
 
 void TestRealServer::fallsBackOnANickInUse()
 {
+    REQUIRE_TOOLS(u"ngircd"_s);
     Ngircd ngircd;
     QVERIFY(ngircd.start());
     IRCConnection first;
@@ -226,6 +229,7 @@ void TestRealServer::fallsBackOnANickInUse()
 
 void TestRealServer::survivesTheServersDeath()
 {
+    REQUIRE_TOOLS(u"ngircd"_s);
     auto ngircd = std::make_unique<Ngircd>();
     QVERIFY(ngircd->start());
     IRCConnection alice;

@@ -8,6 +8,7 @@
 #include "Preloading.h"
 #include "PreparedStore.h"
 #include "ProgramOnScreen.h"
+#include "RequiredTools.h"
 #include "ScriptedServer.h"
 #include "VirtualScreen.h"
 #include "Waiting.h"
@@ -196,7 +197,8 @@ private:
 
 void TestSilentServer::initTestCase()
 {
-    QVERIFY2(hasFastClock(), "faketime is not installed");
+    REQUIRE_TOOLS(u"faketime"_s);
+    SKIP_IF_MISSING(VirtualScreen::missingParts());
     QVERIFY2(screen.start(), qPrintable(screen.failure()));
 }
 

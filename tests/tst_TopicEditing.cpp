@@ -7,6 +7,7 @@
 #include "ModalAnswers.h"
 #include "Ngircd.h"
 #include "PlainClient.h"
+#include "RequiredTools.h"
 #include "TemporaryStore.h"
 #include "ThemeManager.h"
 #include "Waiting.h"
@@ -568,6 +569,7 @@ void TestTopicEditing::survivesATopicChange()
 
 void TestTopicEditing::reachesTheOthersOnARealServer()
 {
+    REQUIRE_TOOLS(u"ngircd"_s);
     Ngircd ngircd;
     QVERIFY(ngircd.start());
     const LoggingProxy proxy(ngircd.port(), LoggingProxy::Joins::Rewritten);

@@ -9,6 +9,7 @@
 #include "PreparedStore.h"
 #include "PrivateBus.h"
 #include "ProgramOnScreen.h"
+#include "RequiredTools.h"
 #include "ScriptedServer.h"
 #include "TemporaryStore.h"
 #include "TrayPanel.h"
@@ -316,6 +317,7 @@ class TestTray final : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void init();
     void cleanup();
 
@@ -346,6 +348,12 @@ private slots:
 private:
     std::unique_ptr<Scene> scene;
 };
+
+void TestTray::initTestCase()
+{
+    SKIP_IF_MISSING(VirtualScreen::missingParts());
+    REQUIRE_TOOLS(u"dbus-daemon"_s, u"trayer"_s);
+}
 
 void TestTray::init()
 {

@@ -5,6 +5,7 @@
 #include "Ngircd.h"
 #include "PlainClient.h"
 #include "RecordedLines.h"
+#include "RequiredTools.h"
 #include "TemporaryStore.h"
 #include "Waiting.h"
 #include "WindowSession.h"
@@ -271,6 +272,7 @@ void TestWatch::readsARecordedWatch()
 
 void TestWatch::watchesOnInspIrcd()
 {
+    REQUIRE_TOOLS(u"inspircd"_s);
     InspIrcd server;
     QVERIFY(server.start());
     const LoggingProxy wire(server.port(), LoggingProxy::Joins::Unchanged);
@@ -310,6 +312,7 @@ void TestWatch::watchesOnInspIrcd()
 
 void TestWatch::showsAnAbsentNickOnInspIrcd()
 {
+    REQUIRE_TOOLS(u"inspircd"_s);
     InspIrcd server;
     QVERIFY(server.start());
     const LoggingProxy wire(server.port(), LoggingProxy::Joins::Unchanged);
@@ -324,6 +327,7 @@ void TestWatch::showsAnAbsentNickOnInspIrcd()
 // A user who never left is shown as back with every join.
 void TestWatch::mixesJoinsWithWatching()
 {
+    REQUIRE_TOOLS(u"inspircd"_s);
     InspIrcd server;
     QVERIFY(server.start());
     const LoggingProxy wire(server.port(), LoggingProxy::Joins::Rewritten);
@@ -357,6 +361,7 @@ void TestWatch::mixesJoinsWithWatching()
 
 void TestWatch::worksOnAServerWithoutWatch()
 {
+    REQUIRE_TOOLS(u"ngircd"_s);
     Ngircd server;
     QVERIFY(server.start());
     const LoggingProxy wire(server.port(), LoggingProxy::Joins::Unchanged);

@@ -4,6 +4,7 @@
 #include "Ngircd.h"
 #include "PlainClient.h"
 #include "RecordedLines.h"
+#include "RequiredTools.h"
 #include "TemporaryStore.h"
 #include "Waiting.h"
 #include "WindowSession.h"
@@ -475,6 +476,7 @@ void TestWhois::readsARecordedReply()
 
 void TestWhois::asksNgircd()
 {
+    REQUIRE_TOOLS(u"ngircd"_s);
     Ngircd server;
     QVERIFY(server.start());
     PlainClient bob;
@@ -505,6 +507,7 @@ void TestWhois::asksNgircd()
 
 void TestWhois::asksInspIrcd()
 {
+    REQUIRE_TOOLS(u"inspircd"_s);
     InspIrcd server;
     QVERIFY(server.start());
     PlainClient bob;

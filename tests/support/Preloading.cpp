@@ -1,7 +1,5 @@
 #include "Preloading.h"
 
-#include <QStandardPaths>
-
 using namespace Qt::StringLiterals;
 
 QStringList preloadCommand(const QString &library)
@@ -15,9 +13,4 @@ QStringList fastClockCommand()
 {
     return preloadCommand(u"/usr/$LIB/faketime/libfaketimeMT.so.1"_s)
            + QStringList{u"FAKETIME=+0 x%1"_s.arg(ClockSpeed), u"NO_FAKE_STAT=1"_s};
-}
-
-bool hasFastClock()
-{
-    return !QStandardPaths::findExecutable(u"faketime"_s).isEmpty();
 }

@@ -16,6 +16,3 @@ constexpr int ClockSpeed = 20;
 ///
 /// Preloads libfaketime directly: its tool `faketime` would stay the parent of the program.
 [[nodiscard]] QStringList fastClockCommand();
-
-/// Returns whether libfaketime is installed.
-[[nodiscard]] bool hasFastClock();

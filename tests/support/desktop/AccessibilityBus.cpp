@@ -1,5 +1,6 @@
 #include "AccessibilityBus.h"
 
+#include "RequiredTools.h"
 #include "Waiting.h"
 
 #include <QDBusArgument>
@@ -78,13 +79,12 @@ AccessibilityBus::~AccessibilityBus()
     QDBusConnection::disconnectFromBus(connectionName);
 }
 
-QString AccessibilityBus::missing()
+QStringList AccessibilityBus::missingParts()
 {
-    if (QStandardPaths::findExecutable(u"dbus-daemon"_s).isEmpty())
-        return u"dbus-daemon is not installed"_s;
+    QStringList missing = missingTools({u"dbus-daemon"_s});
     if (launcherProgram().isEmpty() || registryProgram().isEmpty())
-        return u"at-spi2-core is not installed"_s;
-    return {};
+        missing.append(u"at-spi2-core"_s);
+    return missing;
 }
 
 bool AccessibilityBus::start()

@@ -46,8 +46,8 @@ public:
     AccessibilityBus() = default;
     ~AccessibilityBus() override;
 
-    /// Returns a reason to skip the test if something is not installed; otherwise an empty string.
-    [[nodiscard]] static QString missing();
+    /// Returns what is needed and not installed.
+    [[nodiscard]] static QStringList missingParts();
 
     /// Starts the bus and the registry. Returns false if that fails.
     [[nodiscard]] bool start();

@@ -1,6 +1,7 @@
 #include "VirtualScreen.h"
 
 #include "Files.h"
+#include "RequiredTools.h"
 #include "Waiting.h"
 
 #include <QDir>
@@ -61,6 +62,11 @@ int countInRow(const QImage &image, int y, int from, int to, QRgb colour, int di
 }
 
 } // namespace
+
+QStringList VirtualScreen::missingParts()
+{
+    return missingTools({u"Xvfb"_s, u"openbox"_s, u"xdotool"_s});
+}
 
 bool VirtualScreen::start()
 {

@@ -19,6 +19,9 @@ class VirtualScreen final
 public:
     VirtualScreen() = default;
 
+    /// Returns what is needed and not installed.
+    [[nodiscard]] static QStringList missingParts();
+
     /// Starts the display and the window manager. Returns false if that fails; `failure` returns
     /// the reason.
     [[nodiscard]] bool start();

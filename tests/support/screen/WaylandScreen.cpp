@@ -1,5 +1,6 @@
 #include "WaylandScreen.h"
 
+#include "RequiredTools.h"
 #include "Waiting.h"
 
 #include <QDir>
@@ -66,12 +67,8 @@ QString findSocket(const QString &folder, const QString &pattern)
 
 QStringList WaylandScreen::missingParts()
 {
-    QStringList missing;
-    for (const QString &program :
-         {u"sway"_s, u"swaymsg"_s, u"grim"_s, u"wl-copy"_s, u"wl-paste"_s}) {
-        if (QStandardPaths::findExecutable(program).isEmpty())
-            missing.append(program);
-    }
+    QStringList missing =
+            missingTools({u"sway"_s, u"swaymsg"_s, u"grim"_s, u"wl-copy"_s, u"wl-paste"_s});
     const QDir plugins(QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/platforms"_s);
     if (plugins.entryList({u"libqwayland*"_s}).isEmpty())
         missing.append(u"qt6-wayland"_s);
