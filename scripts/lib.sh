@@ -1,19 +1,19 @@
 # shellcheck shell=bash
-# What the commands of this folder share: messages, packages, the build and the count of tests.
-# Sourced, not run; the caller has set strict mode and stands in the project's folder.
+# Functions that the scripts share: messages, packages, the build and the summary of the tests.
+# To be sourced by a script that has set strict mode and changed to the project's folder.
 
-# shellcheck disable=SC2034 # the lists are for the callers
+# shellcheck disable=SC2034 # The callers use the lists.
 
-# Compiler, build tools and Qt; the fonts because a bare system has none and would show boxes.
+# Compiler, build tools and Qt. Without the fonts, text on a minimal system is shown as boxes.
 build_packages=(cmake g++ ninja-build qt6-base-dev qt6-svg-dev
     ca-certificates fonts-dejavu-core fonts-noto-color-emoji)
-# A screen in memory, with a window manager and something that types.
+# An X server without a screen, a window manager, and a tool that sends input.
 screen_packages=(openbox xdotool xvfb)
-# The servers, the tray, the accessibility bus, the Wayland session and the certificates that the
-# tests make, what looks through the desktop's files, and a platform theme with dark colours.
+# What the tests use: IRC servers, a tray, buses, a Wayland compositor, a tool for certificates,
+# validators for the desktop's files, and a platform theme with dark colours.
 test_packages=(appstream at-spi2-core dbus-daemon desktop-file-utils faketime grim inspircd ngircd openssl
     qt6-wayland qt6ct sway trayer wl-clipboard)
-# What packing needs beside the build.
+# What packing needs in addition.
 package_packages=(dpkg-dev file gzip)
 
 say() {
@@ -25,7 +25,7 @@ die() {
     exit 1
 }
 
-# The packages among the arguments that are not installed, one a line.
+# Prints those of the packages that are not installed, one per line.
 missing_packages() {
     local package
     for package in "$@"; do
@@ -35,19 +35,19 @@ missing_packages() {
     done
 }
 
-# Without apt-get nothing can be installed from here; what was installed by hand may do.
+# Without apt-get nothing is installed; the tools may have been installed by hand.
 check_tools() {
-    local tool lacking=()
+    local tool missing=()
     say "This system has no apt-get, so nothing is installed. Under Debian the packages are: $*"
     for tool in cmake c++ ninja; do
-        command -v "$tool" >/dev/null || lacking+=("$tool")
+        command -v "$tool" >/dev/null || missing+=("$tool")
     done
-    if ((${#lacking[@]} > 0)); then
-        die "not found: ${lacking[*]}. Install what your system has in place of those packages."
+    if ((${#missing[@]} > 0)); then
+        die "not found: ${missing[*]}. Install your system's equivalents of those packages."
     fi
 }
 
-# Installs those of the packages that are missing; costs nothing when there are none.
+# Installs those of the packages that are missing.
 ensure_packages() {
     if ! command -v apt-get >/dev/null; then
         check_tools "$@"
@@ -64,12 +64,12 @@ ensure_packages() {
         as_root=(sudo)
     fi
     say "Installing what is missing: ${missing[*]}"
-    # A lock is waited for: a fresh machine often upgrades itself while it is first used.
+    # Waits for the lock: a new machine often installs upgrades in the background.
     local apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o DPkg::Lock::Timeout=300)
     "${apt[@]}" update </dev/null || die "apt-get update failed."
     "${apt[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null ||
         die "apt-get could not install ${missing[*]}."
-    # Debian starts these servers as soon as they are there; the tests start their own.
+    # Debian starts these servers when it installs them; the tests start their own.
     local server
     for server in inspircd ngircd; do
         if [[ " ${missing[*]} " == *" $server "* ]]; then
@@ -79,13 +79,13 @@ ensure_packages() {
     done
 }
 
-# build PRESET FOLDER TARGET [CMAKE OPTION...]: configures where needed and builds.
+# build PRESET FOLDER TARGET [CMAKE OPTION...]: configures and builds.
 build() {
     local preset=$1 folder=$2 target=$3
     shift 3
     if command -v ccache >/dev/null; then
         export CMAKE_CXX_COMPILER_LAUNCHER=ccache
-        # What was compiled in one clone serves the others.
+        # Clones in different folders share results.
         export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$PWD} CCACHE_NOHASHDIR=${CCACHE_NOHASHDIR:-1}
         # Precompiled headers need these.
         export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros}
@@ -93,17 +93,17 @@ build() {
     say "Configuring $folder"
     cmake --preset "$preset" -B "$folder" "$@" --log-level=NOTICE || die "CMake could not configure $folder."
     say "Building $folder"
-    cmake --build "$folder" --target "$target" || die "the build in $folder failed; the reason stands above."
+    cmake --build "$folder" --target "$target" || die "the build in $folder failed; see above."
 }
 
-# Whether there is a display for the program to show itself on.
+# Returns whether there is a display for the program.
 has_display() {
     if [[ -n ${WAYLAND_DISPLAY:-} ]]; then
         return 0
     fi
     case ${DISPLAY:-} in
     '') return 1 ;;
-    # A display of this machine has a socket; the variable alone may be a leftover.
+    # The variable may be stale: a display of this machine has a socket.
     :*)
         local number=${DISPLAY#:}
         local socket=/tmp/.X11-unix/X${number%%.*}
@@ -113,7 +113,7 @@ has_display() {
     esac
 }
 
-# The number of processors that we may use.
+# Prints the number of processors available to this process.
 processors() {
     nproc 2>/dev/null || echo 2
 }
