@@ -360,6 +360,7 @@ void PreferencesDialog::saveAndApply()
     mainWindow->pingTimeout = pingTimeoutSpin->value();
     mainWindow->acceptInvalidSsl = acceptInvalidSslCheck->isChecked();
     QSettings settings;
+    settings.setValue(u"theme"_s, u"light"_s);
     mainWindow->Preferences::saveTo(settings);
     applyTheme();
 }
