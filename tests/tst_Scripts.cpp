@@ -161,6 +161,8 @@ void TestScripts::refusesUnknownArguments_data()
     QTest::newRow("fuzz for 0 seconds") << u"scripts/fuzz 0"_s;
     QTest::newRow("includes") << u"scripts/includes --sing"_s;
     QTest::newRow("lint") << u"scripts/lint --sing"_s;
+    QTest::newRow("mutate") << u"scripts/mutate --sing"_s;
+    QTest::newRow("mutate without a seed") << u"scripts/mutate --seed"_s;
     QTest::newRow("run") << u"scripts/run --sing"_s;
     QTest::newRow("screenshots") << u"scripts/screenshots --sing"_s;
     QTest::newRow("test") << u"scripts/test --sing"_s;
