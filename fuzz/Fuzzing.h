@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 namespace Fuzzing {
 
 /// Creates the application, without a screen or a message bus and with an empty settings store of
-/// its own. Discards Qt's warnings, of which hostile input causes thousands.
+/// its own. Discards Qt's warnings: hostile input causes thousands of them.
 void start();
 
 /// Aborts with `rule` as the message unless `condition` is true, so that libFuzzer reports the

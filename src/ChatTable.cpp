@@ -37,7 +37,7 @@ constexpr std::array<QRgb, 16> NickColors{
         qRgb(0x29, 0x79, 0xff), qRgb(0xd5, 0x00, 0xf9), qRgb(0x78, 0x90, 0x9c),
         qRgb(0xbc, 0xaa, 0xa4)};
 
-// Returns true for characters at which QTextCursor::insertText() starts a new block. A server can
+// Returns true for characters where QTextCursor::insertText() starts a new block. A server can
 // send all of them except CR LF.
 bool startsBlock(QChar character)
 {

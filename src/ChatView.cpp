@@ -135,7 +135,7 @@ bool ChatView::isBeingRead() const
     return accessibility->isReading();
 }
 
-// The edge at which the text must not move when heights change.
+// The edge where the text must not move when heights change.
 ChatView::Edge ChatView::fixedEdge() const
 {
     const int bottom = verticalScrollBar()->value() + viewport()->height();
@@ -350,7 +350,7 @@ void ChatView::scrollContentsBy(int dx, int dy)
 {
     if (isAdjusting)
         return;
-    // Rows that become visible may have another height than estimated. The edge at which they
+    // Rows that become visible may have another height than estimated. The edge where they
     // appear keeps the requested position.
     if (isVisible() && measureVisibleRows(dy < 0 ? Edge::Bottom : Edge::Top))
         viewport()->update();

@@ -30,7 +30,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Each message box runs a nested event loop, in which `parent` may be destroyed.
+// Each message box runs a nested event loop, which may destroy `parent`.
 
 void showError(QWidget *parent, const QString &text)
 {

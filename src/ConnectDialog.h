@@ -17,15 +17,15 @@ class QPoint;
 class QPushButton;
 class QSettings;
 
-/// Dialog in which the user chooses a server and an identity.
+/// Dialog where the user chooses a server and an identity.
 ///
 /// It lists the default servers, the custom ones that the user added and the last one connected to,
 /// and shows the fields of the selected server. Connect stores these fields, unless host or port
 /// were edited, completes the record to connect with from the stored record and the fields, and
 /// accepts the dialog. The constructor reads the store, so create a dialog each time it is shown.
 ///
-/// The message boxes, server edit dialogs and menus run nested event loops, in which the dialog may
-/// be destroyed.
+/// The message boxes, server edit dialogs and menus run nested event loops, which may destroy the
+/// dialog.
 class ConnectDialog final : public QDialog
 {
     Q_OBJECT

@@ -38,7 +38,7 @@ constexpr QChar ItalicCode(0x1D);
 constexpr QChar UnderlineCode(0x1F);
 constexpr QChar ColorCode(0x03);
 
-/// A text edit in which pasted and dropped line breaks become spaces; typed ones stay.
+/// A text edit where pasted and dropped line breaks become spaces. Typed ones stay.
 class TopicEdit final : public QTextEdit
 {
 protected:

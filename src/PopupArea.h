@@ -4,7 +4,7 @@
 
 class QWidget;
 
-/// The area in which popups must fit.
+/// The area where popups must fit.
 namespace PopupArea {
 
 /// Returns false on Wayland, which does not report where windows are on the screen:

@@ -7,7 +7,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Calls `visit` with each key and its member, in the order in which they are stored.
+// Calls `visit` with each key and its member, in the order of their storage.
 template <typename Visitor>
 void visitAll(const Visitor &visit)
 {

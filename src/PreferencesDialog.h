@@ -52,7 +52,7 @@ private:
     [[nodiscard]] QWidget *buildNetworkPage();
     void buildButtons();
 
-    // Choosing: each opens a dialog in a nested event loop, in which this dialog can be deleted.
+    // Choosing: each opens a dialog in a nested event loop, where this dialog can be deleted.
     void chooseFont();
     void chooseBgImage();
     void chooseBgColor();

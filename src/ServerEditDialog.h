@@ -9,7 +9,7 @@ class QComboBox;
 class QFormLayout;
 class QLineEdit;
 
-/// Dialog in which the user adds or edits a server.
+/// Dialog where the user adds or edits a server.
 ///
 /// It neither checks the address nor stores anything.
 class ServerEditDialog final : public QDialog

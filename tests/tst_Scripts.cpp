@@ -209,7 +209,7 @@ void TestScripts::reportsIncludes_data()
                                   << u"docs/architecture.md: Text is no file of src\n"_s;
 }
 
-// A project of three modules, in which one file is replaced.
+// A project of three modules. One of its files is replaced.
 void TestScripts::reportsIncludes()
 {
     QFETCH(const QString, file);

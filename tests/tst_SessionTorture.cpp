@@ -81,7 +81,7 @@ Snapshot takeSnapshot(const MainWindowProbe &probe)
     return snapshot;
 }
 
-// Replays bytes to a window in pieces, each of which is read separately.
+// Replays bytes to a window in pieces. Each piece is read separately.
 class Replay final
 {
 public:

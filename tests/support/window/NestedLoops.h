@@ -7,7 +7,7 @@
 
 #include <functional>
 
-/// A window with a session in which each of the program's nested event loops can be started.
+/// A window with a session, where each of the program's nested event loops can be started.
 ///
 /// Create a `TemporaryStore` first.
 class NestedLoopFixture final
